@@ -1,0 +1,30 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+# What every target of the project has in common.
+
+add_library(lumavex_options INTERFACE)
+target_include_directories(lumavex_options INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_definitions(lumavex_options INTERFACE
+    LUMAVEX_VERSION="${PROJECT_VERSION}"
+    QT_NO_CAST_FROM_BYTEARRAY
+    QT_NO_URL_CAST_FROM_STRING
+    QT_NO_KEYWORDS)
+target_compile_options(lumavex_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wnull-dereference
+    -Wimplicit-fallthrough -Wformat=2)
+if(LUMAVEX_WARNINGS_AS_ERRORS)
+    target_compile_options(lumavex_options INTERFACE -Werror)
+endif()
+if(LUMAVEX_SANITIZE)
+    target_compile_options(lumavex_options INTERFACE -fsanitize=${LUMAVEX_SANITIZE} -fno-omit-frame-pointer)
+    target_link_options(lumavex_options INTERFACE -fsanitize=${LUMAVEX_SANITIZE})
+endif()
+
+# lumavex_library(<name> [<public dependency>...]): the static library of the folder it is called in, made of every
+# source and header that lies directly there.
+function(lumavex_library name)
+    file(GLOB sources CONFIGURE_DEPENDS *.cpp *.h)
+    add_library(${name} STATIC ${sources})
+    set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX
+        AUTOUIC_SEARCH_PATHS ${PROJECT_SOURCE_DIR}/resources/interfaces)
+    target_link_libraries(${name} PUBLIC lumavex_options ${ARGN})
+endfunction()

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "compose/FrameInputs.h"
+#include "platform/MovieWriter.h"
+
+#include <QImage>
+
+#include <memory>
+
+namespace lumavex {
+
+/// Draws frames. Knows no widget, no window and no timer; main thread only, but for the release of pixel buffers.
+///
+/// Every pixel is resampled once, from the grab, the camera picture or the overlay straight to its place; where sizes agree
+/// it is copied. Canvases come from a pool and go back to it when their last user lets go.
+class Compositor {
+public:
+    Compositor();
+    ~Compositor();
+
+    /// The picture for the preview view, `pixels` being the view's size in device pixels and `units` in view units (the
+    /// overlay's width counts view units). Format_RGB32; black where nothing is drawn.
+    QImage previewPass(const FrameInputs& inputs, const QSize& pixels, const CGSize& units);
+
+    /// The output frame as a pixel buffer in the order alpha, red, green, blue, rows without gaps; transparent black where
+    /// nothing is drawn. Null when no memory is to be had or the size is empty.
+    CVPixelBufferRef outputPass(const FrameInputs& inputs, const CGSize& size_Video_Output);
+
+private:
+    class Pool;
+    std::shared_ptr<Pool> pool_;
+};
+
+/// The pixels of an output frame as a picture of their own, Format_ARGB32.
+QImage imageFromPixelBuffer(const CVPixelBuffer& buffer);
+
+/// Releases the frame's memory, which is its release context.
+void ReleaseCVPixelBufferForCVPixelBufferCreateWithBytes(void* releaseRefCon, const void* baseAddress);
+
+} // namespace lumavex

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QImage>
+#include <QPaintEvent>
+#include <QWidget>
+
+namespace lumavex {
+
+/// Shows the last composed picture. Composition is driven by the view-refresh timer, never by paint events: an expose only
+/// shows the picture again.
+class View_Preview : public QWidget {
+    Q_OBJECT
+public:
+    explicit View_Preview(QWidget* parent = nullptr);
+
+    /// The picture to show from now on, as large as pixelSize().
+    void setPicture(const QImage& picture);
+    /// The view's size in device pixels.
+    QSize pixelSize() const;
+
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override { drawRect(event->rect()); }
+
+private:
+    void drawRect(const QRect& dirty);
+
+    QImage picture_;
+};
+
+} // namespace lumavex

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QRectF>
+#include <QSizeF>
+
+namespace lumavex {
+
+/// A point, a size and a rectangle in 64-bit floating point. Unless a comment says otherwise the origin is the
+/// LOWER-left corner of the main display, view or picture, y grows UPWARD, and the unit is one device pixel.
+/// They are types of their own, not QPointF/QRectF, so that an upward rectangle cannot be drawn without its flip.
+struct CGPoint {
+    double x = 0;
+    double y = 0;
+    friend bool operator==(const CGPoint&, const CGPoint&) = default;
+};
+
+struct CGSize {
+    double width = 0;
+    double height = 0;
+    friend bool operator==(const CGSize&, const CGSize&) = default;
+};
+
+struct CGRect {
+    double x = 0;
+    double y = 0;
+    double width = 0;
+    double height = 0;
+    friend bool operator==(const CGRect&, const CGRect&) = default;
+};
+
+/// The one flip: an upward rectangle inside something of the given height, as a downward rectangle of Qt's, and back.
+inline QRectF flippedDown(const CGRect& up, double height)
+{
+    return {up.x, height - up.y - up.height, up.width, up.height};
+}
+inline CGRect flippedUp(const QRectF& down, double height)
+{
+    return {down.x(), height - down.y() - down.height(), down.width(), down.height()};
+}
+
+/// Width divided by height, both converted to 32-bit floating point first.
+inline float ratioOf(const CGSize& size)
+{
+    return static_cast<float>(size.width) / static_cast<float>(size.height);
+}
+
+} // namespace lumavex

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/CMTime.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+namespace lumavex {
+
+/// Four bytes per pixel in the order alpha, red, green, blue.
+inline constexpr std::uint32_t kCVPixelFormatType_32ARGB = 32;
+
+/// The pixels of one frame, first row on top. The last reference calls the release callback, on whatever thread that is.
+class CVPixelBuffer {
+public:
+    using ReleaseCallback = void (*)(void* releaseRefCon, const void* baseAddress);
+
+    CVPixelBuffer(int width, int height, std::uint32_t pixelFormat, const std::uint8_t* baseAddress, int bytesPerRow,
+                  ReleaseCallback release, void* releaseRefCon)
+        : width(width), height(height), pixelFormat(pixelFormat), baseAddress(baseAddress), bytesPerRow(bytesPerRow),
+          release_(release), releaseRefCon_(releaseRefCon)
+    {
+    }
+    ~CVPixelBuffer()
+    {
+        if (release_)
+            release_(releaseRefCon_, baseAddress);
+    }
+    CVPixelBuffer(const CVPixelBuffer&) = delete;
+    CVPixelBuffer& operator=(const CVPixelBuffer&) = delete;
+
+    const int width;
+    const int height;
+    const std::uint32_t pixelFormat;
+    const std::uint8_t* const baseAddress;
+    const int bytesPerRow;
+
+private:
+    const ReleaseCallback release_;
+    void* const releaseRefCon_;
+};
+
+using CVPixelBufferRef = std::shared_ptr<const CVPixelBuffer>;
+
+struct MovieWriterSettings {
+    double AVVideoWidthKey = 0; ///< pixels; the codec is Motion JPEG (AVVideoCodecJPEG)
+    double AVVideoHeightKey = 0;
+};
+
+/// The video input of a writer. Main thread, but for the observer.
+class MovieInput {
+public:
+    virtual ~MovieInput() = default;
+    /// False while the bounded queue of frames to encode is full.
+    virtual bool isReadyForMoreMediaData() const = 0;
+    /// Called, on a thread of the writer's, each time isReadyForMoreMediaData has become true. Empty to end observing;
+    /// no call is in flight when that returns.
+    virtual void observeReadiness(std::function<void()> readyForMoreMediaData) = 0;
+};
+
+/// Takes the frames of a writer's input. Main thread.
+class PixelBufferAdaptor {
+public:
+    virtual ~PixelBufferAdaptor() = default;
+    /// Queues the frame; times must grow. False when the writer refuses it: failed, finished, not ready, other size or format.
+    virtual bool appendPixelBuffer_withPresentationTime(CVPixelBufferRef buffer, CMTime time) = 0;
+    /// The same as appending the pixels of the previous append again, without encoding them again. False like above, and
+    /// when nothing has been appended yet.
+    virtual bool appendPrevious_withPresentationTime(CMTime time) = 0;
+};
+
+/// Writes one movie file with one Motion JPEG track, in MPEG-4 form (ISO/IEC 14496-12), so that it can be played
+/// after a crash at any time but for about the last second. Frames are encoded by worker threads, bounded and in order.
+/// The file's timeline starts at zero: the first frame is shown from zero to the second frame's time.
+class MovieWriter {
+public:
+    struct Result {
+        QString error; ///< empty when the file is complete and on disk; else why not, in the user's words
+        std::int64_t frames = 0;
+    };
+
+    virtual ~MovieWriter() = default; ///< an unfinished file is left as a killed program would leave it
+
+    virtual MovieInput& input() = 0;
+    virtual PixelBufferAdaptor& adaptor() = 0;
+
+    /// Creates the file (an existing one is replaced, mode 0600). Empty, or why not, in the user's words.
+    virtual QString startWriting() = 0;
+
+    /// Empty while all is well. Set when a write or an encoder failed (a full disk, say): from then on frames are
+    /// refused, but what is in the file stays playable and finishWriting completes it. Any thread.
+    virtual QString error() const = 0;
+    /// Bytes in the file so far. Any thread.
+    virtual std::int64_t bytesWritten() const = 0;
+
+    /// Encodes and writes what is queued, turns the file into an ordinary one in place and flushes it to disk.
+    /// `end` is when the last frame ends. Returns at once; the handler is called once, on a thread of the writer's.
+    virtual void finishWritingWithCompletionHandler(CMTime end, std::function<void(const Result&)> handler) = 0;
+};
+
+using MovieWriterFactory =
+    std::function<std::unique_ptr<MovieWriter>(const QString& path, const MovieWriterSettings& settings)>;
+
+/// Makes an ordinary file, in place, out of one that a killed program left. Empty, or why not. Any thread.
+using MovieRepair = std::function<QString(const QString& path)>;
+
+} // namespace lumavex

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/CameraSource.h"
+#include "platform/ChildProcess.h"
+#include "platform/Clock.h"
+#include "platform/Dialogs.h"
+#include "platform/MovieWriter.h"
+#include "platform/ProcessorLoad.h"
+#include "platform/RunLoop.h"
+#include "platform/ScreenGrabber.h"
+#include "platform/SoundRecorder.h"
+#include "platform/UserDefaults.h"
+
+#include <memory>
+
+namespace lumavex {
+
+/// Everything the program asks of the system it runs on. Made once, after QApplication, by createPlatform.
+struct Platform {
+    std::unique_ptr<Clock> clock;
+    std::unique_ptr<RunLoop> runLoop;
+    std::unique_ptr<UserDefaults> userDefaults;
+    std::unique_ptr<Dialogs> dialogs;
+    std::unique_ptr<ScreenGrabber> screen;
+    std::unique_ptr<CameraSource> cameras;
+    std::unique_ptr<ProcessorLoad> processorLoad;
+    SoundRecorderFactory createSoundRecorder;
+    MovieWriterFactory createMovieWriter;
+    MovieRepair repairMovie;
+    ChildProcessFactory createChildProcess;
+};
+
+/// The backends of this machine, chosen in createPlatform.cpp and nowhere else.
+Platform createPlatform();
+
+} // namespace lumavex

@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/Geometry.h"
+
+#include <QImage>
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace lumavex {
+
+/// One on-screen window as the window system describes it.
+struct WindowDescription {
+    bool shared = true;               ///< false: not to be listed (sharing state 0): not viewable, or wholly off the screen
+    std::optional<QString> ownerName; ///< class of the owning application, else its process's name
+    std::int64_t ownerPid = 0;        ///< 0 when unknown
+    double x = 0;                     ///< top-left corner, y DOWNWARD from the top of the main display
+    double y = 0;
+    double width = 0;
+    double height = 0;
+    std::uint32_t number = 0; ///< the window number, also accepted by grabWindows
+    std::int32_t layer = 0;   ///< 0 normal, above 0 kept above others, below 0 below (the desktop is lowest)
+};
+
+enum class GrabOutcome {
+    Success, ///< `picture` is the current one
+    Retry,   ///< nothing this time (a window vanished meanwhile, the screen is changing its size); ask again
+    GiveUp,  ///< will not work again; `ScreenGrabber::trouble` says why
+};
+
+struct Grab {
+    GrabOutcome outcome = GrabOutcome::Retry;
+    /// Format_RGB32, first row on top, stride may exceed 4 x width; the fourth byte of a pixel is UNDEFINED.
+    /// Treat as immutable: the memory may be shared with the window system and is recycled when the last copy goes.
+    QImage picture;
+    /// Equal serials of the same kind of grab mean equal pixels. Never 0 for Success.
+    std::uint64_t serial = 0;
+};
+
+/// Reads the main display and its windows. Main thread only; every call answers at once (about a millisecond).
+class ScreenGrabber {
+public:
+    virtual ~ScreenGrabber() = default;
+
+    /// Empty when the screen can be read; else why not, in the user's words.
+    virtual QString trouble() const = 0;
+
+    /// Size of the main display in device pixels as it is now.
+    virtual CGSize sizeOfMainDisplay() = 0;
+
+    /// The whole main display with all windows, without the mouse pointer. When nothing changed since the previous
+    /// call the same picture with the same serial comes back, without touching pixels.
+    virtual Grab grabMainDisplay() = 0;
+
+    /// A composite of the given windows, given front to back, correct also where others cover them. The picture is as
+    /// large as the union of their bounds; one window alone gives a picture of its size; where none of the windows is, it is black.
+    /// Retry when the list is empty or no window of it can be read.
+    virtual Grab grabWindows(const std::vector<std::uint32_t>& frontToBack) = 0;
+
+    /// Where the mouse pointer is, in pixels from the LOWER-left corner of the main display, y upward.
+    virtual CGPoint mouseLocation() = 0;
+
+    /// All windows front to back, override-redirect ones included; the desktop background is the last one.
+    virtual std::vector<WindowDescription> windowDescriptions() = 0;
+};
+
+} // namespace lumavex
