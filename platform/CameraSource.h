@@ -26,13 +26,13 @@ enum class CameraPixels { Mjpeg, Yuy2, Nv12, I420, Bgrx };
 /// One frame as the camera sent it. The memory is valid during the call that hands it over, no longer.
 struct CameraFrame {
     CameraPixels pixels = CameraPixels::Bgrx;
-    int width = 0;  ///< of the picture wanted (the preset's size)
+    int width = 0; ///< of the picture wanted (the preset's size)
     int height = 0;
     const std::uint8_t* planes[3] = {};
     int strides[3] = {};
-    std::size_t bytes = 0;        ///< of planes[0], for Mjpeg
-    bool fullRange = false;       ///< of the YUV kinds
-    std::uint64_t source = 0;     ///< which opening of a camera it belongs to
+    std::size_t bytes = 0;    ///< of planes[0], for Mjpeg
+    bool fullRange = false;   ///< of the YUV kinds
+    std::uint64_t source = 0; ///< which opening of a camera it belongs to
 };
 
 /// Opens cameras by name. Main thread, except that frames arrive one at a time on the serial queue "captureQueue".

@@ -28,7 +28,8 @@ public:
     virtual ~Dialogs() = default;
     /// Shows the alert modally; the index of the button chosen.
     virtual int runAlert(const Alert& alert) = 0;
-    /// The path chosen, or nothing when cancelled. An existing file is returned only when the user agreed to replace it.
+    /// The path chosen, or nothing when cancelled. An existing file is returned only when the user agreed to replace
+    /// it.
     virtual std::optional<QString> runSavePanel(const SavePanel& panel) = 0;
     /// One existing file, or nothing when cancelled. `extensions` without dots.
     virtual std::optional<QString> runOpenPanel(const QString& title, const QStringList& extensions) = 0;

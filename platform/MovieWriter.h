@@ -14,7 +14,8 @@ namespace lumavex {
 /// Four bytes per pixel in the order alpha, red, green, blue.
 inline constexpr std::uint32_t kCVPixelFormatType_32ARGB = 32;
 
-/// The pixels of one frame, first row on top. The last reference calls the release callback, on whatever thread that is.
+/// The pixels of one frame, first row on top. The last reference calls the release callback, on whatever thread that
+/// is.
 class CVPixelBuffer {
 public:
     using ReleaseCallback = void (*)(void* releaseRefCon, const void* baseAddress);
@@ -66,10 +67,11 @@ public:
 class PixelBufferAdaptor {
 public:
     virtual ~PixelBufferAdaptor() = default;
-    /// Queues the frame; times must grow. False when the writer refuses it: failed, finished, not ready, other size or format.
+    /// Queues the frame; times must grow. False when the writer refuses it: failed, finished, not ready, other size or
+    /// format.
     virtual bool appendPixelBuffer_withPresentationTime(CVPixelBufferRef buffer, CMTime time) = 0;
-    /// The same as appending the pixels of the previous append again, without encoding them again. False like above, and
-    /// when nothing has been appended yet.
+    /// The same as appending the pixels of the previous append again, without encoding them again. False like above,
+    /// and when nothing has been appended yet.
     virtual bool appendPrevious_withPresentationTime(CMTime time) = 0;
 };
 

@@ -15,7 +15,7 @@ namespace lumavex {
 
 /// One on-screen window as the window system describes it.
 struct WindowDescription {
-    bool shared = true;               ///< false: not to be listed (sharing state 0): not viewable, or wholly off the screen
+    bool shared = true; ///< false: not to be listed (sharing state 0): not viewable, or wholly off the screen
     std::optional<QString> ownerName; ///< class of the owning application, else its process's name
     std::int64_t ownerPid = 0;        ///< 0 when unknown
     double x = 0;                     ///< top-left corner, y DOWNWARD from the top of the main display
@@ -57,8 +57,8 @@ public:
     virtual Grab grabMainDisplay() = 0;
 
     /// A composite of the given windows, given front to back, correct also where others cover them. The picture is as
-    /// large as the union of their bounds; one window alone gives a picture of its size; where none of the windows is, it is black.
-    /// Retry when the list is empty or no window of it can be read.
+    /// large as the union of their bounds; one window alone gives a picture of its size; where none of the windows is,
+    /// it is black. Retry when the list is empty or no window of it can be read.
     virtual Grab grabWindows(const std::vector<std::uint32_t>& frontToBack) = 0;
 
     /// Where the mouse pointer is, in pixels from the LOWER-left corner of the main display, y upward.

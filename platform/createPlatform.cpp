@@ -1,11 +1,34 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/Platform.h"
 
+#include "platform/NoCameras.h"
+#include "platform/gstreamer/GstSoundRecorder.h"
+#include "platform/movie/JpegMovieWriter.h"
+#include "platform/qt/IniUserDefaults.h"
+#include "platform/qt/MonotonicClock.h"
+#include "platform/qt/ProcStatLoad.h"
+#include "platform/qt/QtChildProcess.h"
+#include "platform/qt/QtDialogs.h"
+#include "platform/qt/QtRunLoop.h"
+#include "platform/x11/XcbScreenGrabber.h"
+
 namespace lumavex {
 
 Platform createPlatform()
 {
-    return {};
+    Platform platform;
+    platform.clock = std::make_unique<MonotonicClock>();
+    platform.runLoop = std::make_unique<QtRunLoop>(*platform.clock);
+    platform.userDefaults = std::make_unique<IniUserDefaults>(userDefaultsPath());
+    platform.dialogs = std::make_unique<QtDialogs>();
+    platform.screen = createXcbScreenGrabber();
+    platform.cameras = std::make_unique<NoCameras>();
+    platform.processorLoad = std::make_unique<ProcStatLoad>();
+    platform.createSoundRecorder = createGstSoundRecorder;
+    platform.createMovieWriter = createJpegMovieWriter;
+    platform.repairMovie = repairMovie;
+    platform.createChildProcess = [] { return std::make_unique<QtChildProcess>(); };
+    return platform;
 }
 
 } // namespace lumavex

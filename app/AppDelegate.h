@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/ApplicationState.h"
+#include "app/LaunchOptions.h"
+#include "camera/CameraState.h"
+#include "capture/CaptureState.h"
+#include "compose/ComposeState.h"
+#include "compose/Compositor.h"
+#include "platform/Platform.h"
+#include "recording/FileMove.h"
+#include "recording/RecordingState.h"
+#include "recording/Rescue.h"
+
+#include <QObject>
+
+#include <memory>
+#include <optional>
+
+namespace lumavex {
+
+class Window_Main;
+
+/// Owns the program's state and carries out its commands. One object, as long as the process; main thread only.
+///
+/// Each section below is defined in the source file it names. A command has one action; toolbar item, menu item,
+/// shortcut and command line all call it.
+class AppDelegate final : public QObject {
+    Q_OBJECT
+public:
+    /// Platform and window must outlive the delegate.
+    AppDelegate(Platform& platform, Window_Main& window, const LaunchOptions& options);
+    ~AppDelegate() override;
+
+    ApplicationState application;
+    CaptureState capture;
+    CameraState camera;
+    ComposeState compose;
+    RecordingState recording;
+
+    // --- Start-up, timers and shutdown: AppDelegate_StartUp.cpp ---
+    void awakeFromNib();
+    /// The start-up sequence. False when the program cannot go on; the user has been told why.
+    bool applicationDidFinishLaunching();
+    /// Ends the process at once. Nothing is saved; what a recording left is found again at the next start.
+    [[noreturn]] void Terminate_App();
+    void OnMenuQuit() { Terminate_App(); }
+    /// The larger of the screen's and the running camera's rate, at least 1.
+    std::int32_t nominalRate() const;
+    void createRefreshTimers();
+
+    // --- Settings store: AppDelegate_Settings.cpp ---
+    void writeFirstRunDefaults();
+    void readSettings();
+    void storeInteger(const char* property, std::int64_t value);
+    void storeText(const char* property, const QString& text);
+    void setWindowLevel();
+
+    // --- Frame sizes and size menus: AppDelegate_FrameSizes.cpp ---
+    void GetScreenSize();
+    void FillArrayFrameResolution();
+    void FillSubMenuVideoOutputFrame();
+    void FillSubMenuFollowCursorFrame();
+    void FillSubMenuRegionFrame();
+    void MenuVideoOutputFrameClick(QAction* item);
+    void MenuFollowCursorFrameClick(QAction* item);
+    void MenuRegionFrameClick(QAction* item);
+    void OnMenuVideoOutputScreenResolution();
+    void setVideoOutputSize(const CGSize& size);
+
+    // --- Window list: AppDelegate_WindowList.cpp ---
+    void updateWindowList();
+    void FillMenuWindows();
+    void MenuWindowClick(QAction* item);
+    void refreshWindowList() { updateWindowList(); }
+    void OnMenuRefreshListOfWindows();
+
+    // --- Screen grabber: AppDelegate_ScreenGrabber.cpp ---
+    void TimerRefreshVideoRoutine(const TimerFiring& firing);
+    void createMultiWindowShot(const QList<WindowEntry>& windows);
+    void setOutputImage(const Grab& grab);
+    /// The screen as it goes into the next frame; updates imgScreenCaptureToDraw and rect_Screen_Follow_Cursor.
+    ScreenPicture prepareScreenPicture();
+
+    // --- Sources and capture types: AppDelegate_Sources.cpp ---
+    void EnableCameraRelatedControls(bool enabled);
+    void EnableScreenCaptureModes(bool enabled);
+
+    // --- Preview window and frames: AppDelegate_Preview.cpp ---
+    void OnMenuPreviewUp();
+    void Refresh_Preview_Window();
+    void Timer_Open_Preview_Window_Routine();
+    void TimerRefreshViewRoutine(const TimerFiring& firing);
+    void TimerDebug1SecondRoutine();
+    FrameInputs frameInputs();
+
+    // --- Recording control: AppDelegate_Recording.cpp ---
+    void OnToolbarRecord();
+    void OnToolbarPause();
+    void OnMenuVideoRecord() { OnToolbarRecord(); }
+    void OnMenuVideoPause() { OnToolbarPause(); }
+    void Update_Record_Duration();
+    /// Appends the frame, or when it is null the previous frame again, and moves the clock on.
+    void appendFrame(const CVPixelBufferRef& buffer);
+    /// Whether the refresh that was due at `deadline` belongs to the running recording.
+    bool isRecordingAt(Nanoseconds deadline) const;
+
+    // --- Finishing: AppDelegate_Finishing.cpp ---
+    void OnToolbarStop();
+    void OnMenuVideoStop() { OnToolbarStop(); }
+    /// Ends the recording as soon as the event loop is reached, keeping it; tells the user why.
+    void stopBecause(const QString& reason);
+    /// Tells what an earlier, killed run left and completes it.
+    void finishRescue();
+
+    // --- Processor load: AppDelegate_ProcessorLoad.cpp ---
+    void updateInfo();
+    void Show_Window_Can_Not_Record();
+    void Close_Window_Can_Not_Record();
+
+Q_SIGNALS:
+    void recordingStarted();
+    /// Of what Stop is doing, 0 to 100.
+    void progressChanged(float percentage);
+    /// Stop has returned. `path` is where the movie is; empty when it was discarded or lost, `problem` then says why.
+    void recordingFinished(const QString& path, const QString& problem);
+
+private:
+    void createPreviewWindow();
+    void fillSizeMenu(class QMenu& menu, std::int64_t offset, std::int64_t checkedIndex, QAction*& checkedItem,
+                      void (AppDelegate::*click)(QAction*));
+    void check(QAction*& last, QAction* item);
+    bool createWorkingFolders();
+    void startCameraOfSettings();
+    void setUpSourceControls();
+    void setUpOutputSize();
+    void showMainWindow();
+    void emptyWorkingFolders();
+
+    bool startWriter();
+    void startRecording();
+    void resumeRecording();
+    void startDurationTimer(Nanoseconds next);
+    void showControlsOf(RecordStatus status);
+    void tellSoundTrouble(const QString& reason);
+    void watchFreeSpace();
+    void composePreview(const FrameInputs& inputs);
+    void composeOutput(const FrameInputs& inputs, bool record);
+
+    void beginProgress();
+    void setProgress(float percentage);
+    void endProgress();
+    QString finishWriter(Nanoseconds stoppedAt);
+    QString joinSoundAndPicture();
+    void endWithoutJoin(const QString& reason);
+    void saveMovie(const QString& movie, const QString& problem);
+    MoveResult moveWithProgress(const QString& from, const QString& to);
+    void keepMovie(const QString& movie, const QString& why);
+    void tellSaved(const QString& path);
+
+    Platform& platform_;
+    Window_Main& window_;
+    const LaunchOptions options_;
+    Compositor compositor_;
+    std::optional<FrameInputs> previewShown_; ///< what the view shows, so that an unchanged frame is not drawn again
+    std::optional<FrameInputs> lastAppended_; ///< what the latest frame of the recording was made of
+    QString stopReason_;                      ///< why the program itself ends the recording; empty when the user does
+    std::vector<RescuedRecording> rescued_;   ///< of an earlier run, until finishRescue
+};
+
+} // namespace lumavex

@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/AppDelegate.h"
+
+#include "app/Window_Main.h"
+
+#include <QAction>
+#include <QMenu>
+
+namespace lumavex {
+
+namespace {
+constexpr std::int64_t outputOffset = 2; ///< the output menu's tags count the two fixed items before the catalogue's
+}
+
+void AppDelegate::GetScreenSize()
+{
+    capture.size_Screen = platform_.screen->sizeOfMainDisplay();
+}
+
+void AppDelegate::FillArrayFrameResolution()
+{
+    capture.arrayFrameResolution = frameResolutionCatalogue();
+}
+
+void AppDelegate::FillSubMenuVideoOutputFrame()
+{
+    if (compose.index_size_Video_Output == 0)
+        check(compose.mi_last_Video_Output, window_.menuitemVideoOutputScreenResolution);
+    fillSizeMenu(*window_.submenuVideoOutputFrame, outputOffset, compose.index_size_Video_Output,
+                 compose.mi_last_Video_Output, &AppDelegate::MenuVideoOutputFrameClick);
+}
+
+void AppDelegate::FillSubMenuFollowCursorFrame()
+{
+    fillSizeMenu(*window_.submenuFollowCursorFrame, 0, capture.index_size_Follow_Cursor, capture.mi_last_Follow_Cursor,
+                 &AppDelegate::MenuFollowCursorFrameClick);
+}
+
+void AppDelegate::FillSubMenuRegionFrame()
+{
+    fillSizeMenu(*window_.submenuRegionFrame, 0, capture.index_size_Region, capture.mi_last_Region,
+                 &AppDelegate::MenuRegionFrameClick);
+}
+
+void AppDelegate::fillSizeMenu(QMenu& menu, std::int64_t offset, std::int64_t checkedIndex, QAction*& checkedItem,
+                               void (AppDelegate::*click)(QAction*))
+{
+    const std::size_t offered = offeredFrameResolutions(capture.arrayFrameResolution, capture.size_Screen);
+    for (std::size_t i = 0; i < offered; ++i) {
+        const CGSize size = capture.arrayFrameResolution[i].sizeDimension;
+        QAction* item = menu.addAction(
+            QStringLiteral("%1x%2").arg(static_cast<int>(size.width)).arg(static_cast<int>(size.height)));
+        const auto tag = static_cast<std::int64_t>(i) + offset;
+        item->setCheckable(true);
+        item->setData(QVariant::fromValue<qlonglong>(tag));
+        // A click on the checked item must not uncheck it: check() decides, not the click.
+        connect(item, &QAction::triggered, this, [this, item, click] { (this->*click)(item); });
+        if (tag == checkedIndex)
+            check(checkedItem, item);
+    }
+}
+
+void AppDelegate::check(QAction*& last, QAction* item)
+{
+    if (last)
+        last->setChecked(false);
+    item->setChecked(true);
+    last = item;
+}
+
+void AppDelegate::setVideoOutputSize(const CGSize& size)
+{
+    compose.size_Video_Output = size;
+    compose.fwVideoOutputRatio = ratioOf(size);
+}
+
+void AppDelegate::MenuVideoOutputFrameClick(QAction* item)
+{
+    check(compose.mi_last_Video_Output, item);
+    const std::int64_t tag = item->data().toLongLong();
+    setVideoOutputSize(capture.arrayFrameResolution.at(static_cast<std::size_t>(tag - outputOffset)).sizeDimension);
+    Refresh_Preview_Window();
+    compose.index_size_Video_Output = tag;
+    storeInteger("index_size_Video_Output", tag);
+}
+
+void AppDelegate::MenuFollowCursorFrameClick(QAction* item)
+{
+    check(capture.mi_last_Follow_Cursor, item);
+    const std::int64_t tag = item->data().toLongLong();
+    capture.size_Follow_Cursor = capture.arrayFrameResolution.at(static_cast<std::size_t>(tag)).sizeDimension;
+    capture.index_size_Follow_Cursor = tag;
+    storeInteger("index_size_Follow_Cursor", tag);
+}
+
+void AppDelegate::MenuRegionFrameClick(QAction* item)
+{
+    check(capture.mi_last_Region, item);
+    const std::int64_t tag = item->data().toLongLong();
+    capture.size_Region = capture.arrayFrameResolution.at(static_cast<std::size_t>(tag)).sizeDimension;
+    capture.index_size_Region = tag;
+    storeInteger("index_size_Region", tag);
+}
+
+void AppDelegate::OnMenuVideoOutputScreenResolution()
+{
+    const bool cameraSize = compose.i_Video_Source_Primary == 2 && camera.b_Camera_Connected;
+    if (cameraSize && camera.size_Camera.width <= 0)
+        camera.b_Change_to_Camera_Resolution = true; // its size is not known before its first frame
+    else
+        setVideoOutputSize(cameraSize ? camera.size_Camera : capture.size_Screen);
+    Refresh_Preview_Window();
+    check(compose.mi_last_Video_Output, window_.menuitemVideoOutputScreenResolution);
+    compose.index_size_Video_Output = 0;
+    storeInteger("index_size_Video_Output", 0);
+}
+
+} // namespace lumavex

@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/AppDelegate.h"
+
+#include "app/Window_Main.h"
+#include "recording/RateRule.h"
+
+#include <QAction>
+
+namespace lumavex {
+
+void AppDelegate::createPreviewWindow()
+{
+    compose.windowPreview = std::make_unique<Window_Preview>(&window_, compose.fwVideoOutputRatio);
+    connect(compose.windowPreview.get(), &Window_Preview::windowShouldClose, this, [this] {
+        compose.b_windowPreview_Visible = false;
+        window_.menuPreviewShowHide->setText(QStringLiteral("Show"));
+    });
+    previewShown_.reset();
+    // Opening must not take the keyboard from the window the user works in.
+    compose.windowPreview->setAttribute(Qt::WA_ShowWithoutActivating);
+    if (!options_.recordSeconds)
+        compose.windowPreview->show();
+    window_.menuPreviewShowHide->setText(QStringLiteral("Hide"));
+    compose.b_windowPreview_Visible = true;
+}
+
+void AppDelegate::OnMenuPreviewUp()
+{
+    if (!compose.windowPreview) {
+        createPreviewWindow();
+    } else if (compose.b_windowPreview_Visible) {
+        compose.windowPreview->hide();
+        window_.menuPreviewShowHide->setText(QStringLiteral("Show"));
+        compose.b_windowPreview_Visible = false;
+    } else {
+        compose.windowPreview->show();
+        compose.windowPreview->raise();
+        compose.windowPreview->activateWindow();
+        window_.menuPreviewShowHide->setText(QStringLiteral("Hide"));
+        compose.b_windowPreview_Visible = true;
+    }
+}
+
+void AppDelegate::Refresh_Preview_Window()
+{
+    if (!compose.windowPreview) {
+        createPreviewWindow();
+        return;
+    }
+    compose.windowPreview->close();
+    compose.windowPreview.reset();
+    window_.menuPreviewShowHide->setText(QStringLiteral("Show"));
+    compose.b_windowPreview_Visible = false;
+    platform_.runLoop->invalidate(compose.timer_Open_Preview_Window);
+    compose.timer_Open_Preview_Window =
+        platform_.runLoop->scheduleOnce({1, 5}, [this](const TimerFiring&) { Timer_Open_Preview_Window_Routine(); });
+}
+
+void AppDelegate::Timer_Open_Preview_Window_Routine()
+{
+    if (!compose.windowPreview)
+        createPreviewWindow();
+}
+
+FrameInputs AppDelegate::frameInputs()
+{
+    FrameInputs inputs;
+    inputs.i_Video_Source_Primary = compose.i_Video_Source_Primary;
+    inputs.i_Show_Secondary = compose.i_Show_Secondary;
+    inputs.index_size_Video_Output = compose.index_size_Video_Output;
+    inputs.screen = prepareScreenPicture();
+    inputs.camera = {camera.imgDeviceCapture, camera.serialCamera};
+    inputs.i_Camera_CRP = camera.i_Camera_CRP;
+    inputs.i_Size_Screen_Secondary = compose.i_Size_Screen_Secondary;
+    inputs.i_Position_Screen_Secondary = compose.i_Position_Screen_Secondary;
+    inputs.i_Size_Camera_Secondary = compose.i_Size_Camera_Secondary;
+    inputs.i_Position_Camera_Secondary = compose.i_Position_Camera_Secondary;
+    inputs.bOverlay = compose.bOverlay;
+    inputs.imgOverlay = {compose.imgOverlay, compose.serialOverlay};
+    inputs.i_Size_Overlay = compose.i_Size_Overlay;
+    inputs.i_Position_Overlay = compose.i_Position_Overlay;
+    return inputs;
+}
+
+void AppDelegate::TimerRefreshViewRoutine(const TimerFiring& firing)
+{
+    if (!compose.windowPreview)
+        return;
+    const bool record = isRecordingAt(firing.deadline);
+    // The machine could not keep up: this frame's time has passed, so the previous picture stands for it, which costs
+    // next to nothing and keeps the rate constant. A snapshot needs a frame of its own.
+    if (firing.overtaken && !compose.b_Take_Picture && (!record || lastAppended_)) {
+        if (record)
+            appendFrame(nullptr);
+        return;
+    }
+    const FrameInputs inputs = frameInputs();
+    composePreview(inputs);
+    if (record || compose.b_Take_Picture)
+        composeOutput(inputs, record);
+}
+
+void AppDelegate::composePreview(const FrameInputs& inputs)
+{
+    View_Preview* view = compose.windowPreview->viewPreview();
+    if (!view->isVisible() || compose.windowPreview->isMinimized()) {
+        previewShown_.reset();
+        return;
+    }
+    const QSize pixels = view->pixelSize();
+    if (previewShown_ == inputs && view->pictureSize() == pixels)
+        return;
+    view->setPicture(compositor_.previewPass(inputs, pixels, {double(view->width()), double(view->height())}));
+    previewShown_ = inputs;
+}
+
+void AppDelegate::composeOutput(const FrameInputs& inputs, bool record)
+{
+    if (record && !compose.b_Take_Picture && lastAppended_ == inputs) {
+        appendFrame(nullptr); // equal inputs give equal pixels
+        return;
+    }
+    const CVPixelBufferRef frame =
+        compositor_.outputPass(inputs, record ? recording.size_Movie : compose.size_Video_Output);
+    compose.b_Take_Picture = false;
+    if (record && frame) {
+        lastAppended_ = inputs;
+        appendFrame(frame);
+    }
+}
+
+void AppDelegate::TimerDebug1SecondRoutine()
+{
+    if (!compose.windowPreview || recording.m_RecordStatus != Recording)
+        return;
+    recording.i_Actual_FPS_while_Recording = adaptedRate(
+        recording.i_fps_of_Recording, recording.i_debug_number_of_view_refresh, recording.i_Actual_FPS_while_Recording);
+    recording.i_debug_number_of_view_refresh = 0;
+    watchFreeSpace();
+}
+
+} // namespace lumavex

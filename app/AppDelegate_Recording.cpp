@@ -1,0 +1,203 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/AppDelegate.h"
+
+#include "app/Window_Main.h"
+#include "recording/Duration.h"
+#include "recording/FreeSpace.h"
+#include "recording/WorkingFolders.h"
+
+#include <QAction>
+#include <QFile>
+#include <QLabel>
+#include <QMenu>
+
+#include <algorithm>
+
+namespace lumavex {
+
+void AppDelegate::OnToolbarRecord()
+{
+    if (recording.stopping) {
+        window_.showMessage(tr("The recording before this one is still being saved."));
+        return;
+    }
+    if (recording.m_RecordStatus == Idle) {
+        if (options_.load == LaunchOptions::Load::Refuse && static_cast<double>(application.fCPUUsage) > 0.98) {
+            Show_Window_Can_Not_Record();
+            Q_EMIT recordingFinished({}, tr("The machine is too busy to record (use --ignore-load to record anyway)."));
+            return;
+        }
+        if (!startWriter())
+            return;
+        startRecording();
+    } else if (recording.m_RecordStatus == Paused) {
+        resumeRecording();
+    }
+    showControlsOf(Recording);
+    Q_EMIT recordingStarted();
+}
+
+bool AppDelegate::startWriter()
+{
+    const QString& folder = application.s_Video_Folder;
+    recording.s_Video_File_Source = pathIn(folder, dateStamp(QDateTime::currentDateTime()) + QStringLiteral(".mov"));
+    recording.s_AV_File_Source = pathIn(folder, kJoinedFileName);
+    recording.s_Sound_File_Source = pathIn(folder, kSoundFileName);
+    for (const QString& stale :
+         {recording.s_Video_File_Source, recording.s_AV_File_Source, recording.s_Sound_File_Source})
+        QFile::remove(stale);
+
+    recording.i_Actual_FPS_while_Recording = recording.i_fps_of_Recording;
+    recording.m_Current_Video_Frame = CMTimeMake(1, std::max(recording.i_fps_of_Recording, 30));
+    recording.size_Movie = compose.size_Video_Output;
+
+    recording.soundRecorder.reset();
+    recording.writerReadiness.reset();
+    recording.assetWriter = platform_.createMovieWriter(recording.s_Video_File_Source,
+                                                        {recording.size_Movie.width, recording.size_Movie.height});
+    recording.assetInput = &recording.assetWriter->input();
+    recording.assetInputAdaptor = &recording.assetWriter->adaptor();
+    recording.writerReadiness = std::make_unique<WriterReadiness>(*recording.assetWriter);
+    const QString problem = recording.assetWriter->startWriting();
+    if (problem.isEmpty())
+        return true;
+    platform_.dialogs->runAlert({tr("Error"), problem, {tr("Close")}});
+    Q_EMIT recordingFinished({}, problem);
+    return false;
+}
+
+void AppDelegate::startRecording()
+{
+    // Grab, frame, tick and sound share one origin: what is seen and heard at origin + t stands at t in the movie,
+    // whatever the phase of the timers was before.
+    RunLoop& runLoop = *platform_.runLoop;
+    const Nanoseconds origin = runLoop.now();
+    const Nanoseconds firstFrame = origin + std::chrono::seconds(1) / std::max(recording.i_fps_of_Recording, 30);
+    recording.notBefore = origin;
+    recording.i_debug_number_of_view_refresh = 0;
+    recording.m_Seconds_of_Recording = 0;
+    lastAppended_.reset();
+
+    if (recording.b_Record_Include_Audio == 1) {
+        recording.soundRecorder = platform_.createSoundRecorder(
+            recording.s_Sound_File_Source, [this](const QString& reason) { tellSoundTrouble(reason); });
+        recording.soundRecorder->record(origin);
+    }
+    runLoop.setNextDeadline(application.timerVideoRefresh, firstFrame);
+    runLoop.setNextDeadline(compose.timerViewRefresh, firstFrame);
+    runLoop.setNextDeadline(compose.timerdebug1Second, origin + std::chrono::seconds(1));
+    startDurationTimer(origin + std::chrono::seconds(1));
+
+    window_.submenuVideoOutputFrame->setEnabled(false);
+    recording.m_RecordStatus = Recording;
+}
+
+void AppDelegate::resumeRecording()
+{
+    // Every period goes on with what was left of it at the pause, so that the paused time is in neither stream.
+    RunLoop& runLoop = *platform_.runLoop;
+    const Nanoseconds now = runLoop.now();
+    recording.notBefore = now;
+    if (recording.soundRecorder)
+        recording.soundRecorder->record(now);
+    runLoop.setNextDeadline(application.timerVideoRefresh, now + recording.grabRemainder);
+    runLoop.setNextDeadline(compose.timerViewRefresh, now + recording.viewRemainder);
+    runLoop.setNextDeadline(compose.timerdebug1Second, now + recording.secondRemainder);
+    startDurationTimer(now + recording.durationRemainder);
+    recording.m_RecordStatus = Recording;
+}
+
+void AppDelegate::OnToolbarPause()
+{
+    if (recording.m_RecordStatus != Recording || recording.stopping)
+        return;
+    RunLoop& runLoop = *platform_.runLoop;
+    const Nanoseconds now = runLoop.now();
+    runLoop.runDue(now); // refreshes that were due before the pause belong to the recording
+    if (recording.m_RecordStatus != Recording || recording.stopping)
+        return;
+    recording.grabRemainder = runLoop.nextDeadline(application.timerVideoRefresh) - now;
+    recording.viewRemainder = runLoop.nextDeadline(compose.timerViewRefresh) - now;
+    recording.secondRemainder = runLoop.nextDeadline(compose.timerdebug1Second) - now;
+    recording.durationRemainder = runLoop.nextDeadline(recording.recordTimer) - now;
+    if (recording.soundRecorder)
+        recording.soundRecorder->pause(now);
+    recording.m_RecordStatus = Paused;
+    showControlsOf(Paused);
+    runLoop.invalidate(recording.recordTimer);
+    recording.recordTimer = 0;
+}
+
+void AppDelegate::startDurationTimer(Nanoseconds next)
+{
+    platform_.runLoop->invalidate(recording.recordTimer);
+    recording.recordTimer = platform_.runLoop->scheduleRepeating(
+        {1, 1}, RunLoopMode::Common, TimerOrder::Other, [this](const TimerFiring&) { Update_Record_Duration(); });
+    platform_.runLoop->setNextDeadline(recording.recordTimer, next);
+}
+
+void AppDelegate::Update_Record_Duration()
+{
+    ++recording.m_Seconds_of_Recording;
+    window_.textDurationTime->setText(timeFormatted(recording.m_Seconds_of_Recording));
+}
+
+void AppDelegate::showControlsOf(RecordStatus status)
+{
+    for (QAction* record : {window_.btnRecord, window_.menuRecord})
+        record->setEnabled(status != Recording);
+    for (QAction* pause : {window_.btnPause, window_.menuPause})
+        pause->setEnabled(status == Recording);
+    for (QAction* stop : {window_.btnStop, window_.menuStop})
+        stop->setEnabled(status != Idle);
+    for (QAction* preferences : {window_.menuPreferences, window_.toolbarPreferences})
+        preferences->setEnabled(status == Idle);
+    if (status != Idle)
+        window_.textDurationTime->show();
+}
+
+bool AppDelegate::isRecordingAt(Nanoseconds deadline) const
+{
+    return recording.m_RecordStatus == Recording && !recording.stopping && deadline >= recording.notBefore;
+}
+
+void AppDelegate::appendFrame(const CVPixelBufferRef& buffer)
+{
+    if (recording.writerReadiness->waitUntilReady() == Readiness::Failed) {
+        stopBecause(recording.assetWriter->error());
+        return;
+    }
+    PixelBufferAdaptor& adaptor = *recording.assetInputAdaptor;
+    const bool appended = buffer
+                              ? adaptor.appendPixelBuffer_withPresentationTime(buffer, recording.m_Current_Video_Frame)
+                              : adaptor.appendPrevious_withPresentationTime(recording.m_Current_Video_Frame);
+    if (!appended) {
+        stopBecause(recording.assetWriter->error());
+        return;
+    }
+    recording.m_Current_Video_Frame =
+        CMTimeAdd(recording.m_Current_Video_Frame, CMTimeMake(1, recording.i_Actual_FPS_while_Recording));
+    ++recording.i_debug_number_of_view_refresh;
+}
+
+void AppDelegate::tellSoundTrouble(const QString& reason)
+{
+    window_.showMessage(tr("The recording goes on without sound. %1").arg(reason));
+    qWarning("%s", qUtf8Printable(reason));
+}
+
+void AppDelegate::watchFreeSpace()
+{
+    const bool sound = recording.soundRecorder != nullptr;
+    RecordingSize size;
+    size.movieBytes = recording.assetWriter->bytesWritten();
+    size.soundBytes = sound ? QFile(recording.s_Sound_File_Source).size() : 0;
+    size.frames = static_cast<std::int64_t>(CMTimeGetSeconds(recording.m_Current_Video_Frame)
+                                            * recording.i_Actual_FPS_while_Recording);
+    size.sound = sound ? SoundInRecording::Present : SoundInRecording::Absent;
+    if (mustEndRecording(application.s_Video_Folder, size))
+        stopBecause(
+            tr("There is almost no space left on the disk, so the recording was ended. Nothing of it is lost."));
+}
+
+} // namespace lumavex

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/AppDelegate.h"
+
+#include "app/Window_Main.h"
+#include "capture/FollowCursor.h"
+
+namespace lumavex {
+
+void AppDelegate::TimerRefreshVideoRoutine(const TimerFiring& firing)
+{
+    // Overtaken: the next grab is due already, and its frame is the one that will be composed.
+    if (!compose.windowPreview || firing.overtaken)
+        return;
+    if (compose.i_Video_Source_Primary == 2 && compose.i_Show_Secondary == 0)
+        return;
+
+    updateWindowList();
+    const bool exclusive = capture.i_Type_Screen_Capture == WindowExclusive;
+    if (exclusive && !capture.sWindowExclusive)
+        return;
+    capture.arrayWindowsMinusLumavex =
+        windowsToGrab(capture.arrayController, exclusive ? &*capture.sWindowExclusive : nullptr);
+    createMultiWindowShot(capture.arrayWindowsMinusLumavex);
+}
+
+void AppDelegate::createMultiWindowShot(const QList<WindowEntry>& windows)
+{
+    const bool composite = capture.i_Type_Screen_Capture == WindowExclusive || capture.b_Lumavex_Invisible_To_Capture;
+    setOutputImage(composite ? platform_.screen->grabWindows(newWindowListFromSelection(windows))
+                             : platform_.screen->grabMainDisplay());
+}
+
+void AppDelegate::setOutputImage(const Grab& grab)
+{
+    if (grab.outcome == GrabOutcome::GiveUp) {
+        const QString trouble = platform_.screen->trouble();
+        if (recording.m_RecordStatus != Idle)
+            stopBecause(trouble);
+        else
+            window_.showMessage(trouble);
+        return;
+    }
+    if (grab.outcome != GrabOutcome::Success || grab.picture.isNull())
+        return;
+    capture.imgScreenCapture = grab.picture;
+    capture.serialScreen = grab.serial;
+}
+
+ScreenPicture AppDelegate::prepareScreenPicture()
+{
+    ScreenPicture picture;
+    capture.imgScreenCaptureToDraw = capture.imgScreenCapture;
+    picture.imgScreenCapture = {capture.imgScreenCaptureToDraw, capture.serialScreen};
+    picture.size_Screen = capture.size_Screen;
+    picture.imgMouseCursor = capture.imgMouseCursor;
+
+    const bool following = capture.i_Type_Screen_Capture == FollowCursor;
+    const bool withCursor = capture.b_Screen_Include_Mouse == 1;
+    if (following || withCursor) {
+        const CGPoint mouse = platform_.screen->mouseLocation();
+        if (withCursor)
+            picture.cursor = mouse;
+        if (following) {
+            capture.rect_Screen_Follow_Cursor =
+                followCursorRect(mouse, capture.size_Follow_Cursor, capture.size_Screen);
+            picture.cut = capture.rect_Screen_Follow_Cursor;
+        }
+    }
+    if (capture.i_Type_Screen_Capture == Region)
+        picture.cut = capture.rect_Screen_Region;
+    return picture;
+}
+
+} // namespace lumavex

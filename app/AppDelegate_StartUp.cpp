@@ -1,0 +1,179 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/AppDelegate.h"
+
+#include "app/Window_Main.h"
+#include "app/Window_More_Information.h"
+#include "recording/WorkingFolders.h"
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QStandardPaths>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
+namespace lumavex {
+
+AppDelegate::AppDelegate(Platform& platform, Window_Main& window, const LaunchOptions& options)
+    : platform_(platform), window_(window), options_(options)
+{
+}
+
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::awakeFromNib()
+{
+    capture.listOptions = 1;
+    capture.imageOptions = 0;
+    capture.imageBounds = infiniteRect;
+    QMetaObject::invokeMethod(this, &AppDelegate::refreshWindowList, Qt::QueuedConnection);
+    connect(&window_, &Window_Main::windowShouldClose, this, &AppDelegate::Terminate_App);
+}
+
+bool AppDelegate::applicationDidFinishLaunching()
+{
+    capture.i_Type_Screen_Capture = EntireScreen;
+    capture.b_Refresh_Menu_Windows = true;
+    capture.b_Lumavex_Invisible_To_Capture = options_.hideOwnWindows;
+    for (QAction* item : {window_.btnPause, window_.btnStop, window_.menuPause, window_.menuStop,
+                          window_.toolbarEntireScreen, window_.menuEntireScreen})
+        item->setEnabled(false);
+    capture.imgMouseCursor =
+        QImage(QStringLiteral(":/images/mousecursor.png")).convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    GetScreenSize();
+    window_.hide();
+
+    const WorkingFolders folders = workingFoldersIn(documentsFolder());
+    application.s_Output_Folder = folders.s_Output_Folder;
+    application.s_Video_Folder = folders.s_Video_Folder;
+    application.s_Picture_Folder = folders.s_Picture_Folder;
+    application.s_Recovered_Folder = folders.s_Recovered_Folder;
+    if (!createWorkingFolders())
+        return false;
+    emptyWorkingFolders();
+
+    readSettings();
+    FillArrayFrameResolution();
+    FillSubMenuVideoOutputFrame();
+    FillSubMenuFollowCursorFrame();
+    FillSubMenuRegionFrame();
+    application.sffmpegPath = QStandardPaths::findExecutable(QStringLiteral("ffmpeg"));
+
+    startCameraOfSettings();
+    recording.i_fps_of_Recording = nominalRate();
+    createRefreshTimers();
+    recording.i_debug_number_of_view_refresh = 0;
+    compose.timerdebug1Second = platform_.runLoop->scheduleRepeating(
+        {1, 1}, RunLoopMode::Common, TimerOrder::Second, [this](const TimerFiring&) { TimerDebug1SecondRoutine(); });
+
+    compose.imgOverlay = QImage(QStringLiteral(":/images/SelectImage.png"));
+    compose.serialOverlay = 1;
+    compose.bOverlay = false;
+    setUpSourceControls();
+    setUpOutputSize();
+    if (compose.i_Open_Preview_Window_On_Startup == 1)
+        compose.timer_Open_Preview_Window = platform_.runLoop->scheduleOnce(
+            {1, 5}, [this](const TimerFiring&) { Timer_Open_Preview_Window_Routine(); });
+
+    application.numCPUs = platform_.processorLoad->processorCount();
+    application.updateTimer = platform_.runLoop->scheduleRepeating({3, 1}, RunLoopMode::Default, TimerOrder::Other,
+                                                                   [this](const TimerFiring&) { updateInfo(); });
+    if (!options_.recordSeconds)
+        showMainWindow();
+    return true;
+}
+
+void AppDelegate::showMainWindow()
+{
+    window_.setWindowTitle(QStringLiteral("Lumavex"));
+    window_.show();
+    window_.raise();
+    window_.activateWindow();
+    if (const QString trouble = platform_.userDefaults->trouble(); !trouble.isEmpty())
+        window_.showMessage(trouble);
+    if (application.sffmpegPath.isEmpty())
+        window_.showMessage(tr("The program ffmpeg is not installed. Recordings with sound need it."));
+    platform_.runLoop->scheduleOnce({1, 2}, [this](const TimerFiring&) { finishRescue(); });
+}
+
+bool AppDelegate::createWorkingFolders()
+{
+    const struct {
+        const QString& path;
+        const char* message;
+    } folders[] = {
+        {application.s_Output_Folder, "Error #0008. Application will exit."},
+        {application.s_Video_Folder, "Error #0009. Application will exit."},
+        {application.s_Picture_Folder, "Error #000A. Application will exit."},
+    };
+    for (const auto& folder : folders) {
+        QString error;
+        const FolderCreation creation = createFolder(folder.path, error);
+        if (creation == FolderCreation::Failed) {
+            qWarning("%s", qUtf8Printable(error));
+            platform_.dialogs->runAlert(
+                {QStringLiteral("Error"), QString::fromLatin1(folder.message), {QStringLiteral("Close")}});
+            return false;
+        }
+        if (creation == FolderCreation::Created && &folder == folders)
+            writeFirstRunDefaults();
+    }
+    return true;
+}
+
+void AppDelegate::emptyWorkingFolders()
+{
+    // A recording that an earlier run could not finish, because it was killed, is put aside first.
+    rescued_ = rescueLeftRecordings(application.s_Video_Folder, application.s_Recovered_Folder);
+    RemoveAllContentInFolder(application.s_Output_Folder);
+    if (allPutAside(rescued_))
+        RemoveAllContentInFolder(application.s_Video_Folder);
+    RemoveAllContentInFolder(application.s_Picture_Folder);
+}
+
+std::int32_t AppDelegate::nominalRate() const
+{
+    const auto screenRate = static_cast<double>(std::max<std::int64_t>(1, capture.m_i_Screen_Capture_FPS));
+    const auto cameraRate = camera.b_Camera_Connected ? static_cast<double>(camera.m_i_Camera_Capture_FPS) : 1.0;
+    constexpr double fastest = 1000; // a damaged settings file must not keep the machine busy with timers alone
+    return static_cast<std::int32_t>(std::min(fastest, cameraRate <= screenRate ? screenRate : cameraRate));
+}
+
+void AppDelegate::createRefreshTimers()
+{
+    RunLoop& runLoop = *platform_.runLoop;
+    const TimerInterval interval{1, recording.i_fps_of_Recording};
+    runLoop.invalidate(application.timerVideoRefresh);
+    application.timerVideoRefresh =
+        runLoop.scheduleRepeating(interval, RunLoopMode::Common, TimerOrder::Grab,
+                                  [this](const TimerFiring& firing) { TimerRefreshVideoRoutine(firing); });
+    runLoop.invalidate(compose.timerViewRefresh);
+    compose.timerViewRefresh =
+        runLoop.scheduleRepeating(interval, RunLoopMode::Common, TimerOrder::View,
+                                  [this](const TimerFiring& firing) { TimerRefreshViewRoutine(firing); });
+    // One phase for both, so that every frame is composed of the grab made for it.
+    runLoop.setNextDeadline(compose.timerViewRefresh, runLoop.nextDeadline(application.timerVideoRefresh));
+}
+
+void AppDelegate::setUpOutputSize()
+{
+    compose.index_size_Video_Output = usableOutputIndex(compose.index_size_Video_Output);
+    capture.index_size_Follow_Cursor = usableFollowCursorIndex(capture.index_size_Follow_Cursor);
+    capture.index_size_Region = usableRegionIndex(capture.index_size_Region);
+    if (compose.index_size_Video_Output == 0)
+        setVideoOutputSize(capture.size_Screen);
+    else
+        setVideoOutputSize(
+            capture.arrayFrameResolution[static_cast<std::size_t>(compose.index_size_Video_Output - 2)].sizeDimension);
+    if (options_.size)
+        setVideoOutputSize(options_.size->width > 0 ? *options_.size : capture.size_Screen);
+}
+
+void AppDelegate::Terminate_App()
+{
+    std::fflush(nullptr);
+    std::_Exit(0);
+}
+
+} // namespace lumavex

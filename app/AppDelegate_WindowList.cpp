@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/AppDelegate.h"
+
+#include "app/Window_Main.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QMenu>
+
+namespace lumavex {
+
+namespace {
+constexpr int firstWindowItem = 2; ///< the refresh command and a separator stand before the windows
+}
+
+void AppDelegate::updateWindowList()
+{
+    auto list = std::make_shared<QList<WindowEntry>>();
+    capture.windowListData = std::make_unique<WindowListApplierData>(list);
+    for (const WindowDescription& window : platform_.screen->windowDescriptions())
+        WindowListApplierFunction(window, *capture.windowListData);
+    capture.arrayController = *list;
+
+    // A menu that is open is not changed under the user's pointer; the flag stays for the next enumeration.
+    if (capture.b_Refresh_Menu_Windows && !QApplication::activePopupWidget()) {
+        FillMenuWindows();
+        capture.b_Refresh_Menu_Windows = false;
+    }
+}
+
+void AppDelegate::FillMenuWindows()
+{
+    QMenu& menu = *window_.submenuWindows;
+    for (; capture.i_Menu_Windows_Count > 0; --capture.i_Menu_Windows_Count)
+        delete menu.actions().at(firstWindowItem);
+    capture.mi_last_Window_Exclusive = nullptr;
+
+    for (const WindowEntry& entry : std::as_const(capture.arrayController)) {
+        if (belongsToLumavex(entry))
+            continue;
+        const QString identifier = Return_Window_Identifier_String(entry);
+        // "&" in a window's name is no mnemonic.
+        QAction* item = menu.addAction(QString(identifier).replace(u'&', QStringLiteral("&&")));
+        item->setCheckable(true);
+        item->setProperty("tag", QVariant::fromValue<qlonglong>(capture.i_Menu_Windows_Count + firstWindowItem));
+        item->setData(identifier);
+        connect(item, &QAction::triggered, this, [this, item] { MenuWindowClick(item); });
+        if (capture.i_Menu_Windows_Count == 0)
+            check(capture.mi_last_Window_Exclusive, item);
+        ++capture.i_Menu_Windows_Count;
+    }
+}
+
+void AppDelegate::MenuWindowClick(QAction* item)
+{
+    check(capture.mi_last_Window_Exclusive, item);
+    capture.sWindowExclusive = item->data().toString();
+}
+
+void AppDelegate::OnMenuRefreshListOfWindows()
+{
+    capture.b_Refresh_Menu_Windows = true;
+    QMetaObject::invokeMethod(this, &AppDelegate::refreshWindowList, Qt::QueuedConnection);
+}
+
+} // namespace lumavex

@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/CommandLine.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+#include <cmath>
+
+namespace lumavex {
+
+namespace {
+
+QString translated(const char* text)
+{
+    return QCoreApplication::translate("CommandLine", text);
+}
+
+/// Takes the option's value into the options; what is wrong with it, or empty.
+using Apply = QString (*)(const QString& value, LaunchOptions& options);
+
+QString applyRecord(const QString& value, LaunchOptions& options)
+{
+    bool isNumber = false;
+    const double seconds = value.toDouble(&isNumber);
+    if (!isNumber || !std::isfinite(seconds) || seconds <= 0 || seconds > 1e6)
+        return translated("must be a number of seconds above 0, like 10 or 2.5");
+    options.recordSeconds = seconds;
+    return {};
+}
+
+QString applyRate(const QString& value, LaunchOptions& options)
+{
+    bool isNumber = false;
+    const int rate = value.toInt(&isNumber);
+    if (!isNumber || rate < 1 || rate > 120)
+        return translated("must be a whole number of frames a second from 1 to 120");
+    options.framesPerSecond = rate;
+    return {};
+}
+
+QString applySize(const QString& value, LaunchOptions& options)
+{
+    if (value == QLatin1String("screen")) {
+        options.size = CGSize{};
+        return {};
+    }
+    static const QRegularExpression form(QStringLiteral("^(\\d{1,5})x(\\d{1,5})$"));
+    const auto match = form.match(value);
+    const CGSize size{match.captured(1).toDouble(), match.captured(2).toDouble()};
+    if (!match.hasMatch() || size.width < 16 || size.height < 16 || size.width > 16384 || size.height > 16384)
+        return translated("must be \"screen\" or a size from 16x16 to 16384x16384, like 1280x720");
+    options.size = size;
+    return {};
+}
+
+QString applySwitch(const QString& value, std::optional<bool>& target)
+{
+    if (value != QLatin1String("yes") && value != QLatin1String("no"))
+        return translated("must be \"yes\" or \"no\"");
+    target = value == QLatin1String("yes");
+    return {};
+}
+
+struct Option {
+    const char* name;
+    const char* value; ///< what the value is called in the help; null for an option without one
+    const char* help;
+    Apply apply;
+};
+
+// The one table of options: help, parsing and the manual page follow it.
+const Option optionTable[] = {
+    {"record", "SECONDS", QT_TRANSLATE_NOOP("CommandLine", "Record this long without a user, save and end."),
+     applyRecord},
+    {"output", "FILE", QT_TRANSLATE_NOOP("CommandLine", "Where the movie is saved (with --record)."),
+     [](const QString& value, LaunchOptions& options) {
+         options.output = value;
+         return value.isEmpty() ? translated("must name a file") : QString();
+     }},
+    {"fps", "N", QT_TRANSLATE_NOOP("CommandLine", "Frames a second."), applyRate},
+    {"size", "WxH|screen", QT_TRANSLATE_NOOP("CommandLine", "Size of the movie's frames."), applySize},
+    {"sound", "yes|no", QT_TRANSLATE_NOOP("CommandLine", "Record the system's current sound input."),
+     [](const QString& value, LaunchOptions& options) { return applySwitch(value, options.sound); }},
+    {"cursor", "yes|no", QT_TRANSLATE_NOOP("CommandLine", "Draw the mouse cursor."),
+     [](const QString& value, LaunchOptions& options) { return applySwitch(value, options.cursor); }},
+    {"hide-own-windows", nullptr, QT_TRANSLATE_NOOP("CommandLine", "Leave Lumavex's own windows out of the picture."),
+     [](const QString&, LaunchOptions& options) {
+         options.hideOwnWindows = true;
+         return QString();
+     }},
+    {"overwrite", nullptr, QT_TRANSLATE_NOOP("CommandLine", "Replace FILE if it exists."),
+     [](const QString&, LaunchOptions& options) {
+         options.existing = LaunchOptions::Existing::Overwrite;
+         return QString();
+     }},
+    {"ignore-load", nullptr, QT_TRANSLATE_NOOP("CommandLine", "Record on a busy machine too."),
+     [](const QString&, LaunchOptions& options) {
+         options.load = LaunchOptions::Load::Ignore;
+         return QString();
+     }},
+};
+
+QString helpText()
+{
+    QString text = translated("Usage: lumavex [OPTION]...\n"
+                              "Records the screen and a camera into a movie. Without options it opens its window.\n\n"
+                              "These hold for this run and are not stored:\n");
+    const auto line = [&text](const QString& left, const QString& help) {
+        text += QStringLiteral("  %1 %2\n").arg(left, -22).arg(help);
+    };
+    for (const Option& option : optionTable) {
+        const QString name = QStringLiteral("--") + QLatin1String(option.name);
+        line(option.value ? name + u' ' + QLatin1String(option.value) : name, translated(option.help));
+    }
+    line(QStringLiteral("--help"), translated("Show this text and end."));
+    line(QStringLiteral("--version"), translated("Show the version and end."));
+    return text
+           + translated("\nThe exit status is 0 when the movie was saved (its path is printed), 1 when it was not,\n"
+                        "2 when the options are wrong. SIGINT and SIGTERM end a recording early and save it.\n");
+}
+
+CommandLine mistake(const QString& what)
+{
+    return {{}, QStringLiteral("lumavex: ") + what + translated("\nTry \"lumavex --help\".\n"), 2};
+}
+
+const Option* findOption(const QString& name)
+{
+    for (const Option& option : optionTable)
+        if (name == QLatin1String(option.name))
+            return &option;
+    return nullptr;
+}
+
+} // namespace
+
+CommandLine parseCommandLine(const QStringList& arguments)
+{
+    CommandLine result;
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        const QString& argument = arguments[i];
+        if (argument == QLatin1String("--help") || argument == QLatin1String("-h"))
+            return {{}, helpText(), 0};
+        if (argument == QLatin1String("--version"))
+            return {{}, QStringLiteral("Lumavex " LUMAVEX_VERSION "\n"), 0};
+
+        const qsizetype equals = argument.indexOf(u'=');
+        const QString name = argument.sliced(0, equals < 0 ? argument.size() : equals);
+        const Option* option = name.startsWith(QLatin1String("--")) ? findOption(name.sliced(2)) : nullptr;
+        if (!option)
+            return mistake(translated("unknown option %1.").arg(argument));
+        QString value;
+        if (option->value && equals >= 0)
+            value = argument.sliced(equals + 1);
+        else if (option->value && i + 1 < arguments.size())
+            value = arguments[++i];
+        else if (option->value)
+            return mistake(translated("%1 needs a value.").arg(name));
+        else if (equals >= 0)
+            return mistake(translated("%1 takes no value.").arg(name));
+        if (const QString problem = option->apply(value, result.options); !problem.isEmpty())
+            return mistake(QStringLiteral("%1 %2.").arg(name, problem));
+    }
+    if (result.options.recordSeconds && result.options.output.isEmpty())
+        return mistake(translated("--record needs --output FILE."));
+    if (!result.options.recordSeconds && !result.options.output.isEmpty())
+        return mistake(translated("--output is of use with --record only."));
+    return result;
+}
+
+QString outputProblem(const LaunchOptions& options)
+{
+    const QFileInfo output(options.output);
+    const QFileInfo folder(output.absolutePath());
+    if (output.isDir())
+        return translated("%1 is a folder; name a file in it.").arg(options.output);
+    if (!folder.isDir())
+        return translated("There is no folder %1 to save the movie in.").arg(folder.filePath());
+    if (!folder.isWritable())
+        return translated("The folder %1 cannot be written to.").arg(folder.filePath());
+    if (output.exists() && options.existing == LaunchOptions::Existing::Refuse)
+        return translated("%1 exists already; add --overwrite to replace it.").arg(options.output);
+    return {};
+}
+
+} // namespace lumavex

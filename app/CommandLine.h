@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/LaunchOptions.h"
+
+#include <QStringList>
+
+#include <optional>
+
+namespace lumavex {
+
+/// What the program is to do with its command line.
+struct CommandLine {
+    LaunchOptions options;
+    QString text;                  ///< to print before ending; empty when the program goes on
+    std::optional<int> exitStatus; ///< set when the program ends at once: 0 for help and version, 2 for a mistake
+};
+
+/// Reads the arguments, without the program's name. Knows no display: help works everywhere.
+CommandLine parseCommandLine(const QStringList& arguments);
+
+/// Why the output file cannot be written, in the user's words; empty when it can. Looks at the file system only.
+QString outputProblem(const LaunchOptions& options);
+
+} // namespace lumavex

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QIcon>
+#include <QString>
+
+namespace lumavex {
+
+/// One of the program's own icons, drawn at every size and scale from its picture ":/icons/<name>.svg". Its black parts
+/// take the colour of the palette's text at the moment of drawing, so that it is right in light and dark, enabled and
+/// disabled.
+QIcon themedIcon(const QString& name);
+
+} // namespace lumavex

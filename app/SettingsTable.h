@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/UserDefaults.h"
+
+#include <QHash>
+#include <QString>
+
+#include <cstdint>
+
+namespace lumavex {
+
+/// The key under which a setting is stored: "Orbelkin_" + name + "_02".
+QString settingKey(const char* name);
+
+/// The number a text begins with: white space, a sign and digits up to the first other character; 0 when there is none.
+/// A number too large for 64 bits reads as the nearest one.
+std::int64_t integerValue(const QString& text);
+
+/// What an absent or empty text means.
+enum class ReadRule {
+    Plain,      ///< 0, and nothing is written
+    Defaulting, ///< 1, and "1" is written at once
+};
+
+std::int64_t readInteger(UserDefaults& store, const char* name, ReadRule rule);
+
+/// Settings given for this run only lie over the stored ones: they are read instead, and never written.
+class LayeredUserDefaults final : public UserDefaults {
+public:
+    explicit LayeredUserDefaults(UserDefaults& stored) : stored_(stored) {}
+
+    void lay(const QString& text, const QString& key) { layer_.insert(key, text); }
+
+    std::optional<QString> stringForKey(const QString& key) const override
+    {
+        const auto it = layer_.constFind(key);
+        return it != layer_.constEnd() ? std::optional(*it) : stored_.stringForKey(key);
+    }
+    void setObject_forKey(const QString& text, const QString& key) override { stored_.setObject_forKey(text, key); }
+    QString trouble() const override { return stored_.trouble(); }
+
+private:
+    UserDefaults& stored_;
+    QHash<QString, QString> layer_;
+};
+
+} // namespace lumavex

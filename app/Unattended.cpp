@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/Unattended.h"
+
+#include "app/AppDelegate.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+
+#include <cstdio>
+#include <unistd.h>
+
+namespace lumavex {
+
+namespace {
+
+void print(std::FILE* stream, const QString& line)
+{
+    std::fputs(qUtf8Printable(line + u'\n'), stream);
+    std::fflush(stream);
+}
+
+constexpr const char* eraseLine = "\r\033[K";
+
+} // namespace
+
+int UnattendedDialogs::runAlert(const Alert& alert)
+{
+    if (alert.messageText != QLatin1String("Success"))
+        print(stderr, QStringLiteral("lumavex: %1: %2").arg(alert.messageText, alert.informativeText));
+    return static_cast<int>(alert.buttons.size()) - 1;
+}
+
+std::optional<QString> UnattendedDialogs::runSavePanel(const SavePanel&)
+{
+    const QFileInfo wanted(QFileInfo(options_.output).absoluteFilePath());
+    QString path = wanted.filePath();
+    // The file was not there when the recording began: somebody else's by now, and not to be replaced.
+    for (int n = 2; options_.existing == LaunchOptions::Existing::Refuse && QFileInfo::exists(path); ++n)
+        path = QStringLiteral("%1/%2-%3.%4").arg(wanted.path(), wanted.completeBaseName()).arg(n).arg(wanted.suffix());
+    return path;
+}
+
+UnattendedRecording::UnattendedRecording(AppDelegate& app, RunLoop& runLoop, const LaunchOptions& options)
+    : app_(app), runLoop_(runLoop), options_(options), terminal_(isatty(STDERR_FILENO) == 1)
+{
+    connect(&app_, &AppDelegate::recordingFinished, this, &UnattendedRecording::finished);
+}
+
+void UnattendedRecording::begin()
+{
+    app_.Timer_Open_Preview_Window_Routine(); // frames are made only while there is a preview, shown or not
+    app_.OnToolbarRecord();
+    if (app_.recording.m_RecordStatus != Recording)
+        return;
+    const TimerId stop = runLoop_.scheduleOnce({1, 1}, [this](const TimerFiring&) { app_.OnToolbarStop(); });
+    runLoop_.setNextDeadline(
+        stop, app_.recording.notBefore
+                  + std::chrono::duration_cast<Nanoseconds>(std::chrono::duration<double>(*options_.recordSeconds)));
+    if (terminal_)
+        progressTimer_ = runLoop_.scheduleRepeating({1, 4}, RunLoopMode::Common, TimerOrder::Other,
+                                                    [this](const TimerFiring&) { showProgress(); });
+}
+
+void UnattendedRecording::endEarly()
+{
+    if (app_.recording.m_RecordStatus == Idle)
+        QCoreApplication::exit(1);
+    else
+        app_.OnToolbarStop();
+}
+
+void UnattendedRecording::showProgress()
+{
+    if (app_.recording.m_RecordStatus != Recording)
+        return;
+    const QString line = tr("Recording %1 s of %2 s, ends early with Ctrl+C")
+                             .arg(CMTimeGetSeconds(app_.recording.m_Current_Video_Frame), 0, 'f', 1)
+                             .arg(*options_.recordSeconds, 0, 'f', 1);
+    std::fprintf(stderr, "%s%s", eraseLine, qUtf8Printable(line));
+}
+
+void UnattendedRecording::finished(const QString& path, const QString& problem)
+{
+    runLoop_.invalidate(progressTimer_);
+    if (terminal_)
+        std::fputs(eraseLine, stderr);
+    if (!problem.isEmpty())
+        print(stderr, QStringLiteral("lumavex: ") + problem);
+    if (!path.isEmpty())
+        print(stdout, path);
+    const int status = !path.isEmpty() && problem.isEmpty() ? 0 : 1;
+    QMetaObject::invokeMethod(
+        this, [status] { QCoreApplication::exit(status); }, Qt::QueuedConnection);
+}
+
+} // namespace lumavex

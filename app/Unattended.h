@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/LaunchOptions.h"
+#include "platform/Dialogs.h"
+#include "platform/RunLoop.h"
+
+#include <QObject>
+
+namespace lumavex {
+
+class AppDelegate;
+
+/// Answers in place of a user: the save panel with the output file, alerts with a line on standard error.
+class UnattendedDialogs final : public Dialogs {
+public:
+    explicit UnattendedDialogs(const LaunchOptions& options) : options_(options) {}
+
+    int runAlert(const Alert& alert) override;
+    std::optional<QString> runSavePanel(const SavePanel& panel) override;
+    std::optional<QString> runOpenPanel(const QString&, const QStringList&) override { return std::nullopt; }
+    bool open(const QUrl&) override { return false; }
+
+private:
+    const LaunchOptions options_;
+};
+
+/// One recording without a user, through the same commands as the buttons: starts it, shows its progress on a terminal,
+/// stops it when its time is over and ends the program with status 0 and the movie's path, or with status 1 and a
+/// message.
+class UnattendedRecording final : public QObject {
+    Q_OBJECT
+public:
+    UnattendedRecording(AppDelegate& app, RunLoop& runLoop, const LaunchOptions& options);
+
+    void begin();
+    /// Stops early and saves. Before the recording began it ends the program.
+    void endEarly();
+
+private:
+    void showProgress();
+    void finished(const QString& path, const QString& problem);
+
+    AppDelegate& app_;
+    RunLoop& runLoop_;
+    const LaunchOptions options_;
+    bool terminal_;
+    TimerId progressTimer_ = 0;
+};
+
+} // namespace lumavex

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/Window_Main.h"
+
+#include "app/Icons.h"
+#include "app/MessageStrip.h"
+
+#include <QCloseEvent>
+#include <QFontDatabase>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QTimer>
+#include <QToolButton>
+
+namespace lumavex {
+
+Window_Main::Window_Main() : messages_(new MessageStrip)
+{
+    setupUi(this);
+    setContextMenuPolicy(Qt::NoContextMenu); // the toolbar is not to be hidden by a slip
+    centralArea->layout()->addWidget(messages_);
+    connect(messages_, &MessageStrip::roomChanged, this, &Window_Main::fitHeight);
+
+    auto* place = new QWidget(toolBar);
+    textDurationTime = new QLabel(QStringLiteral("00:00:00"), place);
+    QFont digits = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    digits.setPointSizeF(font().pointSizeF() * 1.15);
+    textDurationTime->setFont(digits);
+    textDurationTime->setAccessibleName(tr("Recorded time"));
+    QSizePolicy policy = textDurationTime->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    textDurationTime->setSizePolicy(policy);
+    auto* layout = new QHBoxLayout(place);
+    layout->setContentsMargins(8, 0, 8, 0);
+    layout->addWidget(textDurationTime, 0, Qt::AlignCenter);
+    toolBar->insertWidget(toolBar->actions().at(3), place);
+    textDurationTime->hide();
+
+    const auto tools = toolBar->findChildren<QToolButton*>();
+    for (QToolButton* button : tools) {
+        button->setFocusPolicy(Qt::TabFocus);
+        if (button->defaultAction())
+            button->setAccessibleName(button->defaultAction()->text());
+    }
+    setIcons();
+    fitHeight();
+}
+
+void Window_Main::setIcons()
+{
+    const int size = std::max(22, fontMetrics().height() + 6);
+    toolBar->setIconSize({size, size});
+    const auto actions = findChildren<QAction*>();
+    for (QAction* action : actions) {
+        const QString name = action->property("iconName").toString();
+        if (!name.isEmpty())
+            action->setIcon(themedIcon(name));
+    }
+}
+
+void Window_Main::fitHeight()
+{
+    // The window is as high as its bars and its message, and at least as wide as its toolbar without an overflow arrow.
+    QTimer::singleShot(0, this, [this] {
+        const int wanted = std::max(width(), std::max(minimumWidth(), toolBar->sizeHint().width()));
+        const int height = menuBar->height() + toolBar->sizeHint().height()
+                           + (messages_->isVisible() ? messages_->heightForWidth(wanted) : 0);
+        resize(wanted, std::max(minimumHeight(), height));
+    });
+}
+
+void Window_Main::setLevel(Level level)
+{
+    const bool floating = level == Level::Floating;
+    if (windowFlags().testFlag(Qt::WindowStaysOnTopHint) == floating)
+        return;
+    const bool visible = isVisible();
+    const QPoint place = pos();
+    setWindowFlag(Qt::WindowStaysOnTopHint, floating);
+    if (visible) {
+        move(place);
+        show();
+    }
+}
+
+void Window_Main::showMessage(const QString& text)
+{
+    messages_->showMessage(text);
+}
+
+void Window_Main::clearMessage()
+{
+    messages_->clear();
+}
+
+void Window_Main::closeEvent(QCloseEvent* event)
+{
+    event->ignore();
+    Q_EMIT windowShouldClose();
+}
+
+void Window_Main::changeEvent(QEvent* event)
+{
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        toolBar->update();
+}
+
+} // namespace lumavex

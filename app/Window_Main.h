@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "ui_Window_Main.h"
+
+#include <QMainWindow>
+
+class QLabel;
+
+namespace lumavex {
+
+class MessageStrip;
+
+/// The main window: menus, toolbar, the duration of the recording and a line for messages. It carries out nothing
+/// itself; its actions are connected to the application delegate's commands by connectCommands.
+class Window_Main final : public QMainWindow, public Ui::Window_Main {
+    Q_OBJECT
+public:
+    Window_Main();
+
+    /// Shown while a recording exists; its place in the toolbar stays free otherwise.
+    QLabel* textDurationTime = nullptr;
+
+    /// Floating windows stay above those of other applications. A visible window keeps its place.
+    enum class Level { Normal, Floating };
+    void setLevel(Level level);
+
+    /// Tells the user something in the window, at once and without stopping the work.
+    void showMessage(const QString& text);
+    void clearMessage();
+
+Q_SIGNALS:
+    /// The user wants the window closed, which ends the program. The window stays as it is.
+    void windowShouldClose();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    void setIcons();
+    void fitHeight();
+
+    MessageStrip* messages_;
+};
+
+} // namespace lumavex

@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/AppDelegate.h"
+#include "app/CommandLine.h"
+#include "app/Icons.h"
+#include "app/SettingsTable.h"
+#include "app/Signals.h"
+#include "app/SingleInstance.h"
+#include "app/Unattended.h"
+#include "app/Window_Main.h"
+#include "app/connectCommands.h"
+
+#include <QApplication>
+#include <QTimer>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+namespace {
+
+using namespace lumavex;
+
+/// Qt ends the program by itself when it cannot reach the display; the user gets words instead of an abort.
+void onMessage(QtMsgType type, const QMessageLogContext&, const QString& message)
+{
+    if (type == QtFatalMsg && message.contains(QLatin1String("platform plugin"))) {
+        std::fputs("lumavex: There is no graphical display to show windows on, or it cannot be reached. "
+                   "Start Lumavex in a desktop session, or set DISPLAY.\n",
+                   stderr);
+        std::_Exit(1);
+    }
+    if (type != QtDebugMsg)
+        std::fprintf(stderr, "%s\n", qUtf8Printable(message));
+    if (type == QtFatalMsg)
+        std::abort();
+}
+
+/// Lays the settings of the command line over the stored ones, for this run.
+std::unique_ptr<UserDefaults> layered(UserDefaults& stored, const LaunchOptions& options)
+{
+    auto layer = std::make_unique<LayeredUserDefaults>(stored);
+    const auto lay = [&layer](const char* name, std::int64_t value) {
+        layer->lay(QString::number(value), settingKey(name));
+    };
+    if (options.framesPerSecond) {
+        lay("i_Screen_Capture_FPS", *options.framesPerSecond);
+        lay("i_Camera_Capture_FPS", *options.framesPerSecond);
+    }
+    if (options.sound)
+        lay("b_Record_Include_Audio", *options.sound ? 1 : 0);
+    if (options.cursor)
+        lay("b_Screen_Include_Mouse", *options.cursor ? 1 : 0);
+    return layer;
+}
+
+int fail(const QString& message)
+{
+    std::fprintf(stderr, "lumavex: %s\n", qUtf8Printable(message));
+    return 1;
+}
+
+int run(const LaunchOptions& options, Platform& platform, SingleInstance& instance)
+{
+    const bool unattended = options.recordSeconds.has_value();
+    if (unattended)
+        platform.dialogs = std::make_unique<UnattendedDialogs>(options);
+    if (const QString trouble = platform.screen->trouble(); !trouble.isEmpty()) {
+        if (!unattended)
+            platform.dialogs->runAlert({QStringLiteral("Error"), trouble, {QStringLiteral("Close")}});
+        return fail(trouble);
+    }
+    const std::unique_ptr<UserDefaults> stored = std::move(platform.userDefaults);
+    platform.userDefaults = layered(*stored, options);
+
+    Window_Main window;
+    AppDelegate app(platform, window, options);
+    connectCommands(window, app);
+    app.awakeFromNib();
+    if (!app.applicationDidFinishLaunching())
+        return unattended ? 1 : 0;
+
+    TerminationSignals signals;
+    std::unique_ptr<UnattendedRecording> recording;
+    if (unattended) {
+        recording = std::make_unique<UnattendedRecording>(app, *platform.runLoop, options);
+        QTimer::singleShot(0, recording.get(), &UnattendedRecording::begin);
+        QObject::connect(&signals, &TerminationSignals::terminationRequested, recording.get(),
+                         &UnattendedRecording::endEarly);
+    } else {
+        QObject::connect(&signals, &TerminationSignals::terminationRequested, &app, &AppDelegate::Terminate_App);
+        QObject::connect(&instance, &SingleInstance::activated, &window, [&window] {
+            window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+            window.show();
+            window.raise();
+            window.activateWindow();
+        });
+    }
+    return QApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    const CommandLine commandLine = parseCommandLine(arguments);
+    if (commandLine.exitStatus) {
+        std::fputs(qUtf8Printable(commandLine.text), *commandLine.exitStatus == 0 ? stdout : stderr);
+        return *commandLine.exitStatus;
+    }
+    const LaunchOptions& options = commandLine.options;
+    if (options.recordSeconds)
+        if (const QString problem = outputProblem(options); !problem.isEmpty())
+            return fail(problem);
+
+    qInstallMessageHandler(onMessage);
+    // Screen and windows are read through X11, so the program's own windows live there too.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "xcb");
+    QApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Lumavex"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Lumavex"));
+    QApplication::setApplicationVersion(QStringLiteral(LUMAVEX_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("org.lumavex.Lumavex"));
+    QApplication::setQuitOnLastWindowClosed(false); // an alert that closes while the main window is hidden ends nothing
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/org.lumavex.Lumavex.svg")));
+
+    SingleInstance instance;
+    if (!instance.isFirst()) {
+        if (!instance.activateFirst())
+            return fail(QStringLiteral("Another Lumavex runs already, but does not answer."));
+        if (options.recordSeconds)
+            return fail(QStringLiteral("Lumavex runs already. End it first, or record with its window."));
+        return 0;
+    }
+    Platform platform = createPlatform();
+    return run(options, platform, instance);
+}

@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "capture/FrameDimension.h"
+#include "capture/WindowList.h"
+
+#include <QImage>
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <vector>
+
+class QAction;
+
+namespace lumavex {
+
+/// What is captured from the screen, as i_Type_Screen_Capture holds it.
+enum ScreenCaptureType : std::int64_t {
+    EntireScreen = 0,
+    FollowCursor = 1,
+    Region = 2,
+    WindowExclusive = 3,
+};
+
+/// The screen side of the program's state. Main thread. Sizes and rectangles in device pixels, upward.
+struct CaptureState {
+    CGSize size_Screen; ///< of the main display, measured once at start-up
+
+    std::vector<FrameDimension> arrayFrameResolution; ///< the catalogue
+    std::int64_t index_size_Follow_Cursor = 0;        ///< catalogue index, as stored
+    std::int64_t index_size_Region = 0;               ///< catalogue index, as stored
+    CGSize size_Follow_Cursor;
+    CGSize size_Region;
+    QAction* mi_last_Follow_Cursor = nullptr; ///< the checked item of each size menu; null: none is checked
+    QAction* mi_last_Region = nullptr;
+
+    std::int64_t i_Type_Screen_Capture = EntireScreen; ///< a ScreenCaptureType
+    std::int64_t m_i_Screen_Capture_FPS = 0;           ///< as stored; below 1 counts as 1
+    std::int64_t b_Screen_Include_Mouse = 0;           ///< 1: the cursor is drawn into the screen picture
+    bool b_Lumavex_Invisible_To_Capture = false;       ///< the program's own windows are left out
+
+    QImage imgMouseCursor;
+    QImage imgScreenCapture;          ///< the latest good grab; null until the first
+    std::uint64_t serialScreen = 0;   ///< changes with imgScreenCapture's pixels
+    QImage imgScreenCaptureToDraw;    ///< the grab that the latest frame was made of; cursor and cut are in the frame's
+                                      ///< inputs
+    CGRect rect_Screen_Follow_Cursor; ///< of the latest frame in follow-cursor mode
+    CGRect rect_Screen_Region;        ///< set by the region selector
+
+    std::uint32_t listOptions = 0;  ///< 1: on-screen windows only
+    std::uint32_t imageOptions = 0; ///< 0: windows as they are
+    CGRect imageBounds; ///< area of a window composite: everything, so it is the union of the windows' bounds
+
+    QList<WindowEntry> arrayController;          ///< the latest enumeration, front to back
+    QList<WindowEntry> arrayWindowsMinusLumavex; ///< the windows to grab at this tick
+    std::unique_ptr<WindowListApplierData> windowListData;
+    bool b_Refresh_Menu_Windows = false;   ///< rebuild the window menu at the next enumeration
+    std::int64_t i_Menu_Windows_Count = 0; ///< window items now in the menu
+    QAction* mi_last_Window_Exclusive = nullptr;
+    std::optional<QString> sWindowExclusive; ///< identifier of the chosen window
+
+    std::vector<FrameDimension> arrayScreenPointSquare; ///< the region selector's five handles
+};
+
+/// The rectangle that contains every other one.
+inline constexpr CGRect infiniteRect{-std::numeric_limits<double>::max() / 2, -std::numeric_limits<double>::max() / 2,
+                                     std::numeric_limits<double>::max(), std::numeric_limits<double>::max()};
+
+} // namespace lumavex

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "compose/Window_Preview.h"
+#include "platform/Geometry.h"
+#include "platform/RunLoop.h"
+
+#include <QImage>
+
+#include <cstdint>
+#include <memory>
+
+class QAction;
+
+namespace lumavex {
+
+/// What a frame is composed of and where it is shown. Main thread.
+struct ComposeState {
+    std::int64_t i_Video_Source_Primary = 0; ///< 1 screen, 2 camera
+    std::int64_t i_Show_Secondary = 0;       ///< 1: the other source is drawn small
+    std::int64_t i_Size_Screen_Secondary = 0;
+    std::int64_t i_Position_Screen_Secondary = 0;
+    std::int64_t i_Size_Camera_Secondary = 0;
+    std::int64_t i_Position_Camera_Secondary = 0;
+    std::int64_t i_Size_Overlay = 0;
+    std::int64_t i_Position_Overlay = 0;
+    QImage imgOverlay;
+    std::uint64_t serialOverlay = 0; ///< changes with imgOverlay
+    bool bOverlay = false;
+
+    std::int64_t index_size_Video_Output = 0; ///< 0: the primary source's size; k from 2: catalogue entry k - 2
+    CGSize size_Video_Output;
+    float fwVideoOutputRatio = 1; ///< width / height of size_Video_Output
+    QAction* mi_last_Video_Output = nullptr;
+
+    std::int64_t i_Open_Preview_Window_On_Startup = 0;
+    std::unique_ptr<Window_Preview> windowPreview; ///< null: no preview window, no frames
+    bool b_windowPreview_Visible = false;
+    bool b_Take_Picture = false; ///< a snapshot is wanted of the next frame
+
+    TimerId timerViewRefresh = 0;
+    TimerId timerdebug1Second = 0;
+    TimerId timer_Open_Preview_Window = 0;
+};
+
+} // namespace lumavex

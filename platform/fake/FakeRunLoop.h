@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/DeadlineQueue.h"
+
+namespace lumavex {
+
+/// A clock whose hands the test turns.
+class FakeClock final : public Clock {
+public:
+    Nanoseconds now() const override { return time; }
+    Nanoseconds time{1'000'000'000};
+};
+
+/// A run loop that runs when the test says so.
+class FakeRunLoop final : public RunLoop {
+public:
+    explicit FakeRunLoop(FakeClock& clock) : clock_(clock) {}
+
+    TimerId scheduleRepeating(TimerInterval interval, RunLoopMode mode, TimerOrder order, Callback callback) override
+    {
+        return queue_.add(interval, mode, order, DeadlineQueue::Repeat::Forever, clock_.time, std::move(callback));
+    }
+    TimerId scheduleOnce(TimerInterval delay, Callback callback) override
+    {
+        return queue_.add(delay, RunLoopMode::Common, TimerOrder::Once, DeadlineQueue::Repeat::Once, clock_.time,
+                          std::move(callback));
+    }
+    void invalidate(TimerId timer) override { queue_.remove(timer); }
+    void setNextDeadline(TimerId timer, Nanoseconds deadline) override { queue_.setNextDeadline(timer, deadline); }
+    Nanoseconds nextDeadline(TimerId timer) const override { return queue_.nextDeadline(timer); }
+    void runDue(Nanoseconds until) override
+    {
+        while (queue_.runNext(until, clock_.time, RunLoopMode::Common)) {
+        }
+    }
+    void runUntil(const std::function<bool()>& done) override
+    {
+        while (!done())
+            advance(std::chrono::milliseconds(1));
+    }
+    Nanoseconds now() const override { return clock_.time; }
+
+    /// Lets time pass, each timer firing at its deadline.
+    void advance(Nanoseconds span)
+    {
+        const Nanoseconds end = clock_.time + span;
+        for (auto next = queue_.earliest(mode); next && *next <= end; next = queue_.earliest(mode)) {
+            clock_.time = std::max(clock_.time, *next);
+            queue_.runNext(clock_.time, clock_.time, mode);
+        }
+        clock_.time = std::max(clock_.time, end);
+    }
+    /// Lets time pass while the main thread is busy, then runs what was missed.
+    void stall(Nanoseconds span)
+    {
+        clock_.time += span;
+        while (queue_.runNext(clock_.time, clock_.time, mode)) {
+        }
+    }
+
+    RunLoopMode mode = RunLoopMode::Default;
+
+private:
+    FakeClock& clock_;
+    DeadlineQueue queue_;
+};
+
+} // namespace lumavex

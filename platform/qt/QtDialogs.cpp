@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/qt/QtDialogs.h"
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStandardPaths>
+
+namespace lumavex {
+
+namespace {
+
+/// What a dialog belongs to: the window in use, else the first visible main window, else none.
+QWidget* parentWindow()
+{
+    if (QWidget* active = QApplication::activeWindow())
+        return active;
+    const auto windows = QApplication::topLevelWidgets();
+    for (QWidget* window : windows)
+        if (window->isVisible() && window->windowType() == Qt::Window)
+            return window;
+    return nullptr;
+}
+
+QString panelFolder(const QString& wanted)
+{
+    if (!wanted.isEmpty())
+        return wanted;
+    const QString movies = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
+    return QFileInfo(movies).isDir() ? movies : QStandardPaths::writableLocation(QStandardPaths::HomeLocation);
+}
+
+} // namespace
+
+int QtDialogs::runAlert(const Alert& alert)
+{
+    QMessageBox box(parentWindow());
+    box.setIcon(alert.messageText == QLatin1String("Success") ? QMessageBox::Information : QMessageBox::Warning);
+    box.setWindowTitle(QApplication::applicationDisplayName());
+    box.setTextFormat(Qt::PlainText);
+    box.setText(alert.messageText);
+    box.setInformativeText(alert.informativeText);
+    QList<QAbstractButton*> buttons;
+    for (const QString& title : alert.buttons)
+        buttons.append(box.addButton(title, QMessageBox::ActionRole));
+    box.setDefaultButton(qobject_cast<QPushButton*>(buttons.first()));
+    box.setEscapeButton(buttons.last());
+    box.exec();
+    const auto chosen = buttons.indexOf(box.clickedButton());
+    return static_cast<int>(chosen < 0 ? buttons.size() - 1 : chosen);
+}
+
+std::optional<QString> QtDialogs::runSavePanel(const SavePanel& panel)
+{
+    QFileDialog dialog(parentWindow(), panel.title, panelFolder(panel.directory));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setNameFilters({panel.filter, QApplication::translate("Dialogs", "All files (*)")});
+    dialog.selectFile(panel.nameField);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return std::nullopt;
+    return dialog.selectedFiles().constFirst();
+}
+
+std::optional<QString> QtDialogs::runOpenPanel(const QString& title, const QStringList& extensions)
+{
+    QFileDialog dialog(parentWindow(), title);
+    dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    QStringList patterns;
+    for (const QString& extension : extensions)
+        patterns.append(QStringLiteral("*.") + extension);
+    dialog.setNameFilter(patterns.join(u' '));
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return std::nullopt;
+    return dialog.selectedFiles().constFirst();
+}
+
+bool QtDialogs::open(const QUrl& url)
+{
+    return QDesktopServices::openUrl(url);
+}
+
+} // namespace lumavex

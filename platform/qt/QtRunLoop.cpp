@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/qt/QtRunLoop.h"
+
+#include <QApplication>
+#include <QEventLoop>
+
+#include <algorithm>
+#include <utility>
+
+namespace lumavex {
+
+using std::chrono::milliseconds;
+
+QtRunLoop::QtRunLoop(const Clock& clock) : clock_(clock)
+{
+    timer_.setTimerType(Qt::PreciseTimer);
+    timer_.setSingleShot(true);
+    QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { fire(); });
+}
+
+TimerId QtRunLoop::scheduleRepeating(TimerInterval interval, RunLoopMode mode, TimerOrder order, Callback callback)
+{
+    const TimerId id =
+        queue_.add(interval, mode, order, DeadlineQueue::Repeat::Forever, clock_.now(), std::move(callback));
+    arm();
+    return id;
+}
+
+TimerId QtRunLoop::scheduleOnce(TimerInterval delay, Callback callback)
+{
+    const TimerId id = queue_.add(delay, RunLoopMode::Common, TimerOrder::Once, DeadlineQueue::Repeat::Once,
+                                  clock_.now(), std::move(callback));
+    arm();
+    return id;
+}
+
+void QtRunLoop::invalidate(TimerId timer)
+{
+    queue_.remove(timer);
+}
+
+void QtRunLoop::setNextDeadline(TimerId timer, Nanoseconds deadline)
+{
+    queue_.setNextDeadline(timer, deadline);
+    arm();
+}
+
+void QtRunLoop::runDue(Nanoseconds until)
+{
+    while (queue_.runNext(until, clock_.now(), RunLoopMode::Common)) {
+    }
+    arm();
+}
+
+void QtRunLoop::runUntil(const std::function<bool()>& done)
+{
+    ++defaultModeRuns_;
+    arm();
+    QEventLoop loop;
+    while (!done())
+        loop.processEvents(QEventLoop::WaitForMoreEvents);
+    --defaultModeRuns_;
+}
+
+RunLoopMode QtRunLoop::mode() const
+{
+    const bool tracking = QApplication::activePopupWidget() != nullptr;
+    const bool modal = QApplication::activeModalWidget() != nullptr && defaultModeRuns_ == 0;
+    return tracking || modal ? RunLoopMode::Common : RunLoopMode::Default;
+}
+
+void QtRunLoop::arm()
+{
+    // A default-mode timer that may not fire now is looked at again when the next common one fires; should none
+    // be left, a slow look suffices.
+    const auto deadline = queue_.earliest(mode());
+    if (!deadline) {
+        timer_.start(milliseconds(200));
+        return;
+    }
+    const auto wait = std::chrono::ceil<milliseconds>(*deadline - clock_.now());
+    timer_.start(std::clamp(wait, milliseconds(0), milliseconds(1000)));
+}
+
+void QtRunLoop::fire()
+{
+    // Only what was due on entry: a loop that cannot keep up still lets other events through in between.
+    const Nanoseconds until = clock_.now();
+    arm(); // a callback may run an event loop of its own, in which the timers go on
+    while (queue_.runNext(until, clock_.now(), mode())) {
+    }
+    arm();
+}
+
+} // namespace lumavex

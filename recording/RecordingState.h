@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/Geometry.h"
+#include "platform/MovieWriter.h"
+#include "platform/RunLoop.h"
+#include "platform/SoundRecorder.h"
+#include "recording/Window_Progress.h"
+#include "recording/WriterReadiness.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+
+namespace lumavex {
+
+/// The phase of a recording, as m_RecordStatus holds it.
+enum RecordStatus : std::uint64_t {
+    Idle = 0,
+    Recording = 1,
+    Paused = 2,
+};
+
+/// A recording's state. Main thread, but for writerReadiness. The objects of a recording live until the next one
+/// starts.
+struct RecordingState {
+    std::uint64_t m_RecordStatus = Idle;
+    bool stopping = false; ///< Stop has not returned yet: Record is refused
+
+    std::int64_t b_Record_Include_Audio = 0;         ///< 1: with sound
+    std::int32_t m_Seconds_of_Recording = 0;         ///< whole seconds recorded, pauses left out
+    std::int32_t i_fps_of_Recording = 1;             ///< nominal frames a second, at least 1
+    std::int32_t i_Actual_FPS_while_Recording = 1;   ///< the clock steps by one over this
+    std::int64_t i_debug_number_of_view_refresh = 0; ///< frames appended since the last one-second tick
+    CMTime m_Current_Video_Frame;                    ///< time of the next frame
+    CGSize size_Movie;                               ///< what the writer was made for, whatever the output size is now
+    Nanoseconds notBefore{0}; ///< refreshes that were due earlier belong to the time before Record or Resume
+
+    QString s_Video_File_Source; ///< the writer's file
+    QString s_Sound_File_Source; ///< the sound file; empty without sound
+    QString s_AV_File_Source;    ///< both joined
+
+    std::unique_ptr<MovieWriter> assetWriter;
+    MovieInput* assetInput = nullptr;                ///< assetWriter's
+    PixelBufferAdaptor* assetInputAdaptor = nullptr; ///< assetWriter's
+    std::unique_ptr<WriterReadiness>
+        writerReadiness; ///< isWaitingForInputReady and writeSemaphore; gone before assetWriter
+    std::unique_ptr<SoundRecorder> soundRecorder;
+    TimerId recordTimer = 0; ///< the duration display's
+
+    /// What was left of each period when the recording was paused.
+    Nanoseconds grabRemainder{0};
+    Nanoseconds viewRemainder{0};
+    Nanoseconds secondRemainder{0};
+    Nanoseconds durationRemainder{0};
+
+    std::unique_ptr<Window_Progress> windowProgress; ///< only during Stop
+    std::uint64_t u_Type_Progress = 0;               ///< 0: joining sound and picture
+    std::uint64_t i_Orig_Duration_in_Seconds = 0;    ///< denominator of the joining progress
+    bool terminated = false;                         ///< the encoder has ended
+};
+
+} // namespace lumavex
