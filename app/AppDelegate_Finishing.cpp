@@ -12,7 +12,6 @@
 #include <QFileInfo>
 #include <QLabel>
 #include <QMenu>
-#include <QProgressBar>
 
 #include <atomic>
 
@@ -73,20 +72,19 @@ void AppDelegate::stopBecause(const QString& reason)
 void AppDelegate::beginProgress()
 {
     recording.windowProgress = std::make_unique<Window_Progress>(&window_);
-    recording.windowProgress->labelDescription->setText(QStringLiteral("Performing operation... Please wait..."));
+    recording.windowProgress->setDescription(QStringLiteral("Performing operation... Please wait..."));
     if (window_.isVisible())
         recording.windowProgress->open();
 }
 
 void AppDelegate::setProgress(float percentage)
 {
-    recording.windowProgress->progressBar->setValue(static_cast<int>(percentage));
+    recording.windowProgress->setProgress(percentage);
     Q_EMIT progressChanged(percentage);
 }
 
 void AppDelegate::endProgress()
 {
-    recording.windowProgress->done(QDialog::Accepted);
     recording.windowProgress.reset();
 }
 

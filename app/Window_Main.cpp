@@ -62,7 +62,7 @@ void Window_Main::fitHeight()
     // The window is as high as its bars and its message, and at least as wide as its toolbar without an overflow arrow.
     QTimer::singleShot(0, this, [this] {
         const int wanted = std::max(width(), std::max(minimumWidth(), toolBar->sizeHint().width()));
-        const int height = menuBar->height() + toolBar->sizeHint().height()
+        const int height = Ui::Window_Main::menuBar->height() + toolBar->sizeHint().height()
                            + (messages_->isVisible() ? messages_->heightForWidth(wanted) : 0);
         resize(wanted, std::max(minimumHeight(), height));
     });

@@ -1,0 +1,389 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/AppDelegate.h"
+#include "app/SettingsTable.h"
+#include "app/Window_Main.h"
+#include "app/Window_More_Information.h"
+#include "app/connectCommands.h"
+#include "platform/NoCameras.h"
+#include "platform/fake/FakeChildProcess.h"
+#include "platform/fake/FakeDialogs.h"
+#include "platform/fake/FakeMovieWriter.h"
+#include "platform/fake/FakeProcessorLoad.h"
+#include "platform/fake/FakeRunLoop.h"
+#include "platform/fake/FakeScreenGrabber.h"
+#include "platform/fake/FakeSoundRecorder.h"
+#include "platform/fake/FakeUserDefaults.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QMenu>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace lumavex;
+using namespace std::chrono_literals;
+
+namespace {
+
+/// The whole program over fakes, in a documents folder of its own.
+struct Program : testing::Test {
+    QTemporaryDir home;
+    FakeClock clock;
+    Platform platform;
+    FakeRunLoop* loop = nullptr;
+    FakeUserDefaults* store = nullptr;
+    FakeDialogs* dialogs = nullptr;
+    FakeScreenGrabber* screen = nullptr;
+    FakeProcessorLoad* load = nullptr;
+    std::shared_ptr<FakeMovie> movie = std::make_shared<FakeMovie>();
+    std::shared_ptr<FakeSound> sound = std::make_shared<FakeSound>();
+    std::vector<FakeChildProcess::Launch> launches;
+    FakeChildProcess::Script encoder;
+    LaunchOptions options;
+    std::unique_ptr<Window_Main> window;
+    std::unique_ptr<AppDelegate> app;
+
+    Program()
+    {
+        qputenv("HOME", QFile::encodeName(home.path()));
+        qputenv("XDG_CONFIG_HOME", QFile::encodeName(home.path() + QStringLiteral("/.config")));
+        const auto keep = [](auto& slot, auto object) {
+            auto* raw = object.get();
+            slot = std::move(object);
+            return raw;
+        };
+        loop = keep(platform.runLoop, std::make_unique<FakeRunLoop>(clock));
+        store = keep(platform.userDefaults, std::make_unique<FakeUserDefaults>());
+        dialogs = keep(platform.dialogs, std::make_unique<FakeDialogs>());
+        screen = keep(platform.screen, std::make_unique<FakeScreenGrabber>());
+        load = keep(platform.processorLoad, std::make_unique<FakeProcessorLoad>());
+        platform.cameras = std::make_unique<NoCameras>();
+        platform.createMovieWriter = fakeMovieWriters(movie);
+        platform.createSoundRecorder = fakeSoundRecorderFactory(sound);
+        encoder.work = [](const QStringList& arguments) {
+            QFile joined(arguments.last());
+            if (joined.open(QIODevice::WriteOnly))
+                joined.write("joined");
+        };
+        platform.createChildProcess = [this] { return FakeChildProcess::factory(encoder, &launches)(); };
+        paint(Qt::red);
+    }
+
+    void paint(const QColor& colour)
+    {
+        QImage picture(640, 480, QImage::Format_RGB32);
+        picture.fill(colour);
+        screen->setScreen(picture);
+    }
+
+    bool launch()
+    {
+        window = std::make_unique<Window_Main>();
+        app = std::make_unique<AppDelegate>(platform, *window, options);
+        connectCommands(*window, *app);
+        app->awakeFromNib();
+        const bool running = app->applicationDidFinishLaunching();
+        if (running) {
+            app->application.sffmpegPath = QStringLiteral("/bin/true"); // launched by the fake only
+            app->application.b_Show_Select_Region_How_To = 0;
+        }
+        return running;
+    }
+
+    QString videoFolder() const { return home.filePath(QStringLiteral("Documents/LumavexVideo")); }
+    double seconds(CMTime time) const { return CMTimeGetSeconds(time); }
+};
+
+} // namespace
+
+TEST_F(Program, FirstRunWritesAllDefaultsInOrderAndALaterRunOnlyTheDefaultingOnes)
+{
+    ASSERT_TRUE(launch());
+    EXPECT_EQ(store->texts.size(), 22);
+    EXPECT_EQ(store->written.first(), settingKey("i_Top_Other_Windows"));
+    EXPECT_EQ(store->written.at(16), settingKey("s_Camera_Name"));
+    EXPECT_EQ(store->written.last(), settingKey("i_Position_Overlay"));
+    EXPECT_EQ(store->texts.value(settingKey("i_Size_Overlay")), QStringLiteral("30"));
+    EXPECT_EQ(app->compose.i_Position_Camera_Secondary, 8);
+    EXPECT_TRUE(window->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+    for (const char* name : {"Lumavex", "LumavexVideo", "LumavexPicture"})
+        EXPECT_TRUE(QDir(home.filePath(QStringLiteral("Documents/") + QLatin1String(name))).exists()) << name;
+
+    store->texts.clear();
+    ASSERT_TRUE(launch());
+    EXPECT_EQ(store->texts.keys(), QStringList({settingKey("b_Screen_Include_Mouse"), settingKey("b_Show_FollowCursor_How_To"),
+                                                settingKey("b_Show_Select_Region_How_To"),
+                                                settingKey("b_Show_WindowExclusive_How_To"), settingKey("i_Top_Other_Windows")}));
+    EXPECT_EQ(app->recording.i_fps_of_Recording, 1); // a rate of 0 counts as 1
+    EXPECT_EQ(app->compose.i_Video_Source_Primary, 1);
+}
+
+TEST_F(Program, AFolderThatCannotBeMadeEndsTheStartWithItsOwnCode)
+{
+    const struct {
+        const char* folder;
+        const char* text;
+    } cases[] = {{"Lumavex", "Error #0008. Application will exit."},
+                 {"LumavexVideo", "Error #0009. Application will exit."},
+                 {"LumavexPicture", "Error #000A. Application will exit."}};
+    for (const auto& [folder, text] : cases) {
+        // A dangling link is no folder, and none can be made in its place.
+        QDir().mkpath(home.filePath(QStringLiteral("Documents")));
+        const QString path = home.filePath(QStringLiteral("Documents/") + QLatin1String(folder));
+        QDir(path).removeRecursively();
+        ASSERT_TRUE(QFile::link(QStringLiteral("/proc/nowhere/folder"), path));
+        EXPECT_FALSE(launch()) << folder;
+        ASSERT_FALSE(dialogs->alerts.empty());
+        EXPECT_EQ(dialogs->alerts.back().informativeText, QLatin1String(text));
+        EXPECT_FALSE(window->isVisible());
+        QFile::remove(path);
+    }
+}
+
+TEST_F(Program, StoredIndexesOutsideTheCatalogueUseTheDefaultsAndStayStored)
+{
+    ASSERT_TRUE(launch());
+    store->texts[settingKey("index_size_Video_Output")] = QStringLiteral("77");
+    store->texts[settingKey("index_size_Follow_Cursor")] = QStringLiteral("-4");
+    ASSERT_TRUE(launch());
+    EXPECT_EQ(app->compose.size_Video_Output, (CGSize{640, 480}));
+    EXPECT_EQ(app->capture.index_size_Follow_Cursor, 3);
+    EXPECT_EQ(store->texts.value(settingKey("index_size_Video_Output")), QStringLiteral("77"));
+}
+
+TEST_F(Program, SizeMenusOfferWhatFitsAndAClickStoresTheTag)
+{
+    ASSERT_TRUE(launch());
+    const auto items = window->submenuVideoOutputFrame->actions();
+    ASSERT_EQ(items.size(), 2 + 4); // 160x120, 320x240, 640x240, 640x480
+    EXPECT_TRUE(items[0]->isChecked());
+    items[5]->trigger();
+    EXPECT_EQ(items[5]->text(), QStringLiteral("640x480"));
+    EXPECT_FALSE(items[0]->isChecked());
+    EXPECT_TRUE(items[5]->isChecked());
+    items[5]->trigger();
+    EXPECT_TRUE(items[5]->isChecked()) << "a second click must not uncheck";
+    EXPECT_EQ(store->texts.value(settingKey("index_size_Video_Output")), QStringLiteral("5"));
+    items[0]->trigger();
+    EXPECT_EQ(store->texts.value(settingKey("index_size_Video_Output")), QStringLiteral("0"));
+    // Where the menus stand.
+    const QMenu* frame = window->Ui::Window_Main::menuBar->actions().at(2)->menu();
+    EXPECT_EQ(frame->actions().at(0)->menu(), window->submenuVideoOutputFrame);
+    EXPECT_EQ(frame->actions().at(2)->menu(), window->submenuFollowCursorFrame);
+    EXPECT_EQ(frame->actions().at(4)->menu(), window->submenuRegionFrame);
+    EXPECT_EQ(frame->actions().at(6)->menu(), window->submenuWindows);
+}
+
+TEST_F(Program, TheWindowMenuListsOtherWindowsOnceHoweverOftenItIsRefreshed)
+{
+    FakeScreenGrabber::Window own, other;
+    own.description.ownerName = QStringLiteral("Lumavex");
+    other.description.ownerName = QStringLiteral("R&D");
+    other.description.ownerPid = 7;
+    other.description.number = 42;
+    own.picture = other.picture = QImage(10, 10, QImage::Format_RGB32);
+    screen->setWindows({own, other});
+    ASSERT_TRUE(launch());
+    for (int i = 0; i < 3; ++i) {
+        app->OnMenuRefreshListOfWindows();
+        QApplication::processEvents();
+    }
+    const auto items = window->submenuWindows->actions();
+    ASSERT_GE(items.size(), 3);
+    EXPECT_EQ(app->capture.i_Menu_Windows_Count, items.size() - 2);
+    EXPECT_EQ(items[2]->text(), QStringLiteral("R&&D (7) (42)"));
+    EXPECT_TRUE(items[2]->isChecked());
+    items[2]->trigger();
+    EXPECT_EQ(app->capture.sWindowExclusive, QStringLiteral("R&D (7) (42)"));
+}
+
+TEST_F(Program, RecordingPauseAndResumeShareOneTimeForPictureSoundAndClock)
+{
+    options.framesPerSecond = 30;
+    ASSERT_TRUE(launch());
+    app->capture.m_i_Screen_Capture_FPS = 30;
+    app->recording.i_fps_of_Recording = app->nominalRate();
+    app->createRefreshTimers();
+    loop->advance(700ms);
+    window->btnRecord->trigger();
+    ASSERT_EQ(app->recording.m_RecordStatus, Recording);
+    EXPECT_FALSE(window->submenuVideoOutputFrame->isEnabled());
+    const Nanoseconds origin = clock.time;
+
+    Nanoseconds recorded{0};
+    for (const auto& [record, pause] : {std::pair{1010ms, 777ms}, {333ms, 45ms}, {2222ms, 1500ms}}) {
+        loop->advance(record);
+        recorded += record;
+        window->btnPause->trigger();
+        loop->advance(pause);
+        window->menuRecord->trigger();
+    }
+    loop->advance(435ms);
+    recorded += 435ms;
+    dialogs->savePaths = {home.filePath(QStringLiteral("saved.mov"))};
+    window->btnStop->trigger();
+
+    const auto appends = movie->appends();
+    // 4 seconds: frames at 1/30 s, 2/30 s, ... 4 s.
+    ASSERT_EQ(appends.size(), 120U);
+    EXPECT_EQ(CMTimeCompare(appends.front().time, CMTimeMake(1, 30)), 0);
+    EXPECT_EQ(CMTimeCompare(appends.back().time, CMTimeMake(4, 1)), 0);
+    EXPECT_EQ(CMTimeCompare(movie->end(), CMTimeMake(121, 30)), 0);
+    ASSERT_EQ(sound->recordings.size(), 1U);
+    EXPECT_EQ(sound->recordings[0]->recorded, recorded);
+    EXPECT_EQ(sound->recordings[0]->calls.front().time, origin);
+    EXPECT_EQ(sound->recordings[0]->calls.size(), 8U);
+}
+
+TEST_F(Program, AStallRepeatsTheLastFrameAndTheMovieKeepsItsRateAndLength)
+{
+    ASSERT_TRUE(launch());
+    app->capture.m_i_Screen_Capture_FPS = 10;
+    app->recording.i_fps_of_Recording = app->nominalRate();
+    app->createRefreshTimers();
+    loop->advance(500ms);
+    window->btnRecord->trigger();
+    loop->advance(1500ms);
+    paint(Qt::blue);
+    loop->stall(3000ms);
+    loop->advance(600ms);
+    window->btnStop->trigger();
+    const auto appends = movie->appends();
+    ASSERT_EQ(appends.size(), 51U); // 1/30 s, then every 0.1 s up to 5.1 s
+    EXPECT_NEAR(seconds(appends.back().time), 1.0 / 30 + 5.0, 1e-9);
+    int composed = 0;
+    for (const auto& append : appends)
+        composed += !append.repeated;
+    EXPECT_EQ(composed, 2) << "an unchanged screen is not composed again";
+    EXPECT_EQ(appends.back().picture.isNull(), true);
+}
+
+TEST_F(Program, PausedAndIdleNothingIsAppendedAndControlsFollowTheState)
+{
+    ASSERT_TRUE(launch());
+    const auto states = [&] {
+        QString text;
+        for (const QAction* action : {window->btnRecord, window->menuRecord, window->btnPause, window->menuPause,
+                                      window->btnStop, window->menuStop, window->menuPreferences, window->toolbarPreferences})
+            text += action->isEnabled() ? u'1' : u'0';
+        return text + (window->textDurationTime->isHidden() ? QStringLiteral(" hidden") : QStringLiteral(" shown"));
+    };
+    EXPECT_EQ(states(), QStringLiteral("11000011 hidden"));
+    loop->advance(1s);
+    window->btnRecord->trigger();
+    EXPECT_EQ(states(), QStringLiteral("00111100 shown"));
+    loop->advance(2s);
+    window->btnPause->trigger();
+    EXPECT_EQ(states(), QStringLiteral("11001100 shown"));
+    const auto frames = movie->appends().size();
+    loop->advance(5s);
+    EXPECT_EQ(movie->appends().size(), frames);
+    EXPECT_EQ(window->textDurationTime->text(), QStringLiteral("00:00:02"));
+    window->btnStop->trigger();
+    EXPECT_EQ(states(), QStringLiteral("11000011 hidden"));
+    EXPECT_EQ(window->textDurationTime->text(), QStringLiteral("00:00:00"));
+    EXPECT_TRUE(window->submenuVideoOutputFrame->isEnabled());
+}
+
+TEST_F(Program, AnOverloadedMachineIsRefusedOnceAndNothingIsTouched)
+{
+    ASSERT_TRUE(launch());
+    load->counters = {500, 0, 100, 0, 500, 0, 100, 0};
+    loop->advance(3s);
+    ASSERT_GT(app->application.fCPUUsage, 0.98F);
+    window->btnRecord->trigger();
+    EXPECT_EQ(app->recording.m_RecordStatus, Idle);
+    EXPECT_TRUE(QDir(videoFolder()).isEmpty());
+    const auto* first = app->application.p_Window_Can_Not_Record.get();
+    ASSERT_NE(first, nullptr);
+    window->btnRecord->trigger();
+    EXPECT_EQ(app->application.p_Window_Can_Not_Record.get(), first);
+    app->application.p_Window_Can_Not_Record->close();
+    EXPECT_EQ(app->application.p_Window_Can_Not_Record, nullptr);
+    load->counters[2] += 1000;
+    load->counters[6] += 1000;
+    loop->advance(3s);
+    EXPECT_EQ(app->application.p_Window_Can_Not_Record, nullptr);
+}
+
+TEST_F(Program, TheJoinedFileIsSavedUnderTheStampedNameAndTheWorkingFilesGo)
+{
+    ASSERT_TRUE(launch());
+    window->btnRecord->trigger();
+    loop->advance(2s);
+    const QString picture = app->recording.s_Video_File_Source;
+    for (const QString& path : {picture, app->recording.s_Sound_File_Source}) {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+    const QString saved = home.filePath(QStringLiteral("saved.mov"));
+    dialogs->savePaths = {saved};
+    dialogs->answers = {0};
+    window->btnStop->trigger();
+    ASSERT_EQ(launches.size(), 1U);
+    EXPECT_EQ(launches[0].arguments,
+              QStringList({QStringLiteral("-i"), picture, QStringLiteral("-i"), app->recording.s_Sound_File_Source,
+                           QStringLiteral("-c"), QStringLiteral("copy"), app->recording.s_AV_File_Source}));
+    EXPECT_EQ(dialogs->savePanels.at(0).nameField, QFileInfo(picture).fileName());
+    EXPECT_TRUE(QFile::exists(saved));
+    EXPECT_TRUE(QDir(videoFolder()).isEmpty());
+    EXPECT_EQ(dialogs->alerts.back().messageText, QStringLiteral("Success"));
+    EXPECT_EQ(dialogs->opened, std::vector<QUrl>{QUrl::fromLocalFile(saved)});
+}
+
+TEST_F(Program, AFailedEncoderKeepsPictureAndSoundAndOffersThePictureAlone)
+{
+    ASSERT_TRUE(launch());
+    encoder.failure = QStringLiteral("It crashed.");
+    encoder.work = {};
+    window->btnRecord->trigger();
+    loop->advance(2s);
+    for (const QString& path : {app->recording.s_Video_File_Source, app->recording.s_Sound_File_Source}) {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("kept");
+    }
+    QString path, problem;
+    QObject::connect(app.get(), &AppDelegate::recordingFinished, [&](const QString& p, const QString& why) {
+        path = p;
+        problem = why;
+    });
+    window->btnStop->trigger();
+    const QDir recovered(home.filePath(QStringLiteral("Documents/LumavexRecovered")));
+    EXPECT_EQ(recovered.entryList(QDir::Files).size(), 2);
+    EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(recovered.path()));
+    EXPECT_TRUE(problem.contains(QStringLiteral("It crashed.")));
+    EXPECT_EQ(path, QString());
+    EXPECT_EQ(app->recording.m_RecordStatus, Idle);
+}
+
+TEST_F(Program, AMoveThatFailsAsksAgainAndThenKeepsTheMovie)
+{
+    ASSERT_TRUE(launch());
+    window->btnRecord->trigger();
+    loop->advance(2s);
+    dialogs->savePaths = {QStringLiteral("/proc/nowhere/a.mov"), QStringLiteral("/proc/nowhere/b.mov")};
+    dialogs->answers = {0, 1};
+    window->btnStop->trigger();
+    EXPECT_EQ(dialogs->savePanels.size(), 2U);
+    const QDir recovered(home.filePath(QStringLiteral("Documents/LumavexRecovered")));
+    ASSERT_EQ(recovered.entryList(QDir::Files).size(), 1);
+    EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(recovered.entryList(QDir::Files).at(0)));
+}
+
+TEST_F(Program, AWriterThatFailsEndsTheRecordingAndKeepsWhatThereIs)
+{
+    ASSERT_TRUE(launch());
+    window->btnRecord->trigger();
+    loop->advance(3s);
+    dialogs->savePaths = {home.filePath(QStringLiteral("saved.mov"))};
+    movie->fail(QStringLiteral("The disk is full."));
+    loop->advance(1500ms);
+    EXPECT_EQ(app->recording.m_RecordStatus, Idle);
+    EXPECT_TRUE(movie->finishRequested());
+    EXPECT_TRUE(QFile::exists(home.filePath(QStringLiteral("saved.mov"))));
+}

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/qt/IniUserDefaults.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace lumavex;
+
+namespace {
+
+void write(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+
+} // namespace
+
+TEST(IniUserDefaults, AWriteIsOnDiskAtOnceAndAbsentIsNotEmpty)
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("deep/er/lumavex.ini"));
+    IniUserDefaults defaults(path);
+    EXPECT_EQ(defaults.stringForKey(QStringLiteral("k")), std::nullopt);
+    defaults.setObject_forKey(QStringLiteral("Cam, \"the\" = ü"), QStringLiteral("k"));
+    defaults.setObject_forKey(QString(), QStringLiteral("empty"));
+    IniUserDefaults again(path);
+    EXPECT_EQ(again.stringForKey(QStringLiteral("k")), QStringLiteral("Cam, \"the\" = ü"));
+    EXPECT_EQ(again.stringForKey(QStringLiteral("empty")), QString());
+    EXPECT_EQ(again.trouble(), QString());
+}
+
+TEST(IniUserDefaults, ADamagedFileIsKeptItsReadableLinesAreUsedAndTheUserIsTold)
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("lumavex.ini"));
+    const QByteArray damaged = "[General]\nOrbelkin_a_02=25\n\x01\x02garbage without sense\n[broken\nOrbelkin_b_02=1\n";
+    write(path, damaged);
+    IniUserDefaults defaults(path);
+    EXPECT_EQ(defaults.stringForKey(QStringLiteral("Orbelkin_a_02")), QStringLiteral("25"));
+    EXPECT_EQ(defaults.stringForKey(QStringLiteral("Orbelkin_b_02")), QStringLiteral("1"));
+    EXPECT_TRUE(defaults.trouble().contains(path + QStringLiteral(".damaged")));
+    QFile kept(path + QStringLiteral(".damaged"));
+    ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
+    EXPECT_EQ(kept.readAll(), damaged);
+}
+
+TEST(IniUserDefaults, SettingsThatCannotBeSavedAreReported)
+{
+    IniUserDefaults defaults(QStringLiteral("/proc/lumavex/lumavex.ini"));
+    defaults.setObject_forKey(QStringLiteral("1"), QStringLiteral("k"));
+    EXPECT_FALSE(defaults.trouble().isEmpty());
+}
