@@ -4,6 +4,7 @@
 #include "ui_Window_Progress.h"
 
 #include <QCloseEvent>
+#include <QLayout>
 
 #include <algorithm>
 #include <cmath>
@@ -15,6 +16,7 @@ Window_Progress::Window_Progress(QWidget* mainWindow)
       ui_(std::make_unique<Ui::Window_Progress>())
 {
     ui_->setupUi(this);
+    layout()->setSizeConstraint(QLayout::SetFixedSize); // nothing to gain by resizing or maximising it
     // As wide as its widest text from the start, so that the bar does not change its length on the way.
     ui_->labelPercentage->setMinimumWidth(
         ui_->labelPercentage->fontMetrics().horizontalAdvance(QStringLiteral("100 %")));

@@ -3,14 +3,8 @@
 
 namespace lumavex {
 
-namespace {
-
-/// A writer that fails while its queue is full tells nobody, so the waiter looks up from time to time.
-constexpr int kLookUpInMilliseconds = 50;
-
-} // namespace
-
-WriterReadiness::WriterReadiness(MovieWriter& writer) : assetWriter_(writer)
+WriterReadiness::WriterReadiness(MovieWriter& writer, std::chrono::milliseconds lookUp)
+    : assetWriter_(writer), lookUp_(lookUp)
 {
     assetWriter_.input().observeReadiness([this] { readyForMoreMediaData(); });
 }
@@ -38,7 +32,7 @@ Readiness WriterReadiness::waitUntilReady()
             (void)writeSemaphore_.tryAcquire(writeSemaphore_.available());
             return ready ? Readiness::Ready : Readiness::Failed;
         }
-        (void)writeSemaphore_.tryAcquire(1, kLookUpInMilliseconds);
+        (void)writeSemaphore_.tryAcquire(1, static_cast<int>(lookUp_.count()));
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <QSemaphore>
 
+#include <chrono>
 #include <cstdint>
 #include <mutex>
 
@@ -23,7 +24,9 @@ enum class Readiness {
 /// so an input that becomes ready after that look finds the announcement. No lock is held while the input is asked.
 class WriterReadiness {
 public:
-    explicit WriterReadiness(MovieWriter& writer);
+    /// A writer that fails while its queue is full tells nobody, so a waiter looks up every `lookUp`; readiness itself
+    /// does not depend on that.
+    explicit WriterReadiness(MovieWriter& writer, std::chrono::milliseconds lookUp = std::chrono::milliseconds(50));
     ~WriterReadiness(); ///< no call of the observer is in flight when it returns
     WriterReadiness(const WriterReadiness&) = delete;
     WriterReadiness& operator=(const WriterReadiness&) = delete;
@@ -35,6 +38,7 @@ private:
     void readyForMoreMediaData(); ///< the observer, on a thread of the writer's
 
     MovieWriter& assetWriter_;
+    const std::chrono::milliseconds lookUp_;
     std::mutex lock_;
     std::int8_t isWaitingForInputReady_ = 0; ///< 1 while the main thread is blocked; under lock_
     QSemaphore writeSemaphore_{0};

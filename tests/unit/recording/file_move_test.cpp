@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 
 #include <fcntl.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -154,6 +155,25 @@ TEST_F(FileMoveTest, AFailedWriteLeavesNoTrace)
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &unlimited), 0);
     expectUntouched(result, "larger than the folder");
     EXPECT_TRUE(allFilesIn(there_).isEmpty());
+}
+
+TEST_F(FileMoveTest, AFullDiskLeavesNoTrace)
+{
+    if (::mount("none", qPrintable(there_.path()), "tmpfs", 0, "size=1m") != 0)
+        GTEST_SKIP() << "may not mount a small file system";
+    const MoveResult result = moveFile(source, there_.filePath("saved.mov"), ExistingDestination::Keep);
+    EXPECT_TRUE(allFilesIn(there_).isEmpty());
+    ASSERT_EQ(::umount(qPrintable(there_.path())), 0);
+    expectUntouched(result, "the disk that holds the folder “" + there_.path() + "” is full");
+}
+
+TEST_F(FileMoveTest, SaysAReadOnlyFolder)
+{
+    if (::mount("none", qPrintable(there_.path()), "tmpfs", MS_RDONLY, "") != 0)
+        GTEST_SKIP() << "may not mount a read-only file system";
+    const MoveResult result = moveFile(source, there_.filePath("saved.mov"), ExistingDestination::Keep);
+    ASSERT_EQ(::umount(qPrintable(there_.path())), 0);
+    expectUntouched(result, "is read-only");
 }
 
 TEST_F(FileMoveTest, SaysWhyAFolderCannotTakeIt)

@@ -24,17 +24,15 @@ public:
     {
         encoder_ = std::thread([this] {
             while (!ending_) {
-                if (!isFull_)
-                    continue;
-                isFull_ = false;
-                const std::lock_guard guard(lock_);
-                if (observer_)
-                    observer_();
+                if (isFull_)
+                    empty();
             }
         });
     }
     void fill() { isFull_ = true; }
     void fail() { hasFailed_ = true; }
+    /// The queue empties on another thread just after the `looks`-th time it was found full.
+    void emptyAfterLooks(int looks) { looks_ = looks; }
     bool isObserved()
     {
         const std::lock_guard guard(lock_);
@@ -49,7 +47,20 @@ public:
     void finishWritingWithCompletionHandler(CMTime, std::function<void(const Result&)>) override {}
 
 private:
-    bool isReadyForMoreMediaData() const override { return !isFull_; }
+    bool isReadyForMoreMediaData() const override
+    {
+        const bool ready = !isFull_;
+        if (!ready && looks_ > 0 && --looks_ == 0)
+            std::thread([this] { empty(); }).join();
+        return ready;
+    }
+    void empty() const
+    {
+        isFull_ = false;
+        const std::lock_guard guard(lock_);
+        if (observer_)
+            observer_();
+    }
     void observeReadiness(std::function<void()> observer) override
     {
         const std::lock_guard guard(lock_);
@@ -58,10 +69,11 @@ private:
     bool appendPixelBuffer_withPresentationTime(CVPixelBufferRef, CMTime) override { return false; }
     bool appendPrevious_withPresentationTime(CMTime) override { return false; }
 
-    std::atomic<bool> isFull_ = false;
+    mutable std::atomic<bool> isFull_ = false;
+    mutable std::atomic<int> looks_ = 0;
     std::atomic<bool> hasFailed_ = false;
     std::atomic<bool> ending_ = false;
-    std::mutex lock_;
+    mutable std::mutex lock_;
     std::function<void()> observer_;
     std::thread encoder_;
 };
@@ -69,12 +81,23 @@ private:
 TEST(WriterReadiness, NoChangeIsMissedUnderHammering)
 {
     HastyWriter writer;
-    WriterReadiness readiness(writer);
+    WriterReadiness readiness(writer, std::chrono::hours(1)); // so a change that is missed hangs the test
     writer.startEncoding();
     for (int frame = 0; frame < 50000; ++frame) {
         ASSERT_EQ(readiness.waitUntilReady(), Readiness::Ready);
         ASSERT_TRUE(writer.input().isReadyForMoreMediaData()) << "a stale signal ended the wait";
         writer.fill();
+    }
+}
+
+TEST(WriterReadiness, AChangeRightAfterALookIsNotMissed)
+{
+    HastyWriter writer;
+    WriterReadiness readiness(writer, std::chrono::hours(1));
+    for (const int looks : {1, 2, 1, 2, 2}) {
+        writer.fill();
+        writer.emptyAfterLooks(looks);
+        EXPECT_EQ(readiness.waitUntilReady(), Readiness::Ready);
     }
 }
 
