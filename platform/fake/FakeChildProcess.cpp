@@ -42,7 +42,7 @@ void FakeChildProcess::step()
     if (!isRunning_)
         return;
     if (next_ < script_.chunks.size()) {
-        const Chunk& chunk = script_.chunks[next_++];
+        const Chunk chunk = script_.chunks[next_++]; // the handler may destroy the fake
         queueStep();
         const auto handler = chunk.channel == Chunk::Channel::Out ? outData : errData;
         if (handler)
@@ -57,7 +57,7 @@ void FakeChildProcess::step()
     hasEnded(script_.failure);
 }
 
-void FakeChildProcess::hasEnded(const QString& failure)
+void FakeChildProcess::hasEnded(QString failure)
 {
     if (const auto handler = std::exchange(terminated, {}))
         handler(failure);

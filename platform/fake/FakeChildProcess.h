@@ -9,7 +9,7 @@
 
 namespace lumavex {
 
-/// A program that does what a script says, one step per turn of the event loop.
+/// A program that does what a script says, one step per turn of the event loop. A handler may destroy the object.
 class FakeChildProcess : public ChildProcess {
 public:
     struct Chunk {
@@ -43,7 +43,7 @@ public:
 private:
     void step();
     void queueStep();
-    void hasEnded(const QString& failure);
+    void hasEnded(QString failure); ///< by value: the handler may destroy the fake
 
     Script script_;
     std::vector<Launch>* launches_;

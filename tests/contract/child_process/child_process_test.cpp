@@ -198,6 +198,19 @@ TEST(QtChildProcess, GivesNoStandardInput)
     EXPECT_EQ(run.failure, "");
 }
 
+TEST(QtChildProcess, KillsAProgramThatWillNotEnd)
+{
+    bool ended = false;
+    bool ready = false;
+    QtChildProcess process;
+    process.outData = [&ready](const QByteArray&) { ready = true; };
+    process.terminated = [&ended](const QString&) { ended = true; };
+    process.launch("/bin/sh", {"-c", "trap '' TERM; echo ready; while :; do sleep 1; done"});
+    ASSERT_TRUE(QTest::qWaitFor([&ready] { return ready; }, 20000));
+    process.terminate();
+    EXPECT_TRUE(QTest::qWaitFor([&ended] { return ended; }, 20000));
+}
+
 TEST(QtChildProcess, MoreThanAPipeHoldsComesThrough)
 {
     const RealRun run =

@@ -6,9 +6,11 @@
 
 #include <QFile>
 #include <QTemporaryDir>
-#include <QThread>
 
 #include <gmock/gmock.h>
+
+#include <future>
+#include <thread>
 
 namespace lumavex {
 namespace {
@@ -90,16 +92,17 @@ TEST_F(EncoderRunTest, AnAbsentEncoderIsNotLaunched)
 TEST(WorkerRun, ServesEventsWhileAnotherThreadWorks)
 {
     EventRunLoop runLoop;
-    QThread* worker = nullptr;
-    QThread* server = nullptr;
+    std::promise<std::thread::id> served;
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(), [&served] { served.set_value(std::this_thread::get_id()); },
+        Qt::QueuedConnection);
+    std::thread::id worker;
+    std::thread::id server;
     runOnWorker(runLoop, [&] {
-        worker = QThread::currentThread();
-        // Waits for the main thread, which must therefore be serving events.
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(), [&server] { server = QThread::currentThread(); },
-            Qt::BlockingQueuedConnection);
+        worker = std::this_thread::get_id();
+        server = served.get_future().get(); // comes only if the main thread goes on serving events
     });
-    EXPECT_EQ(server, QThread::currentThread());
+    EXPECT_EQ(server, std::this_thread::get_id());
     EXPECT_NE(worker, server);
 }
 
