@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+#include <cstdint>
+
+namespace lumavex {
+
+/// Hours, minutes and seconds as "01:02:03", in Latin digits whatever the locale. Hours are not wrapped: 100 hours
+/// are "100:00:00".
+QString timeFormatted(std::int32_t seconds);
+
+} // namespace lumavex

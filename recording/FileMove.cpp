@@ -1,0 +1,238 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "recording/FileMove.h"
+
+#include "recording/FileDescriptor.h"
+#include "recording/FileError.h"
+
+#include <QByteArray>
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <vector>
+
+namespace lumavex {
+
+namespace {
+
+struct Text {
+    Q_DECLARE_TR_FUNCTIONS(FileMove)
+};
+
+constexpr std::size_t kChunk = std::size_t{1} << 20;
+
+/// The two paths as the system and as the user see them.
+struct Paths {
+    QString source;
+    QString destination;
+    QString folder; ///< of the destination
+    QByteArray sourceName;
+    QByteArray destinationName;
+    QByteArray folderName;
+};
+
+Paths pathsOf(const QString& source, const QString& destination)
+{
+    const QString folder = QFileInfo(destination).absolutePath();
+    return {source,
+            destination,
+            folder,
+            QFile::encodeName(QFileInfo(source).absoluteFilePath()),
+            QFile::encodeName(QFileInfo(destination).absoluteFilePath()),
+            QFile::encodeName(folder)};
+}
+
+MoveResult failed(const Paths& paths, const QString& reason)
+{
+    return {MoveOutcome::Failed,
+            Text::tr("“%1” could not be moved to “%2”: %3.").arg(paths.source, paths.destination, reason)};
+}
+
+MoveResult failed(const Paths& paths, int error)
+{
+    if (error == EEXIST)
+        return failed(paths, Text::tr("something of this name is there already"));
+    if (error == EISDIR)
+        return failed(paths, Text::tr("a folder of this name is there already"));
+    return failed(paths, reasonForFileError(error, paths.folder));
+}
+
+/// 0 when `from` now bears the name `to`, else the errno.
+int renameFile(const QByteArray& from, const QByteArray& to, ExistingDestination existing)
+{
+    if (existing == ExistingDestination::Replace)
+        return std::rename(from.constData(), to.constData()) == 0 ? 0 : errno;
+    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0)
+        return 0;
+    if (errno != EINVAL && errno != ENOSYS)
+        return errno;
+    // Some network and FUSE file systems cannot refuse to replace, so look first.
+    struct stat there = {};
+    if (::lstat(to.constData(), &there) == 0)
+        return EEXIST;
+    return std::rename(from.constData(), to.constData()) == 0 ? 0 : errno;
+}
+
+void flushFolder(const QByteArray& folderName)
+{
+    const FileDescriptor folder(::open(folderName.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (folder.isOpen())
+        ::fsync(folder.get()); // not every file system can; the file itself has been flushed
+}
+
+/// The file that grows beside the destination; removed at its end unless it took the destination's name.
+class TemporaryFile {
+public:
+    explicit TemporaryFile(const QByteArray& folderName) : name_(folderName + "/.lumavex-XXXXXX")
+    {
+        file = FileDescriptor(::mkostemp(name_.data(), O_CLOEXEC));
+        exists_ = file.isOpen();
+    }
+    ~TemporaryFile()
+    {
+        if (exists_)
+            ::unlink(name_.constData());
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    int becomes(const QByteArray& destinationName, ExistingDestination existing)
+    {
+        const int error = renameFile(name_, destinationName, existing);
+        exists_ = error != 0;
+        return error;
+    }
+
+    FileDescriptor file;
+
+private:
+    QByteArray name_;
+    bool exists_ = false;
+};
+
+int writeAll(int file, const char* bytes, ssize_t count)
+{
+    while (count > 0) {
+        const ssize_t written = ::write(file, bytes, static_cast<std::size_t>(count));
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return written < 0 ? errno : EIO;
+        bytes += written;
+        count -= written;
+    }
+    return 0;
+}
+
+/// Copies the content; Moved when all of it was copied.
+MoveResult copyContent(const Paths& paths, int from, int to, std::int64_t total, const MoveProgress& progress)
+{
+    // Asking for the space first tells of a full disk before minutes of copying. Not every file system can.
+    if (total > 0 && ::fallocate(to, 0, 0, total) != 0 && (errno == ENOSPC || errno == EFBIG || errno == EDQUOT))
+        return failed(paths, errno);
+    std::vector<char> chunk(kChunk);
+    std::int64_t done = 0;
+    for (;;) {
+        const ssize_t count = ::read(from, chunk.data(), chunk.size());
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return failed(paths, Text::tr("it cannot be read (%1)").arg(qt_error_string(errno)));
+        if (count == 0)
+            break;
+        if (const int error = writeAll(to, chunk.data(), count))
+            return failed(paths, error);
+        done += count;
+        if (progress && !progress(done, total))
+            return {MoveOutcome::Cancelled, {}};
+    }
+    if (done != total)
+        return failed(paths, Text::tr("it changed meanwhile"));
+    return {};
+}
+
+MoveResult moveByCopy(const Paths& paths, ExistingDestination existing, const MoveProgress& progress)
+{
+    const FileDescriptor source(::open(paths.sourceName.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    struct stat about = {};
+    if (!source.isOpen() || ::fstat(source.get(), &about) != 0)
+        return failed(paths, Text::tr("it cannot be read (%1)").arg(qt_error_string(errno)));
+
+    TemporaryFile copy(paths.folderName);
+    if (!copy.file.isOpen())
+        return failed(paths, errno);
+    const MoveResult copied = copyContent(paths, source.get(), copy.file.get(), about.st_size, progress);
+    if (copied.outcome != MoveOutcome::Moved)
+        return copied;
+
+    // Mode and time are niceties that some file systems (FAT) refuse; the content is not.
+    (void)::fchmod(copy.file.get(), about.st_mode & 0777);
+    const struct timespec times[2] = {about.st_atim, about.st_mtim};
+    (void)::futimens(copy.file.get(), times);
+    if (::fsync(copy.file.get()) != 0 || copy.file.close() != 0)
+        return failed(paths, errno);
+    if (const int error = copy.becomes(paths.destinationName, existing))
+        return failed(paths, error);
+    flushFolder(paths.folderName);
+
+    if (::unlink(paths.sourceName.constData()) != 0)
+        qWarning("oops: %s was copied but could not be removed: %s", qUtf8Printable(paths.source),
+                 qUtf8Printable(qt_error_string(errno)));
+    return {};
+}
+
+/// Two names of one file: renaming one to the other would do nothing and leave both.
+MoveResult moveOntoItself(const Paths& paths, ExistingDestination existing)
+{
+    if (QFileInfo(paths.source).canonicalFilePath() == QFileInfo(paths.destination).canonicalFilePath())
+        return {};
+    if (existing == ExistingDestination::Keep)
+        return failed(paths, EEXIST);
+    if (::unlink(paths.sourceName.constData()) != 0)
+        return failed(paths, Text::tr("it cannot be removed from where it is (%1)").arg(qt_error_string(errno)));
+    return {};
+}
+
+} // namespace
+
+MoveResult moveFile(const QString& source, const QString& destination, ExistingDestination existing,
+                    const MoveProgress& progress)
+{
+    const Paths paths = pathsOf(source, destination);
+    struct stat from = {};
+    if (::lstat(paths.sourceName.constData(), &from) != 0)
+        return failed(paths, errno == ENOENT ? Text::tr("it is not there any more") : qt_error_string(errno));
+    if (!S_ISREG(from.st_mode))
+        return failed(paths, Text::tr("it is not a file"));
+
+    struct stat folder = {};
+    if (::stat(paths.folderName.constData(), &folder) != 0)
+        return failed(paths, errno);
+    if (!S_ISDIR(folder.st_mode))
+        return failed(paths, ENOTDIR);
+
+    struct stat to = {};
+    if (::lstat(paths.destinationName.constData(), &to) == 0) {
+        if (to.st_dev == from.st_dev && to.st_ino == from.st_ino)
+            return moveOntoItself(paths, existing);
+        if (S_ISDIR(to.st_mode))
+            return failed(paths, EISDIR);
+        if (existing == ExistingDestination::Keep)
+            return failed(paths, EEXIST);
+    }
+
+    const int error = renameFile(paths.sourceName, paths.destinationName, existing);
+    if (error == EXDEV)
+        return moveByCopy(paths, existing, progress);
+    if (error != 0)
+        return failed(paths, error);
+    flushFolder(paths.folderName);
+    return {};
+}
+
+} // namespace lumavex

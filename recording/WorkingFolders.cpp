@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "recording/WorkingFolders.h"
+
+#include "recording/FileDescriptor.h"
+#include "recording/FileError.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QStandardPaths>
+
+#include <cerrno>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <sys/stat.h>
+
+namespace lumavex {
+
+namespace {
+
+struct Text {
+    Q_DECLARE_TR_FUNCTIONS(WorkingFolders)
+};
+
+struct CloseFolder {
+    void operator()(DIR* folder) const { ::closedir(folder); }
+};
+
+void logFailure(const QByteArray& path)
+{
+    qWarning("oops: %s could not be removed: %s", path.constData(), qUtf8Printable(qt_error_string(errno)));
+}
+
+void removeContent(FileDescriptor folder, const QByteArray& path);
+
+void removeEntry(int folder, const char* name, const QByteArray& path)
+{
+    if (::unlinkat(folder, name, 0) == 0)
+        return;
+    // POSIX says EPERM for a folder, Linux says EISDIR.
+    if (errno == EISDIR || errno == EPERM) {
+        const int unlinkError = errno;
+        FileDescriptor inner(::openat(folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+        if (inner.isOpen())
+            removeContent(std::move(inner), path);
+        else if (errno == ENOTDIR)
+            errno = unlinkError;
+        if (::unlinkat(folder, name, AT_REMOVEDIR) == 0)
+            return;
+    }
+    logFailure(path);
+}
+
+void removeContent(FileDescriptor folder, const QByteArray& path)
+{
+    const std::unique_ptr<DIR, CloseFolder> entries(::fdopendir(folder.get()));
+    if (!entries)
+        return logFailure(path);
+    const int descriptor = folder.release(); // now owned by `entries`
+    while (const struct dirent* entry = ::readdir(entries.get())) {
+        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0)
+            removeEntry(descriptor, entry->d_name, path + '/' + entry->d_name);
+    }
+}
+
+/// 0, or the errno of the component that could not be made.
+int makeFolders(const QString& path)
+{
+    const QByteArray name = QFile::encodeName(path);
+    if (::mkdir(name.constData(), 0700) == 0)
+        return 0;
+    if (errno != ENOENT)
+        return errno;
+    const QString parent = QFileInfo(path).absolutePath();
+    if (parent == path)
+        return ENOENT;
+    const int error = makeFolders(parent);
+    if (error != 0 && error != EEXIST)
+        return error;
+    return ::mkdir(name.constData(), 0700) == 0 ? 0 : errno;
+}
+
+} // namespace
+
+WorkingFolders workingFoldersIn(const QString& documentsFolder)
+{
+    return {pathIn(documentsFolder, QStringLiteral("Lumavex")), pathIn(documentsFolder, QStringLiteral("LumavexVideo")),
+            pathIn(documentsFolder, QStringLiteral("LumavexPicture")),
+            pathIn(documentsFolder, QStringLiteral("LumavexRecovered"))};
+}
+
+QString documentsFolder()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+}
+
+QString pathIn(const QString& folder, const QString& name)
+{
+    return QDir::cleanPath(folder + u'/' + name);
+}
+
+FolderCreation createFolder(const QString& path, QString& error)
+{
+    if (QFileInfo::exists(path))
+        return FolderCreation::Existed;
+    const QString absolute = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+    const int failure = makeFolders(absolute);
+    if (failure == 0)
+        return FolderCreation::Created;
+    error = Text::tr("The folder “%1” could not be made: %2.")
+                .arg(path, reasonForFileError(failure, QFileInfo(absolute).absolutePath()));
+    return FolderCreation::Failed;
+}
+
+void RemoveAllContentInFolder(const QString& folder)
+{
+    const QByteArray path = QFile::encodeName(folder);
+    FileDescriptor descriptor(::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (descriptor.isOpen())
+        removeContent(std::move(descriptor), path);
+    else if (errno != ENOENT && errno != ENOTDIR)
+        logFailure(path);
+}
+
+QString dateStamp(const QDateTime& time)
+{
+    int weekYear = 0;
+    const QDate date = time.date();
+    date.weekNumber(&weekYear);
+    const QTime clock = time.time();
+    return QString::asprintf("%04d-%02d-%02d-%02d-%02d-%02d", weekYear, date.month(), date.day(), clock.hour(),
+                             clock.minute(), clock.second());
+}
+
+bool isDateStampedMovie(const QString& fileName)
+{
+    static const QRegularExpression pattern(
+        QStringLiteral(R"(\A[0-9]{4}-[0-9]{2}-[0-9]{2}-[0-9]{2}-[0-9]{2}-[0-9]{2}\.mov\z)"));
+    return pattern.match(fileName).hasMatch();
+}
+
+} // namespace lumavex

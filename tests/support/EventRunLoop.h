@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/RunLoop.h"
+
+#include <QCoreApplication>
+
+#include <gtest/gtest.h>
+
+namespace lumavex {
+
+/// Serves the events of the application until something is done; for code that needs no timers of the run loop.
+class EventRunLoop : public RunLoop {
+public:
+    TimerId scheduleRepeating(TimerInterval, RunLoopMode, TimerOrder, Callback) override { return unexpected(); }
+    TimerId scheduleOnce(TimerInterval, Callback) override { return unexpected(); }
+    void invalidate(TimerId) override {}
+    void setNextDeadline(TimerId, Nanoseconds) override {}
+    Nanoseconds nextDeadline(TimerId) const override { return {}; }
+    void runDue(Nanoseconds) override {}
+    void runUntil(const std::function<bool()>& done) override
+    {
+        while (!done())
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    Nanoseconds now() const override { return {}; }
+
+private:
+    static TimerId unexpected()
+    {
+        ADD_FAILURE() << "no timer was expected here";
+        return 0;
+    }
+};
+
+} // namespace lumavex

@@ -1,0 +1,216 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "recording/FileMove.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+
+#include <fcntl.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace lumavex {
+namespace {
+
+using testing::HasSubstr;
+
+constexpr int kSize = 3 * 1024 * 1024 + 17;
+
+class FileMoveTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(here_.isValid() && there_.isValid());
+        content_.resize(kSize);
+        for (int i = 0; i < kSize; ++i)
+            content_[i] = static_cast<char>(i * 31 + i / 251);
+        source = here_.filePath("movie.mov");
+        ASSERT_TRUE(write(source, content_));
+        QFile file(source);
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.setFileTime(time_, QFileDevice::FileModificationTime));
+        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+    }
+
+    static bool write(const QString& path, const QByteArray& content)
+    {
+        QFile file(path);
+        return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+    }
+    static QByteArray read(const QString& path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+    }
+    static QStringList allFilesIn(const QTemporaryDir& folder)
+    {
+        return QDir(folder.path()).entryList(QDir::Files | QDir::Hidden | QDir::System);
+    }
+    bool areTwoFileSystems() const
+    {
+        struct stat one = {};
+        struct stat two = {};
+        return ::stat(qPrintable(here_.path()), &one) == 0 && ::stat(qPrintable(there_.path()), &two) == 0
+               && one.st_dev != two.st_dev;
+    }
+    void expectMovedTo(const QString& destination) const
+    {
+        EXPECT_FALSE(QFileInfo::exists(source));
+        EXPECT_TRUE(read(destination) == content_);
+        EXPECT_EQ(QFileInfo(destination).lastModified(), time_);
+        struct stat about = {};
+        ASSERT_EQ(::stat(qPrintable(destination), &about), 0);
+        EXPECT_EQ(about.st_mode & 07777, 0600U);
+    }
+    void expectUntouched(const MoveResult& result, const QString& reason) const
+    {
+        EXPECT_EQ(result.outcome, MoveOutcome::Failed);
+        EXPECT_THAT(result.error.toStdString(), HasSubstr(reason.toStdString()));
+        EXPECT_THAT(result.error.toStdString(), HasSubstr(source.toStdString()));
+        EXPECT_TRUE(read(source) == content_);
+    }
+
+    QTemporaryDir here_{"/tmp/lumavex-move-XXXXXX"};
+    QTemporaryDir there_{"/dev/shm/lumavex-move-XXXXXX"};
+    QByteArray content_;
+    QString source;
+    const QDateTime time_ = QDateTime::fromMSecsSinceEpoch(1600000000123);
+};
+
+TEST_F(FileMoveTest, RenamesWithinAFileSystem)
+{
+    const QString destination = here_.filePath("saved.mov");
+    const MoveResult result = moveFile(source, destination, ExistingDestination::Keep, [](auto, auto) {
+        ADD_FAILURE() << "copied where renaming would do";
+        return true;
+    });
+    EXPECT_EQ(result.outcome, MoveOutcome::Moved) << qPrintable(result.error);
+    expectMovedTo(destination);
+}
+
+TEST_F(FileMoveTest, CopiesToAnotherFileSystem)
+{
+    if (!areTwoFileSystems())
+        GTEST_SKIP() << "/tmp and /dev/shm are one file system";
+    const QString destination = there_.filePath("saved.mov");
+    std::vector<std::int64_t> steps;
+    const MoveResult result =
+        moveFile(source, destination, ExistingDestination::Keep, [&](std::int64_t done, std::int64_t total) {
+            EXPECT_EQ(total, kSize);
+            EXPECT_FALSE(QFileInfo::exists(destination)) << "visible before it was complete";
+            steps.push_back(done);
+            return true;
+        });
+    EXPECT_EQ(result.outcome, MoveOutcome::Moved) << qPrintable(result.error);
+    expectMovedTo(destination);
+    EXPECT_EQ(allFilesIn(there_), QStringList{"saved.mov"});
+    EXPECT_GT(steps.size(), 2U);
+    EXPECT_TRUE(std::is_sorted(steps.begin(), steps.end()));
+    EXPECT_EQ(steps.back(), kSize);
+}
+
+TEST_F(FileMoveTest, ReplacesOnlyWhenTold)
+{
+    for (const QTemporaryDir* folder : {&here_, &there_}) {
+        const QString destination = folder->filePath("saved.mov");
+        ASSERT_TRUE(write(destination, "older"));
+        expectUntouched(moveFile(source, destination, ExistingDestination::Keep), "there already");
+        EXPECT_EQ(read(destination), "older");
+
+        EXPECT_EQ(moveFile(source, destination, ExistingDestination::Replace).outcome, MoveOutcome::Moved);
+        EXPECT_TRUE(read(destination) == content_);
+        ASSERT_TRUE(write(source, content_));
+    }
+}
+
+TEST_F(FileMoveTest, ACancelledCopyLeavesNoTrace)
+{
+    if (!areTwoFileSystems())
+        GTEST_SKIP() << "/tmp and /dev/shm are one file system";
+    const QString destination = there_.filePath("saved.mov");
+    ASSERT_TRUE(write(destination, "older"));
+    const MoveResult result = moveFile(source, destination, ExistingDestination::Replace,
+                                       [](std::int64_t done, std::int64_t total) { return done < total / 2; });
+    EXPECT_EQ(result.outcome, MoveOutcome::Cancelled);
+    EXPECT_TRUE(result.error.isEmpty());
+    EXPECT_TRUE(read(source) == content_);
+    EXPECT_EQ(read(destination), "older");
+    EXPECT_EQ(allFilesIn(there_), QStringList{"saved.mov"});
+}
+
+TEST_F(FileMoveTest, AFailedWriteLeavesNoTrace)
+{
+    if (!areTwoFileSystems())
+        GTEST_SKIP() << "/tmp and /dev/shm are one file system";
+    struct rlimit unlimited = {};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &unlimited), 0);
+    const struct rlimit limited = {kSize / 2, unlimited.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limited), 0);
+    const MoveResult result = moveFile(source, there_.filePath("saved.mov"), ExistingDestination::Keep);
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &unlimited), 0);
+    expectUntouched(result, "larger than the folder");
+    EXPECT_TRUE(allFilesIn(there_).isEmpty());
+}
+
+TEST_F(FileMoveTest, AFullDiskLeavesNoTrace)
+{
+    if (::mount("none", qPrintable(there_.path()), "tmpfs", 0, "size=1m") != 0)
+        GTEST_SKIP() << "may not mount a small file system";
+    const MoveResult result = moveFile(source, there_.filePath("saved.mov"), ExistingDestination::Keep);
+    EXPECT_TRUE(allFilesIn(there_).isEmpty());
+    ASSERT_EQ(::umount(qPrintable(there_.path())), 0);
+    expectUntouched(result, "the disk that holds the folder “" + there_.path() + "” is full");
+}
+
+TEST_F(FileMoveTest, SaysAReadOnlyFolder)
+{
+    if (::mount("none", qPrintable(there_.path()), "tmpfs", MS_RDONLY, "") != 0)
+        GTEST_SKIP() << "may not mount a read-only file system";
+    const MoveResult result = moveFile(source, there_.filePath("saved.mov"), ExistingDestination::Keep);
+    ASSERT_EQ(::umount(qPrintable(there_.path())), 0);
+    expectUntouched(result, "is read-only");
+}
+
+TEST_F(FileMoveTest, SaysWhyAFolderCannotTakeIt)
+{
+    const QString missing = there_.filePath("missing/saved.mov");
+    expectUntouched(moveFile(source, missing, ExistingDestination::Keep),
+                    "the folder “" + there_.filePath("missing") + "” does not exist");
+
+    ASSERT_TRUE(write(there_.filePath("file"), "x"));
+    expectUntouched(moveFile(source, there_.filePath("file/saved.mov"), ExistingDestination::Keep), "is not a folder");
+
+    ASSERT_TRUE(QDir(there_.path()).mkdir("saved.mov"));
+    expectUntouched(moveFile(source, there_.filePath("saved.mov"), ExistingDestination::Replace),
+                    "a folder of this name");
+
+    const MoveResult onProc = moveFile(source, "/proc/saved.mov", ExistingDestination::Keep);
+    expectUntouched(onProc, "“/proc”");
+}
+
+TEST_F(FileMoveTest, RefusesWhatIsNotAFile)
+{
+    EXPECT_EQ(moveFile(here_.path(), there_.filePath("x"), ExistingDestination::Keep).outcome, MoveOutcome::Failed);
+    const MoveResult gone = moveFile(here_.filePath("gone"), there_.filePath("x"), ExistingDestination::Keep);
+    EXPECT_THAT(gone.error.toStdString(), HasSubstr("not there any more"));
+}
+
+TEST_F(FileMoveTest, OntoItselfIsDoneAlready)
+{
+    const QString roundabout = here_.path() + "/../" + QFileInfo(here_.path()).fileName() + "/movie.mov";
+    EXPECT_EQ(moveFile(source, roundabout, ExistingDestination::Replace).outcome, MoveOutcome::Moved);
+    EXPECT_TRUE(read(source) == content_);
+
+    const QString second = here_.filePath("second.mov"); // another name of the same file
+    ASSERT_EQ(::link(qPrintable(source), qPrintable(second)), 0);
+    EXPECT_EQ(moveFile(source, second, ExistingDestination::Replace).outcome, MoveOutcome::Moved);
+    expectMovedTo(second);
+}
+
+} // namespace
+} // namespace lumavex

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "recording/Window_Progress.h"
+
+#include <QLabel>
+#include <QProgressBar>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace lumavex {
+namespace {
+
+TEST(WindowProgress, OnlyTheProgramClosesIt)
+{
+    QWidget mainWindow;
+    Window_Progress sheet(&mainWindow);
+    mainWindow.show();
+    sheet.show();
+    QTest::keyClick(&sheet, Qt::Key_Escape);
+    EXPECT_TRUE(sheet.isVisible());
+    EXPECT_FALSE(sheet.close());
+    EXPECT_TRUE(sheet.isVisible());
+    EXPECT_EQ(sheet.windowModality(), Qt::WindowModal);
+    EXPECT_FALSE(sheet.windowFlags() & Qt::WindowCloseButtonHint);
+    sheet.hide();
+    EXPECT_FALSE(sheet.isVisible());
+}
+
+TEST(WindowProgress, ShowsEveryPercentageAndNothingElse)
+{
+    Window_Progress sheet(nullptr);
+    const auto* bar = sheet.findChild<QProgressBar*>("progressBar");
+    const auto* label = sheet.findChild<QLabel*>("labelDescription");
+    ASSERT_TRUE(bar && label);
+    EXPECT_EQ(label->text(), "Performing operation... Please wait...");
+    sheet.setProgress(20.0F);
+    EXPECT_EQ(bar->value(), 20);
+    sheet.setProgress(49.6F);
+    EXPECT_EQ(bar->value(), 50);
+    sheet.setProgress(250.0F); // the encoder's last report can pass the counted seconds
+    EXPECT_EQ(bar->value(), 100);
+    sheet.setProgress(0.0F);
+    EXPECT_EQ(bar->value(), 0);
+}
+
+} // namespace
+} // namespace lumavex

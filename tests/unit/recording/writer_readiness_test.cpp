@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "recording/WriterReadiness.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+namespace lumavex {
+namespace {
+
+/// A writer with a queue of one frame and a thread that empties it as fast as it can.
+class HastyWriter : public MovieWriter, private MovieInput, private PixelBufferAdaptor {
+public:
+    ~HastyWriter() override
+    {
+        ending_ = true;
+        if (encoder_.joinable())
+            encoder_.join();
+    }
+
+    void startEncoding()
+    {
+        encoder_ = std::thread([this] {
+            while (!ending_) {
+                if (isFull_)
+                    empty();
+            }
+        });
+    }
+    void fill() { isFull_ = true; }
+    void fail() { hasFailed_ = true; }
+    /// The queue empties on another thread just after the `looks`-th time it was found full.
+    void emptyAfterLooks(int looks) { looks_ = looks; }
+    bool isObserved()
+    {
+        const std::lock_guard guard(lock_);
+        return static_cast<bool>(observer_);
+    }
+
+    MovieInput& input() override { return *this; }
+    PixelBufferAdaptor& adaptor() override { return *this; }
+    QString startWriting() override { return {}; }
+    QString error() const override { return hasFailed_ ? QStringLiteral("disk full") : QString(); }
+    std::int64_t bytesWritten() const override { return 0; }
+    void finishWritingWithCompletionHandler(CMTime, std::function<void(const Result&)>) override {}
+
+private:
+    bool isReadyForMoreMediaData() const override
+    {
+        const bool ready = !isFull_;
+        if (!ready && looks_ > 0 && --looks_ == 0)
+            std::thread([this] { empty(); }).join();
+        return ready;
+    }
+    void empty() const
+    {
+        isFull_ = false;
+        const std::lock_guard guard(lock_);
+        if (observer_)
+            observer_();
+    }
+    void observeReadiness(std::function<void()> observer) override
+    {
+        const std::lock_guard guard(lock_);
+        observer_ = std::move(observer);
+    }
+    bool appendPixelBuffer_withPresentationTime(CVPixelBufferRef, CMTime) override { return false; }
+    bool appendPrevious_withPresentationTime(CMTime) override { return false; }
+
+    mutable std::atomic<bool> isFull_ = false;
+    mutable std::atomic<int> looks_ = 0;
+    std::atomic<bool> hasFailed_ = false;
+    std::atomic<bool> ending_ = false;
+    mutable std::mutex lock_;
+    std::function<void()> observer_;
+    std::thread encoder_;
+};
+
+TEST(WriterReadiness, NoChangeIsMissedUnderHammering)
+{
+    HastyWriter writer;
+    WriterReadiness readiness(writer, std::chrono::hours(1)); // so a change that is missed hangs the test
+    writer.startEncoding();
+    for (int frame = 0; frame < 50000; ++frame) {
+        ASSERT_EQ(readiness.waitUntilReady(), Readiness::Ready);
+        ASSERT_TRUE(writer.input().isReadyForMoreMediaData()) << "a stale signal ended the wait";
+        writer.fill();
+    }
+}
+
+TEST(WriterReadiness, AChangeRightAfterALookIsNotMissed)
+{
+    HastyWriter writer;
+    WriterReadiness readiness(writer, std::chrono::hours(1));
+    for (const int looks : {1, 2, 1, 2, 2}) {
+        writer.fill();
+        writer.emptyAfterLooks(looks);
+        EXPECT_EQ(readiness.waitUntilReady(), Readiness::Ready);
+    }
+}
+
+TEST(WriterReadiness, AFailedWriterEndsTheWait)
+{
+    HastyWriter writer;
+    WriterReadiness readiness(writer);
+    writer.fill(); // and nothing empties it
+    std::thread disk([&writer] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        writer.fail();
+    });
+    EXPECT_EQ(readiness.waitUntilReady(), Readiness::Failed);
+    disk.join();
+}
+
+TEST(WriterReadiness, AReadyWriterIsUsedEvenAfterAnError)
+{
+    HastyWriter writer;
+    WriterReadiness readiness(writer);
+    writer.fail();
+    EXPECT_EQ(readiness.waitUntilReady(), Readiness::Ready);
+}
+
+TEST(WriterReadiness, ObservesForItsOwnLifetimeOnly)
+{
+    HastyWriter writer;
+    {
+        const WriterReadiness readiness(writer);
+        EXPECT_TRUE(writer.isObserved());
+    }
+    EXPECT_FALSE(writer.isObserved());
+}
+
+} // namespace
+} // namespace lumavex
