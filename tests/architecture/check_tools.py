@@ -55,7 +55,8 @@ def shell_scripts(root):
         scripts += sorted(file for file in (root / folder).rglob("*") if file.is_file())
     scripts = [str(script) for script in scripts if script.read_bytes().startswith((b"#!/usr/bin/env bash", b"#!/bin/bash",
                                                                                     b"#!/bin/sh"))]
-    return output_of(["shellcheck", "--severity=warning"] + scripts)
+    # SC2174: mkdir -p -m gives its mode to the last folder alone, which is what is meant.
+    return output_of(["shellcheck", "--severity=warning", "--exclude=SC2174"] + scripts)
 
 
 CHECKS = (("clang-format", formatting), ("desktop-file-validate", desktop_entry), ("appstreamcli", appstream),
