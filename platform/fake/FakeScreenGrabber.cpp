@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/fake/FakeScreenGrabber.h"
+
+#include <QPainter>
+
+#include <algorithm>
+
+namespace lumavex {
+
+namespace {
+
+QRect boundsOf(const WindowDescription& description)
+{
+    return QRectF(description.x, description.y, description.width, description.height).toRect();
+}
+
+} // namespace
+
+void FakeScreenGrabber::setScreen(const QImage& picture)
+{
+    screen_ = picture.convertToFormat(QImage::Format_RGB32);
+    screenSerial_ = ++lastSerial_;
+    lastComposite_ = {};
+}
+
+void FakeScreenGrabber::setWindows(std::vector<Window> windows)
+{
+    windows_ = std::move(windows);
+    for (Window& window : windows_) {
+        window.description.width = window.picture.width();
+        window.description.height = window.picture.height();
+    }
+    lastComposite_ = {};
+}
+
+void FakeScreenGrabber::setDesktop(const QImage& picture)
+{
+    desktop_ = picture;
+    lastComposite_ = {};
+}
+
+CGSize FakeScreenGrabber::sizeOfMainDisplay()
+{
+    return {static_cast<double>(screen_.width()), static_cast<double>(screen_.height())};
+}
+
+GrabOutcome FakeScreenGrabber::nextOutcome()
+{
+    if (!trouble_.isEmpty())
+        return GrabOutcome::GiveUp;
+    if (outcomes_.empty())
+        return GrabOutcome::Success;
+    const GrabOutcome outcome = outcomes_.front();
+    outcomes_.pop_front();
+    return outcome;
+}
+
+Grab FakeScreenGrabber::grabMainDisplay()
+{
+    ++grabsOfMainDisplay_;
+    if (const GrabOutcome outcome = nextOutcome(); outcome != GrabOutcome::Success)
+        return {outcome, {}, 0};
+    if (screen_.isNull())
+        return {};
+    return {GrabOutcome::Success, screen_, screenSerial_};
+}
+
+Grab FakeScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBack)
+{
+    grabsOfWindows_.push_back(frontToBack);
+    if (const GrabOutcome outcome = nextOutcome(); outcome != GrabOutcome::Success)
+        return {outcome, {}, 0};
+    if (lastComposite_.serial == 0 || lastComposed_ != frontToBack) {
+        lastComposite_ = compose(frontToBack);
+        lastComposed_ = frontToBack;
+        if (lastComposite_.outcome == GrabOutcome::Success)
+            lastComposite_.serial = ++lastSerial_;
+    }
+    return lastComposite_;
+}
+
+Grab FakeScreenGrabber::compose(const std::vector<std::uint32_t>& frontToBack) const
+{
+    const bool desktop = std::find(frontToBack.begin(), frontToBack.end(), kDesktopNumber) != frontToBack.end();
+    std::vector<const Window*> layers;
+    QRect canvas;
+    for (const std::uint32_t number : frontToBack) {
+        const auto window = std::find_if(windows_.begin(), windows_.end(), [&](const Window& candidate) {
+            return candidate.description.number == number;
+        });
+        if (window == windows_.end())
+            continue;
+        layers.push_back(&*window);
+        canvas |= boundsOf(window->description);
+    }
+    if (desktop)
+        canvas = screen_.rect();
+    if (canvas.isEmpty())
+        return {};
+    QImage picture(canvas.size(), QImage::Format_RGB32);
+    picture.fill(Qt::black);
+    QPainter painter(&picture);
+    painter.translate(-canvas.topLeft());
+    if (desktop)
+        painter.drawImage(0, 0, desktop_);
+    for (auto layer = layers.rbegin(); layer != layers.rend(); ++layer)
+        painter.drawImage(boundsOf((*layer)->description).topLeft(), (*layer)->picture);
+    painter.end();
+    return {GrabOutcome::Success, picture, 0};
+}
+
+std::vector<WindowDescription> FakeScreenGrabber::windowDescriptions()
+{
+    std::vector<WindowDescription> descriptions;
+    for (const Window& window : windows_)
+        descriptions.push_back(window.description);
+    WindowDescription desktop;
+    desktop.ownerName = QStringLiteral("Desktop");
+    desktop.width = screen_.width();
+    desktop.height = screen_.height();
+    desktop.number = kDesktopNumber;
+    desktop.layer = -20;
+    descriptions.push_back(desktop);
+    return descriptions;
+}
+
+} // namespace lumavex

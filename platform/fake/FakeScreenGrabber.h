@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/ScreenGrabber.h"
+
+#include <deque>
+#include <vector>
+
+namespace lumavex {
+
+/// A screen made of pictures that tests set, to the pixel. Main thread.
+class FakeScreenGrabber final : public ScreenGrabber {
+public:
+    struct Window {
+        WindowDescription description; ///< its width and height are those of `picture`
+        QImage picture;
+    };
+
+    /// What the main display shows, its size included; a new serial. `windows` are not drawn into it.
+    void setScreen(const QImage& picture);
+    /// Front to back, the desktop's background not among them; new serials for composites.
+    void setWindows(std::vector<Window> windows);
+    /// The background behind all windows and its entry, the last one of windowDescriptions.
+    void setDesktop(const QImage& picture);
+    void setMouseLocation(const CGPoint& location) { mouseLocation_ = location; }
+    /// From now on every grab gives up for this reason; an empty one ends that.
+    void setTrouble(const QString& trouble) { trouble_ = trouble; }
+    /// The outcome of the next grab without one, of either kind; further calls queue up.
+    void addOutcome(GrabOutcome outcome) { outcomes_.push_back(outcome); }
+
+    int grabsOfMainDisplay() const { return grabsOfMainDisplay_; }
+    /// The list of each call of grabWindows.
+    const std::vector<std::vector<std::uint32_t>>& grabsOfWindows() const { return grabsOfWindows_; }
+
+    QString trouble() const override { return trouble_; }
+    CGSize sizeOfMainDisplay() override;
+    Grab grabMainDisplay() override;
+    Grab grabWindows(const std::vector<std::uint32_t>& frontToBack) override;
+    CGPoint mouseLocation() override { return mouseLocation_; }
+    std::vector<WindowDescription> windowDescriptions() override;
+
+    static constexpr std::uint32_t kDesktopNumber = 1;
+
+private:
+    GrabOutcome nextOutcome();
+    Grab compose(const std::vector<std::uint32_t>& frontToBack) const;
+
+    QString trouble_;
+    QImage screen_;
+    QImage desktop_;
+    std::vector<Window> windows_;
+    CGPoint mouseLocation_;
+    std::deque<GrabOutcome> outcomes_;
+    int grabsOfMainDisplay_ = 0;
+    std::vector<std::vector<std::uint32_t>> grabsOfWindows_;
+    std::uint64_t lastSerial_ = 0;
+    std::uint64_t screenSerial_ = 0;
+    Grab lastComposite_; ///< of lastComposed_; serial 0 when windows changed since
+    std::vector<std::uint32_t> lastComposed_;
+};
+
+} // namespace lumavex

@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/x11/WindowComposite.h"
+
+#include <xcb/shape.h>
+
+#include <algorithm>
+
+namespace lumavex {
+
+namespace {
+
+constexpr std::uint8_t kCanvasDepth = 32; ///< every server with Render has it, whatever the screen's depth
+
+} // namespace
+
+WindowComposite::WindowComposite(const XcbConnection& connection, SharedImagePool& pool)
+    : connection_(connection), pool_(pool), formats_(connection)
+{
+}
+
+std::optional<WindowComposite::Result> WindowComposite::compose(const CompositeRequest& request)
+{
+    redirectExactly(request.frontToBack);
+    Arrangement wanted = arrange(request);
+    if (wanted.canvas.isEmpty() || (wanted.backToFront.empty() && !wanted.desktop))
+        return std::nullopt;
+    const bool changed = takeChanges(request);
+    if (!changed && !previous_.isNull() && wanted == shown_)
+        return Result{previous_, false};
+
+    prepareCanvas(wanted.canvas.size());
+    paint(wanted);
+    previous_ = pool_.read(canvas_.id(), QRect(QPoint(0, 0), canvasSize_));
+    shown_ = std::move(wanted);
+    if (previous_.isNull())
+        return std::nullopt;
+    return Result{previous_, true};
+}
+
+void WindowComposite::release()
+{
+    redirected_.clear();
+    desktop_.reset();
+    canvasPicture_ = {};
+    canvas_ = {};
+    canvasSize_ = {};
+    previous_ = {};
+    shown_ = {};
+}
+
+void WindowComposite::note(const xcb_generic_event_t& event)
+{
+    const auto reshaped = [this](xcb_window_t window) {
+        if (const auto found = redirected_.find(window); found != redirected_.end())
+            found->second->noteReshaped();
+    };
+    const int type = event.response_type & 0x7f;
+    if (desktop_)
+        desktop_->note(event);
+    if (type == XCB_MAP_NOTIFY) {
+        reshaped(reinterpret_cast<const xcb_map_notify_event_t&>(event).window);
+    } else if (type == XCB_UNMAP_NOTIFY) {
+        reshaped(reinterpret_cast<const xcb_unmap_notify_event_t&>(event).window);
+    } else if (type == XCB_DESTROY_NOTIFY) {
+        redirected_.erase(reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window);
+    } else if (type == XCB_CONFIGURE_NOTIFY) {
+        const auto& configure = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
+        const QSize size(configure.width + 2 * configure.border_width, configure.height + 2 * configure.border_width);
+        if (const auto found = redirected_.find(configure.window);
+            found != redirected_.end() && found->second->size() != size)
+            found->second->noteReshaped();
+    } else if (connection_.extensions().damage && type == connection_.extensions().damageEvent + XCB_DAMAGE_NOTIFY) {
+        const auto& damage = reinterpret_cast<const xcb_damage_notify_event_t&>(event);
+        if (const auto found = redirected_.find(damage.drawable);
+            found != redirected_.end() && found->second->damage() == damage.damage)
+            found->second->noteDamage();
+    }
+}
+
+void WindowComposite::redirectExactly(const std::vector<TopLevel>& windows)
+{
+    std::erase_if(redirected_, [&](const auto& entry) {
+        return std::none_of(windows.begin(), windows.end(),
+                            [&](const TopLevel& top) { return top.window == entry.first; });
+    });
+    for (const TopLevel& top : windows) {
+        auto& entry = redirected_[top.window];
+        if (!entry)
+            entry = std::make_unique<RedirectedWindow>(connection_, formats_, top);
+        entry->startNaming();
+    }
+}
+
+WindowComposite::Arrangement WindowComposite::arrange(const CompositeRequest& request)
+{
+    Arrangement arrangement{{}, request.desktop, request.alpha, request.canvas};
+    for (auto top = request.frontToBack.rbegin(); top != request.frontToBack.rend(); ++top) {
+        RedirectedWindow& window = *redirected_.at(top->window);
+        if (window.finishNaming())
+            arrangement.backToFront.push_back(
+                {top->window, window.generation(), QRect(top->outer.topLeft(), window.size()), top->border});
+    }
+    return arrangement;
+}
+
+bool WindowComposite::takeChanges(const CompositeRequest& request)
+{
+    bool changed = false;
+    for (const auto& [id, window] : redirected_)
+        changed |= window->takeDamage();
+    if (request.desktop) {
+        if (!desktop_)
+            desktop_ = std::make_unique<DesktopBackground>(connection_, formats_);
+        changed |= desktop_->changed(request.canvas, request.rootSize);
+    }
+    return changed;
+}
+
+void WindowComposite::prepareCanvas(const QSize& size)
+{
+    if (size == canvasSize_)
+        return;
+    xcb_connection_t* const c = connection_.get();
+    canvasPicture_ = {};
+    canvas_ = {c, connection_.newId()};
+    xcb_create_pixmap(c, kCanvasDepth, canvas_.id(), connection_.root(), static_cast<std::uint16_t>(size.width()),
+                      static_cast<std::uint16_t>(size.height()));
+    canvasPicture_ = {c, connection_.newId()};
+    xcb_render_create_picture(c, canvasPicture_.id(), canvas_.id(), formats_.argb32().id, 0, nullptr);
+    canvasSize_ = size;
+}
+
+void WindowComposite::paint(const Arrangement& arrangement)
+{
+    xcb_connection_t* const c = connection_.get();
+    xcb_xfixes_set_picture_clip_region(c, canvasPicture_.id(), XCB_NONE, 0, 0);
+    const xcb_render_color_t black{0, 0, 0, 0xffff};
+    const xcb_rectangle_t all{0, 0, static_cast<std::uint16_t>(canvasSize_.width()),
+                              static_cast<std::uint16_t>(canvasSize_.height())};
+    xcb_render_fill_rectangles(c, XCB_RENDER_PICT_OP_SRC, canvasPicture_.id(), black, 1, &all);
+    if (arrangement.desktop)
+        desktop_->paint(canvasPicture_.id(), arrangement.canvas);
+    for (const Layer& layer : arrangement.backToFront)
+        paintWindow(layer, arrangement);
+}
+
+void WindowComposite::paintWindow(const Layer& layer, const Arrangement& arrangement)
+{
+    xcb_connection_t* const c = connection_.get();
+    const RedirectedWindow& window = *redirected_.at(layer.window);
+    const QPoint corner = layer.outer.topLeft() - arrangement.canvas.topLeft();
+    // Outside its shape the window's picture is undefined. The region is relative to the inside of the border. Should
+    // the window vanish here, no region is made, and the clip must not be that of the window before.
+    xcb_xfixes_set_picture_clip_region(c, canvasPicture_.id(), XCB_NONE, 0, 0);
+    const RegionHandle shape(c, connection_.newId());
+    xcb_xfixes_create_region_from_window(c, shape.id(), layer.window, XCB_SHAPE_SK_BOUNDING);
+    xcb_xfixes_set_picture_clip_region(c, canvasPicture_.id(), shape.id(),
+                                       static_cast<std::int16_t>(corner.x() + layer.border),
+                                       static_cast<std::int16_t>(corner.y() + layer.border));
+    const bool blend = arrangement.alpha && window.hasAlpha();
+    xcb_render_composite(c, blend ? XCB_RENDER_PICT_OP_OVER : XCB_RENDER_PICT_OP_SRC, window.picture(), XCB_NONE,
+                         canvasPicture_.id(), 0, 0, 0, 0, static_cast<std::int16_t>(corner.x()),
+                         static_cast<std::int16_t>(corner.y()), static_cast<std::uint16_t>(layer.outer.width()),
+                         static_cast<std::uint16_t>(layer.outer.height()));
+}
+
+} // namespace lumavex

@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/x11/XcbConnection.h"
+
+#include <xcb/randr.h>
+#include <xcb/shm.h>
+
+#include <QCoreApplication>
+
+#include <sys/socket.h>
+
+#include <string>
+
+namespace lumavex {
+
+namespace {
+
+constexpr std::array<const char*, static_cast<std::size_t>(Atom::Count)> kAtomNames = {
+    "WM_STATE",
+    "_NET_WM_PID",
+    "_NET_WM_STATE",
+    "_NET_WM_STATE_ABOVE",
+    "_NET_WM_STATE_BELOW",
+    "_NET_WM_WINDOW_TYPE",
+    "_NET_WM_WINDOW_TYPE_DESKTOP",
+    "_NET_WM_WINDOW_TYPE_DOCK",
+    "_NET_CLIENT_LIST",
+    "_GTK_FRAME_EXTENTS",
+    "_XROOTPMAP_ID",
+    "ESETROOT_PMAP_ID",
+    "_NET_WM_CM_S", // the screen's number is appended
+};
+
+QString text(const char* source)
+{
+    return QCoreApplication::translate("ScreenGrabber", source);
+}
+
+bool present(xcb_connection_t* connection, xcb_extension_t* extension)
+{
+    const xcb_query_extension_reply_t* const data = xcb_get_extension_data(connection, extension);
+    return data && data->present;
+}
+
+bool atLeast(std::uint32_t major, std::uint32_t minor, std::uint32_t wantedMajor, std::uint32_t wantedMinor)
+{
+    return major > wantedMajor || (major == wantedMajor && minor >= wantedMinor);
+}
+
+/// A server reached over the network may offer shared memory too, but that of its own machine.
+bool sharesMachine(xcb_connection_t* connection)
+{
+    sockaddr_storage address{};
+    socklen_t length = sizeof address;
+    return getsockname(xcb_get_file_descriptor(connection), reinterpret_cast<sockaddr*>(&address), &length) == 0
+           && address.ss_family == AF_UNIX;
+}
+
+} // namespace
+
+XcbConnection::XcbConnection() : displayName_(qEnvironmentVariable("DISPLAY"))
+{
+    int screenNumber = 0;
+    connection_ = xcb_connect(nullptr, &screenNumber);
+    if (!alive())
+        return;
+    setup_ = xcb_get_setup(connection_);
+    auto screens = xcb_setup_roots_iterator(setup_);
+    for (int skip = screenNumber; skip > 0 && screens.rem > 1; --skip)
+        xcb_screen_next(&screens);
+    screen_ = screens.data;
+    for (xcb_extension_t* extension :
+         {&xcb_shm_id, &xcb_composite_id, &xcb_damage_id, &xcb_xfixes_id, &xcb_randr_id, &xcb_render_id})
+        xcb_prefetch_extension_data(connection_, extension);
+    internAtoms(screenNumber);
+    askExtensions();
+}
+
+XcbConnection::~XcbConnection()
+{
+    xcb_disconnect(connection_);
+}
+
+bool XcbConnection::alive() const
+{
+    return xcb_connection_has_error(connection_) == 0;
+}
+
+QString XcbConnection::trouble() const
+{
+    if (alive())
+        return {};
+    if (setup_)
+        return text("The connection to the screen was lost. Please start the program again.");
+    if (displayName_.isEmpty())
+        return text(
+            "There is no screen to record: the program was started outside a graphical session (DISPLAY is not set).");
+    return text("The screen \"%1\" cannot be reached. Is the X server running, and may this user use it?")
+        .arg(displayName_);
+}
+
+void XcbConnection::internAtoms(int screenNumber)
+{
+    std::array<xcb_intern_atom_cookie_t, kAtomNames.size()> cookies{};
+    for (std::size_t i = 0; i < kAtomNames.size(); ++i) {
+        std::string name = kAtomNames[i];
+        if (i == static_cast<std::size_t>(Atom::NET_WM_CM_S))
+            name += std::to_string(screenNumber);
+        cookies[i] = xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.c_str());
+    }
+    for (std::size_t i = 0; i < cookies.size(); ++i) {
+        const XcbOwned<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection_, cookies[i], nullptr));
+        atoms_[i] = reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+    }
+}
+
+void XcbConnection::askExtensions()
+{
+    xcb_connection_t* const c = connection_;
+    if (sharesMachine(c) && present(c, &xcb_shm_id)) {
+        const XcbOwned<xcb_shm_query_version_reply_t> version(
+            xcb_shm_query_version_reply(c, xcb_shm_query_version(c), nullptr));
+        extensions_.shm = version != nullptr;
+        extensions_.shmDescriptors = version && atLeast(version->major_version, version->minor_version, 1, 2);
+    }
+    if (present(c, &xcb_xfixes_id)) {
+        const XcbOwned<xcb_xfixes_query_version_reply_t> version(
+            xcb_xfixes_query_version_reply(c, xcb_xfixes_query_version(c, 2, 0), nullptr));
+        extensions_.fixes = version && version->major_version >= 2;
+    }
+    if (present(c, &xcb_composite_id)) {
+        const XcbOwned<xcb_composite_query_version_reply_t> version(
+            xcb_composite_query_version_reply(c, xcb_composite_query_version(c, 0, 2), nullptr));
+        extensions_.composite = version && atLeast(version->major_version, version->minor_version, 0, 2);
+    }
+    if (present(c, &xcb_damage_id)) {
+        const XcbOwned<xcb_damage_query_version_reply_t> version(
+            xcb_damage_query_version_reply(c, xcb_damage_query_version(c, 1, 1), nullptr));
+        extensions_.damage = version && extensions_.fixes;
+        extensions_.damageEvent = xcb_get_extension_data(c, &xcb_damage_id)->first_event;
+    }
+    if (present(c, &xcb_randr_id)) {
+        const XcbOwned<xcb_randr_query_version_reply_t> version(
+            xcb_randr_query_version_reply(c, xcb_randr_query_version(c, 1, 3), nullptr));
+        extensions_.randr = version && atLeast(version->major_version, version->minor_version, 1, 3);
+        extensions_.randrEvent = xcb_get_extension_data(c, &xcb_randr_id)->first_event;
+    }
+    if (present(c, &xcb_render_id)) {
+        const XcbOwned<xcb_render_query_version_reply_t> version(
+            xcb_render_query_version_reply(c, xcb_render_query_version(c, 0, 11), nullptr));
+        extensions_.render = version && atLeast(version->major_version, version->minor_version, 0, 6);
+    }
+}
+
+void XcbConnection::sync() const
+{
+    // The cheapest request with a reply.
+    const XcbOwned<xcb_get_input_focus_reply_t> reply(
+        xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+}
+
+void XcbConnection::drain(const std::function<void(const xcb_generic_event_t&)>& handler) const
+{
+    while (const XcbOwned<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
+        if (event->response_type != 0)
+            handler(*event);
+    }
+}
+
+} // namespace lumavex

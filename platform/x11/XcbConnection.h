@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/x11/XcbHandles.h"
+
+#include <QString>
+
+#include <array>
+#include <cstdint>
+#include <functional>
+
+namespace lumavex {
+
+/// The atoms this backend uses; their texts stand in XcbConnection.cpp in the same order.
+enum class Atom {
+    WM_STATE,
+    NET_WM_PID,
+    NET_WM_STATE,
+    NET_WM_STATE_ABOVE,
+    NET_WM_STATE_BELOW,
+    NET_WM_WINDOW_TYPE,
+    NET_WM_WINDOW_TYPE_DESKTOP,
+    NET_WM_WINDOW_TYPE_DOCK,
+    NET_CLIENT_LIST,
+    GTK_FRAME_EXTENTS,
+    XROOTPMAP_ID,
+    ESETROOT_PMAP_ID,
+    NET_WM_CM_S,
+    Count
+};
+
+/// What the server offers, asked once.
+struct XcbExtensions {
+    bool shm = false;
+    bool shmDescriptors = false; ///< segments can be handed over as file descriptors
+    bool composite = false;      ///< with named window pixmaps
+    bool damage = false;
+    bool fixes = false;
+    bool randr = false; ///< 1.3 or newer: tells the primary output
+    bool render = false;
+    std::uint8_t damageEvent = 0; ///< first event number
+    std::uint8_t randrEvent = 0;
+};
+
+/// A connection of our own to the X server of $DISPLAY. Not the toolkit's: answers to grabs would stand in line with
+/// its events. Main thread only. Lives as long as everything made through it.
+class XcbConnection {
+public:
+    XcbConnection();
+    ~XcbConnection();
+    XcbConnection(const XcbConnection&) = delete;
+    XcbConnection& operator=(const XcbConnection&) = delete;
+
+    /// False when the server could not be reached, or is gone: every reply is null then.
+    bool alive() const;
+    /// Why alive() is false, in the user's words.
+    QString trouble() const;
+
+    xcb_connection_t* get() const { return connection_; }
+    const xcb_setup_t* setup() const { return setup_; } ///< null unless the server was reached
+    const xcb_screen_t* screen() const { return screen_; }
+    xcb_window_t root() const { return screen_ ? screen_->root : xcb_window_t{XCB_NONE}; }
+    const XcbExtensions& extensions() const { return extensions_; }
+    xcb_atom_t atom(Atom which) const { return atoms_[static_cast<std::size_t>(which)]; }
+
+    std::uint32_t newId() const { return xcb_generate_id(connection_); }
+    /// Waits until the server has carried out everything sent so far; the events up to then can be drained afterwards.
+    void sync() const;
+    /// Hands over every event that has come. Errors of requests without reply come this way too and are dropped: they
+    /// are those of windows that vanished meanwhile.
+    void drain(const std::function<void(const xcb_generic_event_t&)>& handler) const;
+
+private:
+    void internAtoms(int screenNumber);
+    void askExtensions();
+
+    QString displayName_;
+    xcb_connection_t* connection_;
+    const xcb_setup_t* setup_ = nullptr;
+    const xcb_screen_t* screen_ = nullptr;
+    XcbExtensions extensions_;
+    std::array<xcb_atom_t, static_cast<std::size_t>(Atom::Count)> atoms_{};
+};
+
+} // namespace lumavex

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <xcb/composite.h>
+#include <xcb/damage.h>
+#include <xcb/render.h>
+#include <xcb/xcb.h>
+#include <xcb/xfixes.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <utility>
+
+namespace lumavex {
+
+struct FreeDeleter {
+    void operator()(void* memory) const { std::free(memory); }
+};
+
+/// What libxcb hands over with malloc: replies, errors, events. Null when the request failed or the connection is dead.
+template <typename T>
+using XcbOwned = std::unique_ptr<T, FreeDeleter>;
+
+/// An object of ours inside the X server, released with the handle. It must go before its connection does. Releasing
+/// one that the server has released by itself (the damage of a destroyed window) is harmless.
+template <auto Release>
+class XcbHandle {
+public:
+    XcbHandle() = default;
+    /// Takes over the object; `id` 0 is no object.
+    XcbHandle(xcb_connection_t* connection, std::uint32_t id) : connection_(connection), id_(id) {}
+    XcbHandle(XcbHandle&& other) noexcept : connection_(other.connection_), id_(std::exchange(other.id_, 0)) {}
+    XcbHandle& operator=(XcbHandle&& other) noexcept
+    {
+        if (this != &other) {
+            reset();
+            connection_ = other.connection_;
+            id_ = std::exchange(other.id_, 0);
+        }
+        return *this;
+    }
+    ~XcbHandle() { reset(); }
+
+    void reset()
+    {
+        if (id_)
+            Release(connection_, std::exchange(id_, 0));
+    }
+    std::uint32_t id() const { return id_; }
+    explicit operator bool() const { return id_ != 0; }
+
+private:
+    xcb_connection_t* connection_ = nullptr;
+    std::uint32_t id_ = 0;
+};
+
+using PixmapHandle = XcbHandle<xcb_free_pixmap>;
+using GcHandle = XcbHandle<xcb_free_gc>;
+using PictureHandle = XcbHandle<xcb_render_free_picture>;
+using DamageHandle = XcbHandle<xcb_damage_destroy>;
+using RegionHandle = XcbHandle<xcb_xfixes_destroy_region>;
+
+} // namespace lumavex

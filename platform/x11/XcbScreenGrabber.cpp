@@ -1,0 +1,226 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/x11/XcbScreenGrabber.h"
+
+#include "platform/x11/DamageTracker.h"
+#include "platform/x11/MainDisplay.h"
+#include "platform/x11/PixelLayout.h"
+#include "platform/x11/SharedImagePool.h"
+#include "platform/x11/WindowComposite.h"
+#include "platform/x11/WindowTree.h"
+#include "platform/x11/XcbConnection.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+
+namespace lumavex {
+
+namespace {
+
+/// The name that the desktop's background goes by in the list of windows.
+constexpr auto kDesktopName = "Desktop";
+
+class XcbScreenGrabber final : public ScreenGrabber {
+public:
+    XcbScreenGrabber();
+
+    QString trouble() const override;
+    CGSize sizeOfMainDisplay() override;
+    Grab grabMainDisplay() override;
+    Grab grabWindows(const std::vector<std::uint32_t>& frontToBack) override;
+    CGPoint mouseLocation() override;
+    std::vector<WindowDescription> windowDescriptions() override;
+
+private:
+    /// What works on a screen that can be recorded.
+    struct Parts {
+        Parts(const XcbConnection& connection, const PixelLayout& screenLayout)
+            : layout(screenLayout), display(connection), damage(connection), tree(connection), pool(connection),
+              composite(connection, pool)
+        {
+        }
+        PixelLayout layout;
+        MainDisplay display;
+        DamageTracker damage;
+        WindowTree tree;
+        SharedImagePool pool;
+        WindowComposite composite;
+    };
+
+    bool usable() const { return parts_ && connection_.alive(); }
+    bool composites() const;
+    GrabOutcome failure() const { return usable() ? GrabOutcome::Retry : GrabOutcome::GiveUp; }
+    void listen();
+    CompositeRequest requestFor(const std::vector<std::uint32_t>& frontToBack);
+
+    XcbConnection connection_;
+    QString screenTrouble_;
+    std::unique_ptr<Parts> parts_; ///< null: the screen cannot be recorded
+    Grab lastMain_;                ///< of lastMainRect_; serial 0 when there is none
+    QRect lastMainRect_;
+    std::uint64_t lastSerial_ = 0;
+    std::uint64_t compositeSerial_ = 0;
+};
+
+XcbScreenGrabber::XcbScreenGrabber()
+{
+    if (!connection_.alive())
+        return;
+    const auto layout = pixelLayoutOf(connection_, screenTrouble_);
+    if (!layout)
+        return;
+    parts_ = std::make_unique<Parts>(connection_, *layout);
+}
+
+bool XcbScreenGrabber::composites() const
+{
+    const XcbExtensions& extensions = connection_.extensions();
+    return extensions.composite && extensions.render && extensions.fixes;
+}
+
+QString XcbScreenGrabber::trouble() const
+{
+    return connection_.alive() ? screenTrouble_ : connection_.trouble();
+}
+
+void XcbScreenGrabber::listen()
+{
+    connection_.drain([this](const xcb_generic_event_t& event) {
+        parts_->display.note(event);
+        parts_->tree.note(event);
+        parts_->composite.note(event);
+    });
+}
+
+CGSize XcbScreenGrabber::sizeOfMainDisplay()
+{
+    if (!usable())
+        return {};
+    connection_.sync();
+    listen();
+    const QRect& rect = parts_->display.rect();
+    return {static_cast<double>(rect.width()), static_cast<double>(rect.height())};
+}
+
+Grab XcbScreenGrabber::grabMainDisplay()
+{
+    if (!usable())
+        return {GrabOutcome::GiveUp, {}, 0};
+    parts_->composite.release();
+    // The damage's answer is also the round trip after which every earlier event is here.
+    const bool changed = parts_->damage.changedWithin(lastMainRect_);
+    listen();
+    const QRect rect = parts_->display.rect();
+    if (!changed && lastMain_.serial != 0 && rect == lastMainRect_)
+        return lastMain_;
+    lastMain_ = {};
+    lastMainRect_ = rect;
+    const QImage picture = parts_->layout.toRgb32(parts_->pool.read(connection_.root(), rect));
+    if (picture.isNull())
+        return {failure(), {}, 0};
+    lastMain_ = {GrabOutcome::Success, picture, ++lastSerial_};
+    return lastMain_;
+}
+
+Grab XcbScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBack)
+{
+    if (!usable())
+        return {GrabOutcome::GiveUp, {}, 0};
+    if (!composites()) {
+        screenTrouble_ = QCoreApplication::translate(
+            "ScreenGrabber",
+            "This X server cannot show windows one by one (it lacks the extensions Composite, Render or "
+            "XFixes): only the whole screen can be recorded.");
+        return {GrabOutcome::GiveUp, {}, 0};
+    }
+    connection_.sync();
+    listen();
+    const auto result = parts_->composite.compose(requestFor(frontToBack));
+    if (!result)
+        return {failure(), {}, 0};
+    if (result->changed)
+        compositeSerial_ = ++lastSerial_;
+    return {GrabOutcome::Success, result->picture, compositeSerial_};
+}
+
+CompositeRequest XcbScreenGrabber::requestFor(const std::vector<std::uint32_t>& frontToBack)
+{
+    CompositeRequest request;
+    const auto& tops = parts_->tree.topToBottom();
+    for (const std::uint32_t number : frontToBack) {
+        request.desktop = request.desktop || number == connection_.root();
+        const auto top = std::find_if(tops.begin(), tops.end(), [&](const TopLevel& candidate) {
+            return candidate.client == number || candidate.window == number;
+        });
+        const auto isListed = [&] {
+            return std::any_of(request.frontToBack.begin(), request.frontToBack.end(),
+                               [&](const TopLevel& listed) { return listed.window == top->window; });
+        };
+        if (top == tops.end() || !top->viewable || isListed())
+            continue;
+        request.canvas |= top->bounds();
+        request.frontToBack.push_back(*top);
+    }
+    if (request.desktop)
+        request.canvas = parts_->display.rect();
+    request.alpha = parts_->tree.compositingManagerRuns();
+    request.rootSize = parts_->display.root().size();
+    return request;
+}
+
+CGPoint XcbScreenGrabber::mouseLocation()
+{
+    if (!usable())
+        return {};
+    xcb_connection_t* const c = connection_.get();
+    const XcbOwned<xcb_query_pointer_reply_t> pointer(
+        xcb_query_pointer_reply(c, xcb_query_pointer(c, connection_.root()), nullptr));
+    if (!pointer)
+        return {};
+    listen();
+    const QRect& rect = parts_->display.rect();
+    return {static_cast<double>(pointer->root_x - rect.left()), static_cast<double>(rect.bottom() - pointer->root_y)};
+}
+
+std::vector<WindowDescription> XcbScreenGrabber::windowDescriptions()
+{
+    std::vector<WindowDescription> descriptions;
+    if (!usable())
+        return descriptions;
+    connection_.sync();
+    listen();
+    const QRect rect = parts_->display.rect();
+    for (const TopLevel& top : parts_->tree.topToBottom()) {
+        const QRect bounds = top.bounds();
+        WindowDescription description;
+        description.shared = top.viewable && parts_->display.root().intersects(bounds);
+        description.ownerName = top.facts.ownerName;
+        description.ownerPid = top.facts.ownerPid;
+        description.x = bounds.x() - rect.x();
+        description.y = bounds.y() - rect.y();
+        description.width = bounds.width();
+        description.height = bounds.height();
+        description.number = top.client;
+        description.layer = top.facts.layer;
+        descriptions.push_back(description);
+    }
+    if (!connection_.alive())
+        return {};
+    WindowDescription desktop;
+    desktop.ownerName = QString::fromLatin1(kDesktopName);
+    desktop.width = rect.width();
+    desktop.height = rect.height();
+    desktop.number = connection_.root();
+    desktop.layer = kLayerBackground;
+    descriptions.push_back(desktop);
+    return descriptions;
+}
+
+} // namespace
+
+std::unique_ptr<ScreenGrabber> createXcbScreenGrabber()
+{
+    return std::make_unique<XcbScreenGrabber>();
+}
+
+} // namespace lumavex

@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/contract/screen_grabber/Stage.h"
+
+#include "platform/fake/FakeScreenGrabber.h"
+#include "platform/x11/XcbScreenGrabber.h"
+#include "tests/contract/screen_grabber/TestClient.h"
+#include "tests/contract/screen_grabber/TestServer.h"
+
+#include <QPainter>
+
+#include <algorithm>
+
+namespace lumavex::test {
+
+namespace {
+
+constexpr QSize kScreen(640, 480);
+
+QImage full(const QSize& size, QRgb color)
+{
+    QImage picture(size, QImage::Format_RGB32);
+    picture.fill(color);
+    return picture;
+}
+
+class FakeStage final : public Stage {
+public:
+    FakeStage()
+    {
+        grabber_.setDesktop(full(kScreen, kDesktop));
+        publish();
+    }
+    ScreenGrabber& grabber() override { return grabber_; }
+    std::uint32_t show(const QRect& bounds, QRgb color) override
+    {
+        FakeScreenGrabber::Window window;
+        window.description.x = bounds.x();
+        window.description.y = bounds.y();
+        window.description.number = nextNumber_++;
+        window.picture = full(bounds.size(), color);
+        windows_.insert(windows_.begin(), window);
+        publish();
+        return window.description.number;
+    }
+    void recolor(std::uint32_t number, QRgb color) override
+    {
+        for (auto& window : windows_) {
+            if (window.description.number == number)
+                window.picture.fill(color);
+        }
+        publish();
+    }
+    void movePointer(int x, int y) override
+    {
+        grabber_.setMouseLocation({static_cast<double>(x), static_cast<double>(kScreen.height() - 1 - y)});
+    }
+
+private:
+    void publish()
+    {
+        QImage screen = full(kScreen, kDesktop);
+        QPainter painter(&screen);
+        for (auto window = windows_.rbegin(); window != windows_.rend(); ++window)
+            painter.drawImage(QPointF(window->description.x, window->description.y), window->picture);
+        painter.end();
+        grabber_.setScreen(screen);
+        grabber_.setWindows(windows_);
+    }
+
+    FakeScreenGrabber grabber_;
+    std::vector<FakeScreenGrabber::Window> windows_;
+    std::uint32_t nextNumber_ = 100;
+};
+
+class ServerStage final : public Stage {
+public:
+    explicit ServerStage(const TestServer::Options& options) : server_(options)
+    {
+        client_.leaveWallpaper(kDesktop);
+        // The wallpaper only lies in a property; the root shows it as a window at the very bottom.
+        client_.fillRoot(QRect(QPoint(0, 0), kScreen), kDesktop);
+        grabber_ = createXcbScreenGrabber();
+    }
+    ScreenGrabber& grabber() override { return *grabber_; }
+    std::uint32_t show(const QRect& bounds, QRgb color) override { return client_.show(bounds, color); }
+    void recolor(std::uint32_t window, QRgb color) override
+    {
+        client_.fill(window, QRect(QPoint(0, 0), kScreen), color);
+    }
+    void movePointer(int x, int y) override { client_.movePointer(x, y); }
+
+private:
+    TestServer server_;
+    TestClient client_;
+    std::unique_ptr<ScreenGrabber> grabber_;
+};
+
+} // namespace
+
+std::unique_ptr<Stage> createStage(StageKind kind)
+{
+    TestServer::Options options;
+    switch (kind) {
+    case StageKind::Fake:
+        return std::make_unique<FakeStage>();
+    case StageKind::Server:
+        break;
+    case StageKind::ManagedServer:
+        options.windowManager = true;
+        break;
+    case StageKind::CompositedServer:
+        options.windowManager = true;
+        options.compositingManager = true;
+        break;
+    case StageKind::ServerWithoutSharedMemory:
+        options.arguments = {"-extension", "MIT-SHM"};
+        break;
+    }
+    return std::make_unique<ServerStage>(options);
+}
+
+std::string nameOf(StageKind kind)
+{
+    switch (kind) {
+    case StageKind::Fake:
+        return "Fake";
+    case StageKind::Server:
+        return "Server";
+    case StageKind::ManagedServer:
+        return "ManagedServer";
+    case StageKind::CompositedServer:
+        return "CompositedServer";
+    case StageKind::ServerWithoutSharedMemory:
+        return "ServerWithoutSharedMemory";
+    }
+    return "Unknown";
+}
+
+} // namespace lumavex::test

@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/contract/screen_grabber/Stage.h"
+#include "tests/contract/screen_grabber/TestServer.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+namespace lumavex::test {
+namespace {
+
+constexpr QRgb kRed = 0xffff0000;
+constexpr QRgb kGreen = 0xff00c800;
+constexpr QRgb kBlue = 0xff0a14fa;
+constexpr QRgb kBlack = 0xff000000;
+
+QRgb at(const Grab& grab, int x, int y)
+{
+    return grab.picture.pixel(x, y) | 0xff000000U;
+}
+
+class ScreenGrabberContract : public testing::TestWithParam<StageKind> {
+protected:
+    /// The main display once it shows that colour there: a compositing manager paints a little later than its windows.
+    Grab mainDisplayShowing(int x, int y, QRgb color)
+    {
+        Grab grab;
+        eventually([&] {
+            grab = grabber.grabMainDisplay();
+            return grab.outcome == GrabOutcome::Success && at(grab, x, y) == color;
+        });
+        return grab;
+    }
+    Grab windowsShowing(const std::vector<std::uint32_t>& numbers, int x, int y, QRgb color)
+    {
+        Grab grab;
+        eventually([&] {
+            grab = grabber.grabWindows(numbers);
+            return grab.outcome == GrabOutcome::Success && at(grab, x, y) == color;
+        });
+        return grab;
+    }
+
+    const std::unique_ptr<Stage> stage = createStage(GetParam());
+    ScreenGrabber& grabber = stage->grabber();
+};
+
+TEST_P(ScreenGrabberContract, GrabsTheMainDisplayToThePixel)
+{
+    ASSERT_EQ(grabber.trouble(), QString());
+    EXPECT_EQ(grabber.sizeOfMainDisplay(), (CGSize{640, 480}));
+    stage->show({100, 50, 200, 100}, kRed);
+    const Grab grab = mainDisplayShowing(100, 50, kRed);
+    ASSERT_EQ(grab.outcome, GrabOutcome::Success);
+    EXPECT_EQ(grab.picture.size(), QSize(640, 480));
+    EXPECT_EQ(grab.picture.format(), QImage::Format_RGB32);
+    EXPECT_EQ(at(grab, 299, 149), kRed);
+    EXPECT_NE(at(grab, 99, 50), kRed);
+    EXPECT_NE(at(grab, 300, 149), kRed);
+    EXPECT_NE(at(grab, 299, 150), kRed);
+}
+
+TEST_P(ScreenGrabberContract, SerialsTellWhetherPixelsChanged)
+{
+    const std::uint32_t window = stage->show({10, 10, 50, 50}, kRed);
+    mainDisplayShowing(20, 20, kRed);
+    Grab before;
+    ASSERT_TRUE(eventually([&] {
+        before = grabber.grabMainDisplay();
+        const Grab again = grabber.grabMainDisplay();
+        return again.serial == before.serial && again.picture.constBits() == before.picture.constBits();
+    }));
+    EXPECT_NE(before.serial, 0U);
+    stage->recolor(window, kGreen);
+    const Grab after = mainDisplayShowing(20, 20, kGreen);
+    EXPECT_EQ(at(after, 20, 20), kGreen);
+    EXPECT_NE(after.serial, before.serial);
+    EXPECT_EQ(at(before, 20, 20), kRed) << "a picture handed out earlier was overwritten";
+
+    const Grab composite = windowsShowing({window}, 0, 0, kGreen);
+    ASSERT_TRUE(
+        eventually([&] { return grabber.grabWindows({window}).serial == grabber.grabWindows({window}).serial; }));
+    stage->recolor(window, kBlue);
+    EXPECT_NE(windowsShowing({window}, 0, 0, kBlue).serial, composite.serial);
+}
+
+TEST_P(ScreenGrabberContract, CompositeIsAsLargeAsTheUnionAndBlackBetween)
+{
+    const std::uint32_t low = stage->show({20, 30, 100, 80}, kRed);
+    const std::uint32_t high = stage->show({90, 60, 60, 120}, kGreen);
+    stage->show({0, 0, 640, 480}, kBlue); // covers both and is not asked for
+    const Grab grab = windowsShowing({high, low}, 0, 0, kRed);
+    ASSERT_EQ(grab.outcome, GrabOutcome::Success);
+    EXPECT_EQ(grab.picture.size(), QSize(130, 150));
+    EXPECT_EQ(at(grab, 69, 30), kRed);
+    EXPECT_EQ(at(grab, 70, 29), kRed);
+    EXPECT_EQ(at(grab, 70, 30), kGreen);
+    EXPECT_EQ(at(grab, 129, 149), kGreen);
+    EXPECT_EQ(at(grab, 129, 0), kBlack);
+    EXPECT_EQ(at(grab, 0, 149), kBlack);
+    // The order asked for counts, not that on the screen.
+    EXPECT_EQ(at(windowsShowing({low, high}, 70, 30, kRed), 70, 30), kRed);
+}
+
+TEST_P(ScreenGrabberContract, OneWindowGivesItsOwnPictureWhateverCoversIt)
+{
+    const std::uint32_t window = stage->show({200, 100, 64, 48}, kGreen);
+    stage->show({180, 120, 300, 300}, kBlue);
+    const Grab grab = windowsShowing({window}, 63, 47, kGreen);
+    EXPECT_EQ(grab.picture.size(), QSize(64, 48));
+    EXPECT_EQ(at(grab, 0, 0), kGreen);
+    EXPECT_EQ(at(grab, 63, 47), kGreen);
+}
+
+TEST_P(ScreenGrabberContract, WindowBeyondTheEdgeIsWholeAlone_AndCutWithTheDesktop)
+{
+    const std::uint32_t window = stage->show({600, 440, 100, 90}, kRed);
+    const Grab alone = windowsShowing({window}, 99, 89, kRed);
+    EXPECT_EQ(alone.picture.size(), QSize(100, 90));
+    EXPECT_EQ(at(alone, 99, 89), kRed);
+
+    const std::uint32_t desktop = grabber.windowDescriptions().back().number;
+    const Grab both = windowsShowing({window, desktop}, 639, 479, kRed);
+    EXPECT_EQ(both.picture.size(), QSize(640, 480));
+    EXPECT_EQ(at(both, 600, 440), kRed);
+    EXPECT_EQ(at(both, 599, 440), Stage::kDesktop);
+    EXPECT_EQ(at(both, 0, 0), Stage::kDesktop);
+}
+
+TEST_P(ScreenGrabberContract, WithoutReadableWindowItAsksToTryAgain)
+{
+    const std::uint32_t window = stage->show({0, 0, 30, 20}, kRed);
+    EXPECT_EQ(grabber.grabWindows({}).outcome, GrabOutcome::Retry);
+    EXPECT_EQ(grabber.grabWindows({0xfffff}).outcome, GrabOutcome::Retry);
+    EXPECT_EQ(windowsShowing({0xfffff, window}, 0, 0, kRed).picture.size(), QSize(30, 20));
+    EXPECT_EQ(grabber.trouble(), QString());
+}
+
+TEST_P(ScreenGrabberContract, DescribesWindowsFrontToBackAndTheDesktopLast)
+{
+    const std::uint32_t low = stage->show({20, 30, 100, 80}, kRed);
+    const std::uint32_t high = stage->show({90, 60, 60, 120}, kGreen);
+    const auto descriptions = grabber.windowDescriptions();
+    const auto find = [&](std::uint32_t number) {
+        return std::find_if(descriptions.begin(), descriptions.end(),
+                            [&](const WindowDescription& entry) { return entry.number == number; });
+    };
+    ASSERT_NE(find(low), descriptions.end());
+    ASSERT_NE(find(high), descriptions.end());
+    EXPECT_LT(find(high), find(low));
+    EXPECT_TRUE(find(low)->shared);
+    EXPECT_EQ(find(low)->x, 20);
+    EXPECT_EQ(find(low)->y, 30);
+    EXPECT_EQ(find(low)->width, 100);
+    EXPECT_EQ(find(low)->height, 80);
+    const WindowDescription& desktop = descriptions.back();
+    EXPECT_EQ(desktop.ownerName, QStringLiteral("Desktop"));
+    EXPECT_TRUE(desktop.shared);
+    EXPECT_EQ(desktop.width, 640);
+    EXPECT_EQ(desktop.height, 480);
+    for (const WindowDescription& entry : descriptions)
+        EXPECT_GE(entry.layer, desktop.layer);
+}
+
+TEST_P(ScreenGrabberContract, PointerCountsFromTheLowerLeft)
+{
+    stage->movePointer(0, 479);
+    EXPECT_EQ(grabber.mouseLocation(), (CGPoint{0, 0}));
+    stage->movePointer(639, 0);
+    EXPECT_EQ(grabber.mouseLocation(), (CGPoint{639, 479}));
+    stage->movePointer(120, 400);
+    EXPECT_EQ(grabber.mouseLocation(), (CGPoint{120, 79}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Stages, ScreenGrabberContract,
+                         testing::Values(StageKind::Fake, StageKind::Server, StageKind::ManagedServer,
+                                         StageKind::CompositedServer, StageKind::ServerWithoutSharedMemory),
+                         [](const auto& kind) { return nameOf(kind.param); });
+
+} // namespace
+} // namespace lumavex::test
