@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/gstreamer/SoundInput.h"
+
+#include "platform/gstreamer/GstInit.h"
+#include "platform/gstreamer/SoundPipeline.h"
+
+#include <QCoreApplication>
+#include <QFile>
+
+#include <algorithm>
+#include <condition_variable>
+#include <mutex>
+#include <utility>
+
+namespace lumavex {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr Nanoseconds kRetryInterval = 1s;
+constexpr Nanoseconds kSilenceTolerated = 3s;
+constexpr Nanoseconds kReleaseTimeout = 1s;
+constexpr Nanoseconds kBusPoll = 50ms;
+
+Nanoseconds monotonicNow()
+{
+    return std::chrono::steady_clock::now().time_since_epoch(); // CLOCK_MONOTONIC
+}
+
+QString words(const char* text)
+{
+    return QCoreApplication::translate("SoundRecorder", text);
+}
+
+/// Whether ALSA knows a device that records; without one alsasrc would open something that is none.
+bool hasAlsaInput()
+{
+    QFile list(QStringLiteral("/proc/asound/pcm"));
+    return list.open(QIODevice::ReadOnly) && list.readAll().contains("capture");
+}
+
+} // namespace
+
+/// What the input and its thread share; it outlives the input when the thread hangs.
+struct SoundInput::Shared {
+    std::mutex mutex; // held while the listener is called
+    std::condition_variable changed;
+    Listener listener;
+    Nanoseconds lastSound{0};
+    bool closing = false;
+    bool done = false;
+
+    bool isClosing()
+    {
+        const std::lock_guard lock(mutex);
+        return closing;
+    }
+    bool closesWithin(Nanoseconds timeout)
+    {
+        std::unique_lock lock(mutex);
+        return changed.wait_for(lock, timeout, [this] { return closing; });
+    }
+    void sound(const SoundChunk& chunk)
+    {
+        const std::lock_guard lock(mutex);
+        lastSound = monotonicNow();
+        if (!closing)
+            listener.sound(chunk);
+    }
+    void lose(const QString& reason)
+    {
+        const std::lock_guard lock(mutex);
+        if (closing)
+            return;
+        listener.lost();
+        listener.trouble(reason);
+    }
+    Nanoseconds lastHeard()
+    {
+        const std::lock_guard lock(mutex);
+        return lastSound;
+    }
+
+    QString listen(SoundPipeline& pipeline);
+    QString attempt();
+};
+
+/// Hears until the sound ends; why it did.
+QString SoundInput::Shared::listen(SoundPipeline& pipeline)
+{
+    const QString none = words(QT_TRANSLATE_NOOP("SoundRecorder", "There is no sound input: no microphone is "
+                                                                  "connected or switched on."));
+    const QString lost = words(QT_TRANSLATE_NOOP("SoundRecorder", "The sound input was lost: the sound server ended "
+                                                                  "or the microphone was unplugged."));
+    const QString asleep = words(QT_TRANSLATE_NOOP("SoundRecorder", "The sound input sends nothing: it is asleep, or "
+                                                                    "the sound server does not answer."));
+    const Nanoseconds begin = monotonicNow();
+    if (!pipeline.play())
+        return none;
+    bool silent = false;
+    while (!isClosing()) {
+        const Nanoseconds heard = lastHeard();
+        if (pipeline.hasEndedWithin(kBusPoll))
+            return heard < begin ? none : lost;
+        const bool wasSilent = std::exchange(silent, monotonicNow() - std::max(begin, heard) > kSilenceTolerated);
+        if (silent && !wasSilent)
+            lose(asleep);
+    }
+    return {};
+}
+
+/// Tries the sources in turn, the first one that connects to its end; why it ended.
+QString SoundInput::Shared::attempt()
+{
+    QString reason = initGStreamer();
+    if (!reason.isEmpty())
+        return reason;
+    reason = words(QT_TRANSLATE_NOOP("SoundRecorder", "There is no sound server: neither PipeWire nor PulseAudio is "
+                                                      "running."));
+    for (const SoundSource source : {SoundSource::SoundServer, SoundSource::Alsa}) {
+        if (source == SoundSource::Alsa && !hasAlsaInput())
+            continue;
+        SoundPipeline pipeline(source, [this](const SoundChunk& chunk) { sound(chunk); });
+        if (!pipeline.isComplete())
+            reason = words(QT_TRANSLATE_NOOP("SoundRecorder", "The sound plug-ins of GStreamer are not installed."));
+        else if (pipeline.connect())
+            return listen(pipeline);
+    }
+    return reason;
+}
+
+SoundInput::SoundInput(Listener listener) : shared_(std::make_shared<Shared>())
+{
+    shared_->listener = std::move(listener);
+    thread_ = std::thread([shared = shared_] { run(shared); });
+}
+
+SoundInput::~SoundInput()
+{
+    std::unique_lock lock(shared_->mutex);
+    shared_->closing = true;
+    shared_->changed.notify_all();
+    const bool done = shared_->changed.wait_for(lock, kReleaseTimeout, [this] { return shared_->done; });
+    lock.unlock();
+    if (done)
+        thread_.join();
+    else
+        thread_.detach(); // hangs in a server that does not answer; ends by itself when that does
+}
+
+void SoundInput::run(const std::shared_ptr<Shared>& shared)
+{
+    do {
+        const QString reason = shared->attempt();
+        if (!reason.isEmpty())
+            shared->lose(reason);
+    } while (!shared->closesWithin(kRetryInterval));
+    const std::lock_guard lock(shared->mutex);
+    shared->done = true;
+    shared->changed.notify_all();
+}
+
+} // namespace lumavex

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/Clock.h"
+#include "platform/gstreamer/GstPtr.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace lumavex {
+
+/// Plays sound to the current server's default sink, and knows when each frame is heard.
+class SoundPlayer {
+public:
+    /// Interleaved frames of 44100 Hz and two channels.
+    explicit SoundPlayer(const std::vector<std::int16_t>& samples);
+    ~SoundPlayer();
+
+    /// When the first frame was heard, by the sink's clock. To be asked while it plays.
+    Nanoseconds firstFrameHeardAt() const;
+
+private:
+    GstPtr<GstElement> pipeline_;
+};
+
+} // namespace lumavex
