@@ -20,9 +20,9 @@ class CVPixelBuffer {
 public:
     using ReleaseCallback = void (*)(void* releaseRefCon, const void* baseAddress);
 
-    CVPixelBuffer(int width, int height, std::uint32_t pixelFormat, const std::uint8_t* baseAddress, int bytesPerRow,
+    CVPixelBuffer(int pixelsWide, int pixelsHigh, std::uint32_t format, const std::uint8_t* firstRow, int rowBytes,
                   ReleaseCallback release, void* releaseRefCon)
-        : width(width), height(height), pixelFormat(pixelFormat), baseAddress(baseAddress), bytesPerRow(bytesPerRow),
+        : width(pixelsWide), height(pixelsHigh), pixelFormat(format), baseAddress(firstRow), bytesPerRow(rowBytes),
           release_(release), releaseRefCon_(releaseRefCon)
     {
     }

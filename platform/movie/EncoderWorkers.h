@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/MovieWriter.h"
+#include "platform/movie/JpegBuffer.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace lumavex {
+
+/// A bounded queue of frames that several threads encode, and that comes out in the order in which it went in:
+///
+///     encode, repeat ──► ring of slots ──► take          (one thread puts in, one thread takes out)
+///                          ▲ │ pixels
+///                     JPEG │ ▼
+///                     worker threads
+///
+/// A frame's pixel buffer is released, on a worker's thread, as soon as it is encoded. Buffers of JPEG bytes go round:
+/// who has taken one gives it back.
+class EncoderWorkers {
+public:
+    struct Frame {
+        std::int64_t start = 0;           ///< as it was handed over
+        std::unique_ptr<JpegBuffer> jpeg; ///< null for a repetition of the previous frame
+        bool failed = false;              ///< it could not be encoded
+    };
+    enum class Taken { Frame, TimedOut, NoMore };
+    enum class Rest { Keep, Discard };
+
+    /// Starts one thread per core, within reason.
+    EncoderWorkers();
+    /// Discards what is left and ends the threads.
+    ~EncoderWorkers();
+    EncoderWorkers(const EncoderWorkers&) = delete;
+    EncoderWorkers& operator=(const EncoderWorkers&) = delete;
+
+    /// False, and nothing done, when the queue is full or closed.
+    bool encode(CVPixelBufferRef pixels, std::int64_t start);
+    bool repeat(std::int64_t start);
+    /// Lets no more frames in. Those that are in can still be taken, or are discarded.
+    void close(Rest rest);
+
+    bool isReady() const; ///< any thread
+    /// `becameReady` is called on the taking thread or a worker's, without a lock of the queue held. When this returns,
+    /// the previous observer is not running and will not be called again. Not to be called by the observer.
+    void observeReadiness(std::function<void()> becameReady);
+
+    /// Waits for the next frame until `deadline`. NoMore once the queue is closed and empty, or its frames are
+    /// discarded.
+    Taken take(Frame& frame, std::chrono::steady_clock::time_point deadline);
+    void giveBack(std::unique_ptr<JpegBuffer> jpeg); ///< null is allowed
+
+private:
+    struct Slot {
+        Frame frame;
+        CVPixelBufferRef pixels; ///< until it is encoded
+        bool done = false;
+    };
+
+    bool isReadyLocked() const;
+    Slot* nextToEncode();
+    Slot& put(std::int64_t start);
+    void work();
+    void notifyIfBecameReady(std::unique_lock<std::mutex>& lock);
+
+    const std::size_t mostUnencoded_;
+
+    mutable std::mutex mutex_; ///< guards everything down to observerMutex_
+    std::condition_variable toEncode_;
+    std::condition_variable toTake_;
+    std::vector<Slot> ring_;    ///< slots by their number modulo the ring's size
+    std::uint64_t taken_ = 0;   ///< number of the next slot to take
+    std::uint64_t claimed_ = 0; ///< of the next one to look at for encoding
+    std::uint64_t put_ = 0;     ///< of the next one to fill
+    std::size_t unencoded_ = 0;
+    bool wasFull_ = false;
+    bool closed_ = false;
+    bool discarded_ = false;
+    std::vector<std::unique_ptr<JpegBuffer>> spare_;
+
+    std::mutex observerMutex_; ///< held while the observer runs; never locked while mutex_ is held
+    std::function<void()> observer_;
+
+    std::vector<std::jthread> workers_; ///< last, so that they end before anything they use
+};
+
+} // namespace lumavex

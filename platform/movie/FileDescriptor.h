@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <system_error>
+#include <utility>
+
+namespace lumavex {
+
+/// An open file of the system's, closed with the object. Errors are the system's own; interrupted calls are repeated.
+class FileDescriptor {
+public:
+    FileDescriptor() = default;
+    explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
+    ~FileDescriptor();
+    FileDescriptor(FileDescriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+    FileDescriptor& operator=(FileDescriptor&& other) noexcept;
+
+    bool isOpen() const { return descriptor_ >= 0; }
+
+    std::error_code writeAll(std::span<const std::uint8_t> bytes, std::int64_t offset) const;
+    /// Fewer bytes than asked for (the end of the file) are an error.
+    std::error_code readAll(std::span<std::uint8_t> bytes, std::int64_t offset) const;
+    std::error_code truncate(std::int64_t size) const;
+    std::error_code flushToDisk() const;
+    std::int64_t size() const; ///< -1 when it cannot be told
+
+private:
+    int descriptor_ = -1;
+};
+
+} // namespace lumavex

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/movie/HybridMp4File.h"
+#include "platform/movie/JpegBuffer.h"
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <system_error>
+#include <vector>
+
+namespace lumavex {
+
+/// Gathers encoded frames and hands them to the file as fragments: as soon as they are about a second of media, and at
+/// the latest a second after they came, should no further frame come. Only in the second case is the length of the
+/// fragment's last frame a guess; the finished file knows better. A repeated frame costs no bytes within a fragment.
+/// One thread.
+class FragmentQueue {
+public:
+    using GiveBack = std::function<void(std::unique_ptr<JpegBuffer>)>;
+    using TimePoint = std::chrono::steady_clock::time_point;
+
+    /// Buffers that are written and done with go to `giveBack`.
+    FragmentQueue(HybridMp4File& file, GiveBack giveBack) : file_(file), giveBack_(std::move(giveBack)) {}
+
+    /// Starts must grow. A null `jpeg` repeats the previous frame, of which there must be one.
+    std::error_code add(std::int64_t start, std::unique_ptr<JpegBuffer> jpeg, TimePoint now);
+    /// When writeAll is due; TimePoint::max() when nothing waits.
+    TimePoint deadline() const;
+    std::error_code writeAll();
+    /// The same, when it is known that the last frame ends at `end`.
+    std::error_code writeAll(std::int64_t end);
+
+private:
+    std::error_code write(std::size_t count, std::int64_t end);
+    void forgetWritten(std::size_t count);
+
+    HybridMp4File& file_;
+    const GiveBack giveBack_;
+    std::vector<FragmentSample> samples_;
+    std::vector<std::unique_ptr<JpegBuffer>> pictures_; ///< of samples_; also the last written one, for a repetition
+    std::vector<std::span<const std::uint8_t>> parts_;
+    std::size_t pictureBytes_ = 0;
+    std::int64_t lastDuration_ = kMovieTimescale / 30;
+    TimePoint oldest_;
+};
+
+} // namespace lumavex

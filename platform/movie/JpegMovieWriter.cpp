@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/movie/JpegMovieWriter.h"
+
+#include "platform/movie/EncoderWorkers.h"
+#include "platform/movie/FragmentQueue.h"
+#include "platform/movie/HybridMp4File.h"
+#include "platform/movie/JpegEncoder.h"
+#include "platform/movie/MovieText.h"
+
+#include <QDateTime>
+#include <QFile>
+
+#include <limits>
+#include <optional>
+
+namespace lumavex {
+
+namespace {
+
+constexpr std::int64_t kSecondsFrom1904To1970 = 2082844800;
+
+int pixelsOf(double side)
+{
+    return side >= 1 && side <= kLargestJpegSide ? static_cast<int>(side) : 0; // not a number gives 0
+}
+
+class JpegMovieWriter final : public MovieWriter, private MovieInput, private PixelBufferAdaptor {
+public:
+    JpegMovieWriter(const QString& path, const MovieWriterSettings& settings);
+    ~JpegMovieWriter() override;
+
+    MovieInput& input() override { return *this; }
+    PixelBufferAdaptor& adaptor() override { return *this; }
+    QString startWriting() override;
+    QString error() const override;
+    std::int64_t bytesWritten() const override { return file_.bytesWritten(); }
+    void finishWritingWithCompletionHandler(CMTime end, std::function<void(const Result&)> handler) override;
+
+private:
+    enum class State { Idle, Writing, Finished };
+
+    bool isReadyForMoreMediaData() const override { return frames_.isReady(); }
+    void observeReadiness(std::function<void()> ready) override { frames_.observeReadiness(std::move(ready)); }
+    bool appendPixelBuffer_withPresentationTime(CVPixelBufferRef buffer, CMTime time) override;
+    bool appendPrevious_withPresentationTime(CMTime time) override;
+
+    std::optional<std::int64_t> acceptedTime(CMTime time) const;
+    std::int64_t startOf(std::int64_t time) const { return lastTime_ ? time : 0; }
+
+    // The file thread.
+    void writeFrames();
+    void writeFrame(EncoderWorkers::Frame frame);
+    void note(std::error_code error);
+    void fail(const QString& error);
+    Result finish();
+
+    const std::string path_;
+    const int width_;
+    const int height_;
+
+    // Main thread.
+    State state_ = State::Idle;
+    std::optional<std::int64_t> lastTime_; ///< ticks, as handed over
+
+    // The file thread, from startWriting on.
+    HybridMp4File file_;
+    FragmentQueue fragments_{file_, [this](std::unique_ptr<JpegBuffer> jpeg) { frames_.giveBack(std::move(jpeg)); }};
+
+    // Set before the queue is closed, read by the file thread after.
+    CMTime end_;
+    std::function<void(const Result&)> finished_;
+
+    mutable std::mutex errorMutex_;
+    QString error_; ///< guarded by errorMutex_
+
+    EncoderWorkers frames_;
+    std::jthread fileThread_; ///< last: it uses everything above
+};
+
+JpegMovieWriter::JpegMovieWriter(const QString& path, const MovieWriterSettings& settings)
+    : path_(QFile::encodeName(path).toStdString()), width_(pixelsOf(settings.AVVideoWidthKey)),
+      height_(pixelsOf(settings.AVVideoHeightKey))
+{
+}
+
+JpegMovieWriter::~JpegMovieWriter()
+{
+    if (state_ == State::Writing)
+        frames_.close(EncoderWorkers::Rest::Discard);
+}
+
+QString JpegMovieWriter::startWriting()
+{
+    if (state_ != State::Idle)
+        return MovieText::tr("The movie has been started already.");
+    if (width_ == 0 || height_ == 0)
+        return MovieText::tr("A movie must be between 1 and %1 pixels wide and high.").arg(kLargestJpegSide);
+    const auto created = static_cast<std::uint64_t>(QDateTime::currentSecsSinceEpoch() + kSecondsFrom1904To1970);
+    if (const auto error = file_.create(path_, {width_, height_, created}))
+        return MovieText::cannotWrite(error);
+    state_ = State::Writing;
+    fileThread_ = std::jthread([this] { writeFrames(); });
+    return {};
+}
+
+QString JpegMovieWriter::error() const
+{
+    const std::lock_guard lock(errorMutex_);
+    return error_;
+}
+
+// The time in ticks, if a frame may be appended with it now.
+std::optional<std::int64_t> JpegMovieWriter::acceptedTime(CMTime time) const
+{
+    if (state_ != State::Writing || !(time.flags & kCMTimeFlags_Valid) || !error().isEmpty())
+        return std::nullopt;
+    const std::int64_t ticks = CMTimeConvertScale(time, kMovieTimescale);
+    const std::int64_t earliest = lastTime_ ? *lastTime_ + 1 : 0;
+    const std::int64_t latest = lastTime_.value_or(0) + std::numeric_limits<std::uint32_t>::max();
+    return ticks >= earliest && ticks <= latest ? std::optional(ticks) : std::nullopt;
+}
+
+bool JpegMovieWriter::appendPixelBuffer_withPresentationTime(CVPixelBufferRef buffer, CMTime time)
+{
+    if (!buffer || buffer->width != width_ || buffer->height != height_
+        || buffer->pixelFormat != kCVPixelFormatType_32ARGB || buffer->bytesPerRow < 4 * width_)
+        return false;
+    const auto accepted = acceptedTime(time);
+    if (!accepted || !frames_.encode(std::move(buffer), startOf(*accepted)))
+        return false;
+    lastTime_ = accepted;
+    return true;
+}
+
+bool JpegMovieWriter::appendPrevious_withPresentationTime(CMTime time)
+{
+    const auto accepted = acceptedTime(time);
+    if (!accepted || !lastTime_ || !frames_.repeat(startOf(*accepted)))
+        return false;
+    lastTime_ = accepted;
+    return true;
+}
+
+void JpegMovieWriter::finishWritingWithCompletionHandler(CMTime end, std::function<void(const Result&)> handler)
+{
+    if (state_ != State::Writing) {
+        const Result result{MovieText::tr("There is no movie to finish."), 0};
+        if (!fileThread_.joinable())
+            fileThread_ = std::jthread([handler = std::move(handler), result] { handler(result); });
+        return;
+    }
+    state_ = State::Finished;
+    end_ = end;
+    finished_ = std::move(handler);
+    frames_.close(EncoderWorkers::Rest::Keep);
+}
+
+void JpegMovieWriter::writeFrames()
+{
+    for (;;) {
+        EncoderWorkers::Frame frame;
+        switch (frames_.take(frame, fragments_.deadline())) {
+        case EncoderWorkers::Taken::Frame:
+            writeFrame(std::move(frame));
+            break;
+        case EncoderWorkers::Taken::TimedOut:
+            note(fragments_.writeAll());
+            break;
+        case EncoderWorkers::Taken::NoMore:
+            if (finished_)
+                finished_(finish());
+            return;
+        }
+    }
+}
+
+void JpegMovieWriter::writeFrame(EncoderWorkers::Frame frame)
+{
+    if (frame.failed)
+        fail(MovieText::tr("There is not enough memory to encode the movie."));
+    if (!error().isEmpty()) {
+        frames_.giveBack(std::move(frame.jpeg)); // nothing may follow a frame that is missing
+        return;
+    }
+    note(fragments_.add(frame.start, std::move(frame.jpeg), std::chrono::steady_clock::now()));
+}
+
+void JpegMovieWriter::note(std::error_code error)
+{
+    if (error)
+        fail(MovieText::cannotWrite(error));
+}
+
+void JpegMovieWriter::fail(const QString& error)
+{
+    const std::lock_guard lock(errorMutex_);
+    if (error_.isEmpty())
+        error_ = error;
+}
+
+MovieWriter::Result JpegMovieWriter::finish()
+{
+    const std::int64_t end = CMTimeConvertScale(end_, kMovieTimescale);
+    if (error().isEmpty())
+        note(fragments_.writeAll(end));
+    // A movie that lacks its last frames ends where they begin.
+    note(file_.finish(error().isEmpty() ? end : file_.end()));
+    return {error(), static_cast<std::int64_t>(file_.sampleCount())};
+}
+
+} // namespace
+
+std::unique_ptr<MovieWriter> createJpegMovieWriter(const QString& path, const MovieWriterSettings& settings)
+{
+    return std::make_unique<JpegMovieWriter>(path, settings);
+}
+
+} // namespace lumavex

@@ -1,0 +1,227 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What every movie writer does, held against the fake and the real one.
+#include "platform/fake/FakeMovieWriter.h"
+#include "platform/movie/JpegMovieWriter.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <future>
+#include <semaphore>
+#include <thread>
+
+namespace lumavex {
+namespace {
+
+using namespace std::chrono_literals;
+
+struct Backend {
+    const char* name;
+    MovieWriterFactory factory;
+};
+
+/// A fake whose queue holds a few frames and empties itself, as the real one's does.
+MovieWriterFactory selfEmptyingFake()
+{
+    return [](const QString& path, const MovieWriterSettings& settings) -> std::unique_ptr<MovieWriter> {
+        class Emptying final : public MovieWriter {
+        public:
+            Emptying(const QString& file, const MovieWriterSettings& size)
+                : movie_(std::make_shared<FakeMovie>()), writer_(fakeMovieWriters(movie_)(file, size))
+            {
+                movie_->setAppendsUntilFull(4);
+                movie_->setKeepsPictures(false);
+            }
+            MovieInput& input() override { return writer_->input(); }
+            PixelBufferAdaptor& adaptor() override { return writer_->adaptor(); }
+            QString startWriting() override { return writer_->startWriting(); }
+            QString error() const override { return writer_->error(); }
+            std::int64_t bytesWritten() const override { return writer_->bytesWritten(); }
+            void finishWritingWithCompletionHandler(CMTime end, std::function<void(const Result&)> handler) override
+            {
+                writer_->finishWritingWithCompletionHandler(end, std::move(handler));
+            }
+
+        private:
+            std::shared_ptr<FakeMovie> movie_;
+            std::unique_ptr<MovieWriter> writer_;
+            std::jthread emptying_{[this](const std::stop_token& stop) {
+                while (!stop.stop_requested()) {
+                    std::this_thread::sleep_for(5ms);
+                    movie_->makeReady();
+                }
+            }};
+        };
+        return std::make_unique<Emptying>(path, settings);
+    };
+}
+
+class MovieWriterContract : public testing::TestWithParam<Backend> {
+protected:
+    static constexpr int kWidth = 640;
+    static constexpr int kHeight = 480;
+
+    std::unique_ptr<MovieWriter> make(double width = kWidth, double height = kHeight)
+    {
+        return GetParam().factory(folder_.filePath(QStringLiteral("movie.mov")), {width, height});
+    }
+
+    /// Grey pixels of any size; `released` is counted up when they are let go of.
+    CVPixelBufferRef pixels(int width = kWidth, int height = kHeight, std::uint32_t format = kCVPixelFormatType_32ARGB)
+    {
+        return std::make_shared<CVPixelBuffer>(
+            width, height, format, memory_.data(), width * 4,
+            [](void* counter, const void*) { ++*static_cast<std::atomic<int>*>(counter); }, &released_);
+    }
+
+    MovieWriter::Result finish(MovieWriter& writer, CMTime end)
+    {
+        const auto result = std::make_shared<std::promise<MovieWriter::Result>>(); // outlives the handler's call
+        auto future = result->get_future();
+        writer.finishWritingWithCompletionHandler(end, [this, result](const auto& r) {
+            handlerThread_ = std::this_thread::get_id();
+            result->set_value(r);
+        });
+        return future.get();
+    }
+
+    QTemporaryDir folder_;
+    std::vector<std::uint8_t> memory_ = std::vector<std::uint8_t>(4 * 1024 * 1024, 127);
+    std::atomic<int> released_ = 0;
+    std::thread::id handlerThread_;
+};
+
+TEST_P(MovieWriterContract, CountsTheFramesItWasGivenAndCallsTheHandlerOnAnotherThread)
+{
+    auto writer = make();
+    ASSERT_EQ(writer->startWriting(), QString());
+    auto& adaptor = writer->adaptor();
+    EXPECT_FALSE(adaptor.appendPrevious_withPresentationTime(CMTimeMake(1, 30))) << "nothing to repeat yet";
+    EXPECT_TRUE(adaptor.appendPixelBuffer_withPresentationTime(pixels(), CMTimeMake(1, 30)));
+    EXPECT_TRUE(adaptor.appendPrevious_withPresentationTime(CMTimeMake(2, 30)));
+    EXPECT_TRUE(adaptor.appendPixelBuffer_withPresentationTime(pixels(), CMTimeMake(3, 30)));
+
+    const auto result = finish(*writer, CMTimeMake(4, 30));
+    EXPECT_EQ(result.error, QString());
+    EXPECT_EQ(result.frames, 3);
+    EXPECT_NE(handlerThread_, std::this_thread::get_id());
+    EXPECT_GT(writer->bytesWritten(), 0);
+    EXPECT_FALSE(adaptor.appendPixelBuffer_withPresentationTime(pixels(), CMTimeMake(5, 30))) << "finished";
+    EXPECT_FALSE(adaptor.appendPrevious_withPresentationTime(CMTimeMake(5, 30)));
+    writer.reset();
+    EXPECT_EQ(released_, 3) << "the refused one too";
+}
+
+TEST_P(MovieWriterContract, RefusesWhatDoesNotFit)
+{
+    auto writer = make();
+    EXPECT_FALSE(writer->adaptor().appendPixelBuffer_withPresentationTime(pixels(), CMTimeMake(0, 1))) << "not started";
+    ASSERT_EQ(writer->startWriting(), QString());
+    const auto append = [&](const CVPixelBufferRef& buffer, CMTime time) {
+        return writer->adaptor().appendPixelBuffer_withPresentationTime(buffer, time);
+    };
+    EXPECT_FALSE(append(pixels(kWidth + 2, kHeight), CMTimeMake(1, 30)));
+    EXPECT_FALSE(append(pixels(kWidth, kHeight - 1), CMTimeMake(1, 30)));
+    EXPECT_FALSE(append(pixels(kWidth, kHeight, 24), CMTimeMake(1, 30)));
+    EXPECT_FALSE(append(nullptr, CMTimeMake(1, 30)));
+    EXPECT_FALSE(append(pixels(), CMTimeMake(1, 0))) << "not a valid time";
+    EXPECT_FALSE(append(pixels(), CMTimeMake(-1, 30)));
+    EXPECT_TRUE(append(pixels(), CMTimeMake(2, 30)));
+    EXPECT_FALSE(append(pixels(), CMTimeMake(1, 15))) << "the same time";
+    EXPECT_FALSE(writer->adaptor().appendPrevious_withPresentationTime(CMTimeMake(1, 30))) << "an earlier time";
+    EXPECT_TRUE(writer->adaptor().appendPrevious_withPresentationTime(CMTimeMake(3, 30)));
+    EXPECT_EQ(finish(*writer, CMTimeMake(4, 30)).frames, 2);
+    EXPECT_EQ(writer->error(), QString()) << "a refusal is not a failure";
+}
+
+TEST_P(MovieWriterContract, TellsWhyItCannotStart)
+{
+    for (const double width : {0.0, -4.0, std::nan("")})
+        EXPECT_NE(make(width, kHeight)->startWriting(), QString()) << width;
+    auto writer = make(0, kHeight);
+    EXPECT_NE(writer->startWriting(), QString());
+    EXPECT_FALSE(writer->adaptor().appendPixelBuffer_withPresentationTime(pixels(), CMTimeMake(0, 1)));
+    EXPECT_NE(finish(*writer, CMTimeMake(1, 1)).error, QString()) << "and the handler is called all the same";
+}
+
+TEST_P(MovieWriterContract, ABoundedQueueFillsRefusesAndTellsWhenItIsReadyAgain)
+{
+    auto writer = make(1024, 1024);
+    std::counting_semaphore<> becameReady(0);
+    writer->input().observeReadiness([&] { becameReady.release(); });
+    ASSERT_EQ(writer->startWriting(), QString());
+    std::int64_t appended = 0;
+    for (int full = 0; full < 3;) {
+        if (writer->adaptor().appendPixelBuffer_withPresentationTime(pixels(1024, 1024), CMTimeMake(appended, 1000))) {
+            ASSERT_LT(++appended, 100000) << "the queue has no bound";
+            continue;
+        }
+        ++full;
+        ASSERT_TRUE(becameReady.try_acquire_for(20s)) << "full, but nobody says when that is over";
+    }
+    writer->input().observeReadiness({});
+    while (becameReady.try_acquire())
+        continue;
+    EXPECT_EQ(finish(*writer, CMTimeMake(appended, 1000)).frames, appended);
+    EXPECT_FALSE(becameReady.try_acquire()) << "called after observing had ended";
+}
+
+TEST_P(MovieWriterContract, LetsGoOfTheFramesWhenLeftUnfinished)
+{
+    auto writer = make();
+    ASSERT_EQ(writer->startWriting(), QString());
+    int accepted = 0;
+    for (; accepted < 4; ++accepted)
+        ASSERT_TRUE(writer->adaptor().appendPixelBuffer_withPresentationTime(pixels(), CMTimeMake(accepted, 30)));
+    writer.reset();
+    EXPECT_EQ(released_, accepted);
+}
+
+TEST_P(MovieWriterContract, FinishesWithoutFrames)
+{
+    auto writer = make();
+    ASSERT_EQ(writer->startWriting(), QString());
+    const auto result = finish(*writer, CMTimeMake(1, 30));
+    EXPECT_EQ(result.error, QString());
+    EXPECT_EQ(result.frames, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Backends, MovieWriterContract,
+                         testing::Values(Backend{"Fake", selfEmptyingFake()}, Backend{"Jpeg", createJpegMovieWriter}),
+                         [](const auto& instance) { return instance.param.name; });
+
+TEST(FakeMovie, GivesTheTestItsStrings)
+{
+    auto movie = std::make_shared<FakeMovie>();
+    movie->setAppendsUntilFull(1);
+    movie->holdFinish();
+    auto writer = fakeMovieWriters(movie)(QStringLiteral("/movie.mov"), {2, 1});
+    ASSERT_EQ(writer->startWriting(), QString());
+    const std::uint8_t argb[] = {255, 10, 20, 30, 0, 1, 2, 3};
+    const auto buffer = std::make_shared<CVPixelBuffer>(2, 1, kCVPixelFormatType_32ARGB, argb, 8, nullptr, nullptr);
+    ASSERT_TRUE(writer->adaptor().appendPixelBuffer_withPresentationTime(buffer, CMTimeMake(1, 30)));
+    EXPECT_FALSE(writer->input().isReadyForMoreMediaData());
+    movie->makeReady();
+    EXPECT_TRUE(writer->adaptor().appendPrevious_withPresentationTime(CMTimeMake(2, 30)));
+    ASSERT_EQ(movie->appends().size(), 2U);
+    EXPECT_EQ(movie->appends()[0].picture.pixel(0, 0), qRgba(10, 20, 30, 255));
+    EXPECT_EQ(movie->appends()[0].picture.pixel(1, 0), qRgba(1, 2, 3, 0));
+    EXPECT_TRUE(movie->appends()[1].repeated);
+    movie->makeReady();
+    movie->fail(QStringLiteral("The disk is full."));
+    EXPECT_FALSE(writer->adaptor().appendPrevious_withPresentationTime(CMTimeMake(3, 30)));
+
+    const auto result = std::make_shared<std::promise<MovieWriter::Result>>();
+    auto future = result->get_future();
+    writer->finishWritingWithCompletionHandler(CMTimeMake(3, 30), [result](const auto& r) { result->set_value(r); });
+    EXPECT_EQ(future.wait_for(50ms), std::future_status::timeout) << "held";
+    movie->letFinish();
+    EXPECT_EQ(future.get().error, QStringLiteral("The disk is full."));
+}
+
+} // namespace
+} // namespace lumavex
