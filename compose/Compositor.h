@@ -10,32 +10,35 @@
 
 namespace lumavex {
 
-/// Draws frames. Knows no widget, no window and no timer; main thread only, but for the release of pixel buffers.
+/// Draws frames. Knows no widget, no window and no timer; main thread only, but for the release of pixel buffers and
+/// pictures, which may happen on any thread and after the compositor has gone.
 ///
-/// Every pixel is resampled once, from the grab, the camera picture or the overlay straight to its place; where sizes agree
-/// it is copied. Canvases come from a pool and go back to it when their last user lets go.
+/// Every pixel is resampled once, from the grab, the camera picture or the overlay straight to its place; where sizes
+/// agree it is copied. Frames come from a pool and go back to it when their last user lets go.
 class Compositor {
 public:
     Compositor();
     ~Compositor();
 
     /// The picture for the preview view, `pixels` being the view's size in device pixels and `units` in view units (the
-    /// overlay's width counts view units). Format_RGB32; black where nothing is drawn.
+    /// overlay's width counts view units). Format_RGB32; black where nothing is drawn. Null when no memory is to be had
+    /// or the size is empty.
     QImage previewPass(const FrameInputs& inputs, const QSize& pixels, const CGSize& units);
 
-    /// The output frame as a pixel buffer in the order alpha, red, green, blue, rows without gaps; transparent black where
-    /// nothing is drawn. Null when no memory is to be had or the size is empty.
+    /// The output frame as a pixel buffer in the order alpha, red, green, blue, rows without gaps; colours are
+    /// premultiplied, transparent black where nothing is drawn. Null when no memory is to be had or the size is empty.
     CVPixelBufferRef outputPass(const FrameInputs& inputs, const CGSize& size_Video_Output);
 
 private:
-    class Pool;
-    std::shared_ptr<Pool> pool_;
+    class Pass;
+    std::unique_ptr<Pass> preview_;
+    std::unique_ptr<Pass> output_;
 };
 
 /// The pixels of an output frame as a picture of their own, Format_ARGB32.
 QImage imageFromPixelBuffer(const CVPixelBuffer& buffer);
 
-/// Releases the frame's memory, which is its release context.
+/// Releases the frame's memory, which is its release context. Any thread.
 void ReleaseCVPixelBufferForCVPixelBufferCreateWithBytes(void* releaseRefCon, const void* baseAddress);
 
 } // namespace lumavex

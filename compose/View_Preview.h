@@ -14,12 +14,13 @@ class View_Preview : public QWidget {
 public:
     explicit View_Preview(QWidget* parent = nullptr);
 
-    /// The picture to show from now on, as large as pixelSize().
+    /// The picture to show from now on, as large as pixelSize() to be shown pixel for pixel; one of another size (the view
+    /// was resized meanwhile) is stretched. A null picture shows black.
     void setPicture(const QImage& picture);
     /// The view's size in device pixels.
     QSize pixelSize() const;
 
-    QSize sizeHint() const override;
+    QSize sizeHint() const override { return {200, 112}; }
 
 protected:
     void paintEvent(QPaintEvent* event) override { drawRect(event->rect()); }

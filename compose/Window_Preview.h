@@ -4,9 +4,11 @@
 #include "compose/View_Preview.h"
 #include "platform/Geometry.h"
 
+#include <QPointer>
 #include <QWidget>
 
 #include <memory>
+#include <optional>
 
 namespace Ui {
 class Window_Preview;
@@ -15,12 +17,15 @@ class Window_Preview;
 namespace lumavex {
 
 /// The small window above the main window that shows the frame live. Its width is the user's, its height follows the
-/// output's shape. Opens iw_minimum wide. Created and destroyed by the application delegate.
+/// output's shape. Opens iw_minimum wide. Moves with the main window. Created and destroyed by the application delegate;
+/// sizes are those of the area inside the window frame.
 class Window_Preview : public QWidget {
     Q_OBJECT
 public:
-    /// `fwVideoOutputRatio` is read again at every resize and must outlive the window.
-    Window_Preview(QWidget* mainWindow, const float& fwVideoOutputRatio);
+    /// `mainWindow` may be null; else it owns the window, too. `fwVideoOutputRatio` is read again at every resize and must
+    /// outlive the window. `lowerLeft` is where an earlier preview window stood, see lowerLeft(); nothing: beside the main
+    /// window.
+    Window_Preview(QWidget* mainWindow, const float& fwVideoOutputRatio, std::optional<QPoint> lowerLeft = {});
     ~Window_Preview() override;
 
     View_Preview* viewPreview() const;
@@ -31,18 +36,25 @@ public:
     /// The size the window takes when the user asks for `proposed`: at least iw_minimum wide, as high as the ratio says.
     CGSize windowWillResize_toSize(const CGSize& proposed) const;
 
+    /// The corner that a next preview window can keep, in desktop units downward from the screen's top left corner.
+    QPoint lowerLeft() const;
+
 Q_SIGNALS:
     /// The user closed the window; it is hidden and keeps its place and size.
     void windowShouldClose();
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    void windowDidLoad();
+    void windowDidLoad(const std::optional<QPoint>& lowerLeft);
+    int heightForWindowWidth(int width) const;
 
     const float& fwVideoOutputRatio_;
+    const QPointer<QWidget> mainWindow_;
     std::unique_ptr<Ui::Window_Preview> ui_;
 };
 

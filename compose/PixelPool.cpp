@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "compose/PixelPool.h"
+
+#include <new>
+#include <utility>
+
+namespace lumavex {
+
+/// Stands in front of its pixels, in the same allocation.
+class alignas(64) PixelPool::Block {
+public:
+    std::shared_ptr<PixelPool> pool; ///< while in use
+    std::size_t pixels = 0;
+};
+
+PixelPool::~PixelPool()
+{
+    for (Block* block : idle_)
+        destroy(block);
+}
+
+PixelPool::Block* PixelPool::take(std::size_t pixels)
+{
+    const std::lock_guard lock(mutex_);
+    if (pixels_ != pixels) {
+        for (Block* block : idle_)
+            destroy(block);
+        idle_.clear();
+        pixels_ = pixels;
+    }
+    Block* block = nullptr;
+    if (!idle_.empty()) {
+        block = idle_.back();
+        idle_.pop_back();
+    } else {
+        void* memory =
+            ::operator new(sizeof(Block) + pixels * sizeof(std::uint32_t), std::align_val_t{alignof(Block)}, std::nothrow);
+        if (!memory)
+            return nullptr;
+        block = new (memory) Block;
+        block->pixels = pixels;
+    }
+    block->pool = shared_from_this();
+    return block;
+}
+
+std::uint32_t* PixelPool::pixelsOf(Block* block)
+{
+    return reinterpret_cast<std::uint32_t*>(block + 1);
+}
+
+void PixelPool::release(Block* block)
+{
+    const std::shared_ptr<PixelPool> pool = std::move(block->pool); // outlives the lock
+    const std::lock_guard lock(pool->mutex_);
+    if (block->pixels == pool->pixels_)
+        pool->idle_.push_back(block);
+    else
+        destroy(block);
+}
+
+std::size_t PixelPool::idleBlocks() const
+{
+    const std::lock_guard lock(mutex_);
+    return idle_.size();
+}
+
+void PixelPool::destroy(Block* block)
+{
+    block->~Block();
+    ::operator delete(block, std::align_val_t{alignof(Block)});
+}
+
+} // namespace lumavex

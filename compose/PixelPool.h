@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace lumavex {
+
+/// Memory for frames of one size. Blocks go back to the pool when they are released, from any thread, also after the
+/// pool's owner has gone; a change of size lets the old ones go.
+class PixelPool : public std::enable_shared_from_this<PixelPool> {
+public:
+    class Block;
+
+    static std::shared_ptr<PixelPool> create() { return std::shared_ptr<PixelPool>(new PixelPool); }
+    ~PixelPool();
+    PixelPool(const PixelPool&) = delete;
+    PixelPool& operator=(const PixelPool&) = delete;
+
+    /// A block for so many pixels, with whatever is in it. Null when there is no memory. Release it with `release`.
+    Block* take(std::size_t pixels);
+    static std::uint32_t* pixelsOf(Block* block);
+    static void release(Block* block);
+
+    /// Blocks that wait for their next use.
+    std::size_t idleBlocks() const;
+
+private:
+    PixelPool() = default;
+    static void destroy(Block* block);
+
+    mutable std::mutex mutex_;
+    std::size_t pixels_ = 0;
+    std::vector<Block*> idle_;
+};
+
+} // namespace lumavex

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+// The inner loops of drawing, one row at a time. Any thread. A pixel is four bytes; two variants of each loop give the
+// same bytes.
+
+namespace lumavex {
+
+/// Where the four bytes of a pixel stand in memory.
+enum class PixelOrder {
+    BlueFirst,  ///< blue, green, red, alpha: pictures on screen
+    AlphaFirst, ///< alpha, red, green, blue: pixel buffers
+};
+
+/// What becomes of a pixel's alpha on its way.
+enum class AlphaUse {
+    Opaque, ///< the source's alpha byte holds nothing; the result's is 255
+    Kept,
+};
+
+/// How source pixels, blue first, are written: in which order and with which alpha.
+struct PixelStore {
+    PixelOrder order = PixelOrder::BlueFirst;
+    AlphaUse alpha = AlphaUse::Opaque;
+};
+
+/// One column of a horizontal scaling: the weighted sum of the pixels `first` and `first` + 1, weights adding up to 128.
+struct ColumnTaps {
+    const std::int32_t* first = nullptr;
+    const std::uint16_t* weights = nullptr; ///< low byte: of the left pixel, high byte: of the right one
+};
+
+struct RowFunctions {
+    /// Copies pixels, blue first, as the store says.
+    void (*copy)(std::uint32_t* to, const std::uint32_t* from, std::size_t pixels, PixelStore store);
+    /// Mixes two rows byte by byte, `lowerWeight` of 256 parts (1 to 255) being the lower's.
+    void (*mix)(std::uint32_t* to, const std::uint32_t* upper, const std::uint32_t* lower, std::size_t pixels,
+                int lowerWeight);
+    void (*scaleColumns)(std::uint32_t* to, const std::uint32_t* row, const ColumnTaps& taps, std::size_t pixels,
+                         PixelStore store);
+    /// Adds a row to sums of 16 bits, four for each pixel.
+    void (*addToSums)(std::uint64_t* sums, const std::uint32_t* row, std::size_t pixels);
+    /// Adds up neighbouring pairs of sums in place, leaving `pixels` of them.
+    void (*addPairs)(std::uint64_t* sums, std::size_t pixels);
+    /// Divides sums by 2 to the power `shift` (at most 8), rounding to the nearest.
+    void (*divideSums)(std::uint32_t* to, const std::uint64_t* sums, std::size_t pixels, int shift);
+    /// Draws premultiplied pixels over those of `to`, which have the same order.
+    void (*blend)(std::uint32_t* to, const std::uint32_t* over, std::size_t pixels, PixelOrder order);
+};
+
+/// The fastest variant that this processor has.
+const RowFunctions& rowFunctions();
+/// The variant in plain C++.
+const RowFunctions& plainRowFunctions();
+/// The variant for processors with AVX2; null on others.
+const RowFunctions* avx2RowFunctions();
+
+} // namespace lumavex

@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "compose/Resampler.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace lumavex {
+
+namespace {
+
+constexpr int largestBlock = 16; // 16 x 16 x 255 is the largest sum that 16 bits hold
+
+const std::uint32_t* rowOf(const QImage& picture, int x, int y)
+{
+    return reinterpret_cast<const std::uint32_t*>(picture.constScanLine(y)) + x;
+}
+
+int log2Of(int power)
+{
+    int log = 0;
+    while (power > 1) {
+        power /= 2;
+        ++log;
+    }
+    return log;
+}
+
+} // namespace
+
+void Resampler::Axis::prepare(int sourceStart, int sourceLength, int targetStart, int targetLength, int clipStart,
+                              int clipLength)
+{
+    const double step = double(sourceLength) / targetLength;
+    block = 1;
+    while (block < largestBlock && step >= 2 * block)
+        block *= 2;
+
+    // Blocks begin at the source's edge, so that what is drawn does not depend on the clip.
+    const int blocksInSource = (sourceLength + block - 1) / block;
+    const auto centre = [&](int pixel) { // in blocks, 0 being the middle of the source's first
+        return std::clamp((pixel - targetStart + 0.5) * step / block - 0.5, 0.0, blocksInSource - 1.0);
+    };
+    const int firstBlock = int(centre(clipStart));
+    const int lastBlock = std::min(int(centre(clipStart + clipLength - 1)) + 1, blocksInSource - 1);
+    count = lastBlock - firstBlock + 1;
+    start = sourceStart + firstBlock * block;
+    length = std::min(count * block, sourceLength - firstBlock * block);
+
+    first.resize(std::size_t(clipLength));
+    weight.resize(std::size_t(clipLength));
+    for (int i = 0; i < clipLength; ++i) {
+        const double position = centre(clipStart + i) - firstBlock;
+        const int left = std::clamp(int(position), 0, std::max(count - 2, 0));
+        first[std::size_t(i)] = left;
+        weight[std::size_t(i)] = std::uint16_t(count > 1 ? std::lround((position - left) * 256) : 0);
+    }
+}
+
+void Resampler::prepareTaps()
+{
+    taps_.resize(columns_.weight.size());
+    for (std::size_t i = 0; i < taps_.size(); ++i) {
+        const unsigned right = (columns_.weight[i] + 1U) / 2;
+        taps_[i] = std::uint16_t(right << 8U | (128 - right));
+    }
+}
+
+/// A row of blocks, from the start of the columns needed.
+const std::uint32_t* Resampler::sourceRow(const QImage& picture, int block)
+{
+    if (rows_.block == 1 && columns_.block == 1)
+        return rowOf(picture, columns_.start, rows_.start + block);
+    const int slot = block % 2;
+    std::vector<std::uint32_t>& result = blocks_[slot];
+    if (blockRow_[slot] == block)
+        return result.data();
+    blockRow_[slot] = block;
+
+    const RowFunctions& rows = rowFunctions();
+    const auto padded = std::size_t(columns_.count) * std::size_t(columns_.block);
+    const auto needed = std::size_t(columns_.length);
+    sums_.assign(padded, 0);
+    for (int i = 0; i < rows_.block; ++i) {
+        const int row = std::min(block * rows_.block + i, rows_.length - 1);
+        rows.addToSums(sums_.data(), rowOf(picture, columns_.start, rows_.start + row), needed);
+    }
+    std::fill(sums_.begin() + std::ptrdiff_t(needed), sums_.end(), sums_[needed - 1]);
+    for (int width = columns_.block; width > 1; width /= 2)
+        rows.addPairs(sums_.data(), std::size_t(columns_.count) * std::size_t(width / 2));
+    result.resize(std::size_t(columns_.count));
+    rows.divideSums(result.data(), sums_.data(), result.size(), log2Of(rows_.block) + log2Of(columns_.block));
+    return result.data();
+}
+
+void Resampler::draw(const QImage& picture, const QRect& source, const QRect& target, const QRect& clip,
+                     const Canvas& canvas, AlphaUse alpha)
+{
+    const RowFunctions& rows = rowFunctions();
+    const PixelStore store{canvas.order, alpha};
+    const auto width = std::size_t(clip.width());
+    if (source.size() == target.size()) {
+        const QPoint shift = source.topLeft() - target.topLeft();
+        for (int y = clip.top(); y <= clip.bottom(); ++y)
+            rows.copy(canvas.at(clip.x(), y), rowOf(picture, clip.x() + shift.x(), y + shift.y()), width, store);
+        return;
+    }
+    columns_.prepare(source.x(), source.width(), target.x(), target.width(), clip.x(), clip.width());
+    rows_.prepare(source.y(), source.height(), target.y(), target.height(), clip.y(), clip.height());
+    prepareTaps();
+    blockRow_[0] = blockRow_[1] = -1;
+    const auto count = std::size_t(columns_.count);
+    mixed_.resize(count + 1);
+
+    for (int i = 0; i < clip.height(); ++i) {
+        const int upper = rows_.first[std::size_t(i)];
+        const int lowerWeight = rows_.weight[std::size_t(i)];
+        const std::uint32_t* row = nullptr;
+        if (lowerWeight == 0 || lowerWeight == 256) {
+            row = sourceRow(picture, upper + lowerWeight / 256);
+        } else {
+            const std::uint32_t* upperRow = sourceRow(picture, upper);
+            rows.mix(mixed_.data(), upperRow, sourceRow(picture, upper + 1), count, lowerWeight);
+            row = mixed_.data();
+        }
+        if (count == 1) { // the taps always take two pixels
+            mixed_[0] = mixed_[1] = row[0];
+            row = mixed_.data();
+        }
+        rows.scaleColumns(canvas.at(clip.x(), clip.y() + i), row, {columns_.first.data(), taps_.data()}, width, store);
+    }
+}
+
+} // namespace lumavex
