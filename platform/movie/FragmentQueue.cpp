@@ -50,7 +50,10 @@ std::error_code FragmentQueue::writeAll()
 
 std::error_code FragmentQueue::writeAll(std::int64_t end)
 {
-    return samples_.empty() ? std::error_code{} : write(samples_.size(), std::max(end, samples_.back().start + 1));
+    if (samples_.empty())
+        return {};
+    const std::int64_t start = samples_.back().start;
+    return write(samples_.size(), std::clamp(end, start + 1, start + kLongestSample));
 }
 
 std::error_code FragmentQueue::write(std::size_t count, std::int64_t end)

@@ -114,24 +114,32 @@ bool isFinished(const FileDescriptor& file)
     return moov && moov->type() == "moov";
 }
 
-// One trun; `moof` is where the box it counts from stands in the file.
-bool readRun(BoxReader& reader, std::int64_t moof, std::int64_t& start, SampleTable& table)
+/// Where a fragment lies in the file, moof and mdat together.
+struct Extent {
+    std::int64_t start = 0;
+    std::int64_t end = 0;
+};
+
+// One trun.
+bool readRun(BoxReader& reader, const Extent& extent, std::int64_t& start, SampleTable& table)
 {
     reader.skip(4); // version and flags
     const std::uint32_t count = reader.u32();
-    std::int64_t offset = moof + reader.u32();
+    std::int64_t offset = extent.start + reader.u32();
     for (std::uint32_t i = 0; i < count && reader.good(); ++i) {
         const std::uint32_t duration = reader.u32();
         const std::uint32_t size = reader.u32();
         table.append({start, offset, size});
         start += duration;
         offset += size;
+        if (offset > extent.end || duration == 0)
+            return false;
     }
     return reader.good();
 }
 
 // Takes the samples over only when all of the moof is as it should be.
-bool readFragment(std::span<const std::uint8_t> moof, std::int64_t offset, SampleTable& table)
+bool readFragment(std::span<const std::uint8_t> moof, const Extent& extent, SampleTable& table)
 {
     BoxReader reader(moof);
     reader.skip(8 + 16 + 8); // the headers of moof and traf, all of mfhd
@@ -144,7 +152,7 @@ bool readFragment(std::span<const std::uint8_t> moof, std::int64_t offset, Sampl
     SampleTable fragment;
     while (reader.good() && !reader.atEnd()) {
         reader.skip(4);
-        if (!reader.is("trun") || !readRun(reader, offset, start, fragment))
+        if (!reader.is("trun") || !readRun(reader, extent, start, fragment))
             return false;
     }
     const std::int64_t earliest = table.samples().empty() ? 0 : table.samples().back().start + 1;
@@ -178,12 +186,15 @@ GrowingMovie readGrowingMovie(const FileDescriptor& file)
         if (!moof || moof->type() != "moof" || moof->size < 8 || moof->size > kLargestMoof)
             return movie;
         const auto mdat = readHeader(file, movie.mediaEnd + moof->size);
-        if (!mdat || mdat->type() != "mdat" || movie.mediaEnd + moof->size + mdat->size > fileSize)
+        if (!mdat || mdat->type() != "mdat" || mdat->size < 8)
+            return movie;
+        const Extent extent{movie.mediaEnd, movie.mediaEnd + moof->size + mdat->size};
+        if (extent.end > fileSize)
             return movie;
         std::vector<std::uint8_t> bytes(static_cast<std::size_t>(moof->size));
-        if (file.readAll(bytes, movie.mediaEnd) || !readFragment(bytes, movie.mediaEnd, movie.table))
+        if (file.readAll(bytes, movie.mediaEnd) || !readFragment(bytes, extent, movie.table))
             return movie;
-        movie.mediaEnd += moof->size + mdat->size;
+        movie.mediaEnd = extent.end;
     }
 }
 

@@ -29,8 +29,10 @@ std::error_code HybridMp4File::create(const std::string& path, const MovieTrack&
     track_ = track;
     const GrowingHead head = growingHead(track);
     durationOffset_ = static_cast<std::int64_t>(head.durationOffset);
-    if (const auto error = file_.writeAll(head.bytes, 0))
+    if (const auto error = file_.writeAll(head.bytes, 0)) {
+        ::unlink(path.c_str()); // nothing of use is in it
         return error;
+    }
     size_ = static_cast<std::int64_t>(head.bytes.size());
     return {};
 }

@@ -10,7 +10,6 @@
 #include <QDateTime>
 #include <QFile>
 
-#include <limits>
 #include <optional>
 
 namespace lumavex {
@@ -46,6 +45,7 @@ private:
 
     std::optional<std::int64_t> acceptedTime(CMTime time) const;
     std::int64_t startOf(std::int64_t time) const { return lastTime_ ? time : 0; }
+    void accept(std::int64_t time);
 
     // The file thread.
     void writeFrames();
@@ -61,6 +61,7 @@ private:
     // Main thread.
     State state_ = State::Idle;
     std::optional<std::int64_t> lastTime_; ///< ticks, as handed over
+    std::int64_t lastStart_ = 0;           ///< ticks, as it lies in the file
 
     // The file thread, from startWriting on.
     HybridMp4File file_;
@@ -116,8 +117,14 @@ std::optional<std::int64_t> JpegMovieWriter::acceptedTime(CMTime time) const
         return std::nullopt;
     const std::int64_t ticks = CMTimeConvertScale(time, kMovieTimescale);
     const std::int64_t earliest = lastTime_ ? *lastTime_ + 1 : 0;
-    const std::int64_t latest = lastTime_.value_or(0) + std::numeric_limits<std::uint32_t>::max();
+    const std::int64_t latest = lastStart_ + kLongestSample;
     return ticks >= earliest && ticks <= latest ? std::optional(ticks) : std::nullopt;
+}
+
+void JpegMovieWriter::accept(std::int64_t time)
+{
+    lastStart_ = startOf(time);
+    lastTime_ = time;
 }
 
 bool JpegMovieWriter::appendPixelBuffer_withPresentationTime(CVPixelBufferRef buffer, CMTime time)
@@ -128,7 +135,7 @@ bool JpegMovieWriter::appendPixelBuffer_withPresentationTime(CVPixelBufferRef bu
     const auto accepted = acceptedTime(time);
     if (!accepted || !frames_.encode(std::move(buffer), startOf(*accepted)))
         return false;
-    lastTime_ = accepted;
+    accept(*accepted);
     return true;
 }
 
@@ -137,7 +144,7 @@ bool JpegMovieWriter::appendPrevious_withPresentationTime(CMTime time)
     const auto accepted = acceptedTime(time);
     if (!accepted || !lastTime_ || !frames_.repeat(startOf(*accepted)))
         return false;
-    lastTime_ = accepted;
+    accept(*accepted);
     return true;
 }
 

@@ -7,7 +7,8 @@ namespace lumavex {
 
 void SampleTable::setEnd(std::int64_t end)
 {
-    end_ = samples_.empty() ? 0 : std::max(end, samples_.back().start + 1);
+    const std::int64_t start = samples_.empty() ? 0 : samples_.back().start;
+    end_ = samples_.empty() ? 0 : std::clamp(end, start + 1, start + kLongestSample);
 }
 
 std::uint32_t SampleTable::durationOf(std::size_t index) const

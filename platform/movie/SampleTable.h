@@ -4,6 +4,7 @@
 #include "platform/movie/BoxWriter.h"
 
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 namespace lumavex {
@@ -15,13 +16,16 @@ struct MovieSample {
     std::uint32_t size = 0;  ///< bytes
 };
 
+/// The longest that a sample can last, in ticks: durations are stored in 32 bits.
+inline constexpr std::int64_t kLongestSample = std::numeric_limits<std::uint32_t>::max();
+
 /// All samples of the file, in the order of their times, from which the sample tables of a complete moov are made.
 /// A plain value.
 class SampleTable {
 public:
     /// The sample lasts until the start of the next one, or until end().
     void append(const MovieSample& sample) { samples_.push_back(sample); }
-    /// When the last sample ends: at least one tick after its start.
+    /// When the last sample ends, brought within what a sample can last.
     void setEnd(std::int64_t end);
 
     const std::vector<MovieSample>& samples() const { return samples_; }
