@@ -165,6 +165,24 @@ TEST_F(X11Windows, LeavesOutWindowsNotAskedFor)
     EXPECT_EQ(last.picture.pixel(250, 250) | 0xff000000U, kBlue);
 }
 
+TEST_F(X11Windows, PartialChangesKeepTheRestAndTheStacking)
+{
+    client.leaveWallpaper(kBlue);
+    const auto low = client.show({100, 100, 200, 200}, kRed);
+    const auto high = client.show({150, 150, 50, 50}, kGreen);
+    const std::vector<std::uint32_t> windows{high, low, client.root()};
+    ASSERT_TRUE(shows(windows, 299, 299, kRed));
+    ASSERT_TRUE(shows(windows, 160, 160, kGreen));
+    client.fill(low, {20, 20, 60, 60}, 0xffffffff); // screen 120..179, partly under the other window
+    ASSERT_TRUE(shows(windows, 120, 120, 0xffffffff));
+    const auto at = [&](int x, int y) { return last.picture.pixel(x, y) | 0xff000000U; };
+    EXPECT_EQ(at(149, 149), 0xffffffff);
+    EXPECT_EQ(at(150, 150), kGreen);
+    EXPECT_EQ(at(119, 120), kRed);
+    EXPECT_EQ(at(180, 149), kRed);
+    EXPECT_EQ(at(99, 99), kBlue);
+}
+
 TEST_F(X11Windows, DesktopWithoutWallpaperIsWhatWasSeenOfIt)
 {
     client.fillRoot({0, 0, 640, 480}, kGreen);
