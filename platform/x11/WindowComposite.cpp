@@ -132,8 +132,16 @@ WindowComposite::Extent WindowComposite::takeChanges(const CompositeRequest& req
     if (request.desktop) {
         if (!desktop_)
             desktop_ = std::make_unique<DesktopBackground>(connection_, formats_);
-        if (desktop_->changed(request.canvas, request.rootSize))
+        const auto change = desktop_->takeChange(request.canvas, request.rootSize);
+        if (change == DesktopBackground::Change::All)
             extent = Extent::All;
+        if (change == DesktopBackground::Change::Part) {
+            extent = std::max(extent, Extent::Part);
+            xcb_xfixes_copy_region(c, desktop_->changedParts(), windowParts_.id());
+            xcb_xfixes_translate_region(c, windowParts_.id(), static_cast<std::int16_t>(-arrangement.canvas.x()),
+                                        static_cast<std::int16_t>(-arrangement.canvas.y()));
+            xcb_xfixes_union_region(c, changedParts_.id(), windowParts_.id(), changedParts_.id());
+        }
     }
     return extent;
 }
