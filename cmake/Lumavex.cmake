@@ -27,4 +27,6 @@ function(lumavex_library name)
     set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX
         AUTOUIC_SEARCH_PATHS ${PROJECT_SOURCE_DIR}/resources/interfaces)
     target_link_libraries(${name} PUBLIC lumavex_options ${ARGN})
+    # A window may show its interface file's class in its header.
+    target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_BINARY_DIR}/${name}_autogen/include)
 endfunction()

@@ -19,6 +19,8 @@ public:
     void setPicture(const QImage& picture);
     /// The view's size in device pixels.
     QSize pixelSize() const;
+    /// The size of the picture that is shown; empty for none.
+    QSize pictureSize() const { return picture_.size(); }
 
     QSize sizeHint() const override { return {200, 112}; }
 

@@ -13,7 +13,8 @@
 
 namespace lumavex {
 
-/// One on-screen window as the window system describes it.
+/// One on-screen window as the window system describes it: with its title bar and frame, as the user sees it, under the
+/// number of the application's own window, which stays the same when the window manager is exchanged.
 struct WindowDescription {
     bool shared = true; ///< false: not to be listed (sharing state 0): not viewable, or wholly off the screen
     std::optional<QString> ownerName; ///< class of the owning application, else its process's name
@@ -46,7 +47,8 @@ class ScreenGrabber {
 public:
     virtual ~ScreenGrabber() = default;
 
-    /// Empty when the screen can be read; else why not, in the user's words.
+    /// Empty when the screen can be read; else why not, in the user's words. Set later when the screen is lost, or when
+    /// windows were asked for that this screen cannot show one by one (the main display can still be grabbed then).
     virtual QString trouble() const = 0;
 
     /// Size of the main display in device pixels as it is now.
@@ -58,13 +60,18 @@ public:
 
     /// A composite of the given windows, given front to back, correct also where others cover them. The picture is as
     /// large as the union of their bounds; one window alone gives a picture of its size; where none of the windows is,
-    /// it is black. Retry when the list is empty or no window of it can be read.
+    /// it is black. With the desktop among them (wherever in the list) it lies behind all others and the picture is the
+    /// main display, no more, so that a window pushed beyond the edge does not shift the rest. Retry when the list is
+    /// empty or no window of it can be read. A window listed for the first time may lack what covered it until its
+    /// application has drawn that, usually for one frame.
     virtual Grab grabWindows(const std::vector<std::uint32_t>& frontToBack) = 0;
 
-    /// Where the mouse pointer is, in pixels from the LOWER-left corner of the main display, y upward.
+    /// Where the mouse pointer is, in pixels from the LOWER-left corner of the main display, y upward: the pixel in the
+    /// lower-left corner is (0, 0). Outside the main display it is outside of its rectangle.
     virtual CGPoint mouseLocation() = 0;
 
-    /// All windows front to back, override-redirect ones included; the desktop background is the last one.
+    /// All windows front to back, override-redirect ones included; the desktop background is the last one, named
+    /// "Desktop", with the bounds of the main display.
     virtual std::vector<WindowDescription> windowDescriptions() = 0;
 };
 

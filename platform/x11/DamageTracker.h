@@ -16,6 +16,9 @@ public:
     /// round trip; what was drawn before it is forgotten, so pixels must be read after, never before, the call.
     bool changedWithin(const QRect& rect);
 
+    /// What the last changedWithin() found, anywhere on the root; 0 when the server does not tell.
+    xcb_xfixes_region_t parts() const { return parts_.id(); }
+
 private:
     const XcbConnection& connection_;
     DamageHandle damage_;

@@ -19,17 +19,20 @@ void DesktopBackground::note(const xcb_generic_event_t& event)
         wallpaperStale_ = true;
 }
 
-bool DesktopBackground::changed(const QRect& area, const QSize& rootSize)
+DesktopBackground::Change DesktopBackground::takeChange(const QRect& area, const QSize& rootSize)
 {
     const bool wallpaperWasStale = wallpaperStale_;
     if (wallpaperStale_)
         findWallpaper();
     if (wallpaper_)
-        return wallpaperWasStale;
+        return wallpaperWasStale ? Change::All : Change::None;
     const bool sizeChanged = partsSeenSize_ != rootSize;
     if (sizeChanged)
         preparePartsSeen(rootSize);
-    return damage_.changedWithin(area) || sizeChanged || wallpaperWasStale;
+    const bool drawn = damage_.changedWithin(area);
+    if (sizeChanged || wallpaperWasStale || (drawn && !changedParts()))
+        return Change::All;
+    return drawn ? Change::Part : Change::None;
 }
 
 void DesktopBackground::paint(xcb_render_picture_t canvas, const QRect& area)

@@ -17,8 +17,10 @@ class DesktopBackground {
 public:
     DesktopBackground(const XcbConnection& connection, const RenderFormats& formats);
 
-    /// True when paint() may paint something else than last time. `area` in root coordinates.
-    bool changed(const QRect& area, const QSize& rootSize);
+    enum class Change { None, Part, All };
+    /// How much of what paint() paints may differ from last time; Part is changedParts(). `area` in root coordinates.
+    Change takeChange(const QRect& area, const QSize& rootSize);
+    xcb_xfixes_region_t changedParts() const { return damage_.parts(); } ///< in root coordinates
     /// Paints `area` of the desktop into the picture's upper-left corner.
     void paint(xcb_render_picture_t canvas, const QRect& area);
     void note(const xcb_generic_event_t& event);

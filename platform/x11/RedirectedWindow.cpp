@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/x11/RedirectedWindow.h"
 
+#include <utility>
+
 namespace lumavex {
 
 RedirectedWindow::RedirectedWindow(const XcbConnection& connection, const RenderFormats& formats, const TopLevel& top)
@@ -47,20 +49,18 @@ bool RedirectedWindow::finishNaming()
     picture_ = {c, connection_.newId()};
     xcb_render_create_picture(c, picture_.id(), pixmap_.id(), format_.id, 0, nullptr);
     named_ = true;
-    damaged_ = true;
+    damaged_ = Damage::All;
     ++generation_;
     return true;
 }
 
-bool RedirectedWindow::takeDamage()
+RedirectedWindow::Damage RedirectedWindow::takeDamage(xcb_xfixes_region_t region)
 {
     if (!damage_)
-        return true;
-    if (!damaged_)
-        return false;
-    damaged_ = false;
-    xcb_damage_subtract(connection_.get(), damage_.id(), XCB_NONE, XCB_NONE);
-    return true;
+        return Damage::All;
+    if (damaged_ != Damage::None)
+        xcb_damage_subtract(connection_.get(), damage_.id(), XCB_NONE, region);
+    return std::exchange(damaged_, Damage::None);
 }
 
 } // namespace lumavex

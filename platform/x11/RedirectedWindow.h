@@ -32,9 +32,15 @@ public:
     /// Changes with every new naming.
     std::uint64_t generation() const { return generation_; }
 
-    /// True when the window was drawn to, or the server does not tell. Forgets it.
-    bool takeDamage();
-    void noteDamage() { damaged_ = true; }
+    enum class Damage { None, Part, All };
+    /// What was drawn to since the last call, which is forgotten. For a part, `region` becomes that part, relative to
+    /// the window's inside; All also when the server does not tell.
+    Damage takeDamage(xcb_xfixes_region_t region);
+    void noteDamage()
+    {
+        if (damaged_ == Damage::None)
+            damaged_ = Damage::Part;
+    }
     /// The picture's name is out of date.
     void noteReshaped() { named_ = false; }
     xcb_damage_damage_t damage() const { return damage_.id(); }
@@ -49,7 +55,7 @@ private:
     QSize size_;
     std::uint64_t generation_ = 0;
     bool named_ = false;
-    bool damaged_ = true;
+    Damage damaged_ = Damage::All;
     xcb_get_geometry_cookie_t geometry_{};
 };
 

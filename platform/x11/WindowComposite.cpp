@@ -16,6 +16,12 @@ constexpr std::uint8_t kCanvasDepth = 32; ///< every server with Render has it, 
 WindowComposite::WindowComposite(const XcbConnection& connection, SharedImagePool& pool)
     : connection_(connection), pool_(pool), formats_(connection)
 {
+    if (!connection_.extensions().fixes)
+        return;
+    changedParts_ = {connection_.get(), connection_.newId()};
+    windowParts_ = {connection_.get(), connection_.newId()};
+    xcb_xfixes_create_region(connection_.get(), changedParts_.id(), 0, nullptr);
+    xcb_xfixes_create_region(connection_.get(), windowParts_.id(), 0, nullptr);
 }
 
 std::optional<WindowComposite::Result> WindowComposite::compose(const CompositeRequest& request)
@@ -24,12 +30,14 @@ std::optional<WindowComposite::Result> WindowComposite::compose(const CompositeR
     Arrangement wanted = arrange(request);
     if (wanted.canvas.isEmpty() || (wanted.backToFront.empty() && !wanted.desktop))
         return std::nullopt;
-    const bool changed = takeChanges(request);
-    if (!changed && !previous_.isNull() && wanted == shown_)
+    Extent extent = takeChanges(request, wanted);
+    if (previous_.isNull() || wanted != shown_)
+        extent = Extent::All;
+    if (extent == Extent::Nothing)
         return Result{previous_, false};
 
     prepareCanvas(wanted.canvas.size());
-    paint(wanted);
+    paint(wanted, extent);
     previous_ = pool_.read(canvas_.id(), QRect(QPoint(0, 0), canvasSize_));
     shown_ = std::move(wanted);
     if (previous_.isNull())
@@ -103,17 +111,39 @@ WindowComposite::Arrangement WindowComposite::arrange(const CompositeRequest& re
     return arrangement;
 }
 
-bool WindowComposite::takeChanges(const CompositeRequest& request)
+WindowComposite::Extent WindowComposite::takeChanges(const CompositeRequest& request, const Arrangement& arrangement)
 {
-    bool changed = false;
-    for (const auto& [id, window] : redirected_)
-        changed |= window->takeDamage();
+    using Damage = RedirectedWindow::Damage;
+    xcb_connection_t* const c = connection_.get();
+    Extent extent = Extent::Nothing;
+    xcb_xfixes_set_region(c, changedParts_.id(), 0, nullptr);
+    for (const Layer& layer : arrangement.backToFront) {
+        const Damage damage = redirected_.at(layer.window)->takeDamage(windowParts_.id());
+        if (damage == Damage::All)
+            extent = Extent::All;
+        if (damage != Damage::Part)
+            continue;
+        extent = std::max(extent, Extent::Part);
+        const QPoint inside = layer.outer.topLeft() - arrangement.canvas.topLeft() + QPoint(layer.border, layer.border);
+        xcb_xfixes_translate_region(c, windowParts_.id(), static_cast<std::int16_t>(inside.x()),
+                                    static_cast<std::int16_t>(inside.y()));
+        xcb_xfixes_union_region(c, changedParts_.id(), windowParts_.id(), changedParts_.id());
+    }
     if (request.desktop) {
         if (!desktop_)
             desktop_ = std::make_unique<DesktopBackground>(connection_, formats_);
-        changed |= desktop_->changed(request.canvas, request.rootSize);
+        const auto change = desktop_->takeChange(request.canvas, request.rootSize);
+        if (change == DesktopBackground::Change::All)
+            extent = Extent::All;
+        if (change == DesktopBackground::Change::Part) {
+            extent = std::max(extent, Extent::Part);
+            xcb_xfixes_copy_region(c, desktop_->changedParts(), windowParts_.id());
+            xcb_xfixes_translate_region(c, windowParts_.id(), static_cast<std::int16_t>(-arrangement.canvas.x()),
+                                        static_cast<std::int16_t>(-arrangement.canvas.y()));
+            xcb_xfixes_union_region(c, changedParts_.id(), windowParts_.id(), changedParts_.id());
+        }
     }
-    return changed;
+    return extent;
 }
 
 void WindowComposite::prepareCanvas(const QSize& size)
@@ -130,10 +160,11 @@ void WindowComposite::prepareCanvas(const QSize& size)
     canvasSize_ = size;
 }
 
-void WindowComposite::paint(const Arrangement& arrangement)
+void WindowComposite::paint(const Arrangement& arrangement, Extent extent)
 {
     xcb_connection_t* const c = connection_.get();
-    xcb_xfixes_set_picture_clip_region(c, canvasPicture_.id(), XCB_NONE, 0, 0);
+    const xcb_xfixes_region_t clip = extent == Extent::Part ? changedParts_.id() : xcb_xfixes_region_t{XCB_NONE};
+    xcb_xfixes_set_picture_clip_region(c, canvasPicture_.id(), clip, 0, 0);
     const xcb_render_color_t black{0, 0, 0, 0xffff};
     const xcb_rectangle_t all{0, 0, static_cast<std::uint16_t>(canvasSize_.width()),
                               static_cast<std::uint16_t>(canvasSize_.height())};
@@ -141,10 +172,10 @@ void WindowComposite::paint(const Arrangement& arrangement)
     if (arrangement.desktop)
         desktop_->paint(canvasPicture_.id(), arrangement.canvas);
     for (const Layer& layer : arrangement.backToFront)
-        paintWindow(layer, arrangement);
+        paintWindow(layer, arrangement, extent);
 }
 
-void WindowComposite::paintWindow(const Layer& layer, const Arrangement& arrangement)
+void WindowComposite::paintWindow(const Layer& layer, const Arrangement& arrangement, Extent extent)
 {
     xcb_connection_t* const c = connection_.get();
     const RedirectedWindow& window = *redirected_.at(layer.window);
@@ -154,9 +185,11 @@ void WindowComposite::paintWindow(const Layer& layer, const Arrangement& arrange
     xcb_xfixes_set_picture_clip_region(c, canvasPicture_.id(), XCB_NONE, 0, 0);
     const RegionHandle shape(c, connection_.newId());
     xcb_xfixes_create_region_from_window(c, shape.id(), layer.window, XCB_SHAPE_SK_BOUNDING);
-    xcb_xfixes_set_picture_clip_region(c, canvasPicture_.id(), shape.id(),
-                                       static_cast<std::int16_t>(corner.x() + layer.border),
-                                       static_cast<std::int16_t>(corner.y() + layer.border));
+    xcb_xfixes_translate_region(c, shape.id(), static_cast<std::int16_t>(corner.x() + layer.border),
+                                static_cast<std::int16_t>(corner.y() + layer.border));
+    if (extent == Extent::Part)
+        xcb_xfixes_intersect_region(c, shape.id(), changedParts_.id(), shape.id());
+    xcb_xfixes_set_picture_clip_region(c, canvasPicture_.id(), shape.id(), 0, 0);
     const bool blend = arrangement.alpha && window.hasAlpha();
     xcb_render_composite(c, blend ? XCB_RENDER_PICT_OP_OVER : XCB_RENDER_PICT_OP_SRC, window.picture(), XCB_NONE,
                          canvasPicture_.id(), 0, 0, 0, 0, static_cast<std::int16_t>(corner.x()),

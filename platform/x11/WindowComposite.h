@@ -46,6 +46,9 @@ public:
     void note(const xcb_generic_event_t& event);
 
 private:
+    /// How much of the picture is to be painted anew: Part is what changedParts_ holds.
+    enum class Extent { Nothing, Part, All };
+
     /// One window's place in the picture. Equal layers without damage look the same.
     struct Layer {
         xcb_window_t window;
@@ -65,10 +68,10 @@ private:
 
     void redirectExactly(const std::vector<TopLevel>& windows);
     Arrangement arrange(const CompositeRequest& request);
-    bool takeChanges(const CompositeRequest& request);
+    Extent takeChanges(const CompositeRequest& request, const Arrangement& arrangement);
     void prepareCanvas(const QSize& size);
-    void paint(const Arrangement& arrangement);
-    void paintWindow(const Layer& layer, const Arrangement& arrangement);
+    void paint(const Arrangement& arrangement, Extent extent);
+    void paintWindow(const Layer& layer, const Arrangement& arrangement, Extent extent);
 
     const XcbConnection& connection_;
     SharedImagePool& pool_;
@@ -78,6 +81,8 @@ private:
     PixmapHandle canvas_;
     PictureHandle canvasPicture_;
     QSize canvasSize_;
+    RegionHandle changedParts_; ///< in the canvas
+    RegionHandle windowParts_;  ///< of one window, while they are gathered
     Arrangement shown_;
     QImage previous_;
 };

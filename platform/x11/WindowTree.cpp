@@ -9,7 +9,9 @@ namespace {
 
 /// Frames hold their client one to three levels down.
 constexpr int kDeepestClient = 4;
-constexpr int kMostChildrenSearched = 24;
+/// From the top, where frames keep their client; the frame's own pieces, a few dozen with some window managers, lie
+/// below.
+constexpr int kMostChildrenSearched = 64;
 
 void watch(const XcbConnection& connection, xcb_window_t window, std::uint32_t events)
 {
@@ -198,9 +200,10 @@ std::unordered_map<xcb_window_t, xcb_window_t> WindowTree::findClients(const std
                 clients.try_emplace(candidate.top, candidate.window);
             if (!tree || clients.contains(candidate.top))
                 continue;
-            const int count = std::min(xcb_query_tree_children_length(tree.get()), kMostChildrenSearched);
-            for (int i = 0; i < count; ++i)
-                next.push_back({candidate.top, xcb_query_tree_children(tree.get())[i]});
+            const xcb_window_t* const children = xcb_query_tree_children(tree.get());
+            const int count = xcb_query_tree_children_length(tree.get());
+            for (int i = count - 1; i >= std::max(0, count - kMostChildrenSearched); --i)
+                next.push_back({candidate.top, children[i]});
         }
         std::erase_if(next, [&](const Candidate& candidate) { return clients.contains(candidate.top); });
         level = std::move(next);

@@ -38,9 +38,9 @@ public:
         window.description.y = bounds.y();
         window.description.number = nextNumber_++;
         window.picture = full(bounds.size(), color);
-        windows_.insert(windows_.begin(), window);
+        windows_.push_back(std::move(window));
         publish();
-        return window.description.number;
+        return windows_.back().description.number;
     }
     void recolor(std::uint32_t number, QRgb color) override
     {
@@ -60,15 +60,15 @@ private:
     {
         QImage screen = full(kScreen, kDesktop);
         QPainter painter(&screen);
-        for (auto window = windows_.rbegin(); window != windows_.rend(); ++window)
-            painter.drawImage(QPointF(window->description.x, window->description.y), window->picture);
+        for (const auto& window : windows_)
+            painter.drawImage(QPointF(window.description.x, window.description.y), window.picture);
         painter.end();
         grabber_.setScreen(screen);
-        grabber_.setWindows(windows_);
+        grabber_.setWindows({windows_.rbegin(), windows_.rend()});
     }
 
     FakeScreenGrabber grabber_;
-    std::vector<FakeScreenGrabber::Window> windows_;
+    std::vector<FakeScreenGrabber::Window> windows_; ///< bottom to top
     std::uint32_t nextNumber_ = 100;
 };
 

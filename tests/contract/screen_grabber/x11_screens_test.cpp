@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/x11/XcbScreenGrabber.h"
+#include "tests/contract/screen_grabber/TestClient.h"
+#include "tests/contract/screen_grabber/TestServer.h"
+
+#include <gmock/gmock.h>
+
+#include <thread>
+#include <vector>
+
+// Screens of other kinds and sizes, and screens that change or vanish.
+
+namespace lumavex::test {
+namespace {
+
+constexpr QRgb kColor = 0xff3264c8;
+
+TEST(X11Screens, WithoutScreenNothingIsGrabbedAndTheReasonIsGiven)
+{
+    const QByteArray before = qgetenv("DISPLAY");
+    for (const char* display : {"", ":987"}) {
+        if (*display)
+            qputenv("DISPLAY", display);
+        else
+            qunsetenv("DISPLAY");
+        const auto grabber = createXcbScreenGrabber();
+        EXPECT_FALSE(grabber->trouble().isEmpty());
+        EXPECT_EQ(grabber->grabMainDisplay().outcome, GrabOutcome::GiveUp);
+        EXPECT_EQ(grabber->grabWindows({1}).outcome, GrabOutcome::GiveUp);
+        EXPECT_TRUE(grabber->windowDescriptions().empty());
+        EXPECT_EQ(grabber->sizeOfMainDisplay(), CGSize{});
+        EXPECT_EQ(grabber->mouseLocation(), CGPoint{});
+    }
+    if (!before.isEmpty())
+        qputenv("DISPLAY", before);
+}
+
+TEST(X11Screens, LostScreenIsGivenUpAndItsPicturesStay)
+{
+    TestServer server(TestServer::Options{});
+    auto grabber = createXcbScreenGrabber();
+    QImage kept;
+    {
+        TestClient client;
+        client.show({0, 0, 640, 480}, kColor);
+        kept = grabber->grabMainDisplay().picture;
+        server.kill();
+    }
+    EXPECT_EQ(grabber->grabMainDisplay().outcome, GrabOutcome::GiveUp);
+    EXPECT_EQ(grabber->grabWindows({1}).outcome, GrabOutcome::GiveUp);
+    EXPECT_TRUE(grabber->windowDescriptions().empty());
+    EXPECT_THAT(grabber->trouble().toStdString(), testing::HasSubstr("lost"));
+    grabber.reset();
+    EXPECT_EQ(kept.pixel(639, 479) | 0xff000000U, kColor);
+}
+
+TEST(X11Screens, DeepColoursAreConverted)
+{
+    TestServer server({.screen = "320x200x30", .arguments = {}});
+    TestClient client;
+    const auto window = client.show({0, 0, 100, 100}, kColor);
+    const auto grabber = createXcbScreenGrabber();
+    ASSERT_EQ(grabber->trouble(), QString());
+    EXPECT_EQ(grabber->grabMainDisplay().picture.pixel(50, 50) | 0xff000000U, kColor);
+    EXPECT_TRUE(eventually([&] {
+        const Grab grab = grabber->grabWindows({window});
+        return grab.outcome == GrabOutcome::Success && (grab.picture.pixel(50, 50) | 0xff000000U) == kColor;
+    }));
+}
+
+TEST(X11Screens, FewColoursAreRefusedInWords)
+{
+    for (const auto* screen : {"320x200x16", "320x200x8"}) {
+        TestServer server({.screen = screen, .arguments = {}});
+        const auto grabber = createXcbScreenGrabber();
+        EXPECT_THAT(grabber->trouble().toStdString(), testing::HasSubstr(screen + 8));
+        EXPECT_EQ(grabber->grabMainDisplay().outcome, GrabOutcome::GiveUp);
+        EXPECT_EQ(grabber->grabWindows({1}).outcome, GrabOutcome::GiveUp);
+    }
+}
+
+TEST(X11Screens, WithoutOptionalExtensionsTheScreenIsStillGrabbed)
+{
+    TestServer server({.arguments = {"-extension", "DAMAGE", "-extension", "RANDR", "-extension", "Composite"}});
+    TestClient client;
+    const auto window = client.show({0, 0, 640, 480}, kColor);
+    const auto grabber = createXcbScreenGrabber();
+    EXPECT_EQ(grabber->trouble(), QString());
+    EXPECT_EQ(grabber->sizeOfMainDisplay(), (CGSize{640, 480}));
+    EXPECT_EQ(grabber->grabMainDisplay().picture.pixel(639, 479) | 0xff000000U, kColor);
+    EXPECT_EQ(grabber->grabWindows({window}).outcome, GrabOutcome::GiveUp);
+    EXPECT_FALSE(grabber->trouble().isEmpty());
+}
+
+TEST(X11Screens, OddSizesHaveNoGapsBetweenRows)
+{
+    TestServer server({.screen = "333x211x24", .arguments = {}});
+    TestClient client;
+    client.show({332, 210, 1, 1}, kColor);
+    const auto grabber = createXcbScreenGrabber();
+    const Grab grab = grabber->grabMainDisplay();
+    EXPECT_EQ(grab.picture.size(), QSize(333, 211));
+    EXPECT_EQ(grab.picture.pixel(332, 210) | 0xff000000U, kColor);
+    EXPECT_NE(grab.picture.pixel(331, 210) | 0xff000000U, kColor);
+}
+
+TEST(X11Screens, SizeFollowsTheMainDisplay)
+{
+    TestServer server({.screen = "800x600x24", .arguments = {}});
+    TestClient client;
+    const auto grabber = createXcbScreenGrabber();
+    ASSERT_EQ(grabber->sizeOfMainDisplay(), (CGSize{800, 600}));
+    ASSERT_EQ(grabber->grabMainDisplay().picture.size(), QSize(800, 600));
+    for (const QStringList& arguments :
+         {QStringList{"--newmode", "small", "10", "512", "520", "528", "540", "384", "390", "395", "400"},
+          QStringList{"--addmode", "screen", "small"}, QStringList{"--output", "screen", "--mode", "small"}})
+        ASSERT_TRUE(TestServer::run("xrandr", arguments));
+    EXPECT_EQ(grabber->sizeOfMainDisplay(), (CGSize{512, 384}));
+    Grab grab;
+    EXPECT_TRUE(eventually([&] { return (grab = grabber->grabMainDisplay()).outcome == GrabOutcome::Success; }));
+    EXPECT_EQ(grab.picture.size(), QSize(512, 384));
+    client.movePointer(0, 383);
+    EXPECT_EQ(grabber->mouseLocation(), (CGPoint{0, 0}));
+    ASSERT_TRUE(TestServer::run("xrandr", {"--output", "screen", "--primary"}));
+    EXPECT_EQ(grabber->sizeOfMainDisplay(), (CGSize{512, 384}));
+    // A root larger than its one output: only the output is the main display.
+    ASSERT_TRUE(TestServer::run("xrandr", {"--fb", "700x500"}));
+    EXPECT_EQ(grabber->sizeOfMainDisplay(), (CGSize{512, 384}));
+    EXPECT_EQ(grabber->windowDescriptions().back().width, 512);
+}
+
+TEST(X11Screens, PicturesMayEndOnOtherThreadsAndAfterTheGrabber)
+{
+    TestServer server(TestServer::Options{});
+    TestClient client;
+    const auto window = client.show({0, 0, 640, 480}, 0xff000000);
+    auto grabber = createXcbScreenGrabber();
+    std::vector<std::thread> workers;
+    for (unsigned i = 1; i <= 30; ++i) {
+        const QRgb color = 0xff000000U | i * 0x010305U;
+        client.fill(window, {0, 0, 640, 480}, color);
+        workers.emplace_back([picture = grabber->grabMainDisplay().picture, color, i]() mutable {
+            std::this_thread::sleep_for(std::chrono::milliseconds(i % 7));
+            EXPECT_EQ(picture.pixel(639, 479) | 0xff000000U, color) << "the memory was used again too early";
+            picture = QImage();
+        });
+    }
+    grabber.reset();
+    for (std::thread& worker : workers)
+        worker.join();
+}
+
+TEST(WithDisplay, GivesAPrivateScreenAndTheCommandsStatus)
+{
+    const QString launcher = QStringLiteral(LUMAVEX_SOURCE_DIR "/tests/support/with-display");
+    const auto statusOf = [&](const QStringList& arguments) {
+        QProcess process;
+        process.start(launcher, arguments);
+        process.waitForFinished(30000);
+        return process.exitCode();
+    };
+    EXPECT_EQ(
+        statusOf({"--size", "320x200x24", "sh", "-c",
+                  "xwininfo -root | grep -q 'geometry 320x200' && xprop -root _NET_SUPPORTING_WM_CHECK | grep -q id "
+                  "&& test \"$(stat -c %a \"$XDG_RUNTIME_DIR\")\" = 700 && exit 7"}),
+        7);
+    EXPECT_EQ(statusOf({"env", "LUMAVEX_TEST_RUNTIME=/nowhere/of/an/outer/launcher", launcher, "sh", "-c",
+                        "test $LUMAVEX_TEST_RUNTIME = /nowhere/of/an/outer/launcher"}),
+              0);
+    EXPECT_EQ(statusOf({"--unknown"}), 64);
+
+    // Ended by a signal it ends its server too.
+    QProcess process;
+    process.start(launcher, {"sh", "-c", "echo $DISPLAY; exec sleep 60"});
+    ASSERT_TRUE(process.waitForReadyRead(20000));
+    const QString display = QString::fromLatin1(process.readLine()).trimmed();
+    process.terminate();
+    ASSERT_TRUE(process.waitForFinished(20000));
+    EXPECT_EQ(process.exitCode(), 143);
+    EXPECT_FALSE(TestServer::run("xprop", {"-display", display, "-root"}));
+}
+
+} // namespace
+} // namespace lumavex::test
