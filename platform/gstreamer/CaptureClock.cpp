@@ -8,7 +8,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr Nanoseconds kWindow = 1s;
+constexpr Nanoseconds kWindow = 3s;
 constexpr std::size_t kReadings = 9;
 
 } // namespace

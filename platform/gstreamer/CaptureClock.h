@@ -15,10 +15,10 @@ namespace lumavex {
 /// - The device's clock as the sound server reports it knows all latencies and does not jitter. But some servers
 ///   report a clock that runs away by percents from the sound they deliver, and the first readings are off.
 /// - The times of arrival cannot run away, but are late by an unknown latency and, on a busy machine, by much more.
-///   The earliest arrival of the last second, relative to the stream, is free of the latter.
+///   The earliest arrival of the last three seconds, relative to the stream, is free of the latter.
 ///
 /// So the first readings of the device's clock tell where the stream begins. The latency is what arrivals are later
-/// than that in the first second; from then on the arrivals less the latency tell the time. Pure, one thread.
+/// than that in the first three seconds; from then on the arrivals less the latency tell the time. Pure, one thread.
 class CaptureClock {
 public:
     /// For a chunk that ends at `streamEnd` in the stream's time and arrived at `now`, when the device's clock said
@@ -32,7 +32,7 @@ private:
     };
     Nanoseconds earliestOrigin(Nanoseconds now, Nanoseconds origin);
 
-    std::deque<Arrival> arrivals_;      ///< of the last second, those that may become the earliest; origins grow
+    std::deque<Arrival> arrivals_;      ///< of the last three seconds, those that may become the earliest; origins grow
     std::vector<Nanoseconds> readings_; ///< the first origins by the device's clock, sorted
     std::optional<Nanoseconds> begun_;
     Nanoseconds latency_{0};
