@@ -75,6 +75,12 @@ void addToSums(std::uint64_t* sums, const std::uint32_t* row, std::size_t pixels
         sums[i] += widened(row[i]);
 }
 
+void addPairsToSums(std::uint64_t* sums, const std::uint32_t* row, std::size_t sumCount)
+{
+    for (std::size_t i = 0; i < sumCount; ++i)
+        sums[i] += widened(row[2 * i]) + widened(row[2 * i + 1]);
+}
+
 void addPairs(std::uint64_t* sums, std::size_t pixels)
 {
     for (std::size_t i = 0; i < pixels; ++i)
@@ -102,7 +108,7 @@ void blend(std::uint32_t* to, const std::uint32_t* over, std::size_t pixels, Pix
     }
 }
 
-constexpr RowFunctions plain{copy, mix, scaleColumns, addToSums, addPairs, divideSums, blend};
+constexpr RowFunctions plain{copy, mix, scaleColumns, addToSums, addPairsToSums, addPairs, divideSums, blend};
 
 } // namespace
 

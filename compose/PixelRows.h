@@ -27,7 +27,8 @@ struct PixelStore {
     AlphaUse alpha = AlphaUse::Opaque;
 };
 
-/// One column of a horizontal scaling: the weighted sum of the pixels `first` and `first` + 1, weights adding up to 128.
+/// One column of a horizontal scaling: the weighted sum of the pixels `first` and `first` + 1, weights adding up to
+/// 128.
 struct ColumnTaps {
     const std::int32_t* first = nullptr;
     const std::uint16_t* weights = nullptr; ///< low byte: of the left pixel, high byte: of the right one
@@ -43,6 +44,8 @@ struct RowFunctions {
                          PixelStore store);
     /// Adds a row to sums of 16 bits, four for each pixel.
     void (*addToSums)(std::uint64_t* sums, const std::uint32_t* row, std::size_t pixels);
+    /// Adds a row to sums of its neighbouring pairs, `sumCount` of them.
+    void (*addPairsToSums)(std::uint64_t* sums, const std::uint32_t* row, std::size_t sumCount);
     /// Adds up neighbouring pairs of sums in place, leaving `pixels` of them.
     void (*addPairs)(std::uint64_t* sums, std::size_t pixels);
     /// Divides sums by 2 to the power `shift` (at most 8), rounding to the nearest.

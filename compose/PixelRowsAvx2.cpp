@@ -88,8 +88,8 @@ LUMAVEX_AVX2 void scaleColumns(std::uint32_t* to, const std::uint32_t* row, cons
                                PixelStore store)
 {
     const StoreMasks masks = masksOf(store);
-    const __m256i interleave = _mm256_broadcastsi128_si256(
-        _mm_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15));
+    const __m256i interleave =
+        _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15));
     const __m256i spreadLow = _mm256_setr_epi8(0, 1, 0, 1, 0, 1, 0, 1, 2, 3, 2, 3, 2, 3, 2, 3, 8, 9, 8, 9, 8, 9, 8, 9,
                                                10, 11, 10, 11, 10, 11, 10, 11);
     const __m256i spreadHigh = _mm256_add_epi8(spreadLow, _mm256_set1_epi8(4));
@@ -126,6 +126,21 @@ LUMAVEX_AVX2 void addToSums(std::uint64_t* sums, const std::uint32_t* row, std::
     plainRowFunctions().addToSums(sums + i, row + i, pixels - i);
 }
 
+LUMAVEX_AVX2 void addPairsToSums(std::uint64_t* sums, const std::uint32_t* row, std::size_t sumCount)
+{
+    const __m256i interleave =
+        _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15));
+    const __m256i ones = _mm256_set1_epi8(1);
+    std::size_t i = 0;
+    for (; i + 8 <= sumCount; i += 8) {
+        for (std::size_t k = i; k < i + 8; k += 4) {
+            const __m256i added = _mm256_maddubs_epi16(_mm256_shuffle_epi8(load(row + 2 * k), interleave), ones);
+            put(sums + k, _mm256_add_epi16(load(sums + k), added));
+        }
+    }
+    plainRowFunctions().addPairsToSums(sums + i, row + 2 * i, sumCount - i);
+}
+
 LUMAVEX_AVX2 void addPairs(std::uint64_t* sums, std::size_t pixels)
 {
     std::size_t i = 0;
@@ -160,10 +175,10 @@ LUMAVEX_AVX2 __m256i timesRest(__m256i words, __m256i rest)
 
 LUMAVEX_AVX2 void blend(std::uint32_t* to, const std::uint32_t* over, std::size_t pixels, PixelOrder order)
 {
-    const __m256i alphaEverywhere = _mm256_add_epi8(
-        _mm256_setr_epi8(0, 0, 0, 0, 4, 4, 4, 4, 8, 8, 8, 8, 12, 12, 12, 12, 0, 0, 0, 0, 4, 4, 4, 4, 8, 8, 8, 8, 12, 12,
-                         12, 12),
-        _mm256_set1_epi8(order == PixelOrder::BlueFirst ? 3 : 0));
+    const __m256i alphaEverywhere =
+        _mm256_add_epi8(_mm256_setr_epi8(0, 0, 0, 0, 4, 4, 4, 4, 8, 8, 8, 8, 12, 12, 12, 12, 0, 0, 0, 0, 4, 4, 4, 4, 8,
+                                         8, 8, 8, 12, 12, 12, 12),
+                        _mm256_set1_epi8(order == PixelOrder::BlueFirst ? 3 : 0));
     const __m256i zero = _mm256_setzero_si256();
     std::size_t i = 0;
     for (; i + 8 <= pixels; i += 8) {
@@ -177,7 +192,7 @@ LUMAVEX_AVX2 void blend(std::uint32_t* to, const std::uint32_t* over, std::size_
     plainRowFunctions().blend(to + i, over + i, pixels - i, order);
 }
 
-constexpr RowFunctions avx2{copy, mix, scaleColumns, addToSums, addPairs, divideSums, blend};
+constexpr RowFunctions avx2{copy, mix, scaleColumns, addToSums, addPairsToSums, addPairs, divideSums, blend};
 
 } // namespace
 

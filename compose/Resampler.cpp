@@ -78,15 +78,23 @@ const std::uint32_t* Resampler::sourceRow(const QImage& picture, int block)
     blockRow_[slot] = block;
 
     const RowFunctions& rows = rowFunctions();
-    const auto padded = std::size_t(columns_.count) * std::size_t(columns_.block);
-    const auto needed = std::size_t(columns_.length);
-    sums_.assign(padded, 0);
+    const bool inPairs = columns_.block > 1;
+    const int perSum = inPairs ? 2 : 1;
+    const auto needed = std::size_t(columns_.length / perSum);
+    const bool single = columns_.length % perSum != 0; // the last pixel has no neighbour and counts twice
+    sums_.assign(std::size_t(columns_.count) * std::size_t(columns_.block / perSum), 0);
     for (int i = 0; i < rows_.block; ++i) {
-        const int row = std::min(block * rows_.block + i, rows_.length - 1);
-        rows.addToSums(sums_.data(), rowOf(picture, columns_.start, rows_.start + row), needed);
+        const int y = std::min(block * rows_.block + i, rows_.length - 1);
+        const std::uint32_t* row = rowOf(picture, columns_.start, rows_.start + y);
+        (inPairs ? rows.addPairsToSums : rows.addToSums)(sums_.data(), row, needed);
+        if (single) {
+            const std::uint32_t twice[] = {row[2 * needed], row[2 * needed]};
+            rows.addPairsToSums(sums_.data() + needed, twice, 1);
+        }
     }
-    std::fill(sums_.begin() + std::ptrdiff_t(needed), sums_.end(), sums_[needed - 1]);
-    for (int width = columns_.block; width > 1; width /= 2)
+    const std::size_t summed = needed + (single ? 1 : 0);
+    std::fill(sums_.begin() + std::ptrdiff_t(summed), sums_.end(), sums_[summed - 1]);
+    for (int width = columns_.block / perSum; width > 1; width /= 2)
         rows.addPairs(sums_.data(), std::size_t(columns_.count) * std::size_t(width / 2));
     result.resize(std::size_t(columns_.count));
     rows.divideSums(result.data(), sums_.data(), result.size(), log2Of(rows_.block) + log2Of(columns_.block));

@@ -29,9 +29,8 @@ QRect placeBeside(const QRect& main, const QSize& size, const QRect& screen)
         {main.left(), main.top() - size.height() - roomForFrame / 4},
     };
     const auto framed = [&size](const QPoint& corner) { return QRect(corner, size).adjusted(0, -roomForFrame, 0, 0); };
-    const auto* place =
-        std::find_if(std::begin(places), std::end(places),
-                     [&](const QPoint& corner) { return screen.contains(framed(corner)); });
+    const auto* place = std::find_if(std::begin(places), std::end(places),
+                                     [&](const QPoint& corner) { return screen.contains(framed(corner)); });
     if (place != std::end(places))
         return {*place, size};
     const QPoint margin(roomForFrame / 4, roomForFrame / 4);
@@ -117,8 +116,8 @@ void Window_Preview::keyPressEvent(QKeyEvent* event)
         QWidget::keyPressEvent(event);
 }
 
-/// The height is not the user's to choose, so it is fixed, at what the ratio gives for the width: the window manager then
-/// offers no other, and setting it here again changes nothing once it is right.
+/// The height is not the user's to choose, so it is fixed, at what the ratio gives for the width: the window manager
+/// then offers no other, and setting it here again changes nothing once it is right.
 void Window_Preview::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
