@@ -15,6 +15,10 @@ namespace lumavex {
 
 namespace {
 
+/// No button to maximise, as the shape is the frame's, and none to minimise, as the window goes with the main window.
+constexpr Qt::WindowFlags frameFlags =
+    Qt::Tool | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint;
+
 /// Room for a window's frame, which is not known before the window manager has drawn it.
 constexpr int roomForFrame = 32;
 
@@ -40,7 +44,7 @@ QRect placeBeside(const QRect& main, const QSize& size, const QRect& screen)
 } // namespace
 
 Window_Preview::Window_Preview(QWidget* mainWindow, const float& fwVideoOutputRatio, std::optional<QPoint> lowerLeft)
-    : QWidget(mainWindow, Qt::Tool), fwVideoOutputRatio_(fwVideoOutputRatio), mainWindow_(mainWindow),
+    : QWidget(mainWindow, frameFlags), fwVideoOutputRatio_(fwVideoOutputRatio), mainWindow_(mainWindow),
       ui_(std::make_unique<Ui::Window_Preview>())
 {
     ui_->setupUi(this);
