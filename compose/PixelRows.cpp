@@ -87,11 +87,21 @@ void addPairs(std::uint64_t* sums, std::size_t pixels)
         sums[i] = sums[2 * i] + sums[2 * i + 1];
 }
 
-void divideSums(std::uint32_t* to, const std::uint64_t* sums, std::size_t pixels, int shift)
+void addTriples(std::uint64_t* sums, std::size_t pixels)
 {
-    const std::uint64_t half = shift > 0 ? 0x0001000100010001ULL << (shift - 1) : 0;
     for (std::size_t i = 0; i < pixels; ++i)
-        to[i] = narrowed((sums[i] + half) >> shift);
+        sums[i] = sums[3 * i] + sums[3 * i + 1] + sums[3 * i + 2];
+}
+
+void divideSums(std::uint32_t* to, const std::uint64_t* sums, std::size_t pixels, int divisor)
+{
+    const auto by = std::uint32_t(divisor);
+    for (std::size_t i = 0; i < pixels; ++i) {
+        std::uint32_t pixel = 0;
+        for (int byte = 0; byte < 4; ++byte)
+            pixel |= ((std::uint32_t(sums[i] >> (16 * byte)) & 0xFFFFU) + by / 2) / by << (8 * byte);
+        to[i] = pixel;
+    }
 }
 
 void blend(std::uint32_t* to, const std::uint32_t* over, std::size_t pixels, PixelOrder order)
@@ -108,7 +118,8 @@ void blend(std::uint32_t* to, const std::uint32_t* over, std::size_t pixels, Pix
     }
 }
 
-constexpr RowFunctions plain{copy, mix, scaleColumns, addToSums, addPairsToSums, addPairs, divideSums, blend};
+constexpr RowFunctions plain{copy,     mix,        scaleColumns, addToSums, addPairsToSums,
+                             addPairs, addTriples, divideSums,   blend};
 
 } // namespace
 

@@ -48,8 +48,11 @@ struct RowFunctions {
     void (*addPairsToSums)(std::uint64_t* sums, const std::uint32_t* row, std::size_t sumCount);
     /// Adds up neighbouring pairs of sums in place, leaving `pixels` of them.
     void (*addPairs)(std::uint64_t* sums, std::size_t pixels);
-    /// Divides sums by 2 to the power `shift` (at most 8), rounding to the nearest.
-    void (*divideSums)(std::uint32_t* to, const std::uint64_t* sums, std::size_t pixels, int shift);
+    /// The same for neighbouring triples.
+    void (*addTriples)(std::uint64_t* sums, std::size_t pixels);
+    /// Divides sums, rounding to the nearest, by a divisor up to 256 that has no prime factors but 2 and at most two
+    /// 3s.
+    void (*divideSums)(std::uint32_t* to, const std::uint64_t* sums, std::size_t pixels, int divisor);
     /// Draws premultiplied pixels over those of `to`, which have the same order.
     void (*blend)(std::uint32_t* to, const std::uint32_t* over, std::size_t pixels, PixelOrder order);
 };

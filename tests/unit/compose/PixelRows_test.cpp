@@ -95,9 +95,15 @@ TEST(PixelRows, VariantsGiveTheSameBytes)
         plain.addPairs(sumsOne.data(), pixels);
         fast->addPairs(sumsTwo.data(), pixels);
         EXPECT_EQ(sumsOne, sumsTwo);
-        plain.divideSums(one.data(), sumsOne.data(), pixels, 5);
-        fast->divideSums(two.data(), sumsTwo.data(), pixels, 5);
-        EXPECT_EQ(one, two);
+        for (const int divisor : {1, 3, 4, 9, 36, 96, 144, 256}) {
+            std::vector<std::uint64_t> sums(pixels, 0);
+            const auto words = noise(4 * pixels, 7);
+            for (std::size_t i = 0; i < 4 * pixels; ++i) // each word up to what so many bytes can add up to
+                sums[i / 4] |= std::uint64_t(words[i] % unsigned(255 * divisor + 1)) << (16 * (i % 4));
+            plain.divideSums(one.data(), sums.data(), pixels, divisor);
+            fast->divideSums(two.data(), sums.data(), pixels, divisor);
+            EXPECT_EQ(one, two) << divisor;
+        }
         for (const PixelOrder order : {PixelOrder::BlueFirst, PixelOrder::AlphaFirst}) {
             one = two = premultipliedNoise(pixels, order, 3);
             const auto over = premultipliedNoise(pixels, order, 4);
