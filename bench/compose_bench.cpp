@@ -77,8 +77,8 @@ void smoothScaled(benchmark::State& state, QSize size)
 {
     const FrameInputs frame = inputs(Pictures::ScreenOnly);
     for (auto _ : state)
-        benchmark::DoNotOptimize(frame.screen.imgScreenCapture.image.scaled(size, Qt::IgnoreAspectRatio,
-                                                                            Qt::SmoothTransformation));
+        benchmark::DoNotOptimize(
+            frame.screen.imgScreenCapture.image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
 }
 
 BENCHMARK_CAPTURE(output, Screen1080To1080, Pictures::ScreenOnly, CGSize{1920, 1080})->Unit(benchmark::kMicrosecond);

@@ -18,7 +18,8 @@ class BlendedLayer {
 public:
     /// Draws the picture, of any format, into `target`, of which only `clip` is written (see Resampler::draw). `serial`
     /// changes whenever the picture does.
-    void draw(const QImage& picture, std::uint64_t serial, const QRect& target, const QRect& clip, const Canvas& canvas);
+    void draw(const QImage& picture, std::uint64_t serial, const QRect& target, const QRect& clip,
+              const Canvas& canvas);
 
 private:
     struct Key {

@@ -83,32 +83,38 @@ Compositor::~Compositor() = default;
 QImage Compositor::previewPass(const FrameInputs& inputs, const QSize& pixels, const CGSize& units)
 {
     const QSize size = wholePixels({double(pixels.width()), double(pixels.height())});
-    PixelPool::Block* block =
-        preview_->paint(inputs, {FramePass::Preview, size, units}, PixelOrder::BlueFirst);
+    PixelPool::Block* block = preview_->paint(inputs, {FramePass::Preview, size, units}, PixelOrder::BlueFirst);
     if (!block)
         return {};
     const auto letGo = [](void* released) { PixelPool::release(static_cast<PixelPool::Block*>(released)); };
-    return {reinterpret_cast<uchar*>(PixelPool::pixelsOf(block)), size.width(), size.height(), qsizetype(size.width()) * 4,
-            QImage::Format_RGB32, letGo, block};
+    return {reinterpret_cast<uchar*>(PixelPool::pixelsOf(block)),
+            size.width(),
+            size.height(),
+            qsizetype(size.width()) * 4,
+            QImage::Format_RGB32,
+            letGo,
+            block};
 }
 
 CVPixelBufferRef Compositor::outputPass(const FrameInputs& inputs, const CGSize& size_Video_Output)
 {
     const QSize size = wholePixels(size_Video_Output);
-    PixelPool::Block* block = output_->paint(inputs, {FramePass::Output, size, size_Video_Output}, PixelOrder::AlphaFirst);
+    PixelPool::Block* block =
+        output_->paint(inputs, {FramePass::Output, size, size_Video_Output}, PixelOrder::AlphaFirst);
     if (!block)
         return nullptr;
-    return std::make_shared<const CVPixelBuffer>(
-        size.width(), size.height(), kCVPixelFormatType_32ARGB,
-        reinterpret_cast<const std::uint8_t*>(PixelPool::pixelsOf(block)), size.width() * 4,
-        ReleaseCVPixelBufferForCVPixelBufferCreateWithBytes, block);
+    return std::make_shared<const CVPixelBuffer>(size.width(), size.height(), kCVPixelFormatType_32ARGB,
+                                                 reinterpret_cast<const std::uint8_t*>(PixelPool::pixelsOf(block)),
+                                                 size.width() * 4, ReleaseCVPixelBufferForCVPixelBufferCreateWithBytes,
+                                                 block);
 }
 
 QImage imageFromPixelBuffer(const CVPixelBuffer& buffer)
 {
     QImage picture(buffer.width, buffer.height, QImage::Format_ARGB32_Premultiplied);
     for (int y = 0; y < picture.height(); ++y) {
-        const auto* row = reinterpret_cast<const std::uint32_t*>(buffer.baseAddress + std::ptrdiff_t(y) * buffer.bytesPerRow);
+        const auto* row =
+            reinterpret_cast<const std::uint32_t*>(buffer.baseAddress + std::ptrdiff_t(y) * buffer.bytesPerRow);
         // Turning the bytes of a pixel round works both ways.
         rowFunctions().copy(reinterpret_cast<std::uint32_t*>(picture.scanLine(y)), row, std::size_t(buffer.width),
                             {PixelOrder::AlphaFirst, AlphaUse::Kept});

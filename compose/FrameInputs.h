@@ -20,9 +20,9 @@ struct NumberedImage {
     }
 };
 
-/// The screen as it goes into a frame: the latest grab, stretched to size_Screen, with the cursor's picture drawn in, and
-/// for the follow-cursor and region types cut to a rectangle that is then fitted into size_Screen again. This only says
-/// what is to be drawn; the compositor does it with one resampling.
+/// The screen as it goes into a frame: the latest grab, stretched to size_Screen, with the cursor's picture drawn in,
+/// and for the follow-cursor and region types cut to a rectangle that is then fitted into size_Screen again. This only
+/// says what is to be drawn; the compositor does it with one resampling.
 struct ScreenPicture {
     NumberedImage imgScreenCapture;
     CGSize size_Screen;
@@ -32,7 +32,7 @@ struct ScreenPicture {
     friend bool operator==(const ScreenPicture& a, const ScreenPicture& b)
     {
         return a.imgScreenCapture == b.imgScreenCapture && a.size_Screen == b.size_Screen && a.cursor == b.cursor
-            && a.cut == b.cut;
+               && a.cut == b.cut;
     }
 };
 

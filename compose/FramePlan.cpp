@@ -109,21 +109,17 @@ private:
     bool screenSizeIsUsable() const
     {
         const ScreenPicture& screen = inputs_.screen;
-        return screen.size_Screen.width > 0 && screen.size_Screen.height > 0
-            && !(screen.cut && screen.cut->width == 0);
+        return screen.size_Screen.width > 0 && screen.size_Screen.height > 0 && !(screen.cut && screen.cut->width == 0);
     }
 
     /// Whether the primary picture's way is to fill the frame, without keeping its shape.
-    bool fillsFrame() const
-    {
-        return target_.pass == FramePass::Preview && inputs_.index_size_Video_Output == 0;
-    }
+    bool fillsFrame() const { return target_.pass == FramePass::Preview && inputs_.index_size_Video_Output == 0; }
 
     /// False when the screen picture leaves its place transparent: it is drawn as it is and there is no grab in it.
     bool screenFillsItsPlace() const
     {
-        return screenSizeIsUsable() && (!inputs_.screen.imgScreenCapture.image.isNull() || inputs_.screen.cut
-                                        || !fillsFrame());
+        return screenSizeIsUsable()
+               && (!inputs_.screen.imgScreenCapture.image.isNull() || inputs_.screen.cut || !fillsFrame());
     }
 
     QRect pixelsOf(const CGRect& rect) const { return nearestPixels(rect, frame_.height()); }
@@ -133,7 +129,8 @@ private:
         const QRect inner = picture & area;
         const auto addBlack = [this](int left, int top, int right, int bottom) {
             if (left < right && top < bottom)
-                plan_.add({FrameStep::Kind::Black, FramePicture::None, {left, top, right - left, bottom - top}, {}, {}});
+                plan_.add(
+                    {FrameStep::Kind::Black, FramePicture::None, {left, top, right - left, bottom - top}, {}, {}});
         };
         const int right = area.x() + area.width();
         const int bottom = area.y() + area.height();

@@ -69,7 +69,7 @@ struct ControlMatrix {
         const int blue = qBlue(pixel);
         const int shared = lumaRed * red + lumaGreen * green + lumaBlue * blue + constant;
         return (pixel & 0xFF000000U) | QRgb(channel(own * red + shared)) << 16
-            | QRgb(channel(own * green + shared)) << 8 | QRgb(channel(own * blue + shared));
+               | QRgb(channel(own * green + shared)) << 8 | QRgb(channel(own * blue + shared));
     }
 
     int own = 0;

@@ -7,9 +7,9 @@
 
 namespace lumavex {
 
-/// The picture's part inside the rectangle as a picture of the rectangle's size, edges rounded to whole pixels; what lies
-/// outside the picture is transparent and the inside part stays in its place. A null picture gives a null picture, and so
-/// does a rectangle without pixels.
+/// The picture's part inside the rectangle as a picture of the rectangle's size, edges rounded to whole pixels; what
+/// lies outside the picture is transparent and the inside part stays in its place. A null picture gives a null picture,
+/// and so does a rectangle without pixels.
 QImage partOfImage(const QImage& picture, const CGRect& rect);
 
 /// A black canvas of the rectangle's size (rounded to whole pixels) with the picture drawn by the stepping fit; the
@@ -27,8 +27,8 @@ struct ColorControls {
 /// A new picture of the same size with the controls applied. Any thread.
 QImage imageColorControls(const QImage& picture, const ColorControls& controls);
 
-/// Drawable to pixel image and back. A drawable picture may carry a scale (device pixels per unit); a pixel image carries
-/// none: its size is its number of pixels. Pixels are shared, not copied, unless there is a scale to take off.
+/// Drawable to pixel image and back. A drawable picture may carry a scale (device pixels per unit); a pixel image
+/// carries none: its size is its number of pixels. Pixels are shared, not copied, unless there is a scale to take off.
 QImage CGImageRefFromImage(const QImage& drawable);
 QImage imageFromCGImageRef(const QImage& pixels);
 

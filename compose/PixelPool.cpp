@@ -33,8 +33,8 @@ PixelPool::Block* PixelPool::take(std::size_t pixels)
         block = idle_.back();
         idle_.pop_back();
     } else {
-        void* memory =
-            ::operator new(sizeof(Block) + pixels * sizeof(std::uint32_t), std::align_val_t{alignof(Block)}, std::nothrow);
+        void* memory = ::operator new (sizeof(Block) + pixels * sizeof(std::uint32_t), std::align_val_t{alignof(Block)},
+                                       std::nothrow);
         if (!memory)
             return nullptr;
         block = new (memory) Block;
@@ -68,7 +68,7 @@ std::size_t PixelPool::idleBlocks() const
 void PixelPool::destroy(Block* block)
 {
     block->~Block();
-    ::operator delete(block, std::align_val_t{alignof(Block)});
+    ::operator delete (block, std::align_val_t{alignof(Block)});
 }
 
 } // namespace lumavex

@@ -75,17 +75,33 @@ void addToSums(std::uint64_t* sums, const std::uint32_t* row, std::size_t pixels
         sums[i] += widened(row[i]);
 }
 
+void addPairsToSums(std::uint64_t* sums, const std::uint32_t* row, std::size_t sumCount)
+{
+    for (std::size_t i = 0; i < sumCount; ++i)
+        sums[i] += widened(row[2 * i]) + widened(row[2 * i + 1]);
+}
+
 void addPairs(std::uint64_t* sums, std::size_t pixels)
 {
     for (std::size_t i = 0; i < pixels; ++i)
         sums[i] = sums[2 * i] + sums[2 * i + 1];
 }
 
-void divideSums(std::uint32_t* to, const std::uint64_t* sums, std::size_t pixels, int shift)
+void addTriples(std::uint64_t* sums, std::size_t pixels)
 {
-    const std::uint64_t half = shift > 0 ? 0x0001000100010001ULL << (shift - 1) : 0;
     for (std::size_t i = 0; i < pixels; ++i)
-        to[i] = narrowed((sums[i] + half) >> shift);
+        sums[i] = sums[3 * i] + sums[3 * i + 1] + sums[3 * i + 2];
+}
+
+void divideSums(std::uint32_t* to, const std::uint64_t* sums, std::size_t pixels, int divisor)
+{
+    const auto by = std::uint32_t(divisor);
+    for (std::size_t i = 0; i < pixels; ++i) {
+        std::uint32_t pixel = 0;
+        for (int byte = 0; byte < 4; ++byte)
+            pixel |= ((std::uint32_t(sums[i] >> (16 * byte)) & 0xFFFFU) + by / 2) / by << (8 * byte);
+        to[i] = pixel;
+    }
 }
 
 void blend(std::uint32_t* to, const std::uint32_t* over, std::size_t pixels, PixelOrder order)
@@ -102,7 +118,8 @@ void blend(std::uint32_t* to, const std::uint32_t* over, std::size_t pixels, Pix
     }
 }
 
-constexpr RowFunctions plain{copy, mix, scaleColumns, addToSums, addPairs, divideSums, blend};
+constexpr RowFunctions plain{copy,     mix,        scaleColumns, addToSums, addPairsToSums,
+                             addPairs, addTriples, divideSums,   blend};
 
 } // namespace
 

@@ -27,7 +27,8 @@ struct PixelStore {
     AlphaUse alpha = AlphaUse::Opaque;
 };
 
-/// One column of a horizontal scaling: the weighted sum of the pixels `first` and `first` + 1, weights adding up to 128.
+/// One column of a horizontal scaling: the weighted sum of the pixels `first` and `first` + 1, weights adding up to
+/// 128.
 struct ColumnTaps {
     const std::int32_t* first = nullptr;
     const std::uint16_t* weights = nullptr; ///< low byte: of the left pixel, high byte: of the right one
@@ -43,10 +44,15 @@ struct RowFunctions {
                          PixelStore store);
     /// Adds a row to sums of 16 bits, four for each pixel.
     void (*addToSums)(std::uint64_t* sums, const std::uint32_t* row, std::size_t pixels);
+    /// Adds a row to sums of its neighbouring pairs, `sumCount` of them.
+    void (*addPairsToSums)(std::uint64_t* sums, const std::uint32_t* row, std::size_t sumCount);
     /// Adds up neighbouring pairs of sums in place, leaving `pixels` of them.
     void (*addPairs)(std::uint64_t* sums, std::size_t pixels);
-    /// Divides sums by 2 to the power `shift` (at most 8), rounding to the nearest.
-    void (*divideSums)(std::uint32_t* to, const std::uint64_t* sums, std::size_t pixels, int shift);
+    /// The same for neighbouring triples.
+    void (*addTriples)(std::uint64_t* sums, std::size_t pixels);
+    /// Divides sums, rounding to the nearest, by a divisor up to 256 that has no prime factors but 2 and at most two
+    /// 3s.
+    void (*divideSums)(std::uint32_t* to, const std::uint64_t* sums, std::size_t pixels, int divisor);
     /// Draws premultiplied pixels over those of `to`, which have the same order.
     void (*blend)(std::uint32_t* to, const std::uint32_t* over, std::size_t pixels, PixelOrder order);
 };

@@ -88,8 +88,8 @@ LUMAVEX_AVX2 void scaleColumns(std::uint32_t* to, const std::uint32_t* row, cons
                                PixelStore store)
 {
     const StoreMasks masks = masksOf(store);
-    const __m256i interleave = _mm256_broadcastsi128_si256(
-        _mm_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15));
+    const __m256i interleave =
+        _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15));
     const __m256i spreadLow = _mm256_setr_epi8(0, 1, 0, 1, 0, 1, 0, 1, 2, 3, 2, 3, 2, 3, 2, 3, 8, 9, 8, 9, 8, 9, 8, 9,
                                                10, 11, 10, 11, 10, 11, 10, 11);
     const __m256i spreadHigh = _mm256_add_epi8(spreadLow, _mm256_set1_epi8(4));
@@ -126,6 +126,21 @@ LUMAVEX_AVX2 void addToSums(std::uint64_t* sums, const std::uint32_t* row, std::
     plainRowFunctions().addToSums(sums + i, row + i, pixels - i);
 }
 
+LUMAVEX_AVX2 void addPairsToSums(std::uint64_t* sums, const std::uint32_t* row, std::size_t sumCount)
+{
+    const __m256i interleave =
+        _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15));
+    const __m256i ones = _mm256_set1_epi8(1);
+    std::size_t i = 0;
+    for (; i + 8 <= sumCount; i += 8) {
+        for (std::size_t k = i; k < i + 8; k += 4) {
+            const __m256i added = _mm256_maddubs_epi16(_mm256_shuffle_epi8(load(row + 2 * k), interleave), ones);
+            put(sums + k, _mm256_add_epi16(load(sums + k), added));
+        }
+    }
+    plainRowFunctions().addPairsToSums(sums + i, row + 2 * i, sumCount - i);
+}
+
 LUMAVEX_AVX2 void addPairs(std::uint64_t* sums, std::size_t pixels)
 {
     std::size_t i = 0;
@@ -139,17 +154,47 @@ LUMAVEX_AVX2 void addPairs(std::uint64_t* sums, std::size_t pixels)
         sums[i] = sums[2 * i] + sums[2 * i + 1];
 }
 
-LUMAVEX_AVX2 void divideSums(std::uint32_t* to, const std::uint64_t* sums, std::size_t pixels, int shift)
+void addTriples(std::uint64_t* sums, std::size_t pixels)
 {
-    const __m256i half = _mm256_set1_epi16(short(shift > 0 ? 1 << (shift - 1) : 0));
-    const __m128i count = _mm_cvtsi32_si128(shift);
+    plainRowFunctions().addTriples(sums, pixels);
+}
+
+/// Division of words of 16 bits: first by a power of two, then by 1, 3 or 9 as a multiplication.
+struct Divider {
+    __m256i half;
+    __m128i shift;
+    __m256i factor;
+    __m128i shiftAfter;
+    bool multiplies;
+};
+
+LUMAVEX_AVX2 Divider dividerBy(int divisor)
+{
+    int shift = 0;
+    for (int rest = divisor; rest % 2 == 0; rest /= 2)
+        ++shift;
+    const int rest = divisor >> shift;
+    const int factor = rest == 3 ? 0xAAAB : 0xE38F; // 2^17 / 3 and 2^19 / 9, rounded up: exact for 16 bits
+    return {_mm256_set1_epi16(short(divisor / 2)), _mm_cvtsi32_si128(shift), _mm256_set1_epi16(short(factor)),
+            _mm_cvtsi32_si128(rest == 3 ? 1 : 3), rest > 1};
+}
+
+LUMAVEX_AVX2 __m256i divided(__m256i sums, const Divider& by)
+{
+    const __m256i halved = _mm256_srl_epi16(_mm256_add_epi16(sums, by.half), by.shift);
+    return by.multiplies ? _mm256_srl_epi16(_mm256_mulhi_epu16(halved, by.factor), by.shiftAfter) : halved;
+}
+
+LUMAVEX_AVX2 void divideSums(std::uint32_t* to, const std::uint64_t* sums, std::size_t pixels, int divisor)
+{
+    const Divider by = dividerBy(divisor);
     std::size_t i = 0;
     for (; i + 8 <= pixels; i += 8) {
-        const __m256i a = _mm256_srl_epi16(_mm256_add_epi16(load(sums + i), half), count);
-        const __m256i b = _mm256_srl_epi16(_mm256_add_epi16(load(sums + i + 4), half), count);
+        const __m256i a = divided(load(sums + i), by);
+        const __m256i b = divided(load(sums + i + 4), by);
         put(to + i, _mm256_permute4x64_epi64(_mm256_packus_epi16(a, b), 0xD8)); // 0 2 1 3
     }
-    plainRowFunctions().divideSums(to + i, sums + i, pixels - i, shift);
+    plainRowFunctions().divideSums(to + i, sums + i, pixels - i, divisor);
 }
 
 LUMAVEX_AVX2 __m256i timesRest(__m256i words, __m256i rest)
@@ -160,10 +205,10 @@ LUMAVEX_AVX2 __m256i timesRest(__m256i words, __m256i rest)
 
 LUMAVEX_AVX2 void blend(std::uint32_t* to, const std::uint32_t* over, std::size_t pixels, PixelOrder order)
 {
-    const __m256i alphaEverywhere = _mm256_add_epi8(
-        _mm256_setr_epi8(0, 0, 0, 0, 4, 4, 4, 4, 8, 8, 8, 8, 12, 12, 12, 12, 0, 0, 0, 0, 4, 4, 4, 4, 8, 8, 8, 8, 12, 12,
-                         12, 12),
-        _mm256_set1_epi8(order == PixelOrder::BlueFirst ? 3 : 0));
+    const __m256i alphaEverywhere =
+        _mm256_add_epi8(_mm256_setr_epi8(0, 0, 0, 0, 4, 4, 4, 4, 8, 8, 8, 8, 12, 12, 12, 12, 0, 0, 0, 0, 4, 4, 4, 4, 8,
+                                         8, 8, 8, 12, 12, 12, 12),
+                        _mm256_set1_epi8(order == PixelOrder::BlueFirst ? 3 : 0));
     const __m256i zero = _mm256_setzero_si256();
     std::size_t i = 0;
     for (; i + 8 <= pixels; i += 8) {
@@ -177,7 +222,8 @@ LUMAVEX_AVX2 void blend(std::uint32_t* to, const std::uint32_t* over, std::size_
     plainRowFunctions().blend(to + i, over + i, pixels - i, order);
 }
 
-constexpr RowFunctions avx2{copy, mix, scaleColumns, addToSums, addPairs, divideSums, blend};
+constexpr RowFunctions avx2{copy,     mix,        scaleColumns, addToSums, addPairsToSums,
+                            addPairs, addTriples, divideSums,   blend};
 
 } // namespace
 

@@ -9,21 +9,12 @@ namespace lumavex {
 
 namespace {
 
-constexpr int largestBlock = 16; // 16 x 16 x 255 is the largest sum that 16 bits hold
+/// What pixels are averaged over; 16 x 16 x 255 is the largest sum that 16 bits hold.
+constexpr int blockSizes[] = {16, 12, 8, 6, 4, 3, 2, 1};
 
 const std::uint32_t* rowOf(const QImage& picture, int x, int y)
 {
     return reinterpret_cast<const std::uint32_t*>(picture.constScanLine(y)) + x;
-}
-
-int log2Of(int power)
-{
-    int log = 0;
-    while (power > 1) {
-        power /= 2;
-        ++log;
-    }
-    return log;
 }
 
 } // namespace
@@ -32,9 +23,9 @@ void Resampler::Axis::prepare(int sourceStart, int sourceLength, int targetStart
                               int clipLength)
 {
     const double step = double(sourceLength) / targetLength;
-    block = 1;
-    while (block < largestBlock && step >= 2 * block)
-        block *= 2;
+    const auto* largest = std::find_if(std::begin(blockSizes), std::end(blockSizes),
+                                       [step](int size) { return size <= std::max(step, 1.0); });
+    block = *largest;
 
     // Blocks begin at the source's edge, so that what is drawn does not depend on the clip.
     const int blocksInSource = (sourceLength + block - 1) / block;
@@ -78,18 +69,30 @@ const std::uint32_t* Resampler::sourceRow(const QImage& picture, int block)
     blockRow_[slot] = block;
 
     const RowFunctions& rows = rowFunctions();
-    const auto padded = std::size_t(columns_.count) * std::size_t(columns_.block);
-    const auto needed = std::size_t(columns_.length);
-    sums_.assign(padded, 0);
+    const bool inPairs = columns_.block % 2 == 0;
+    const int perSum = inPairs ? 2 : 1;
+    const auto needed = std::size_t(columns_.length / perSum);
+    const bool single = columns_.length % perSum != 0; // the last pixel has no neighbour and counts twice
+    sums_.assign(std::size_t(columns_.count) * std::size_t(columns_.block / perSum), 0);
     for (int i = 0; i < rows_.block; ++i) {
-        const int row = std::min(block * rows_.block + i, rows_.length - 1);
-        rows.addToSums(sums_.data(), rowOf(picture, columns_.start, rows_.start + row), needed);
+        const int y = std::min(block * rows_.block + i, rows_.length - 1);
+        const std::uint32_t* row = rowOf(picture, columns_.start, rows_.start + y);
+        (inPairs ? rows.addPairsToSums : rows.addToSums)(sums_.data(), row, needed);
+        if (single) {
+            const std::uint32_t twice[] = {row[2 * needed], row[2 * needed]};
+            rows.addPairsToSums(sums_.data() + needed, twice, 1);
+        }
     }
-    std::fill(sums_.begin() + std::ptrdiff_t(needed), sums_.end(), sums_[needed - 1]);
-    for (int width = columns_.block; width > 1; width /= 2)
-        rows.addPairs(sums_.data(), std::size_t(columns_.count) * std::size_t(width / 2));
-    result.resize(std::size_t(columns_.count));
-    rows.divideSums(result.data(), sums_.data(), result.size(), log2Of(rows_.block) + log2Of(columns_.block));
+    const std::size_t summed = needed + (single ? 1 : 0);
+    std::fill(sums_.begin() + std::ptrdiff_t(summed), sums_.end(), sums_[summed - 1]);
+    const auto count = std::size_t(columns_.count);
+    int width = columns_.block / perSum;
+    for (; width % 2 == 0; width /= 2)
+        rows.addPairs(sums_.data(), count * std::size_t(width / 2));
+    if (width == 3)
+        rows.addTriples(sums_.data(), count);
+    result.resize(count);
+    rows.divideSums(result.data(), sums_.data(), count, rows_.block * columns_.block);
     return result.data();
 }
 

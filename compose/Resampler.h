@@ -11,9 +11,10 @@
 
 namespace lumavex {
 
-/// Draws parts of pictures at other sizes. At equal size pixels are copied. Below half the size the mean is taken over
-/// blocks of 2, 4, 8 or 16 pixels to a side; what remains is interpolated between neighbours. Nothing of the picture outside
-/// the part is mixed in. Keeps its working memory, so use one again for the next frame. Not for several threads at once.
+/// Draws parts of pictures at other sizes. At equal size pixels are copied. Below half the size the mean is
+/// taken over blocks of 2, 3, 4, 6, 8, 12 or 16 pixels to a side; what remains is interpolated between neighbours.
+/// Nothing of the picture outside the part is mixed in. Keeps its working memory, so use one again for the next frame.
+/// Not for several threads at once.
 class Resampler {
 public:
     /// Draws `source`, a part of a picture of 32-bit pixels, into `target` of the canvas, of which only `clip` is
@@ -24,12 +25,12 @@ public:
 private:
     /// One axis: where the pixels of the clip take their colour from.
     struct Axis {
-        int block = 1;  ///< source pixels averaged to one, a power of two
-        int start = 0;  ///< first source pixel needed, from the picture's edge
-        int length = 0; ///< source pixels needed
-        int count = 0;  ///< of these blocks of them, the last one perhaps incomplete
-        std::vector<std::int32_t> first;    ///< for each pixel of the clip: the left or upper of its two blocks
-        std::vector<std::uint16_t> weight;  ///< the other block's share, of 256
+        int block = 1;                     ///< source pixels averaged to one
+        int start = 0;                     ///< first source pixel needed, from the picture's edge
+        int length = 0;                    ///< source pixels needed
+        int count = 0;                     ///< of these blocks of them, the last one perhaps incomplete
+        std::vector<std::int32_t> first;   ///< for each pixel of the clip: the left or upper of its two blocks
+        std::vector<std::uint16_t> weight; ///< the other block's share, of 256
         void prepare(int sourceStart, int sourceLength, int targetStart, int targetLength, int clipStart,
                      int clipLength);
     };

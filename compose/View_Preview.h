@@ -7,15 +7,15 @@
 
 namespace lumavex {
 
-/// Shows the last composed picture. Composition is driven by the view-refresh timer, never by paint events: an expose only
-/// shows the picture again.
+/// Shows the last composed picture. Composition is driven by the view-refresh timer, never by paint events: an expose
+/// only shows the picture again.
 class View_Preview : public QWidget {
     Q_OBJECT
 public:
     explicit View_Preview(QWidget* parent = nullptr);
 
-    /// The picture to show from now on, as large as pixelSize() to be shown pixel for pixel; one of another size (the view
-    /// was resized meanwhile) is stretched. A null picture shows black.
+    /// The picture to show from now on, as large as pixelSize() to be shown pixel for pixel; one of another size (the
+    /// view was resized meanwhile) is stretched. A null picture shows black.
     void setPicture(const QImage& picture);
     /// The view's size in device pixels.
     QSize pixelSize() const;

@@ -15,6 +15,10 @@ namespace lumavex {
 
 namespace {
 
+/// No button to maximise, as the shape is the frame's, and none to minimise, as the window goes with the main window.
+constexpr Qt::WindowFlags frameFlags =
+    Qt::Tool | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint;
+
 /// Room for a window's frame, which is not known before the window manager has drawn it.
 constexpr int roomForFrame = 32;
 
@@ -29,9 +33,8 @@ QRect placeBeside(const QRect& main, const QSize& size, const QRect& screen)
         {main.left(), main.top() - size.height() - roomForFrame / 4},
     };
     const auto framed = [&size](const QPoint& corner) { return QRect(corner, size).adjusted(0, -roomForFrame, 0, 0); };
-    const auto* place =
-        std::find_if(std::begin(places), std::end(places),
-                     [&](const QPoint& corner) { return screen.contains(framed(corner)); });
+    const auto* place = std::find_if(std::begin(places), std::end(places),
+                                     [&](const QPoint& corner) { return screen.contains(framed(corner)); });
     if (place != std::end(places))
         return {*place, size};
     const QPoint margin(roomForFrame / 4, roomForFrame / 4);
@@ -41,7 +44,7 @@ QRect placeBeside(const QRect& main, const QSize& size, const QRect& screen)
 } // namespace
 
 Window_Preview::Window_Preview(QWidget* mainWindow, const float& fwVideoOutputRatio, std::optional<QPoint> lowerLeft)
-    : QWidget(mainWindow, Qt::Tool), fwVideoOutputRatio_(fwVideoOutputRatio), mainWindow_(mainWindow),
+    : QWidget(mainWindow, frameFlags), fwVideoOutputRatio_(fwVideoOutputRatio), mainWindow_(mainWindow),
       ui_(std::make_unique<Ui::Window_Preview>())
 {
     ui_->setupUi(this);
@@ -117,8 +120,8 @@ void Window_Preview::keyPressEvent(QKeyEvent* event)
         QWidget::keyPressEvent(event);
 }
 
-/// The height is not the user's to choose, so it is fixed, at what the ratio gives for the width: the window manager then
-/// offers no other, and setting it here again changes nothing once it is right.
+/// The height is not the user's to choose, so it is fixed, at what the ratio gives for the width: the window manager
+/// then offers no other, and setting it here again changes nothing once it is right.
 void Window_Preview::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);

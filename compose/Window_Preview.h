@@ -17,14 +17,14 @@ class Window_Preview;
 namespace lumavex {
 
 /// The small window above the main window that shows the frame live. Its width is the user's, its height follows the
-/// output's shape. Opens iw_minimum wide. Moves with the main window. Created and destroyed by the application delegate;
-/// sizes are those of the area inside the window frame.
+/// output's shape. Opens iw_minimum wide. Moves with the main window. Created and destroyed by the application
+/// delegate; sizes are those of the area inside the window frame.
 class Window_Preview : public QWidget {
     Q_OBJECT
 public:
-    /// `mainWindow` may be null; else it owns the window, too. `fwVideoOutputRatio` is read again at every resize and must
-    /// outlive the window. `lowerLeft` is where an earlier preview window stood, see lowerLeft(); nothing: beside the main
-    /// window.
+    /// `mainWindow` may be null; else it owns the window, too. `fwVideoOutputRatio` is read again at every resize and
+    /// must outlive the window. `lowerLeft` is where an earlier preview window stood, see lowerLeft(); nothing: beside
+    /// the main window.
     Window_Preview(QWidget* mainWindow, const float& fwVideoOutputRatio, std::optional<QPoint> lowerLeft = {});
     ~Window_Preview() override;
 
@@ -33,7 +33,8 @@ public:
     float iw_minimum = 200; ///< smallest width in window units
     float ih_minimum = 0;   ///< 200 / fwVideoOutputRatio when the window was loaded: its first height
 
-    /// The size the window takes when the user asks for `proposed`: at least iw_minimum wide, as high as the ratio says.
+    /// The size the window takes when the user asks for `proposed`: at least iw_minimum wide, as high as the ratio
+    /// says.
     CGSize windowWillResize_toSize(const CGSize& proposed) const;
 
     /// The corner that a next preview window can keep, in desktop units downward from the screen's top left corner.
