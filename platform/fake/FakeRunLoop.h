@@ -3,6 +3,8 @@
 
 #include "platform/DeadlineQueue.h"
 
+#include <QCoreApplication>
+
 namespace lumavex {
 
 /// A clock whose hands the test turns.
@@ -17,9 +19,10 @@ class FakeRunLoop final : public RunLoop {
 public:
     explicit FakeRunLoop(FakeClock& clock) : clock_(clock) {}
 
-    TimerId scheduleRepeating(TimerInterval interval, RunLoopMode mode, TimerOrder order, Callback callback) override
+    TimerId scheduleRepeating(TimerInterval interval, RunLoopMode timerMode, TimerOrder order,
+                              Callback callback) override
     {
-        return queue_.add(interval, mode, order, DeadlineQueue::Repeat::Forever, clock_.time, std::move(callback));
+        return queue_.add(interval, timerMode, order, DeadlineQueue::Repeat::Forever, clock_.time, std::move(callback));
     }
     TimerId scheduleOnce(TimerInterval delay, Callback callback) override
     {
@@ -36,8 +39,10 @@ public:
     }
     void runUntil(const std::function<bool()>& done) override
     {
-        while (!done())
+        while (!done()) {
+            QCoreApplication::processEvents(); // what other threads report
             advance(std::chrono::milliseconds(1));
+        }
     }
     Nanoseconds now() const override { return clock_.time; }
 
