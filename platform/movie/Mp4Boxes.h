@@ -9,7 +9,7 @@
 
 namespace lumavex {
 
-/// Ticks per second of the movie and of its one track alike. Every rate that divides it (24, 25, 30, 48, 50, 60, 120 …)
+/// Ticks per second of the movie and of its one track alike. Every rate that divides it (24, 25, 30, 48, 50, 60, 120)
 /// is kept exactly; a time between two ticks (29 frames a second, say) is rounded to the nearest, 5.6 µs at most, each
 /// on its own, so that nothing adds up. A finer scale would make the saved movie unreadable to some players: they
 /// keep times in 32 bits.

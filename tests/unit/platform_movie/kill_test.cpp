@@ -5,17 +5,16 @@
 #include "platform/movie/JpegMovieWriter.h"
 
 #include <QCoreApplication>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
-#include <memory>
 #include <random>
 #include <thread>
-#include <unistd.h>
 
 namespace lumavex {
 namespace {
@@ -56,23 +55,25 @@ TEST(KilledRecording, LacksAtMostTheLastSecondAndAHalf)
     QTemporaryDir folder;
     for (int i = 0; i < kPrograms; i += 2) {
         struct Recording {
-            QProcess process;
             QString path;
+            pid_t process = -1;
         };
         std::array<Recording, 2> recordings; // two at a time, so that they do not wait for a processor
         for (Recording& recording : recordings) {
             recording.path = folder.filePath(QStringLiteral("%1.mov").arg(i + (&recording - recordings.data())));
             const int rate = &recording == recordings.data() ? 30 : 1 + i / 2;
-            recording.process.start(QCoreApplication::applicationFilePath(),
-                                    {QStringLiteral("--record"), recording.path, QString::number(rate)});
-            ASSERT_TRUE(recording.process.waitForStarted());
+            recording.process =
+                startProgram({QCoreApplication::applicationFilePath(), QStringLiteral("--record"), recording.path,
+                              QString::number(rate)},
+                             recording.path + QStringLiteral(".out"), recording.path + QStringLiteral(".err"));
+            ASSERT_GT(recording.process, 0);
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(1600 + random() % 2000));
         for (Recording& recording : recordings) {
             SCOPED_TRACE(i + (&recording - recordings.data()));
-            recording.process.kill();
-            ASSERT_TRUE(recording.process.waitForFinished());
-            const QList<QByteArray> lines = recording.process.readAllStandardOutput().trimmed().split('\n');
+            ASSERT_EQ(kill(recording.process, SIGKILL), 0);
+            EXPECT_EQ(waitForProgram(recording.process), -1);
+            const auto lines = contentOf(recording.path + QStringLiteral(".out")).trimmed().split('\n');
             const double appended = lines.back().toDouble() / 1000;
             ASSERT_GT(appended, 0.9) << "the program did not record";
             const auto packets = packetsOf(recording.path);

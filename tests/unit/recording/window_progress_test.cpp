@@ -21,6 +21,7 @@ TEST(WindowProgress, OnlyTheProgramClosesIt)
     EXPECT_FALSE(sheet.close());
     EXPECT_TRUE(sheet.isVisible());
     EXPECT_EQ(sheet.windowModality(), Qt::WindowModal);
+    EXPECT_GE(sheet.width(), 380);
     EXPECT_FALSE(sheet.windowFlags() & Qt::WindowCloseButtonHint);
     sheet.hide();
     EXPECT_FALSE(sheet.isVisible());
