@@ -107,6 +107,8 @@ public:
 
     // --- Finishing: AppDelegate_Finishing.cpp ---
     void OnToolbarStop();
+    /// Stop as if pressed at `stoppedAt`, which has passed: what was recorded since is left out.
+    void stopRecording(Nanoseconds stoppedAt);
     void OnMenuVideoStop() { OnToolbarStop(); }
     /// Ends the recording as soon as the event loop is reached, keeping it; tells the user why.
     void stopBecause(const QString& reason);

@@ -19,11 +19,15 @@ namespace lumavex {
 
 void AppDelegate::OnToolbarStop()
 {
+    stopRecording(platform_.runLoop->now());
+}
+
+void AppDelegate::stopRecording(Nanoseconds stoppedAt)
+{
     if (recording.m_RecordStatus == Idle || recording.stopping)
         return;
-    const Nanoseconds stoppedAt = platform_.runLoop->now();
     if (recording.m_RecordStatus == Recording)
-        platform_.runLoop->runDue(stoppedAt); // refreshes that were due before belong to the recording
+        platform_.runLoop->runDue(stoppedAt - Nanoseconds(1)); // refreshes that were due before belong to the recording
     if (recording.m_RecordStatus == Recording && !lastAppended_)
         composeOutput(frameInputs(), true); // stopped before the first frame was due: the movie still shows something
     recording.stopping = true;

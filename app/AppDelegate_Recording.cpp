@@ -72,7 +72,6 @@ void AppDelegate::startRecording()
     // whatever the phase of the timers was before.
     RunLoop& runLoop = *platform_.runLoop;
     const Nanoseconds origin = runLoop.now();
-    const Nanoseconds firstFrame = origin + std::chrono::seconds(1) / std::max(recording.i_fps_of_Recording, 30);
     recording.notBefore = origin;
     recording.i_debug_number_of_view_refresh = 0;
     recording.m_Seconds_of_Recording = 0;
@@ -83,9 +82,13 @@ void AppDelegate::startRecording()
             recording.s_Sound_File_Source, [this](const QString& reason) { tellSoundTrouble(reason); });
         recording.soundRecorder->record(origin);
     }
-    runLoop.setNextDeadline(application.timerVideoRefresh, firstFrame);
-    runLoop.setNextDeadline(compose.timerViewRefresh, firstFrame);
-    runLoop.setNextDeadline(compose.timerdebug1Second, origin + std::chrono::seconds(1));
+    for (const TimerId timer : {application.timerVideoRefresh, compose.timerViewRefresh}) {
+        if (recording.i_fps_of_Recording >= 30)
+            runLoop.restart(timer, origin); // the first frame's time is one interval
+        else
+            runLoop.setNextDeadline(timer, origin + Nanoseconds(std::chrono::seconds(1)) / 30);
+    }
+    runLoop.restart(compose.timerdebug1Second, origin);
     startDurationTimer(origin + std::chrono::seconds(1));
 
     window_.submenuVideoOutputFrame->setEnabled(false);

@@ -52,7 +52,8 @@ void UnattendedRecording::begin()
     app_.OnToolbarRecord();
     if (app_.recording.m_RecordStatus != Recording)
         return;
-    const TimerId stop = runLoop_.scheduleOnce({1, 1}, [this](const TimerFiring&) { app_.OnToolbarStop(); });
+    const TimerId stop = runLoop_.scheduleOnce(
+        {1, 1}, [this](const TimerFiring& firing) { app_.stopRecording(firing.deadline); });
     runLoop_.setNextDeadline(
         stop, app_.recording.notBefore
                   + std::chrono::duration_cast<Nanoseconds>(std::chrono::duration<double>(*options_.recordSeconds)));

@@ -37,6 +37,14 @@ void DeadlineQueue::setNextDeadline(TimerId timer, Nanoseconds deadline)
     }
 }
 
+void DeadlineQueue::restart(TimerId timer, Nanoseconds origin)
+{
+    if (Timer* found = find(timer)) {
+        found->base = origin;
+        found->k = 1;
+    }
+}
+
 Nanoseconds DeadlineQueue::nextDeadline(TimerId timer) const
 {
     const Timer* found = find(timer);

@@ -19,6 +19,7 @@ public:
                 RunLoop::Callback callback);
     void remove(TimerId timer);
     void setNextDeadline(TimerId timer, Nanoseconds deadline);
+    void restart(TimerId timer, Nanoseconds origin);
     /// Zero for a timer that is gone.
     Nanoseconds nextDeadline(TimerId timer) const;
 

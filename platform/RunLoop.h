@@ -49,6 +49,8 @@ public:
 
     /// Makes `deadline` the timer's next deadline; later ones follow at its interval. Missed ones are dropped.
     virtual void setNextDeadline(TimerId timer, Nanoseconds deadline) = 0;
+    /// Starts a repeating timer's count anew: its deadlines are one, two, three intervals after `origin`, exactly.
+    virtual void restart(TimerId timer, Nanoseconds origin) = 0;
     /// The timer's next deadline; zero for a timer that is gone.
     virtual Nanoseconds nextDeadline(TimerId timer) const = 0;
 

@@ -31,6 +31,7 @@ public:
     }
     void invalidate(TimerId timer) override { queue_.remove(timer); }
     void setNextDeadline(TimerId timer, Nanoseconds deadline) override { queue_.setNextDeadline(timer, deadline); }
+    void restart(TimerId timer, Nanoseconds origin) override { queue_.restart(timer, origin); }
     Nanoseconds nextDeadline(TimerId timer) const override { return queue_.nextDeadline(timer); }
     void runDue(Nanoseconds until) override
     {

@@ -45,6 +45,12 @@ void QtRunLoop::setNextDeadline(TimerId timer, Nanoseconds deadline)
     arm();
 }
 
+void QtRunLoop::restart(TimerId timer, Nanoseconds origin)
+{
+    queue_.restart(timer, origin);
+    arm();
+}
+
 void QtRunLoop::runDue(Nanoseconds until)
 {
     while (queue_.runNext(until, clock_.now(), RunLoopMode::Common)) {

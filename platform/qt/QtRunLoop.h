@@ -17,6 +17,7 @@ public:
     TimerId scheduleOnce(TimerInterval delay, Callback callback) override;
     void invalidate(TimerId timer) override;
     void setNextDeadline(TimerId timer, Nanoseconds deadline) override;
+    void restart(TimerId timer, Nanoseconds origin) override;
     Nanoseconds nextDeadline(TimerId timer) const override { return queue_.nextDeadline(timer); }
     void runDue(Nanoseconds until) override;
     void runUntil(const std::function<bool()>& done) override;

@@ -16,6 +16,7 @@ public:
     TimerId scheduleOnce(TimerInterval, Callback) override { return unexpected(); }
     void invalidate(TimerId) override {}
     void setNextDeadline(TimerId, Nanoseconds) override {}
+    void restart(TimerId, Nanoseconds) override {}
     Nanoseconds nextDeadline(TimerId) const override { return {}; }
     void runDue(Nanoseconds) override {}
     void runUntil(const std::function<bool()>& done) override

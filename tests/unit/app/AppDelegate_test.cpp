@@ -222,13 +222,13 @@ TEST_F(Program, RecordingPauseAndResumeShareOneTimeForPictureSoundAndClock)
         loop->advance(pause);
         window->menuRecord->trigger();
     }
-    loop->advance(435ms);
-    recorded += 435ms;
+    loop->advance(445ms);
+    recorded += 445ms;
     dialogs->savePaths = {home.filePath(QStringLiteral("saved.mov"))};
     window->btnStop->trigger();
 
     const auto appends = movie->appends();
-    // 4 seconds: frames at 1/30 s, 2/30 s, ... 4 s.
+    // 4.01 seconds: frames at 1/30 s, 2/30 s, ... 4 s.
     ASSERT_EQ(appends.size(), 120U);
     EXPECT_EQ(CMTimeCompare(appends.front().time, CMTimeMake(1, 30)), 0);
     EXPECT_EQ(CMTimeCompare(appends.back().time, CMTimeMake(4, 1)), 0);

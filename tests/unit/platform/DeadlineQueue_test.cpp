@@ -71,11 +71,11 @@ TEST_F(RunLoopTest, ADefaultModeTimerRestsWhileAModalWindowIsOpenAndThenRunsOnce
     EXPECT_EQ(log, "cc");
     loop.mode = RunLoopMode::Default;
     loop.advance(1ms);
-    EXPECT_EQ(log, "ccu");
+    EXPECT_EQ(log, "ccu!");
     loop.advance(1900ms);
-    EXPECT_EQ(log, "ccu");
+    EXPECT_EQ(log, "ccu!");
     loop.advance(100ms);
-    EXPECT_EQ(log, "ccuu");
+    EXPECT_EQ(log, "ccu!u");
 }
 
 TEST_F(RunLoopTest, MovingADeadlineDropsWhatWasMissedAndKeepsTheInterval)
