@@ -10,7 +10,8 @@ namespace lumavex {
 
 void AppDelegate::createPreviewWindow()
 {
-    compose.windowPreview = std::make_unique<Window_Preview>(&window_, compose.fwVideoOutputRatio);
+    compose.windowPreview =
+        std::make_unique<Window_Preview>(&window_, compose.fwVideoOutputRatio, compose.previewLowerLeft);
     connect(compose.windowPreview.get(), &Window_Preview::windowShouldClose, this, [this] {
         compose.b_windowPreview_Visible = false;
         window_.menuPreviewShowHide->setText(QStringLiteral("Show"));
@@ -47,7 +48,7 @@ void AppDelegate::Refresh_Preview_Window()
         createPreviewWindow();
         return;
     }
-    compose.windowPreview->close();
+    compose.previewLowerLeft = compose.windowPreview->lowerLeft();
     compose.windowPreview.reset();
     window_.menuPreviewShowHide->setText(QStringLiteral("Show"));
     compose.b_windowPreview_Visible = false;

@@ -122,7 +122,6 @@ int main(int argc, char* argv[])
     QApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Lumavex"));
-    QApplication::setApplicationDisplayName(QStringLiteral("Lumavex"));
     QApplication::setApplicationVersion(QStringLiteral(LUMAVEX_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("org.lumavex.Lumavex"));
     QApplication::setQuitOnLastWindowClosed(false); // an alert that closes while the main window is hidden ends nothing

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 class QAction;
 
@@ -36,6 +37,7 @@ struct ComposeState {
     std::int64_t i_Open_Preview_Window_On_Startup = 0;
     std::unique_ptr<Window_Preview> windowPreview; ///< null: no preview window, no frames
     bool b_windowPreview_Visible = false;
+    std::optional<QPoint> previewLowerLeft; ///< where a preview that is opened anew takes its predecessor's place
     bool b_Take_Picture = false; ///< a snapshot is wanted of the next frame
 
     TimerId timerViewRefresh = 0;

@@ -102,6 +102,13 @@ bool Window_Preview::eventFilter(QObject* watched, QEvent* event)
         const auto* moved = static_cast<QMoveEvent*>(event);
         move(pos() + moved->pos() - moved->oldPos());
     }
+    // A message makes the main window higher; a preview just below it makes room.
+    if (main && watched == main && event->type() == QEvent::Resize && main->isVisible()) {
+        const int bottom = main->geometry().top() + static_cast<QResizeEvent*>(event)->oldSize().height();
+        const int gap = frameGeometry().top() - bottom;
+        if (gap >= 0 && gap < 60)
+            move(pos() + QPoint(0, main->height() - static_cast<QResizeEvent*>(event)->oldSize().height()));
+    }
     return QWidget::eventFilter(watched, event);
 }
 

@@ -38,7 +38,7 @@ int QtDialogs::runAlert(const Alert& alert)
 {
     QMessageBox box(parentWindow());
     box.setIcon(alert.messageText == QLatin1String("Success") ? QMessageBox::Information : QMessageBox::Warning);
-    box.setWindowTitle(QApplication::applicationDisplayName());
+    box.setWindowTitle(QApplication::applicationName());
     box.setTextFormat(Qt::PlainText);
     box.setText(alert.messageText);
     box.setInformativeText(alert.informativeText);
