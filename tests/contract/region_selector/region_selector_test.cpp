@@ -60,7 +60,7 @@ protected:
     {
         Window_Transparent_Region selector(state, *overlay);
         QTimer::singleShot(0, &selector, [&] {
-            if (until([this] { return shows(initialRegion()); }))
+            if (until([&] { return selector.isActiveWindow() && shows(initialRegion()); }))
                 script();
             else
                 ADD_FAILURE() << "The selector does not show";
