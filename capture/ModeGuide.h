@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QAbstractButton>
+#include <QDialog>
+
+#include <functional>
+
+class QCheckBox;
+
+namespace lumavex {
+
+/// What the three guides have in common: a dialog that explains a capture type before it is entered. Main thread.
+class ModeGuide : public QDialog {
+    Q_OBJECT
+public:
+    /// Called at most once, when the user ticked the box and pressed OK: turn the guide's setting off and store it.
+    using StopShowing = std::function<void()>;
+
+    /// Shows the guide and returns, with 1, however it was left; it is hidden then.
+    int runModal();
+
+    /// The OK button.
+    void OnOK();
+
+    /// Escape and the close button.
+    void reject() override;
+
+protected:
+    explicit ModeGuide(StopShowing stopShowing);
+
+    /// Sets up the interface file's widgets; `ui` is one whose members bear the names they have in all three files.
+    template <typename Interface>
+    void load(Interface& ui, const QString& picture)
+    {
+        ui.setupUi(this);
+        ui.picture->setPicture(picture);
+        checkDontShowAgain = ui.checkDontShowAgain;
+        connect(ui.buttonOK, &QAbstractButton::clicked, this, &ModeGuide::OnOK);
+    }
+
+private:
+    void windowWillClose();
+
+    StopShowing stopShowing_;
+    QCheckBox* checkDontShowAgain = nullptr; ///< owned by the dialog; null until load
+};
+
+} // namespace lumavex

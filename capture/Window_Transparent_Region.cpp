@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "capture/Window_Transparent_Region.h"
+
+#include "capture/RegionHandles.h"
+#include "platform/ScreenOverlay.h"
+
+#include "ui_Window_Transparent_Region.h"
+
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QScreen>
+#include <QTimer>
+
+#include <chrono>
+
+using namespace std::chrono_literals;
+
+namespace lumavex {
+
+Window_Transparent_Region::Window_Transparent_Region(CaptureState& state, ScreenOverlay& overlay)
+    : state_(state), overlay_(overlay), ui_(std::make_unique<Ui::Window_Transparent_Region>())
+{
+    ui_->setupUi(this);
+    connect(ui_->viewTransparentRegion, &View_Transparent_Region::setRect_Screen_Region, this,
+            &Window_Transparent_Region::setRect_Screen_Region);
+    awakeFromNib();
+    windowDidLoad();
+}
+
+Window_Transparent_Region::~Window_Transparent_Region() = default;
+
+void Window_Transparent_Region::awakeFromNib()
+{
+    // Not Qt::Tool: some window managers do not give a utility window the whole screen.
+    setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+    setWindowModality(Qt::ApplicationModal);
+    setAttribute(Qt::WA_TranslucentBackground);
+    setMouseTracking(true);
+    QScreen* const display = QGuiApplication::primaryScreen();
+    setScreen(display);
+    setGeometry(display->geometry());
+}
+
+void Window_Transparent_Region::windowDidLoad()
+{
+    b_Mouse_Down = 0;
+    i_button_index = NoHandle;
+    state_.arrayScreenPointSquare = centredHandles(state_.size_Region, state_.size_Screen);
+    ui_->viewTransparentRegion->setHandles(state_.arrayScreenPointSquare, state_.size_Screen);
+}
+
+int Window_Transparent_Region::runModal()
+{
+    // The shape is set before the window appears, which would show as a black screen for a moment otherwise.
+    winId();
+    followDesktop();
+    showFullScreen();
+    activateWindow();
+    // A compositing manager that ends causes no redraw, and would leave a black screen.
+    QTimer lookAtDesktop;
+    connect(&lookAtDesktop, &QTimer::timeout, this, &Window_Transparent_Region::followDesktop);
+    lookAtDesktop.start(250ms);
+    const int code = session_.exec();
+    catcher_.reset();
+    hide();
+    return code;
+}
+
+void Window_Transparent_Region::stopModalWithCode(int code)
+{
+    session_.exit(code);
+}
+
+void Window_Transparent_Region::setRect_Screen_Region(const CGRect& region)
+{
+    state_.rect_Screen_Region = region;
+    followDesktop();
+    Q_EMIT regionChanged(region);
+}
+
+/// Brings shape and catcher into line with the drawing and with the desktop, whose compositing manager may come or go.
+void Window_Transparent_Region::followDesktop()
+{
+    const bool blended = overlay_.blendsTranslucentWindows();
+    const QRegion shape = blended ? QRegion() : ui_->viewTransparentRegion->drawnPixels();
+    if (shape != shape_)
+        overlay_.setShape(winId(), shape);
+    shape_ = shape;
+    if (blended == (catcher_ == nullptr))
+        return;
+    b_Mouse_Down = 0; // the release will not come the way of the press
+    if (blended) {
+        catcher_.reset();
+    } else {
+        // A screen keeps its place on the desktop in device pixels.
+        const QRect area(screen()->geometry().topLeft(),
+                         QSizeF(state_.size_Screen.width, state_.size_Screen.height).toSize());
+        catcher_ = overlay_.catchPointer(area, [this](const CaughtPointer& pointer) { caught(pointer); });
+    }
+}
+
+void Window_Transparent_Region::mouseDown(const CGPoint& location)
+{
+    latestLocation_ = location;
+    const std::int32_t handle = handleAt(state_.arrayScreenPointSquare, location);
+    if (handle == NoHandle)
+        return;
+    i_button_index = handle;
+    if (handle == CentreHandle)
+        stopModalWithCode(1);
+    else
+        b_Mouse_Down = 1;
+}
+
+void Window_Transparent_Region::mouseDragged(const CGPoint& location)
+{
+    latestLocation_ = location;
+    if (b_Mouse_Down != 1 || !isCorner(i_button_index))
+        return;
+    dragHandle(state_.arrayScreenPointSquare, i_button_index, location);
+    ui_->viewTransparentRegion->setNeedsDisplay();
+}
+
+void Window_Transparent_Region::mouseUp(const CGPoint& location)
+{
+    // The last motion before the release may have been merged away on its way here.
+    if (location != latestLocation_)
+        mouseDragged(location);
+    b_Mouse_Down = 0;
+}
+
+void Window_Transparent_Region::moved(const CGPoint& location)
+{
+    if (b_Mouse_Down == 0)
+        showCursorFor(handleAt(state_.arrayScreenPointSquare, location));
+    mouseDragged(location);
+}
+
+void Window_Transparent_Region::showCursorFor(std::int32_t handle)
+{
+    Qt::CursorShape shape = Qt::ArrowCursor;
+    if (handle == LowerLeftHandle || handle == UpperRightHandle)
+        shape = Qt::SizeBDiagCursor;
+    else if (handle == UpperLeftHandle || handle == LowerRightHandle)
+        shape = Qt::SizeFDiagCursor;
+    else if (handle == CentreHandle)
+        shape = Qt::PointingHandCursor;
+    if (shape != cursor().shape())
+        setCursor(shape);
+    if (catcher_)
+        catcher_->setCursor(shape);
+}
+
+void Window_Transparent_Region::caught(const CaughtPointer& pointer)
+{
+    const CGPoint location = ui_->viewTransparentRegion->locationOf(pointer.position);
+    switch (pointer.kind) {
+    case CaughtPointer::Press:
+        mouseDown(location);
+        break;
+    case CaughtPointer::Move:
+        moved(location);
+        break;
+    case CaughtPointer::Release:
+        mouseUp(location);
+        break;
+    }
+}
+
+// Qt rounds the position to whole logical pixels on its way to a widget; the one in the scene is kept as it was.
+
+void Window_Transparent_Region::mousePressEvent(QMouseEvent* event)
+{
+    if (event->button() == Qt::LeftButton)
+        mouseDown(ui_->viewTransparentRegion->locationOf(event->scenePosition()));
+}
+
+void Window_Transparent_Region::mouseMoveEvent(QMouseEvent* event)
+{
+    moved(ui_->viewTransparentRegion->locationOf(event->scenePosition()));
+}
+
+void Window_Transparent_Region::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (event->button() == Qt::LeftButton)
+        mouseUp(ui_->viewTransparentRegion->locationOf(event->scenePosition()));
+}
+
+void Window_Transparent_Region::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    mousePressEvent(event); // a second press soon after the first is a press like any other
+}
+
+void Window_Transparent_Region::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Escape || event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        stopModalWithCode(1);
+    else
+        QWidget::keyPressEvent(event);
+}
+
+void Window_Transparent_Region::closeEvent(QCloseEvent* event)
+{
+    event->accept();
+    stopModalWithCode(1);
+}
+
+} // namespace lumavex

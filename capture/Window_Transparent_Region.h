@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "capture/CaptureState.h"
+
+#include <QEventLoop>
+#include <QWidget>
+
+#include <cstdint>
+#include <memory>
+
+namespace Ui {
+class Window_Transparent_Region;
+}
+
+namespace lumavex {
+
+struct CaughtPointer;
+class PointerCatcher;
+class ScreenOverlay;
+
+/// The region selector: a see-through window that covers the main display and lets the user drag the corners of the
+/// region. A click on the centre, Escape, Return or closing the window ends it. Where no compositing manager runs, only
+/// the drawn pixels remain of the window, and an invisible window takes the clicks beside them. Main thread.
+class Window_Transparent_Region final : public QWidget {
+    Q_OBJECT
+public:
+    /// Reads size_Screen and size_Region once; fills arrayScreenPointSquare with a centred region and moves the handles
+    /// in it; each redraw writes rect_Screen_Region. `state` and `overlay` outlive the window.
+    Window_Transparent_Region(CaptureState& state, ScreenOverlay& overlay);
+    ~Window_Transparent_Region() override;
+
+    /// Shows the window and returns, with 1, when the user is done; the window is hidden then. Timers go on meanwhile.
+    int runModal();
+
+    /// The pointer's first button at a location in screen coordinates.
+    void mouseDown(const CGPoint& location);
+    void mouseDragged(const CGPoint& location);
+    void mouseUp(const CGPoint& location);
+
+Q_SIGNALS:
+    /// rect_Screen_Region was written.
+    void regionChanged(const CGRect& region);
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void awakeFromNib();
+    void windowDidLoad();
+    void stopModalWithCode(int code);
+    void setRect_Screen_Region(const CGRect& region);
+    void followDesktop();
+    void caught(const CaughtPointer& pointer);
+    void moved(const CGPoint& location);
+    void showCursorFor(std::int32_t handle);
+
+    CaptureState& state_;
+    ScreenOverlay& overlay_;
+    std::unique_ptr<Ui::Window_Transparent_Region> ui_;
+    QEventLoop session_;
+    std::unique_ptr<PointerCatcher> catcher_; ///< null while translucent windows are blended
+    QRegion shape_;                           ///< null while the window is whole
+    CGPoint latestLocation_;
+
+    std::uint8_t b_Mouse_Down = 0;    ///< 1 while a corner handle is held down
+    std::int32_t i_button_index = -1; ///< the HandleIndex last hit
+};
+
+} // namespace lumavex

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "capture/Window_WindowExclusive_How_It_Works.h"
+
+#include "ui_Window_WindowExclusive_How_It_Works.h"
+
+#include <utility>
+
+namespace lumavex {
+
+Window_WindowExclusive_How_It_Works::Window_WindowExclusive_How_It_Works(StopShowing stopShowing)
+    : ModeGuide(std::move(stopShowing)), ui_(std::make_unique<Ui::Window_WindowExclusive_How_It_Works>())
+{
+    load(*ui_, QStringLiteral(":/guides/window_exclusive.svg"));
+}
+
+Window_WindowExclusive_How_It_Works::~Window_WindowExclusive_How_It_Works() = default;
+
+} // namespace lumavex

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "capture/ModeGuide.h"
+
+#include <memory>
+
+namespace Ui {
+class Window_WindowExclusive_How_It_Works;
+}
+
+namespace lumavex {
+
+/// The guide of the window-exclusive capture type.
+class Window_WindowExclusive_How_It_Works final : public ModeGuide {
+    Q_OBJECT
+public:
+    explicit Window_WindowExclusive_How_It_Works(StopShowing stopShowing);
+    ~Window_WindowExclusive_How_It_Works() override;
+
+private:
+    std::unique_ptr<Ui::Window_WindowExclusive_How_It_Works> ui_;
+};
+
+} // namespace lumavex
