@@ -7,7 +7,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
-#include <string_view>
 #include <thread>
 #include <utility>
 
@@ -65,6 +64,32 @@ ListedCamera describe(std::shared_ptr<GstDevice> device)
     camera.key = type + ' ' + id;
     camera.device = std::move(device);
     return camera;
+}
+
+MonitorPtr makeMonitor()
+{
+    MonitorPtr monitor(gst_device_monitor_new());
+    gst_device_monitor_add_filter(monitor.get(), "Video/Source", nullptr);
+    return monitor;
+}
+
+GstBusSyncReply drop(GstBus*, GstMessage* message, gpointer)
+{
+    gst_message_unref(message);
+    return GST_BUS_DROP;
+}
+
+/// Once started, the services are watched as long as the process lives: PipeWire's provider (0.3.65) frees its nodes a
+/// second time when the last monitor stops it.
+void keepServicesStarted()
+{
+    [[maybe_unused]] static const GstDeviceMonitor* const keeper = [] {
+        GstDeviceMonitor* monitor = makeMonitor().release();
+        const GstPtr<GstBus> bus(gst_device_monitor_get_bus(monitor));
+        gst_bus_set_sync_handler(bus.get(), drop, nullptr, nullptr);
+        gst_device_monitor_start(monitor);
+        return monitor;
+    }();
 }
 
 bool isReadable(GstDevice* device)
@@ -134,9 +159,8 @@ struct GstCameraList::Shared {
 GstCameraList::GstCameraList(ChangeHandler changed) : shared_(std::make_shared<Shared>())
 {
     shared_->handler = std::move(changed);
-    shared_->monitor.reset(gst_device_monitor_new());
+    shared_->monitor = makeMonitor();
     shared_->bus.reset(gst_device_monitor_get_bus(shared_->monitor.get()));
-    gst_device_monitor_add_filter(shared_->monitor.get(), "Video/Source", nullptr);
     std::thread([shared = shared_] { watch(shared); }).detach();
 }
 
@@ -159,6 +183,7 @@ std::vector<Camera> GstCameraList::cameras()
 void GstCameraList::watch(const std::shared_ptr<Shared>& shared)
 {
     pthread_setname_np(pthread_self(), "cameraList");
+    keepServicesStarted();
     gst_device_monitor_start(shared->monitor.get());
     for (;;) {
         std::vector<Camera> now = listing(shared->monitor.get());
