@@ -83,6 +83,9 @@ GstCameraCaps::GstCameraCaps(const GstCaps* caps)
             add(structure, {.media = media, .format = {}}, kCostJpeg);
         if (media != "video/x-raw")
             continue;
+        // Some programs that pose as cameras leave open what they will send.
+        if (!gst_structure_has_field(structure, "format"))
+            add(structure, {.media = media, .format = {}, .converted = true}, kCostConverted);
         for (const std::string& format : textsOf(gst_structure_get_value(structure, "format")))
             if (isReadable(format))
                 add(structure, {.media = media, .format = format, .converted = !isNative(format)},

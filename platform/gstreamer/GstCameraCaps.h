@@ -24,7 +24,7 @@ public:
 private:
     struct Kind {
         std::string media;
-        std::string format; ///< empty for JPEG
+        std::string format; ///< empty for JPEG, and when the camera does not say
         int rateNumerator = 0;
         int rateDenominator = 1;
         bool converted = false;

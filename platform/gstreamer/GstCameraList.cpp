@@ -73,23 +73,13 @@ MonitorPtr makeMonitor()
     return monitor;
 }
 
-GstBusSyncReply drop(GstBus*, GstMessage* message, gpointer)
+/// A monitor that is never stopped, so that the services are watched as long as the process lives: PipeWire's provider
+/// (0.3.65) frees its nodes a second time when the last monitor stops it. A provider reports changes only to the monitor
+/// made last, so this one has to be there before any other.
+GstDeviceMonitor* keeper()
 {
-    gst_message_unref(message);
-    return GST_BUS_DROP;
-}
-
-/// Once started, the services are watched as long as the process lives: PipeWire's provider (0.3.65) frees its nodes a
-/// second time when the last monitor stops it.
-void keepServicesStarted()
-{
-    [[maybe_unused]] static const GstDeviceMonitor* const keeper = [] {
-        GstDeviceMonitor* monitor = makeMonitor().release();
-        const GstPtr<GstBus> bus(gst_device_monitor_get_bus(monitor));
-        gst_bus_set_sync_handler(bus.get(), drop, nullptr, nullptr);
-        gst_device_monitor_start(monitor);
-        return monitor;
-    }();
+    static GstDeviceMonitor* const monitor = makeMonitor().release();
+    return monitor;
 }
 
 bool isReadable(GstDevice* device)
@@ -159,6 +149,7 @@ struct GstCameraList::Shared {
 GstCameraList::GstCameraList(ChangeHandler changed) : shared_(std::make_shared<Shared>())
 {
     shared_->handler = std::move(changed);
+    keeper();
     shared_->monitor = makeMonitor();
     shared_->bus.reset(gst_device_monitor_get_bus(shared_->monitor.get()));
     std::thread([shared = shared_] { watch(shared); }).detach();
@@ -183,7 +174,7 @@ std::vector<Camera> GstCameraList::cameras()
 void GstCameraList::watch(const std::shared_ptr<Shared>& shared)
 {
     pthread_setname_np(pthread_self(), "cameraList");
-    keepServicesStarted();
+    gst_device_monitor_start(keeper());
     gst_device_monitor_start(shared->monitor.get());
     for (;;) {
         std::vector<Camera> now = listing(shared->monitor.get());

@@ -10,7 +10,7 @@
 namespace lumavex {
 namespace {
 
-const QString kName = QStringLiteral("Studio camera");
+const QString kName = QStringLiteral("StudioCamera");
 
 ListedCamera listed(const char* name, CameraService service, const char* place = "")
 {
@@ -91,7 +91,7 @@ public:
                        QStringLiteral("-q|videotestsrc|is-live=true|pattern=solid-color|foreground-color=0xffc86428|!|"
                                       "video/x-raw,width=640,height=480,framerate=30/1|!|%1"
                                       "pipewiresink|mode=provide|stream-properties=props,media.class=Video/Source,"
-                                      "media.role=Camera,node.description=\"%2\"")
+                                      "media.role=Camera,node.description=%2")
                            .arg(encoding, name)
                            .split(QLatin1Char('|')));
         EXPECT_TRUE(process_.waitForStarted(5000));
