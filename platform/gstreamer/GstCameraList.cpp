@@ -74,8 +74,8 @@ MonitorPtr makeMonitor()
 }
 
 /// A monitor that is never stopped, so that the services are watched as long as the process lives: PipeWire's provider
-/// (0.3.65) frees its nodes a second time when the last monitor stops it. A provider reports changes only to the monitor
-/// made last, so this one has to be there before any other.
+/// (0.3.65) frees its nodes a second time when the last monitor stops it. A provider reports changes only to the
+/// monitor made last, so this one has to be there before any other.
 GstDeviceMonitor* keeper()
 {
     static GstDeviceMonitor* const monitor = makeMonitor().release();

@@ -35,8 +35,8 @@ struct Camera {
 /// place, a camera with the name of one of another service. Each camera stands where it is listed first.
 std::vector<Camera> joinListings(const std::vector<ListedCamera>& listed);
 
-/// The cameras present. A thread of its own watches them, since asking the services may take long. Of several lists only
-/// the one made last hears of changes.
+/// The cameras present. A thread of its own watches them, since asking the services may take long. Of several lists
+/// only the one made last hears of changes.
 class GstCameraList {
 public:
     /// Called on the watching thread whenever the list has changed.

@@ -147,6 +147,12 @@ QString GstCameraPipeline::waitUntilRunning(Time deadline)
     return trouble_;
 }
 
+bool GstCameraPipeline::isOpening()
+{
+    const std::lock_guard lock(mutex_);
+    return phase_ == Phase::Opening;
+}
+
 void GstCameraPipeline::abandon()
 {
     const std::lock_guard lock(handling_);

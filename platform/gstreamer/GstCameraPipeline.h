@@ -42,6 +42,8 @@ public:
     /// Waits for the first frame, a failure or the time. Empty when the camera runs, if need be without having sent
     /// anything yet; else why not, in the user's words.
     QString waitUntilRunning(Time deadline);
+    /// Neither running nor failed: the system does not answer.
+    bool isOpening();
     /// No handler runs when this returns, nor later. The camera is given back soon.
     void abandon();
     /// Abandons it and waits until the camera is given back, at most 2 s.

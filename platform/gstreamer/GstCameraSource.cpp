@@ -20,9 +20,10 @@ using std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kOpen{2900};
 /// Another service is not worth trying in less time.
 constexpr std::chrono::milliseconds kLeastOpen{300};
+constexpr std::chrono::milliseconds kPromptAnswer{1300};
 constexpr std::chrono::seconds kRetry{1};
-/// An attempt to take a camera up again that has not succeeded by then is given up.
-constexpr std::chrono::seconds kAttempt{12};
+/// An attempt to take a camera up again that has not been answered by then is given up for another.
+constexpr std::chrono::seconds kAttempt{4};
 
 class GstCameraSource final : public CameraSource {
 public:
@@ -51,6 +52,7 @@ private:
 
     std::vector<Camera> cameras() { return list_ ? list_->cameras() : std::vector<Camera>{}; }
     QString openFirstWay(const Camera& camera, Opening& opening);
+    QString openOneWay(const ListedCamera& way, Opening& opening, steady_clock::time_point deadline);
     bool begin(const ListedCamera& way, Opening& opening);
     void listChanged();
     void pipelineStarted(std::uint64_t number);
@@ -129,20 +131,30 @@ QString GstCameraSource::openFirstWay(const Camera& camera, Opening& opening)
     for (const ListedCamera& way : camera.ways) {
         if (deadline - steady_clock::now() < kLeastOpen)
             break;
+        // PipeWire forgets a request for a node its session manager has only just heard of; asking again helps.
         QString reason;
-        if (begin(way, opening)) {
-            reason = opening.pipeline->waitUntilRunning(deadline);
-            if (reason.isEmpty())
-                return {};
-            opening.pipeline->abandon();
-        } else {
-            reason = QCoreApplication::translate("GstCamera", "The camera %1 does not offer this resolution.")
-                         .arg(camera.name);
-        }
+        if (way.service == CameraService::PipeWire)
+            reason = openOneWay(way, opening, std::min(deadline, steady_clock::now() + kPromptAnswer));
+        if (way.service != CameraService::PipeWire
+            || (!reason.isEmpty() && opening.pipeline && opening.pipeline->isOpening()))
+            reason = openOneWay(way, opening, deadline);
+        if (reason.isEmpty())
+            return {};
         if (trouble.isEmpty())
             trouble = reason;
     }
     return trouble;
+}
+
+QString GstCameraSource::openOneWay(const ListedCamera& way, Opening& opening, steady_clock::time_point deadline)
+{
+    opening.pipeline.reset();
+    if (!begin(way, opening))
+        return QCoreApplication::translate("GstCamera", "The camera %1 does not offer this resolution.").arg(way.name);
+    const QString reason = opening.pipeline->waitUntilRunning(deadline);
+    if (!reason.isEmpty())
+        opening.pipeline->abandon();
+    return reason;
 }
 
 /// False when the camera does not offer the resolution.
@@ -233,7 +245,7 @@ void GstCameraSource::takeUpAgain()
         return;
     retry_.start();
     if (opening_->pipeline) {
-        if (steady_clock::now() - opening_->since < kAttempt)
+        if (!opening_->pipeline->isOpening() || steady_clock::now() - opening_->since < kAttempt)
             return;
         opening_->pipeline->abandon();
         opening_->pipeline.reset();

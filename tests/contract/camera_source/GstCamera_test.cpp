@@ -5,8 +5,6 @@
 #include "platform/gstreamer/GstInit.h"
 #include "tests/contract/camera_source/CameraWorlds.h"
 
-#include <csignal>
-
 namespace lumavex {
 namespace {
 
@@ -80,35 +78,6 @@ TEST(CameraCaps, ModesAreWhatCanBeReadInOrdinaryMemory)
     EXPECT_TRUE(GstCameraCaps(nullptr).modes().empty());
 }
 
-/// A program that offers a picture of one colour as a camera.
-class CameraProgram {
-public:
-    CameraProgram(const QString& name, const QString& encoding)
-    {
-        process_.setStandardOutputFile(QProcess::nullDevice());
-        process_.setStandardErrorFile(QProcess::nullDevice());
-        process_.start(QStringLiteral("gst-launch-1.0"),
-                       QStringLiteral("-q|videotestsrc|is-live=true|pattern=solid-color|foreground-color=0xffc86428|!|"
-                                      "video/x-raw,width=640,height=480,framerate=30/1|!|%1"
-                                      "pipewiresink|mode=provide|stream-properties=props,media.class=Video/Source,"
-                                      "media.role=Camera,node.description=%2")
-                           .arg(encoding, name)
-                           .split(QLatin1Char('|')));
-        EXPECT_TRUE(process_.waitForStarted(5000));
-    }
-    ~CameraProgram()
-    {
-        wake();
-        process_.kill();
-        process_.waitForFinished(5000);
-    }
-    void freeze() { ::kill(pid_t(process_.processId()), SIGSTOP); }
-    void wake() { ::kill(pid_t(process_.processId()), SIGCONT); }
-
-private:
-    QProcess process_;
-};
-
 class RealCamera : public testing::Test {
 protected:
     RealCamera()
@@ -156,36 +125,6 @@ TEST_F(RealCamera, TestBarsComeThroughInTheirColours)
     EXPECT_NEAR(bar(5).hue() % 352, 0, 8);
     EXPECT_NEAR(bar(6).hue(), 240, 8);
     EXPECT_TRUE(camera.stopCamera());
-}
-
-TEST_F(RealCamera, ACameraThatSendsJpeg)
-{
-    const CameraProgram program(kName, QStringLiteral("jpegenc|!|"));
-    ASSERT_TRUE(isListed());
-    ASSERT_TRUE(camera.startCamera(kName)) << qPrintable(camera.trouble());
-    ASSERT_TRUE(picturesArrive());
-    ASSERT_EQ(state.imgDeviceCapture.size(), QSize(640, 480));
-    const QColor color(state.imgDeviceCapture.pixel(320, 240));
-    EXPECT_NEAR(color.red(), 0xC8, 4);
-    EXPECT_NEAR(color.green(), 0x64, 4);
-    EXPECT_NEAR(color.blue(), 0x28, 4);
-}
-
-TEST_F(RealCamera, ACameraThatFallsSilentIsLostUntilItSendsAgain)
-{
-    auto program = std::make_unique<CameraProgram>(kName, QString());
-    ASSERT_TRUE(isListed());
-    ASSERT_TRUE(camera.startCamera(kName)) << qPrintable(camera.trouble());
-    ASSERT_TRUE(picturesArrive());
-    program->freeze();
-    ASSERT_TRUE(eventually([this] { return !presence.empty(); }));
-    EXPECT_EQ(presence, std::vector<bool>{false});
-    program->wake();
-    program.reset();
-    program = std::make_unique<CameraProgram>(kName, QString());
-    EXPECT_TRUE(eventually([this] { return presence.size() > 1; }));
-    EXPECT_EQ(presence, (std::vector<bool>{false, true}));
-    EXPECT_TRUE(picturesArrive());
 }
 
 } // namespace
