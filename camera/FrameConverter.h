@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "camera/ColorControls.h"
+#include "camera/PicturePool.h"
+#include "platform/CameraFrame.h"
+
+#include <QImage>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace lumavex {
+
+class JpegFrame;
+
+/// Makes pictures of camera frames: unpacks, scales when the picture wanted is smaller, applies the colour controls,
+/// each pixel in one go as far as the frame's kind allows. Use it from one thread at a time.
+class FrameConverter {
+public:
+    FrameConverter();
+    ~FrameConverter();
+
+    /// The frame as a picture of Format_RGB32. Null when the frame is damaged beyond use.
+    QImage convert(const CameraFrame& frame, const std::optional<ColorMatrix>& controls);
+
+    /// The part of something of this size, about its centre and at even places, that has the shape of `picture`.
+    static QRect partOfShape(const QSize& size, const QSize& picture);
+
+private:
+    struct Target;
+
+    bool unpack(const CameraFrame& frame, const Target& target);
+    bool unpackRows(const CameraFrame& frame, int top, int rows, std::uint8_t* to, int stride);
+    bool unpackYuy2(const CameraFrame& frame, int top, int rows, std::uint8_t* to, int stride);
+    QImage scaled(const CameraFrame& frame, const QSize& picture, const std::optional<ColorMatrix>& controls);
+
+    PicturePool pool_;
+    std::unique_ptr<JpegFrame> jpeg_;
+    std::vector<std::uint32_t> whole_;     ///< the frame unpacked, before it is scaled
+    std::vector<std::uint32_t> halved_[2]; ///< on the way to less than half the size
+    std::vector<std::uint8_t> unpacked_;   ///< planes of some rows
+};
+
+} // namespace lumavex

@@ -1,0 +1,198 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/gstreamer/GstCameraList.h"
+
+#include "platform/gstreamer/GstCameraCaps.h"
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+#include <pthread.h>
+
+namespace lumavex {
+namespace {
+
+constexpr std::chrono::seconds kFirstListing{2};
+constexpr std::chrono::seconds kFarewell{2};
+
+struct UnrefObject {
+    void operator()(gpointer object) const { gst_object_unref(object); }
+};
+using MonitorPtr = std::unique_ptr<GstDeviceMonitor, UnrefObject>;
+
+std::string property(const GstStructure* properties, std::initializer_list<const char*> names)
+{
+    for (const char* name : names) {
+        const GValue* value = properties ? gst_structure_get_value(properties, name) : nullptr;
+        if (value && G_VALUE_HOLDS_STRING(value) && g_value_get_string(value))
+            return g_value_get_string(value);
+        if (value && G_VALUE_HOLDS_UINT64(value))
+            return std::to_string(g_value_get_uint64(value));
+        if (value && G_VALUE_HOLDS_UINT(value))
+            return std::to_string(g_value_get_uint(value));
+    }
+    return {};
+}
+
+CameraService serviceOf(const std::string& type)
+{
+    if (type == "GstV4l2Device")
+        return CameraService::V4l2;
+    if (type == "GstPipeWireDevice")
+        return CameraService::PipeWire;
+    return type == "GstLibcameraDevice" ? CameraService::Libcamera : CameraService::Other;
+}
+
+ListedCamera describe(std::shared_ptr<GstDevice> device)
+{
+    ListedCamera camera;
+    const std::unique_ptr<gchar, decltype(&g_free)> name(gst_device_get_display_name(device.get()), g_free);
+    const std::unique_ptr<GstStructure, decltype(&gst_structure_free)> properties(
+        gst_device_get_properties(device.get()), gst_structure_free);
+    const std::string type = G_OBJECT_TYPE_NAME(device.get());
+    camera.name = QString::fromUtf8(name.get());
+    camera.service = serviceOf(type);
+    camera.place = camera.service == CameraService::Libcamera
+                       ? std::string(name.get())
+                       : property(properties.get(), {"device.path", "api.v4l2.path", "api.libcamera.path"});
+    std::string id = property(properties.get(), {"object.serial", "object.id", "device.path"});
+    if (id.empty())
+        id = std::to_string(reinterpret_cast<std::uintptr_t>(device.get()));
+    camera.key = type + ' ' + id;
+    camera.device = std::move(device);
+    return camera;
+}
+
+MonitorPtr makeMonitor()
+{
+    MonitorPtr monitor(gst_device_monitor_new());
+    gst_device_monitor_add_filter(monitor.get(), "Video/Source", nullptr);
+    return monitor;
+}
+
+/// A monitor that is never stopped, so that the services are watched as long as the process lives: PipeWire's provider
+/// (0.3.65) frees its nodes a second time when the last monitor stops it. A provider reports changes only to the
+/// monitor made last, so this one has to be there before any other.
+GstDeviceMonitor* keeper()
+{
+    static GstDeviceMonitor* const monitor = makeMonitor().release();
+    return monitor;
+}
+
+bool isReadable(GstDevice* device)
+{
+    const GstPtr<GstCaps> caps(gst_device_get_caps(device));
+    return !GstCameraCaps(caps.get()).modes().empty();
+}
+
+std::vector<Camera> listing(GstDeviceMonitor* monitor)
+{
+    std::vector<ListedCamera> listed;
+    GList* devices = gst_device_monitor_get_devices(monitor);
+    for (GList* each = devices; each; each = each->next) {
+        std::shared_ptr<GstDevice> device(GST_DEVICE(each->data), UnrefObject{});
+        if (isReadable(device.get()))
+            listed.push_back(describe(std::move(device)));
+    }
+    g_list_free(devices);
+    return joinListings(listed);
+}
+
+bool areSame(const Camera& known, const ListedCamera& other)
+{
+    const auto sees = [&](const ListedCamera& way) {
+        if (way.service == other.service)
+            return false;
+        return way.place.empty() || other.place.empty() ? way.name == other.name : way.place == other.place;
+    };
+    const bool listedByService = std::any_of(known.ways.begin(), known.ways.end(),
+                                             [&](const ListedCamera& way) { return way.service == other.service; });
+    return !listedByService && std::any_of(known.ways.begin(), known.ways.end(), sees);
+}
+
+} // namespace
+
+std::vector<Camera> joinListings(const std::vector<ListedCamera>& listed)
+{
+    std::vector<Camera> cameras;
+    for (const ListedCamera& each : listed) {
+        const auto same =
+            std::find_if(cameras.begin(), cameras.end(), [&](const Camera& camera) { return areSame(camera, each); });
+        if (same == cameras.end())
+            cameras.push_back({each.name, {each}});
+        else
+            same->ways.push_back(each);
+    }
+    for (Camera& camera : cameras) {
+        std::stable_sort(camera.ways.begin(), camera.ways.end(),
+                         [](const ListedCamera& a, const ListedCamera& b) { return a.service < b.service; });
+        camera.name = camera.ways.front().name;
+    }
+    return cameras;
+}
+
+struct GstCameraList::Shared {
+    std::mutex mutex;
+    std::condition_variable changed;
+    ChangeHandler handler; ///< not called any more once `ending`
+    std::vector<Camera> cameras;
+    bool listed = false;
+    bool ending = false;
+    bool ended = false;
+    GstPtr<GstBus> bus; ///< of the monitor
+    MonitorPtr monitor;
+};
+
+GstCameraList::GstCameraList(ChangeHandler changed) : shared_(std::make_shared<Shared>())
+{
+    shared_->handler = std::move(changed);
+    keeper();
+    shared_->monitor = makeMonitor();
+    shared_->bus.reset(gst_device_monitor_get_bus(shared_->monitor.get()));
+    std::thread([shared = shared_] { watch(shared); }).detach();
+}
+
+GstCameraList::~GstCameraList()
+{
+    std::unique_lock lock(shared_->mutex);
+    shared_->ending = true;
+    gst_bus_post(shared_->bus.get(), gst_message_new_application(nullptr, gst_structure_new_empty("end")));
+    // A service that hangs must not hang us: the thread then keeps what it needs.
+    shared_->changed.wait_for(lock, kFarewell, [this] { return shared_->ended; });
+}
+
+std::vector<Camera> GstCameraList::cameras()
+{
+    std::unique_lock lock(shared_->mutex);
+    shared_->changed.wait_for(lock, kFirstListing, [this] { return shared_->listed; });
+    return shared_->cameras;
+}
+
+void GstCameraList::watch(const std::shared_ptr<Shared>& shared)
+{
+    pthread_setname_np(pthread_self(), "cameraList");
+    gst_device_monitor_start(keeper());
+    gst_device_monitor_start(shared->monitor.get());
+    for (;;) {
+        std::vector<Camera> now = listing(shared->monitor.get());
+        {
+            const std::lock_guard lock(shared->mutex);
+            if (shared->ending)
+                break;
+            shared->cameras = std::move(now);
+            shared->listed = true;
+            shared->handler();
+            shared->changed.notify_all();
+        }
+        const GstPtr<GstMessage> message(gst_bus_timed_pop(shared->bus.get(), GST_CLOCK_TIME_NONE));
+    }
+    gst_device_monitor_stop(shared->monitor.get());
+    const std::lock_guard lock(shared->mutex);
+    shared->ended = true;
+    shared->changed.notify_all();
+}
+
+} // namespace lumavex
