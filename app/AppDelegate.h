@@ -3,7 +3,7 @@
 
 #include "app/ApplicationState.h"
 #include "app/LaunchOptions.h"
-#include "camera/CameraState.h"
+#include "camera/CameraDelegate.h"
 #include "capture/CaptureState.h"
 #include "compose/ComposeState.h"
 #include "compose/Compositor.h"
@@ -85,6 +85,28 @@ public:
     // --- Sources and capture types: AppDelegate_Sources.cpp ---
     void EnableCameraRelatedControls(bool enabled);
     void EnableScreenCaptureModes(bool enabled);
+    void OnToolbarScreenOnly();
+    void OnToolbarCameraOnly();
+    void OnToolbarScreenAndCamera();
+    void OnMenuScreenOnly() { OnToolbarScreenOnly(); }
+    void OnMenuCameraOnly() { OnToolbarCameraOnly(); }
+    void OnMenuBothScreenPrimary();
+    void OnMenuBothCameraPrimary();
+    void OnToolbarEntireScreen();
+    void OnToolbarFollowCursor();
+    void OnToolbarRegion();
+    void OnToolbarWindowExclusive();
+    void OnMenuEntireScreen() { OnToolbarEntireScreen(); }
+    void OnMenuFollowCursor() { OnToolbarFollowCursor(); }
+    void OnMenuRegion() { OnToolbarRegion(); }
+    void OnMenuWindowExclusive() { OnToolbarWindowExclusive(); }
+
+    // --- Pages: AppDelegate_Pages.cpp ---
+    void OnToolbarHelp();
+    void OnMenuAppHomePage();
+    void OnMenuCompanyHomePage();
+    void OnMenuPrivacyPolicy();
+    void OnMenuSupportTicket();
 
     // --- Preview window and frames: AppDelegate_Preview.cpp ---
     void OnMenuPreviewUp();
@@ -134,6 +156,19 @@ private:
     void check(QAction*& last, QAction* item);
     bool createWorkingFolders();
     void startCameraOfSettings();
+    void connectCamera();
+    void adoptCameraSize();
+    enum VideoSource : std::int64_t { ScreenPrimary = 1, CameraPrimary = 2 };
+    enum class Secondary { Hidden, Shown };
+    bool hasCamera(const QString& messageText);
+    void chooseSource(VideoSource primary, Secondary secondary);
+    void showCaptureType(QAction* toolbarItem, QAction* menuItem);
+    CGSize catalogueSize(std::int64_t index) const;
+    template <class Guide>
+    void runGuide(const char* setting, std::int64_t& value);
+    void runRegionSelector();
+    void chooseFirstWindow();
+    void openPage(const QUrl& address);
     void setUpSourceControls();
     void setUpOutputSize();
     void showMainWindow();
@@ -163,6 +198,7 @@ private:
     Platform& platform_;
     Window_Main& window_;
     const LaunchOptions options_;
+    CameraDelegate cameraDelegate;
     Compositor compositor_;
     std::optional<FrameInputs> previewShown_; ///< what the view shows, so that an unchanged frame is not drawn again
     std::optional<FrameInputs> lastAppended_; ///< what the latest frame of the recording was made of

@@ -2,6 +2,10 @@
 #include "app/AppDelegate.h"
 
 #include "app/Window_Main.h"
+#include "capture/Window_FollowCursor_How_It_Works.h"
+#include "capture/Window_Region_How_It_Works.h"
+#include "capture/Window_Transparent_Region.h"
+#include "capture/Window_WindowExclusive_How_It_Works.h"
 
 #include <QAction>
 
@@ -23,22 +27,45 @@ void AppDelegate::EnableScreenCaptureModes(bool enabled)
 
 void AppDelegate::startCameraOfSettings()
 {
-    camera.arrayCameras = platform_.cameras->names();
+    camera.arrayCameras = cameraDelegate.enumCameras();
     if (camera.s_Camera_Name == doNotConnectToCamera)
         return;
-    const QString problem = platform_.cameras->open({camera.s_Camera_Name, camera.i_Camera_CRP});
-    camera.b_Camera_Connected = problem.isEmpty();
+    camera.b_Camera_Connected = cameraDelegate.startCamera(camera.s_Camera_Name);
     if (camera.b_Camera_Connected)
         return;
-    qWarning("%s", qUtf8Printable(problem));
+    qWarning("%s", qUtf8Printable(cameraDelegate.trouble()));
+    window_.showMessage(cameraDelegate.trouble());
     platform_.dialogs->runAlert({QStringLiteral("Error"),
                                  QStringLiteral("Could not start Camera. Change Camera Resolution and try again."),
                                  {QStringLiteral("Close")}});
-    platform_.cameras->stop();
+    cameraDelegate.stopCamera();
     camera.m_i_Camera_Capture_FPS = 1;
     storeInteger("i_Camera_Capture_FPS", 1);
     camera.s_Camera_Name = doNotConnectToCamera;
     storeText("s_Camera_Name", camera.s_Camera_Name);
+}
+
+void AppDelegate::connectCamera()
+{
+    connect(&cameraDelegate, &CameraDelegate::pictureTaken, this, &AppDelegate::adoptCameraSize);
+    connect(&cameraDelegate, &CameraDelegate::cameraPresenceChanged, this, [this](bool present) {
+        if (present)
+            window_.showMessage(tr("The camera %1 is back.").arg(camera.s_Camera_Name));
+        else
+            window_.showMessage(tr("The camera %1 is gone. Its last picture stays until it comes back.").arg(camera.s_Camera_Name));
+    });
+}
+
+void AppDelegate::adoptCameraSize()
+{
+    if (!camera.b_Change_to_Camera_Resolution)
+        return;
+    setVideoOutputSize(camera.size_Camera);
+    // The first time the preview is only about to open, in the right shape.
+    if (camera.i_Camera_Resolution_Change_Count > 0 && recording.m_RecordStatus == Idle)
+        Refresh_Preview_Window();
+    camera.b_Change_to_Camera_Resolution = false;
+    ++camera.i_Camera_Resolution_Change_Count;
 }
 
 void AppDelegate::setUpSourceControls()
@@ -52,6 +79,143 @@ void AppDelegate::setUpSourceControls()
         camera.b_Change_to_Camera_Resolution = true;
     }
     EnableScreenCaptureModes(!camera.b_Camera_Connected || !cameraOnly);
+}
+
+void AppDelegate::OnToolbarScreenOnly()
+{
+    chooseSource(ScreenPrimary, Secondary::Hidden);
+}
+
+void AppDelegate::OnToolbarCameraOnly()
+{
+    if (hasCamera(QStringLiteral("Connect a Camera.")))
+        chooseSource(CameraPrimary, Secondary::Hidden);
+}
+
+void AppDelegate::OnToolbarScreenAndCamera()
+{
+    if (hasCamera(QStringLiteral("Connect a Camera.")))
+        chooseSource(ScreenPrimary, Secondary::Shown);
+}
+
+void AppDelegate::OnMenuBothScreenPrimary()
+{
+    if (hasCamera(QStringLiteral("Connect a camera.")))
+        chooseSource(ScreenPrimary, Secondary::Shown);
+}
+
+void AppDelegate::OnMenuBothCameraPrimary()
+{
+    if (hasCamera(QStringLiteral("Connect a camera.")))
+        chooseSource(CameraPrimary, Secondary::Shown);
+}
+
+bool AppDelegate::hasCamera(const QString& messageText)
+{
+    if (camera.b_Camera_Connected)
+        return true;
+    platform_.dialogs->runAlert(
+        {messageText, QStringLiteral("No camera connected. Go to settings and connect a camera."),
+         {QStringLiteral("Close")}});
+    return false;
+}
+
+void AppDelegate::chooseSource(VideoSource primary, Secondary secondary)
+{
+    compose.i_Video_Source_Primary = primary;
+    compose.i_Show_Secondary = secondary == Secondary::Shown ? 1 : 0;
+    EnableScreenCaptureModes(primary == ScreenPrimary || secondary == Secondary::Shown);
+    storeInteger("i_Show_Secondary", compose.i_Show_Secondary);
+    storeInteger("i_Video_Source_Primary", compose.i_Video_Source_Primary);
+    if (compose.index_size_Video_Output != 0 || recording.m_RecordStatus != Idle)
+        return;
+    if (primary == CameraPrimary && camera.size_Camera.width <= 0) {
+        camera.b_Change_to_Camera_Resolution = true; // its size is known with its first frame
+        return;
+    }
+    setVideoOutputSize(primary == CameraPrimary ? camera.size_Camera : capture.size_Screen);
+    Refresh_Preview_Window();
+}
+
+void AppDelegate::OnToolbarEntireScreen()
+{
+    capture.i_Type_Screen_Capture = EntireScreen;
+    showCaptureType(window_.toolbarEntireScreen, window_.menuEntireScreen);
+}
+
+void AppDelegate::OnToolbarFollowCursor()
+{
+    if (application.b_Show_FollowCursor_How_To == 1)
+        runGuide<Window_FollowCursor_How_It_Works>("b_Show_FollowCursor_How_To", application.b_Show_FollowCursor_How_To);
+    showCaptureType(window_.toolbarFollowCursor, window_.menuFollowCursor);
+    capture.size_Follow_Cursor = catalogueSize(capture.index_size_Follow_Cursor);
+    capture.i_Type_Screen_Capture = FollowCursor;
+}
+
+void AppDelegate::OnToolbarRegion()
+{
+    if (application.b_Show_Select_Region_How_To == 1)
+        runGuide<Window_Region_How_It_Works>("b_Show_Select_Region_How_To", application.b_Show_Select_Region_How_To);
+    capture.i_Type_Screen_Capture = Region;
+    showCaptureType(window_.toolbarRegion, window_.menuRegion);
+    capture.size_Region = catalogueSize(capture.index_size_Region);
+    runRegionSelector();
+    window_.toolbarRegion->setEnabled(true); // the region can be placed anew
+}
+
+void AppDelegate::OnToolbarWindowExclusive()
+{
+    if (application.b_Show_WindowExclusive_How_To == 1)
+        runGuide<Window_WindowExclusive_How_It_Works>("b_Show_WindowExclusive_How_To",
+                                                      application.b_Show_WindowExclusive_How_To);
+    capture.i_Type_Screen_Capture = WindowExclusive;
+    showCaptureType(window_.toolbarWindowExclusive, window_.menuWindowExclusive);
+    if (!capture.sWindowExclusive)
+        chooseFirstWindow();
+}
+
+void AppDelegate::runRegionSelector()
+{
+    Window_Transparent_Region selector(capture, *platform_.overlay);
+    selector.runModal();
+}
+
+void AppDelegate::chooseFirstWindow()
+{
+    // The third window from the front: the first two are the program's own, as a rule. The program's own windows and the
+    // desktop behind all others are never the first choice; without another one the user picks from the menu.
+    QList<WindowEntry> candidates;
+    for (const WindowEntry& entry : std::as_const(capture.arrayController))
+        if (!belongsToLumavex(entry) && &entry != &capture.arrayController.constLast())
+            candidates.append(entry);
+    if (capture.arrayController.size() > 2 && candidates.contains(capture.arrayController.at(2)))
+        capture.sWindowExclusive = Return_Window_Identifier_String(capture.arrayController.at(2));
+    else if (!candidates.isEmpty())
+        capture.sWindowExclusive = Return_Window_Identifier_String(candidates.first());
+    else
+        window_.showMessage(tr("Choose a window in the menu Frame, Window."));
+}
+
+template <class Guide>
+void AppDelegate::runGuide(const char* setting, std::int64_t& value)
+{
+    Guide guide([this, setting, &value] {
+        value = 0;
+        storeInteger(setting, 0);
+    });
+    guide.runModal();
+}
+
+void AppDelegate::showCaptureType(QAction* toolbarItem, QAction* menuItem)
+{
+    EnableScreenCaptureModes(true);
+    toolbarItem->setEnabled(false);
+    menuItem->setEnabled(false);
+}
+
+CGSize AppDelegate::catalogueSize(std::int64_t index) const
+{
+    return capture.arrayFrameResolution.at(static_cast<std::size_t>(index)).sizeDimension;
 }
 
 } // namespace lumavex

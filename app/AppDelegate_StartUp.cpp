@@ -16,8 +16,9 @@
 namespace lumavex {
 
 AppDelegate::AppDelegate(Platform& platform, Window_Main& window, const LaunchOptions& options)
-    : platform_(platform), window_(window), options_(options)
+    : platform_(platform), window_(window), options_(options), cameraDelegate(*platform.cameras, camera)
 {
+    connectCamera();
 }
 
 AppDelegate::~AppDelegate() = default;

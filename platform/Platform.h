@@ -9,6 +9,7 @@
 #include "platform/ProcessorLoad.h"
 #include "platform/RunLoop.h"
 #include "platform/ScreenGrabber.h"
+#include "platform/ScreenOverlay.h"
 #include "platform/SoundRecorder.h"
 #include "platform/UserDefaults.h"
 
@@ -23,6 +24,7 @@ struct Platform {
     std::unique_ptr<UserDefaults> userDefaults;
     std::unique_ptr<Dialogs> dialogs;
     std::unique_ptr<ScreenGrabber> screen;
+    std::unique_ptr<ScreenOverlay> overlay;
     std::unique_ptr<CameraSource> cameras;
     std::unique_ptr<ProcessorLoad> processorLoad;
     SoundRecorderFactory createSoundRecorder;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/Platform.h"
 
-#include "platform/NoCameras.h"
+#include "platform/gstreamer/GstCameraSource.h"
 #include "platform/gstreamer/GstSoundRecorder.h"
 #include "platform/movie/JpegMovieWriter.h"
 #include "platform/qt/IniUserDefaults.h"
@@ -10,6 +10,7 @@
 #include "platform/qt/QtChildProcess.h"
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtRunLoop.h"
+#include "platform/x11/X11Overlay.h"
 #include "platform/x11/XcbScreenGrabber.h"
 
 namespace lumavex {
@@ -22,7 +23,8 @@ Platform createPlatform()
     platform.userDefaults = std::make_unique<IniUserDefaults>(userDefaultsPath());
     platform.dialogs = std::make_unique<QtDialogs>();
     platform.screen = createXcbScreenGrabber();
-    platform.cameras = std::make_unique<NoCameras>();
+    platform.overlay = createX11Overlay();
+    platform.cameras = createGstCameraSource();
     platform.processorLoad = std::make_unique<ProcStatLoad>();
     platform.createSoundRecorder = createGstSoundRecorder;
     platform.createMovieWriter = createJpegMovieWriter;

@@ -4,7 +4,7 @@
 #include "app/Window_Main.h"
 #include "app/Window_More_Information.h"
 #include "app/connectCommands.h"
-#include "platform/NoCameras.h"
+#include "platform/fake/FakeCameraSource.h"
 #include "platform/fake/FakeChildProcess.h"
 #include "platform/fake/FakeDialogs.h"
 #include "platform/fake/FakeMovieWriter.h"
@@ -61,7 +61,7 @@ struct Program : testing::Test {
         dialogs = keep(platform.dialogs, std::make_unique<FakeDialogs>());
         screen = keep(platform.screen, std::make_unique<FakeScreenGrabber>());
         load = keep(platform.processorLoad, std::make_unique<FakeProcessorLoad>());
-        platform.cameras = std::make_unique<NoCameras>();
+        platform.cameras = std::make_unique<FakeCameraSource>();
         platform.createMovieWriter = fakeMovieWriters(movie);
         platform.createSoundRecorder = fakeSoundRecorderFactory(sound);
         encoder.work = [](const QStringList& arguments) {
