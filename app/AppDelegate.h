@@ -45,6 +45,8 @@ public:
     /// Ends the process at once. Nothing is saved; what a recording left is found again at the next start.
     [[noreturn]] void Terminate_App();
     void OnMenuQuit() { Terminate_App(); }
+    /// What of the command line could not be done, in the user's words; empty when all is well.
+    QString launchProblem;
     /// The larger of the screen's and the running camera's rate, at least 1.
     std::int32_t nominalRate() const;
     void createRefreshTimers();
@@ -171,6 +173,8 @@ private:
     void openPage(const QUrl& address);
     void setUpSourceControls();
     void setUpOutputSize();
+    void applyCaptureOptions();
+    QString chooseWindowByText(const QString& text);
     void showMainWindow();
     void emptyWorkingFolders();
 

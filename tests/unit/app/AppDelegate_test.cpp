@@ -115,9 +115,10 @@ TEST_F(Program, FirstRunWritesAllDefaultsInOrderAndALaterRunOnlyTheDefaultingOne
 
     store->texts.clear();
     ASSERT_TRUE(launch());
-    EXPECT_EQ(store->texts.keys(), QStringList({settingKey("b_Screen_Include_Mouse"), settingKey("b_Show_FollowCursor_How_To"),
-                                                settingKey("b_Show_Select_Region_How_To"),
-                                                settingKey("b_Show_WindowExclusive_How_To"), settingKey("i_Top_Other_Windows")}));
+    EXPECT_EQ(store->texts.keys(),
+              QStringList({settingKey("b_Screen_Include_Mouse"), settingKey("b_Show_FollowCursor_How_To"),
+                           settingKey("b_Show_Select_Region_How_To"), settingKey("b_Show_WindowExclusive_How_To"),
+                           settingKey("i_Top_Other_Windows")}));
     EXPECT_EQ(app->recording.i_fps_of_Recording, 1); // a rate of 0 counts as 1
     EXPECT_EQ(app->compose.i_Video_Source_Primary, 1);
 }
@@ -267,8 +268,9 @@ TEST_F(Program, PausedAndIdleNothingIsAppendedAndControlsFollowTheState)
     ASSERT_TRUE(launch());
     const auto states = [&] {
         QString text;
-        for (const QAction* action : {window->btnRecord, window->menuRecord, window->btnPause, window->menuPause,
-                                      window->btnStop, window->menuStop, window->menuPreferences, window->toolbarPreferences})
+        for (const QAction* action :
+             {window->btnRecord, window->menuRecord, window->btnPause, window->menuPause, window->btnStop,
+              window->menuStop, window->menuPreferences, window->toolbarPreferences})
             text += action->isEnabled() ? u'1' : u'0';
         return text + (window->textDurationTime->isHidden() ? QStringLiteral(" hidden") : QStringLiteral(" shown"));
     };
