@@ -118,6 +118,11 @@ public:
     void TimerDebug1SecondRoutine();
     FrameInputs frameInputs();
 
+    // --- Snapshot: AppDelegate_Snapshot.cpp ---
+    void OnToolbarTakePicture();
+    void OnMenuTakePicture() { OnToolbarTakePicture(); }
+    void Timer_Save_Picture_Routine();
+
     // --- Recording control: AppDelegate_Recording.cpp ---
     void OnToolbarRecord();
     void OnToolbarPause();
@@ -187,6 +192,8 @@ private:
     void watchFreeSpace();
     void composePreview(const FrameInputs& inputs);
     void composeOutput(const FrameInputs& inputs, bool record);
+    void savePicture(const CVPixelBufferRef& frame);
+    void pictureWritten(const QString& problem);
 
     void beginProgress();
     void setProgress(float percentage);

@@ -8,6 +8,7 @@
 #include <QAction>
 #include <QCoreApplication>
 #include <QStandardPaths>
+#include <QThreadPool>
 
 #include <algorithm>
 #include <cstdio>
@@ -21,7 +22,10 @@ AppDelegate::AppDelegate(Platform& platform, Window_Main& window, const LaunchOp
     connectCamera();
 }
 
-AppDelegate::~AppDelegate() = default;
+AppDelegate::~AppDelegate()
+{
+    QThreadPool::globalInstance()->waitForDone(); // a picture that is being written reports to this object
+}
 
 void AppDelegate::awakeFromNib()
 {

@@ -21,6 +21,9 @@ namespace {
 
 using namespace lumavex;
 
+/// A recording without a user shares its standard error with the user's terminal.
+bool logsTroubleOnly = false;
+
 /// Qt ends the program by itself when it cannot reach the display; the user gets words instead of an abort.
 void onMessage(QtMsgType type, const QMessageLogContext&, const QString& message)
 {
@@ -30,7 +33,8 @@ void onMessage(QtMsgType type, const QMessageLogContext&, const QString& message
                    stderr);
         std::_Exit(1);
     }
-    if (type != QtDebugMsg)
+    const bool measurement = type == QtInfoMsg;
+    if (type != QtDebugMsg && !(measurement && logsTroubleOnly))
         std::fprintf(stderr, "%s\n", qUtf8Printable(message));
     if (type == QtFatalMsg)
         std::abort();
@@ -135,6 +139,7 @@ int main(int argc, char* argv[])
         if (const QString problem = outputProblem(options); !problem.isEmpty())
             return fail(problem);
 
+    logsTroubleOnly = options.recordSeconds.has_value();
     qInstallMessageHandler(onMessage);
     // Screen and windows are read through X11, so the program's own windows live there too.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))

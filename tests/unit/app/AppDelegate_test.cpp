@@ -21,6 +21,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QTemporaryDir>
+#include <QThreadPool>
 
 #include <gtest/gtest.h>
 
@@ -375,6 +376,29 @@ TEST_F(Program, AMoveThatFailsAsksAgainAndThenKeepsTheMovie)
     const QDir recovered(home.filePath(QStringLiteral("Documents/LumavexRecovered")));
     ASSERT_EQ(recovered.entryList(QDir::Files).size(), 1);
     EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(recovered.entryList(QDir::Files).at(0)));
+}
+
+TEST_F(Program, ASnapshotIsOneOutputFrameWhetherRecordingOrNotAndIsSavedASecondLater)
+{
+    ASSERT_TRUE(launch());
+    loop->advance(1500ms);
+    app->setVideoOutputSize({320, 240});
+    const QString saved = home.filePath(QStringLiteral("picture.png"));
+    dialogs->savePaths = {saved};
+    window->toolbarTakePicture->trigger();
+    window->menuTakePicture->trigger();
+    loop->advance(1s);
+    EXPECT_FALSE(app->compose.b_Take_Picture);
+    ASSERT_TRUE(QThreadPool::globalInstance()->waitForDone(5000));
+    QApplication::processEvents();
+    loop->advance(1s);
+    ASSERT_EQ(dialogs->savePanels.size(), 1U);
+    EXPECT_EQ(dialogs->savePanels[0].nameField, QFileInfo(app->compose.s_Saved_Take_Picture).fileName());
+    const QImage picture(saved);
+    EXPECT_EQ(picture.size(), QSize(320, 240));
+    EXPECT_EQ(picture.pixelColor(300, 10), QColor(Qt::red));
+    EXPECT_TRUE(QDir(home.filePath(QStringLiteral("Documents/LumavexPicture"))).isEmpty());
+    EXPECT_EQ(dialogs->alerts.back().informativeText, QStringLiteral("Image file saved successfully."));
 }
 
 TEST_F(Program, AWriterThatFailsEndsTheRecordingAndKeepsWhatThereIs)
