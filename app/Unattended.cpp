@@ -48,7 +48,6 @@ UnattendedRecording::UnattendedRecording(AppDelegate& app, RunLoop& runLoop, con
 
 void UnattendedRecording::begin()
 {
-    app_.Timer_Open_Preview_Window_Routine(); // frames are made only while there is a preview, shown or not
     app_.OnToolbarRecord();
     if (app_.recording.m_RecordStatus != Recording)
         return;
@@ -64,6 +63,8 @@ void UnattendedRecording::begin()
 
 void UnattendedRecording::endEarly()
 {
+    if (app_.recording.stopping)
+        return; // it is being saved already
     if (app_.recording.m_RecordStatus == Idle)
         QCoreApplication::exit(1);
     else

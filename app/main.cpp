@@ -115,6 +115,7 @@ int main(int argc, char* argv[])
         if (const QString problem = outputProblem(options); !problem.isEmpty())
             return fail(problem);
 
+    ignoreWriteSignals();
     qInstallMessageHandler(onMessage);
     // Screen and windows are read through X11, so the program's own windows live there too.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
