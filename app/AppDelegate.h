@@ -155,6 +155,8 @@ private:
     enum class Preview { Shown, Hidden };
     void createPreviewWindow(Preview preview);
     bool isPreviewInSight() const;
+    /// Whether the next frame is of use: to a recording, a snapshot or somebody who looks.
+    bool isFrameWanted() const;
     void fillSizeMenu(class QMenu& menu, std::int64_t offset, std::int64_t checkedIndex, QAction*& checkedItem,
                       void (AppDelegate::*click)(QAction*));
     void check(QAction*& last, QAction* item);

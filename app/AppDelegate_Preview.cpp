@@ -69,6 +69,12 @@ bool AppDelegate::isPreviewInSight() const
     return compose.windowPreview && compose.windowPreview->isVisible() && !compose.windowPreview->isMinimized();
 }
 
+bool AppDelegate::isFrameWanted() const
+{
+    return compose.windowPreview
+           && (recording.m_RecordStatus == Recording || compose.b_Take_Picture || isPreviewInSight());
+}
+
 FrameInputs AppDelegate::frameInputs()
 {
     FrameInputs inputs;
@@ -91,18 +97,16 @@ FrameInputs AppDelegate::frameInputs()
 
 void AppDelegate::TimerRefreshViewRoutine(const TimerFiring& firing)
 {
-    if (!compose.windowPreview)
+    if (!isFrameWanted()) {
+        previewShown_.reset();
         return;
+    }
     const bool record = isRecordingAt(firing.deadline);
     // The machine could not keep up: this frame's time has passed, so the previous picture stands for it, which costs
     // next to nothing and keeps the rate constant. A snapshot needs a frame of its own.
     if (firing.overtaken && !compose.b_Take_Picture && (!record || lastAppended_)) {
         if (record)
             appendFrame(nullptr);
-        return;
-    }
-    if (!record && !compose.b_Take_Picture && !isPreviewInSight()) {
-        previewShown_.reset();
         return;
     }
     const FrameInputs inputs = frameInputs();
@@ -144,6 +148,8 @@ void AppDelegate::composeOutput(const FrameInputs& inputs, bool record)
 
 void AppDelegate::TimerDebug1SecondRoutine()
 {
+    if (!isFrameWanted())
+        updateWindowList(); // no grab does it, but the window menu is to be right when it is opened
     if (!compose.windowPreview || recording.m_RecordStatus != Recording)
         return;
     recording.i_Actual_FPS_while_Recording = adaptedRate(

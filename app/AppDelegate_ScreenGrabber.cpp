@@ -9,11 +9,8 @@ namespace lumavex {
 void AppDelegate::TimerRefreshVideoRoutine(const TimerFiring& firing)
 {
     // Overtaken: the next grab is due already, and its frame is the one that will be composed, unless a picture waits.
-    if (!compose.windowPreview || (firing.overtaken && !compose.b_Take_Picture))
-        return;
-    if (recording.m_RecordStatus != Recording && !compose.b_Take_Picture && !isPreviewInSight())
-        return; // nobody looks
-    grabScreen();
+    if (isFrameWanted() && (!firing.overtaken || compose.b_Take_Picture))
+        grabScreen();
 }
 
 void AppDelegate::grabScreen()
