@@ -81,6 +81,8 @@ public:
     void TimerRefreshVideoRoutine(const TimerFiring& firing);
     void createMultiWindowShot(const QList<WindowEntry>& windows);
     void setOutputImage(const Grab& grab);
+    /// Takes the picture of the screen that the next frame is composed of.
+    void grabScreen();
     /// The screen as it goes into the next frame; updates imgScreenCaptureToDraw and rect_Screen_Follow_Cursor.
     ScreenPicture prepareScreenPicture();
 
@@ -150,14 +152,18 @@ public:
     void Close_Window_Can_Not_Record();
 
 Q_SIGNALS:
-    void recordingStarted();
     /// Of what Stop is doing, 0 to 100.
     void progressChanged(float percentage);
-    /// Stop has returned. `path` is where the movie is; empty when it was discarded or lost, `problem` then says why.
+    /// The recording is where it stays, but Stop has not returned. `path` is where the movie was saved; empty when it
+    /// was not. `problem` is empty when all went well or the user discarded it, else what went wrong and what was kept.
     void recordingFinished(const QString& path, const QString& problem);
 
 private:
-    void createPreviewWindow();
+    enum class Preview { Shown, Hidden };
+    void createPreviewWindow(Preview preview);
+    bool isPreviewInSight() const;
+    /// Whether the next frame is of use: to a recording, a snapshot or somebody who looks.
+    bool isFrameWanted() const;
     void fillSizeMenu(class QMenu& menu, std::int64_t offset, std::int64_t checkedIndex, QAction*& checkedItem,
                       void (AppDelegate::*click)(QAction*));
     void check(QAction*& last, QAction* item);
@@ -200,10 +206,13 @@ private:
     void endProgress();
     QString finishWriter(Nanoseconds stoppedAt);
     QString joinSoundAndPicture();
-    void endWithoutJoin(const QString& reason);
-    void saveMovie(const QString& movie, const QString& problem);
+    /// Whether the picture and sound files in the video folder still hold what is nowhere else.
+    enum class WorkingFiles { NotNeeded, Needed };
+    WorkingFiles endWithoutJoin(const QString& reason);
+    WorkingFiles saveMovie(const QString& movie, const QString& problem);
+    bool isInWorkingFolder(const QString& path) const;
     MoveResult moveWithProgress(const QString& from, const QString& to);
-    void keepMovie(const QString& movie, const QString& why);
+    WorkingFiles keepMovie(const QString& movie, const QString& why);
     void tellSaved(const QString& path);
 
     Platform& platform_;
@@ -213,6 +222,7 @@ private:
     Compositor compositor_;
     std::optional<FrameInputs> previewShown_; ///< what the view shows, so that an unchanged frame is not drawn again
     std::optional<FrameInputs> lastAppended_; ///< what the latest frame of the recording was made of
+    QString screenTrouble_;                   ///< what the user was told about the screen; empty while it can be read
     QString stopReason_;                      ///< why the program itself ends the recording; empty when the user does
     std::vector<RescuedRecording> rescued_;   ///< of an earlier run, until finishRescue
 };

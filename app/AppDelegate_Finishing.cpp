@@ -28,16 +28,20 @@ void AppDelegate::stopRecording(Nanoseconds stoppedAt)
         return;
     if (recording.m_RecordStatus == Recording)
         platform_.runLoop->runDue(stoppedAt - Nanoseconds(1)); // refreshes that were due before belong to the recording
-    if (recording.m_RecordStatus == Recording && !lastAppended_)
-        composeOutput(frameInputs(), true); // stopped before the first frame was due: the movie still shows something
+    if (recording.m_RecordStatus == Idle || recording.stopping)
+        return;           // one of the timers that were due has stopped it
+    if (!lastAppended_) { // stopped before the first frame was due: the movie still shows something
+        grabScreen();
+        composeOutput(frameInputs(), true);
+    }
     recording.stopping = true;
-
-    beginProgress();
-    QString problem = finishWriter(stoppedAt);
-    showControlsOf(Idle);
-    recording.m_RecordStatus = Idle;
     platform_.runLoop->invalidate(recording.recordTimer);
     recording.recordTimer = 0;
+
+    beginProgress();
+    QStringList problems{finishWriter(stoppedAt)};
+    showControlsOf(Idle);
+    recording.m_RecordStatus = Idle;
     recording.i_Orig_Duration_in_Seconds = static_cast<std::uint64_t>(recording.m_Seconds_of_Recording);
     recording.m_Seconds_of_Recording = 0;
     window_.textDurationTime->setText(QStringLiteral("00:00:00"));
@@ -47,15 +51,20 @@ void AppDelegate::stopRecording(Nanoseconds stoppedAt)
     const QString joinProblem = withSound ? joinSoundAndPicture() : QString();
     endProgress();
 
-    if (!stopReason_.isEmpty())
-        problem = stopReason_;
-    if (!joinProblem.isEmpty())
-        endWithoutJoin(joinProblem);
-    else
-        saveMovie(withSound ? recording.s_AV_File_Source : recording.s_Video_File_Source, problem);
-
-    QFile::remove(recording.s_Video_File_Source);
-    QFile::remove(recording.s_Sound_File_Source);
+    problems.prepend(stopReason_);
+    problems.removeAll(QString());
+    problems.removeDuplicates();
+    const QString problem = problems.join(u' ');
+    if (!problem.isEmpty())
+        window_.showMessage(problem);
+    const WorkingFiles files =
+        joinProblem.isEmpty()
+            ? saveMovie(withSound ? recording.s_AV_File_Source : recording.s_Video_File_Source, problem)
+            : endWithoutJoin(joinProblem);
+    if (files == WorkingFiles::NotNeeded) {
+        QFile::remove(recording.s_Video_File_Source);
+        QFile::remove(recording.s_Sound_File_Source);
+    }
     window_.submenuVideoOutputFrame->setEnabled(true);
     stopReason_.clear();
     recording.stopping = false;
@@ -136,22 +145,25 @@ QString AppDelegate::joinSoundAndPicture()
     return problem;
 }
 
-void AppDelegate::endWithoutJoin(const QString& reason)
+AppDelegate::WorkingFiles AppDelegate::endWithoutJoin(const QString& reason)
 {
     const RescuedRecording kept =
         putAside(recording.s_Video_File_Source, recording.s_Sound_File_Source, application.s_Recovered_Folder);
-    const QString where =
-        kept.error.isEmpty() ? tr("Picture and sound were kept as %1 and %2.").arg(kept.movie, kept.sound) : kept.error;
-    const QString text = tr("Sound and picture could not be joined. %1 %2").arg(reason, where);
+    const QString where = kept.sound.isEmpty()
+                              ? tr("The picture was kept as %1.").arg(kept.movie)
+                              : tr("Picture and sound were kept as %1 and %2.").arg(kept.movie, kept.sound);
+    const QString text =
+        tr("Sound and picture could not be joined. %1 %2").arg(reason, (kept.error + u' ' + where).trimmed());
     const int answer = platform_.dialogs->runAlert({tr("Error"), text, {tr("Save Video Without Sound"), tr("Close")}});
     QFile::remove(recording.s_AV_File_Source); // what a failed encoder left
     if (answer == 0)
-        saveMovie(kept.movie, text);
+        saveMovie(kept.movie, text); // cancelled, it stays where it was kept
     else
         Q_EMIT recordingFinished({}, text);
+    return kept.error.isEmpty() ? WorkingFiles::NotNeeded : WorkingFiles::Needed;
 }
 
-void AppDelegate::saveMovie(const QString& movie, const QString& problem)
+AppDelegate::WorkingFiles AppDelegate::saveMovie(const QString& movie, const QString& problem)
 {
     SavePanel panel;
     panel.title = QStringLiteral("Select a folder to save the video file recorded");
@@ -161,32 +173,54 @@ void AppDelegate::saveMovie(const QString& movie, const QString& problem)
         const std::optional<QString> path = platform_.dialogs->runSavePanel(panel);
         if (!path) {
             Q_EMIT recordingFinished({}, problem);
-            return;
+            return WorkingFiles::NotNeeded;
         }
-        const MoveResult moved = moveWithProgress(movie, *path);
+        const MoveResult moved =
+            isInWorkingFolder(*path)
+                ? MoveResult{MoveOutcome::Failed, tr("Lumavex empties this folder at every start.")}
+                : moveWithProgress(movie, *path);
         if (moved.outcome == MoveOutcome::Moved) {
             Q_EMIT recordingFinished(*path, problem);
             tellSaved(*path);
-            return;
+            return WorkingFiles::NotNeeded;
         }
         const QString why = moved.outcome == MoveOutcome::Cancelled ? tr("Saving was cancelled.") : moved.error;
         const int answer =
             platform_.dialogs->runAlert({tr("Error"),
                                          tr("The movie could not be saved there. %1 It is not lost.").arg(why),
                                          {tr("Save Elsewhere…"), tr("Close")}});
-        if (answer != 0) {
-            keepMovie(movie, why);
-            return;
-        }
+        if (answer != 0)
+            return keepMovie(movie, why);
     }
 }
 
-void AppDelegate::keepMovie(const QString& movie, const QString& why)
+bool AppDelegate::isInWorkingFolder(const QString& path) const
 {
-    const RescuedRecording kept = putAside(movie, {}, application.s_Recovered_Folder);
-    const QString where = kept.error.isEmpty() ? tr("The recording was kept as %1.").arg(kept.movie) : kept.error;
+    const QString folder = QFileInfo(QFileInfo(path).absolutePath()).canonicalFilePath() + u'/';
+    for (const QString& working :
+         {application.s_Output_Folder, application.s_Video_Folder, application.s_Picture_Folder}) {
+        const QString present = QFileInfo(working).canonicalFilePath();
+        if (!present.isEmpty() && folder.startsWith(present + u'/'))
+            return true;
+    }
+    return false;
+}
+
+AppDelegate::WorkingFiles AppDelegate::keepMovie(const QString& movie, const QString& why)
+{
+    RescuedRecording kept{movie, {}, {}};
+    if (isInWorkingFolder(movie)) {
+        // The joined movie takes the picture's place and with it the stamped name, by which the next start finds it
+        // should it have to stay.
+        const bool stamped = movie == recording.s_Video_File_Source
+                             || moveFile(movie, recording.s_Video_File_Source, ExistingDestination::Replace).outcome
+                                    == MoveOutcome::Moved;
+        kept = putAside(stamped ? recording.s_Video_File_Source : movie, {}, application.s_Recovered_Folder);
+    }
+    const QString where = (kept.error + u' ' + tr("The recording was kept as %1.").arg(kept.movie)).trimmed();
     platform_.dialogs->runAlert({tr("Error"), where, {tr("Close")}});
     Q_EMIT recordingFinished({}, why + u' ' + where);
+    return kept.error.isEmpty() ? WorkingFiles::NotNeeded : WorkingFiles::Needed;
 }
 
 MoveResult AppDelegate::moveWithProgress(const QString& from, const QString& to)
@@ -206,7 +240,12 @@ MoveResult AppDelegate::moveWithProgress(const QString& from, const QString& to)
                 Qt::QueuedConnection);
         return true;
     };
-    runOnWorker(*platform_.runLoop, [&] { result = moveFile(from, to, ExistingDestination::Replace, copied); });
+    runOnWorker(*platform_.runLoop, [&] {
+        flushToDisk(from); // written by another program, and soon the only copy
+        result = moveFile(from, to, ExistingDestination::Replace, copied);
+        if (result.outcome == MoveOutcome::Moved)
+            giveOrdinaryMode(to);
+    });
     QCoreApplication::sendPostedEvents(this); // progress still on its way must not open the sheet again
     if (recording.windowProgress)
         endProgress();

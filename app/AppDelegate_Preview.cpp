@@ -8,7 +8,7 @@
 
 namespace lumavex {
 
-void AppDelegate::createPreviewWindow()
+void AppDelegate::createPreviewWindow(Preview preview)
 {
     compose.windowPreview =
         std::make_unique<Window_Preview>(&window_, compose.fwVideoOutputRatio, compose.previewLowerLeft);
@@ -19,8 +19,9 @@ void AppDelegate::createPreviewWindow()
     previewShown_.reset();
     // Opening must not take the keyboard from the window the user works in.
     compose.windowPreview->setAttribute(Qt::WA_ShowWithoutActivating);
-    if (!options_.recordSeconds)
-        compose.windowPreview->show();
+    if (preview == Preview::Hidden || options_.recordSeconds)
+        return;
+    compose.windowPreview->show();
     window_.menuPreviewShowHide->setText(QStringLiteral("Hide"));
     compose.b_windowPreview_Visible = true;
 }
@@ -28,7 +29,7 @@ void AppDelegate::createPreviewWindow()
 void AppDelegate::OnMenuPreviewUp()
 {
     if (!compose.windowPreview) {
-        createPreviewWindow();
+        createPreviewWindow(Preview::Shown);
     } else if (compose.b_windowPreview_Visible) {
         compose.windowPreview->hide();
         window_.menuPreviewShowHide->setText(QStringLiteral("Show"));
@@ -45,7 +46,7 @@ void AppDelegate::OnMenuPreviewUp()
 void AppDelegate::Refresh_Preview_Window()
 {
     if (!compose.windowPreview) {
-        createPreviewWindow();
+        createPreviewWindow(Preview::Shown);
         return;
     }
     compose.previewLowerLeft = compose.windowPreview->lowerLeft();
@@ -60,7 +61,18 @@ void AppDelegate::Refresh_Preview_Window()
 void AppDelegate::Timer_Open_Preview_Window_Routine()
 {
     if (!compose.windowPreview)
-        createPreviewWindow();
+        createPreviewWindow(Preview::Shown);
+}
+
+bool AppDelegate::isPreviewInSight() const
+{
+    return compose.windowPreview && compose.windowPreview->isVisible() && !compose.windowPreview->isMinimized();
+}
+
+bool AppDelegate::isFrameWanted() const
+{
+    return compose.windowPreview
+           && (recording.m_RecordStatus == Recording || compose.b_Take_Picture || isPreviewInSight());
 }
 
 FrameInputs AppDelegate::frameInputs()
@@ -85,8 +97,10 @@ FrameInputs AppDelegate::frameInputs()
 
 void AppDelegate::TimerRefreshViewRoutine(const TimerFiring& firing)
 {
-    if (!compose.windowPreview)
+    if (!isFrameWanted()) {
+        previewShown_.reset();
         return;
+    }
     const bool record = isRecordingAt(firing.deadline);
     // The machine could not keep up: this frame's time has passed, so the previous picture stands for it, which costs
     // next to nothing and keeps the rate constant. A snapshot needs a frame of its own.
@@ -103,11 +117,11 @@ void AppDelegate::TimerRefreshViewRoutine(const TimerFiring& firing)
 
 void AppDelegate::composePreview(const FrameInputs& inputs)
 {
-    View_Preview* view = compose.windowPreview->viewPreview();
-    if (!view->isVisible() || compose.windowPreview->isMinimized()) {
+    if (!isPreviewInSight()) {
         previewShown_.reset();
         return;
     }
+    View_Preview* view = compose.windowPreview->viewPreview();
     const QSize pixels = view->pixelSize();
     if (previewShown_ == inputs && view->pictureSize() == pixels)
         return;
@@ -129,11 +143,15 @@ void AppDelegate::composeOutput(const FrameInputs& inputs, bool record)
     if (record && frame) {
         lastAppended_ = inputs;
         appendFrame(frame);
+    } else if (record) {
+        stopBecause(tr("There is not enough memory to compose the movie's frames."));
     }
 }
 
 void AppDelegate::TimerDebug1SecondRoutine()
 {
+    if (!isFrameWanted())
+        updateWindowList(); // no grab does it, but the window menu is to be right when it is opened
     if (!compose.windowPreview || recording.m_RecordStatus != Recording)
         return;
     recording.i_Actual_FPS_while_Recording = adaptedRate(

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
+#include "app/ProcessorUsage.h"
 #include "app/Window_Main.h"
 #include "recording/Duration.h"
 #include "recording/FreeSpace.h"
@@ -22,11 +23,17 @@ void AppDelegate::OnToolbarRecord()
         return;
     }
     if (recording.m_RecordStatus == Idle) {
-        if (options_.load == LaunchOptions::Load::Refuse && static_cast<double>(application.fCPUUsage) > 0.98) {
+        if (options_.load == LaunchOptions::Load::Refuse
+            && static_cast<double>(application.fCPUUsage) > processorUsageLimit) {
             Show_Window_Can_Not_Record();
             Q_EMIT recordingFinished({}, tr("The machine is too busy to record (use --ignore-load to record anyway)."));
             return;
         }
+        // Frames are made only while there is a preview, in sight or not.
+        if (platform_.runLoop->nextDeadline(compose.timer_Open_Preview_Window) > Nanoseconds(0))
+            Timer_Open_Preview_Window_Routine();
+        else if (!compose.windowPreview)
+            createPreviewWindow(Preview::Hidden);
         if (!startWriter())
             return;
         startRecording();
@@ -34,7 +41,6 @@ void AppDelegate::OnToolbarRecord()
         resumeRecording();
     }
     showControlsOf(Recording);
-    Q_EMIT recordingStarted();
 }
 
 bool AppDelegate::startWriter()

@@ -8,9 +8,13 @@ namespace lumavex {
 
 void AppDelegate::TimerRefreshVideoRoutine(const TimerFiring& firing)
 {
-    // Overtaken: the next grab is due already, and its frame is the one that will be composed.
-    if (!compose.windowPreview || firing.overtaken)
-        return;
+    // Overtaken: the next grab is due already, and its frame is the one that will be composed, unless a picture waits.
+    if (isFrameWanted() && (!firing.overtaken || compose.b_Take_Picture))
+        grabScreen();
+}
+
+void AppDelegate::grabScreen()
+{
     if (compose.i_Video_Source_Primary == 2 && compose.i_Show_Secondary == 0)
         return;
 
@@ -36,10 +40,12 @@ void AppDelegate::setOutputImage(const Grab& grab)
         const QString trouble = platform_.screen->trouble();
         if (recording.m_RecordStatus != Idle)
             stopBecause(trouble);
-        else
+        else if (trouble != screenTrouble_)
             window_.showMessage(trouble);
+        screenTrouble_ = trouble;
         return;
     }
+    screenTrouble_.clear();
     if (grab.outcome != GrabOutcome::Success || grab.picture.isNull())
         return;
     capture.imgScreenCapture = grab.picture;

@@ -184,6 +184,7 @@ void AppDelegate::runRegionSelector()
 
 void AppDelegate::chooseFirstWindow()
 {
+    updateWindowList();
     // The third window from the front: the first two are the program's own, as a rule. The program's own windows and
     // the desktop behind all others are never the first choice; without another one the user picks from the menu.
     QList<WindowEntry> candidates;

@@ -21,6 +21,12 @@ extern "C" void onTerminationSignal(int)
 
 } // namespace
 
+void ignoreWriteSignals()
+{
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
 TerminationSignals::TerminationSignals()
 {
     if (pipe2(wakeUp, O_CLOEXEC | O_NONBLOCK) != 0)
@@ -37,6 +43,9 @@ TerminationSignals::TerminationSignals()
     action.sa_flags = SA_RESTART;
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+    struct sigaction inherited = {};
+    if (sigaction(SIGHUP, nullptr, &inherited) == 0 && inherited.sa_handler != SIG_IGN)
+        sigaction(SIGHUP, &action, nullptr);
 }
 
 } // namespace lumavex

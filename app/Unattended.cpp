@@ -56,7 +56,6 @@ void UnattendedRecording::begin()
     const Nanoseconds patience = runLoop_.now() + std::chrono::seconds(3);
     if (options_.needsCamera())
         runLoop_.runUntil([&] { return app_.camera.size_Camera.width > 0 || runLoop_.now() > patience; });
-    app_.Timer_Open_Preview_Window_Routine(); // frames are made only while there is a preview, shown or not
     app_.OnToolbarRecord();
     if (app_.recording.m_RecordStatus != Recording)
         return;
@@ -72,6 +71,8 @@ void UnattendedRecording::begin()
 
 void UnattendedRecording::endEarly()
 {
+    if (app_.recording.stopping)
+        return; // it is being saved already
     if (app_.recording.m_RecordStatus == Idle)
         QCoreApplication::exit(1);
     else

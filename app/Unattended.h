@@ -34,7 +34,7 @@ public:
     UnattendedRecording(AppDelegate& app, RunLoop& runLoop, const LaunchOptions& options);
 
     void begin();
-    /// Stops early and saves. Before the recording began it ends the program.
+    /// Stops early and saves. Before the recording began it ends the program; while it is being saved nothing happens.
     void endEarly();
 
 private:

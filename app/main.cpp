@@ -140,6 +140,7 @@ int main(int argc, char* argv[])
             return fail(problem);
 
     logsTroubleOnly = options.recordSeconds.has_value();
+    ignoreWriteSignals();
     qInstallMessageHandler(onMessage);
     // Screen and windows are read through X11, so the program's own windows live there too.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))

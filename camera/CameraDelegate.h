@@ -2,9 +2,9 @@
 #pragma once
 
 #include "camera/CameraState.h"
-#include "camera/ColorControls.h"
 #include "camera/FrameConverter.h"
 #include "platform/CameraSource.h"
+#include "platform/ColorMatrix.h"
 
 #include <QObject>
 

@@ -3,6 +3,7 @@
 
 #include "compose/FrameLayout.h"
 #include "compose/PixelRows.h"
+#include "platform/ColorMatrix.h"
 
 #include <QPainter>
 
@@ -30,54 +31,6 @@ QImage withAlpha(const QImage& picture)
                             std::size_t(picture.width()), {PixelOrder::BlueFirst, AlphaUse::Opaque});
     return result;
 }
-
-/// The controls as one matrix over red, green and blue with whole coefficients, of 4096 parts.
-///
-/// With s, b and k the saturation, brightness and contrast (each a tenth of its control) and Y the Rec. 709 luma,
-///   v = Y + s (c - Y) + 255 b          saturation about the luma, brightness added
-///   c' = 127.5 + k (v - 127.5)         contrast about mid grey
-/// rounded to the nearest and limited to 0 to 255. Per channel that is
-///   c' = k s c + k (1 - s) Y + 127.5 (1 - k) + 255 k b,
-/// whose coefficients for neutral values are exactly 1, 0 and 0. The share of Y is the same for all three channels, so
-/// grey stays grey.
-struct ControlMatrix {
-    static constexpr int bits = 12;
-    static constexpr double one = 1 << bits;
-    /// Past this every pixel is at its limits anyway; within it 32 bits hold every sum.
-    static constexpr double largest = 16;
-
-    explicit ControlMatrix(const ColorControls& controls)
-    {
-        const double s = limited(controls.f_ColorControls_Saturation / 10);
-        const double b = limited(controls.f_ColorControls_Brightness / 10);
-        const double k = limited(controls.f_ColorControls_Contrast / 10);
-        own = whole(k * s);
-        lumaRed = whole(k * (1 - s) * 0.2126);
-        lumaBlue = whole(k * (1 - s) * 0.0722);
-        lumaGreen = whole(k * (1 - s)) - lumaRed - lumaBlue;
-        constant = whole(127.5 * (1 - k) + 255 * k * b) + (1 << (bits - 1));
-    }
-
-    static double limited(float value) { return std::isnan(value) ? 0 : std::clamp(double(value), -largest, largest); }
-    static int whole(double value) { return int(std::lround(value * one)); }
-    static int channel(int sum) { return std::clamp(sum >> bits, 0, 255); }
-
-    QRgb of(QRgb pixel) const
-    {
-        const int red = qRed(pixel);
-        const int green = qGreen(pixel);
-        const int blue = qBlue(pixel);
-        const int shared = lumaRed * red + lumaGreen * green + lumaBlue * blue + constant;
-        return (pixel & 0xFF000000U) | QRgb(channel(own * red + shared)) << 16
-               | QRgb(channel(own * green + shared)) << 8 | QRgb(channel(own * blue + shared));
-    }
-
-    int own = 0;
-    int lumaRed = 0;
-    int lumaGreen = 0;
-    int lumaBlue = 0;
-    int constant = 0;
-};
 
 QImage withoutScale(const QImage& picture)
 {
@@ -126,11 +79,10 @@ QImage imageColorControls(const QImage& picture, const ColorControls& controls)
 {
     const bool transparency = picture.hasAlphaChannel();
     QImage result = picture.convertToFormat(transparency ? QImage::Format_ARGB32 : QImage::Format_RGB32);
-    const ControlMatrix matrix(controls);
-    for (int y = 0; y < result.height(); ++y) {
-        auto* pixel = reinterpret_cast<QRgb*>(result.scanLine(y));
-        std::transform(pixel, pixel + result.width(), pixel, [&matrix](QRgb p) { return matrix.of(p); });
-    }
+    const ColorMatrix matrix(controls.f_ColorControls_Saturation, controls.f_ColorControls_Brightness,
+                             controls.f_ColorControls_Contrast);
+    for (int y = 0; y < result.height(); ++y)
+        matrix.apply(reinterpret_cast<std::uint32_t*>(result.scanLine(y)), std::size_t(result.width()));
     return result;
 }
 

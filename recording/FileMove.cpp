@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <optional>
 #include <sys/stat.h>
 #include <vector>
 
@@ -186,6 +187,21 @@ MoveResult moveByCopy(const Paths& paths, ExistingDestination existing, const Mo
     return {};
 }
 
+/// Nothing when the system does not tell. The call umask(2) can only tell by changing it, for all threads.
+std::optional<mode_t> umaskOfProcess()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return {};
+    for (const QByteArray& line : status.readAll().split('\n')) {
+        bool isOctal = false;
+        const uint mask = line.startsWith("Umask:") ? line.mid(6).trimmed().toUInt(&isOctal, 8) : 0;
+        if (isOctal)
+            return mask;
+    }
+    return {};
+}
+
 /// Two names of one file: renaming one to the other would do nothing and leave both.
 MoveResult moveOntoItself(const Paths& paths, ExistingDestination existing)
 {
@@ -199,6 +215,13 @@ MoveResult moveOntoItself(const Paths& paths, ExistingDestination existing)
 }
 
 } // namespace
+
+void flushToDisk(const QString& path)
+{
+    const FileDescriptor file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
+    if (file.isOpen())
+        ::fsync(file.get());
+}
 
 MoveResult moveFile(const QString& source, const QString& destination, ExistingDestination existing,
                     const MoveProgress& progress)
@@ -233,6 +256,12 @@ MoveResult moveFile(const QString& source, const QString& destination, ExistingD
         return failed(paths, error);
     flushFolder(paths.folderName);
     return {};
+}
+
+void giveOrdinaryMode(const QString& path)
+{
+    if (const std::optional<mode_t> mask = umaskOfProcess())
+        (void)::chmod(QFile::encodeName(path).constData(), 0666 & ~*mask);
 }
 
 } // namespace lumavex

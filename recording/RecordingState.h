@@ -38,7 +38,7 @@ struct RecordingState {
     Nanoseconds notBefore{0}; ///< refreshes that were due earlier belong to the time before Record or Resume
 
     QString s_Video_File_Source; ///< the writer's file
-    QString s_Sound_File_Source; ///< the sound file; empty without sound
+    QString s_Sound_File_Source; ///< the sound file, which exists only with sound
     QString s_AV_File_Source;    ///< both joined
 
     std::unique_ptr<MovieWriter> assetWriter;

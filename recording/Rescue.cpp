@@ -2,7 +2,6 @@
 #include "recording/Rescue.h"
 
 #include "recording/EncoderRun.h"
-#include "recording/FileDescriptor.h"
 #include "recording/FileMove.h"
 #include "recording/RecordedFiles.h"
 #include "recording/WorkerRun.h"
@@ -13,8 +12,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QStringList>
-
-#include <fcntl.h>
 
 namespace lumavex {
 
@@ -30,6 +27,13 @@ QString joiningPath(const QString& movie)
     return pathIn(about.absolutePath(), u'.' + about.completeBaseName() + QStringLiteral(".joining.mov"));
 }
 
+/// Where a movie's sound lies when it bears the movie's name.
+QString ownSoundPath(const QString& movie)
+{
+    const QFileInfo about(movie);
+    return pathIn(about.absolutePath(), about.completeBaseName() + QStringLiteral(".wav"));
+}
+
 /// A name, without suffix, that neither a movie nor a sound file in the folder bears.
 QString freeBaseName(const QString& folder, const QString& wanted)
 {
@@ -41,13 +45,6 @@ QString freeBaseName(const QString& folder, const QString& wanted)
     for (int number = 2; taken(name); ++number)
         name = QStringLiteral("%1-%2").arg(wanted).arg(number);
     return name;
-}
-
-void flushFile(const QString& path)
-{
-    const FileDescriptor file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
-    if (file.isOpen())
-        ::fsync(file.get());
 }
 
 /// Joins into a hidden file, which then takes the movie's place. Empty, or why the two files are still two.
@@ -63,7 +60,7 @@ QString joinInPlace(const RescuedRecording& recording, const RescueTools& tools,
     MoveResult replaced;
     runOnWorker(runLoop, [&] {
         QFile::setPermissions(job.s_AV_File_Source, QFile::ReadOwner | QFile::WriteOwner);
-        flushFile(job.s_AV_File_Source);
+        flushToDisk(job.s_AV_File_Source);
         replaced = moveFile(job.s_AV_File_Source, recording.movie, ExistingDestination::Replace);
     });
     if (replaced.outcome != MoveOutcome::Moved) {
@@ -110,20 +107,26 @@ void completeOne(const RescuedRecording& recording, const RescueTools& tools, Ru
 RescuedRecording putAside(const QString& movie, const QString& sound, const QString& recoveredFolder)
 {
     RescuedRecording recording{movie, QFileInfo(sound).isFile() ? sound : QString(), {}};
-    if (createFolder(recoveredFolder, recording.error) == FolderCreation::Failed)
-        return recording;
-    const QString name = freeBaseName(recoveredFolder, QFileInfo(movie).completeBaseName());
-    const auto move = [&recording, &recoveredFolder](QString& path, const QString& newName) {
-        const QString destination = pathIn(recoveredFolder, newName);
+    const auto move = [&recording](QString& path, const QString& destination) {
         const MoveResult moved = moveFile(path, destination, ExistingDestination::Keep);
         if (moved.outcome == MoveOutcome::Moved)
             path = destination;
         else
             recording.error = moved.error;
+        return recording.error.isEmpty();
     };
-    move(recording.movie, name + QStringLiteral(".mov"));
-    if (!recording.sound.isEmpty())
-        move(recording.sound, name + QStringLiteral(".wav"));
+    // The sound first: a movie that is left without it is found again at the next start, a sound without movie is not.
+    if (createFolder(recoveredFolder, recording.error) != FolderCreation::Failed) {
+        const QString name =
+            pathIn(recoveredFolder, freeBaseName(recoveredFolder, QFileInfo(movie).completeBaseName()));
+        if (recording.sound.isEmpty() || move(recording.sound, name + QStringLiteral(".wav")))
+            move(recording.movie, name + QStringLiteral(".mov"));
+    }
+    if (!recording.error.isEmpty() && recording.sound == sound && !sound.isEmpty() && sound != ownSoundPath(movie)) {
+        const MoveResult renamed = moveFile(sound, ownSoundPath(movie), ExistingDestination::Keep);
+        if (renamed.outcome == MoveOutcome::Moved)
+            recording.sound = ownSoundPath(movie);
+    }
     return recording;
 }
 
@@ -136,11 +139,15 @@ std::vector<RescuedRecording> rescueLeftRecordings(const QString& videoFolder, c
         if (isDateStampedMovie(name) && movieHoldsFrames(path))
             movies.append(path);
     }
-    const QString sound = pathIn(videoFolder, kSoundFileName);
+    const QString latestSound = pathIn(videoFolder, kSoundFileName);
     std::vector<RescuedRecording> recordings;
     for (const QString& movie : movies) {
-        const bool hasSound = movie == movies.last() && soundHoldsSamples(sound);
-        recordings.push_back(putAside(movie, hasSound ? sound : QString(), recoveredFolder));
+        QString sound;
+        if (soundHoldsSamples(ownSoundPath(movie)))
+            sound = ownSoundPath(movie);
+        else if (movie == movies.last() && soundHoldsSamples(latestSound))
+            sound = latestSound;
+        recordings.push_back(putAside(movie, sound, recoveredFolder));
     }
     return recordings;
 }

@@ -15,7 +15,7 @@ namespace lumavex {
 struct RescuedRecording {
     QString movie;
     QString sound; ///< empty when there is none
-    QString error; ///< not empty: why a file could not be moved; it is still where it was, and must not be removed
+    QString error; ///< not empty: why a file could not be moved; what was not is in the folder it was in, to be kept
 };
 
 /// What the user is told about one file.
@@ -25,13 +25,15 @@ struct RescueNote {
 };
 
 /// Moves a recording's files to the folder of recovered recordings (made if it is missing), the sound under the movie's
-/// name. Names that are taken get a number: "<stamp>-2.mov" with "<stamp>-2.wav". `sound` may be empty or missing. Any
-/// thread.
+/// name. Names that are taken get a number: "<stamp>-2.mov" with "<stamp>-2.wav". `sound` may be empty or missing.
+/// Where that fails both stay in their folder, the sound under the movie's name, so that no later recording replaces it
+/// and the next start tries again. Any thread.
 RescuedRecording putAside(const QString& movie, const QString& sound, const QString& recoveredFolder);
 
 /// Start-up, before the working folders are emptied: puts aside every date-stamped movie that an earlier, killed run
-/// left in the video folder, oldest first, the latest one with the sound file. Movies without frames and a joined file,
-/// which belongs to a recording that was finished, are left to be removed. Takes no time within one file system.
+/// left in the video folder, oldest first, with the sound of its own name, the latest one else with the sound file.
+/// Movies without frames and a joined file, which belongs to a recording that was finished, are left to be removed.
+/// Takes no time within one file system.
 std::vector<RescuedRecording> rescueLeftRecordings(const QString& videoFolder, const QString& recoveredFolder);
 
 /// Whether everything worth keeping is out of the video folder.

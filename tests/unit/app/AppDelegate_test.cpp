@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
+#include "app/MessageStrip.h"
 #include "app/SettingsTable.h"
 #include "app/Window_Main.h"
 #include "app/Window_More_Information.h"
@@ -399,6 +400,113 @@ TEST_F(Program, ASnapshotIsOneOutputFrameWhetherRecordingOrNotAndIsSavedASecondL
     EXPECT_EQ(picture.pixelColor(300, 10), QColor(Qt::red));
     EXPECT_TRUE(QDir(home.filePath(QStringLiteral("Documents/LumavexPicture"))).isEmpty());
     EXPECT_EQ(dialogs->alerts.back().informativeText, QStringLiteral("Image file saved successfully."));
+}
+
+TEST_F(Program, WhatCannotBePutAsideIsNotRemoved)
+{
+    QDir().mkpath(home.filePath(QStringLiteral("Documents")));
+    QFile inTheWay(home.filePath(QStringLiteral("Documents/LumavexRecovered")));
+    ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(launch());
+    const auto record = [this](const QByteArray& content) {
+        window->btnRecord->trigger();
+        loop->advance(2s);
+        for (const QString& path : {app->recording.s_Video_File_Source, app->recording.s_Sound_File_Source}) {
+            QFile file(path);
+            EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+        }
+        window->btnStop->trigger();
+    };
+    const auto content = [](const QString& path) {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+    };
+    const QDir video(videoFolder());
+
+    encoder.failure = QStringLiteral("It crashed.");
+    record("first");
+    const QString first = QFileInfo(app->recording.s_Video_File_Source).completeBaseName();
+    EXPECT_EQ(content(video.filePath(first + QStringLiteral(".mov"))), "first");
+    EXPECT_EQ(content(video.filePath(first + QStringLiteral(".wav"))), "first");
+    EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(video.filePath(first + QStringLiteral(".mov"))));
+    ASSERT_TRUE(QFile::rename(video.filePath(first + QStringLiteral(".mov")), video.filePath(QStringLiteral("x.mov"))));
+
+    encoder.failure.clear();
+    dialogs->savePaths = {QStringLiteral("/proc/nowhere/a.mov")};
+    dialogs->answers = {1};
+    record("second");
+    EXPECT_EQ(content(app->recording.s_Video_File_Source), "joined") << "the joined movie bears the stamped name";
+    EXPECT_EQ(content(video.filePath(first + QStringLiteral(".wav"))), "first");
+}
+
+TEST_F(Program, AMovieIsNotSavedWhereTheNextStartRemovesItAndElsewhereItGetsAnOrdinaryMode)
+{
+    ASSERT_TRUE(launch());
+    app->recording.b_Record_Include_Audio = 0;
+    window->btnRecord->trigger();
+    loop->advance(2s);
+    QFile picture(app->recording.s_Video_File_Source);
+    ASSERT_TRUE(picture.open(QIODevice::WriteOnly));
+    picture.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+    const QString saved = home.filePath(QStringLiteral("saved.mov"));
+    dialogs->savePaths = {picture.fileName(), saved};
+    dialogs->answers = {0};
+    window->btnStop->trigger();
+    EXPECT_EQ(dialogs->savePanels.size(), 2U);
+    EXPECT_TRUE(QFile::exists(saved));
+    QFile ordinary(home.filePath(QStringLiteral("ordinary")));
+    ASSERT_TRUE(ordinary.open(QIODevice::WriteOnly));
+    EXPECT_EQ(QFileInfo(saved).permissions(), QFileInfo(ordinary).permissions());
+}
+
+TEST_F(Program, ATimerThatStopsTheRecordingWhileStopCatchesUpStopsItOnce)
+{
+    ASSERT_TRUE(launch());
+    window->btnRecord->trigger();
+    loop->advance(2s);
+    loop->scheduleOnce({1, 1}, [this](const TimerFiring& firing) { app->stopRecording(firing.deadline); });
+    clock.time += 5s; // the machine was busy
+    window->btnStop->trigger();
+    EXPECT_EQ(dialogs->savePanels.size(), 1U);
+    EXPECT_EQ(app->recording.m_RecordStatus, Idle);
+    EXPECT_FALSE(app->recording.stopping);
+}
+
+TEST_F(Program, WhatFailsWhileFinishingIsTold)
+{
+    ASSERT_TRUE(launch());
+    window->btnRecord->trigger();
+    loop->advance(100ms);
+    movie->fail(QStringLiteral("The disk is full."));
+    window->btnStop->trigger();
+    EXPECT_EQ(window->findChild<MessageStrip*>()->accessibleName(), QStringLiteral("The disk is full."));
+}
+
+TEST_F(Program, RecordingNeedsNoPreviewInSightAndWithoutBothTheScreenIsLeftAlone)
+{
+    ASSERT_TRUE(launch());
+    app->compose.windowPreview.reset();
+    platform.runLoop->invalidate(app->compose.timer_Open_Preview_Window);
+    window->btnRecord->trigger();
+    loop->advance(2500ms);
+    EXPECT_EQ(movie->appends().size(), 3U); // 1/30 s, then every second
+    EXPECT_FALSE(app->compose.windowPreview->isVisible());
+    EXPECT_EQ(window->menuPreviewShowHide->text(), QStringLiteral("Show"));
+    window->btnStop->trigger();
+
+    paint(Qt::blue);
+    const std::uint64_t before = app->capture.serialScreen;
+    loop->advance(3s);
+    EXPECT_EQ(app->capture.serialScreen, before);
+    window->menuPreviewShowHide->trigger();
+    loop->advance(1s);
+    EXPECT_NE(app->capture.serialScreen, before);
+
+    // Recording begins while the preview is about to come back in another shape.
+    window->submenuVideoOutputFrame->actions().at(3)->trigger();
+    ASSERT_EQ(app->compose.windowPreview, nullptr);
+    window->btnRecord->trigger();
+    EXPECT_TRUE(app->compose.windowPreview->isVisible());
 }
 
 TEST_F(Program, AWriterThatFailsEndsTheRecordingAndKeepsWhatThereIs)

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "compose/ImageHelpers.h"
+#include "platform/ColorMatrix.h"
 
 #include <gmock/gmock.h>
 
@@ -84,6 +85,24 @@ TEST(ImageHelpers, ColorControlsFollowTheirFormula)
     EXPECT_EQ(controlled(qRgb(100, 127, 250), {10, 0, 20}), qRgb(73, 127, 255));
     EXPECT_EQ(controlled(qRgb(3, 128, 250), {10, 0, 0}), qRgb(128, 128, 128));
     EXPECT_EQ(controlled(qRgb(3, 128, 250), {10, 1e9F, 1e9F}), qRgb(255, 255, 255));
+}
+
+TEST(ImageHelpers, ColorControlsAreThoseOfTheCamera)
+{
+    for (const QImage::Format format : {QImage::Format_RGB32, QImage::Format_ARGB32}) {
+        QImage picture(37, 5, format);
+        for (int y = 0; y < picture.height(); ++y)
+            for (int x = 0; x < picture.width(); ++x)
+                picture.setPixel(
+                    x, y, qRgba(x * 7 % 256, y * 50, (x * y * 3) % 256, format == QImage::Format_RGB32 ? 255 : x * 6));
+        const QImage controlled = imageColorControls(picture, {17, 1, 13});
+        ASSERT_EQ(controlled.format(), format);
+        for (int y = 0; y < picture.height(); ++y) {
+            auto* row = reinterpret_cast<std::uint32_t*>(picture.scanLine(y));
+            ColorMatrix(17, 1, 13).apply(row, std::size_t(picture.width()));
+        }
+        EXPECT_EQ(controlled, picture);
+    }
 }
 
 TEST(ImageHelpers, ConversionsShareThePixelsAndDropTheScale)

@@ -212,5 +212,17 @@ TEST_F(FileMoveTest, OntoItselfIsDoneAlready)
     expectMovedTo(second);
 }
 
+TEST_F(FileMoveTest, TheOrdinaryModeFollowsTheUmask)
+{
+    for (const auto& [mask, expected] : {std::pair<mode_t, mode_t>{0022, 0644}, {0002, 0664}, {0077, 0600}}) {
+        const mode_t before = ::umask(mask);
+        giveOrdinaryMode(source);
+        ::umask(before);
+        struct stat about = {};
+        ASSERT_EQ(::stat(qPrintable(source), &about), 0);
+        EXPECT_EQ(about.st_mode & 0777, expected);
+    }
+}
+
 } // namespace
 } // namespace lumavex

@@ -156,6 +156,24 @@ TEST_F(RescueTest, WhatCannotBePutAsideKeepsTheVideoFolderFromBeingEmptied)
     EXPECT_TRUE(repaired.isEmpty());
 }
 
+TEST_F(RescueTest, WhatCannotBePutAsideStaysOutOfTheWayOfTheNextRecordingAndIsFoundLater)
+{
+    put(video("2026-07-09-10-00-00.mov"), killedMovie());
+    put(video("audio.wav"), wave(4000, QByteArray(4000, 1)));
+    put(recovered("").chopped(1), "a file where the folder should be");
+    rescue();
+    // The next recording, which is killed as well.
+    EXPECT_FALSE(QFile::exists(video("audio.wav")));
+    put(video("2026-07-09-11-00-00.mov"), killedMovie());
+    put(video("audio.wav"), wave(8000, QByteArray(8000, 2)));
+    QFile::remove(recovered("").chopped(1));
+    const std::vector<RescuedRecording> recordings = rescue();
+    EXPECT_TRUE(allPutAside(recordings));
+    ASSERT_EQ(recordings.size(), 2U);
+    EXPECT_EQ(read(recordings[0].sound), wave(4000, QByteArray(4000, 1)));
+    EXPECT_EQ(read(recordings[1].sound), wave(8000, QByteArray(8000, 2)));
+}
+
 TEST_F(RescueTest, JoinsPictureAndSoundUnderTheMoviesName)
 {
     put(video("2026-07-09-10-00-00.mov"), killedMovie());

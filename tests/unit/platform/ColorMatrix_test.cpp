@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "camera/ColorControls.h"
+#include "platform/ColorMatrix.h"
 
 #include <QColor>
 
