@@ -211,9 +211,9 @@ def runs(filled, gap):
 class Lumavex(Process):
     """The program. Without --record it has windows, which are found by their process and title."""
 
-    def __init__(self, home, *options, **environment):
+    def __init__(self, home, *options, terminal=None, **environment):
         self.home = home
-        super().__init__([LUMAVEX, *map(str, options)], {**home.environment, **environment})
+        super().__init__([LUMAVEX, *map(str, options)], {**home.environment, **environment}, terminal)
 
     def windows(self):
         """Ids of the windows on screen, menus among them."""
