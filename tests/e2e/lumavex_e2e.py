@@ -233,6 +233,8 @@ class Gui(Lumavex):
         output_of("xdotool", "mousemove", "0", "0")  # a button under the pointer would look different
         super().__init__(home, "--ignore-load", *options, **environment)
         self.main = self.wait_for_window("Lumavex")
+        # Where the whole of it is seen, whatever the window manager thinks of a full screen.
+        output_of("xdotool", "windowmove", self.main, "250", "300")
         wait_for("the toolbar", lambda: len(self.find_buttons()) >= 12)
         self.buttons = self.find_buttons()
 
