@@ -3,11 +3,29 @@
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QFileInfo>
+#include <QList>
 #include <QRegularExpression>
 #include <QStandardPaths>
 
 namespace lumavex {
+
+namespace {
+
+/// QSettings judges a section only once it is read, and the lines before the first section never.
+bool isIniText(const QByteArray& text)
+{
+    const QList<QByteArray> lines = text.split('\n');
+    for (const QByteArray& each : lines) {
+        const QByteArray line = each.trimmed();
+        const bool remark = line.isEmpty() || line.startsWith(';') || line.startsWith('#');
+        const bool section = line.startsWith('[') && line.endsWith(']');
+        if (!remark && !section && !line.contains('='))
+            return false;
+    }
+    return !text.contains('\0');
+}
+
+} // namespace
 
 QString userDefaultsPath()
 {
@@ -18,12 +36,14 @@ QString userDefaultsPath()
 IniUserDefaults::IniUserDefaults(const QString& path)
     : path_(path), settings_(std::make_unique<QSettings>(path, QSettings::IniFormat))
 {
-    const QFileInfo file(path_);
-    if (file.exists() && !QFile(path_).open(QIODevice::ReadOnly)) {
+    QFile file(path_);
+    if (!file.exists())
+        return;
+    if (!file.open(QIODevice::ReadOnly)) {
         trouble_ = QCoreApplication::translate("UserDefaults",
                                                "The settings file %1 cannot be read. Default settings are used.")
                        .arg(path_);
-    } else if (settings_->status() == QSettings::FormatError) {
+    } else if (!isIniText(file.readAll()) || settings_->status() == QSettings::FormatError) {
         salvage();
     }
 }

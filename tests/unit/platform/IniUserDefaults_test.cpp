@@ -48,6 +48,20 @@ TEST(IniUserDefaults, ADamagedFileIsKeptItsReadableLinesAreUsedAndTheUserIsTold)
     EXPECT_EQ(kept.readAll(), damaged);
 }
 
+TEST(IniUserDefaults, WhateverTheDamageTheFileIsKept)
+{
+    for (const QByteArray& damaged : {QByteArray("abc"), QByteArray("[General]\na=1\nabc\n"), QByteArray(4096, '\0')}) {
+        QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("lumavex.ini"));
+        write(path, damaged);
+        IniUserDefaults defaults(path);
+        EXPECT_FALSE(defaults.trouble().isEmpty());
+        QFile kept(path + QStringLiteral(".damaged"));
+        ASSERT_TRUE(kept.open(QIODevice::ReadOnly)) << damaged.toStdString();
+        EXPECT_EQ(kept.readAll(), damaged);
+    }
+}
+
 TEST(IniUserDefaults, SettingsThatCannotBeSavedAreReported)
 {
     IniUserDefaults defaults(QStringLiteral("/proc/lumavex/lumavex.ini"));
