@@ -4,6 +4,7 @@
 #include <QFrame>
 
 class QLabel;
+class QToolButton;
 
 namespace lumavex {
 
@@ -20,8 +21,14 @@ public:
 Q_SIGNALS:
     void roomChanged();
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
+    void colourButton();
+
     QLabel* text_;
+    QToolButton* close_;
 };
 
 } // namespace lumavex
