@@ -151,6 +151,8 @@ Q_SIGNALS:
 
 private:
     void createPreviewWindow();
+    /// Tells once that the chosen window is not listed any more, and once that it is listed again.
+    void tellWhetherWindowIsThere(const QString& identifier);
     void fillSizeMenu(class QMenu& menu, std::int64_t offset, std::int64_t checkedIndex, QAction*& checkedItem,
                       void (AppDelegate::*click)(QAction*));
     void check(QAction*& last, QAction* item);
