@@ -45,6 +45,8 @@ public:
     /// Ends the process at once. Nothing is saved; what a recording left is found again at the next start.
     [[noreturn]] void Terminate_App();
     void OnMenuQuit() { Terminate_App(); }
+    /// What of the command line could not be done, in the user's words; empty when all is well.
+    QString launchProblem;
     /// The larger of the screen's and the running camera's rate, at least 1.
     std::int32_t nominalRate() const;
     void createRefreshTimers();
@@ -116,6 +118,11 @@ public:
     void TimerDebug1SecondRoutine();
     FrameInputs frameInputs();
 
+    // --- Snapshot: AppDelegate_Snapshot.cpp ---
+    void OnToolbarTakePicture();
+    void OnMenuTakePicture() { OnToolbarTakePicture(); }
+    void Timer_Save_Picture_Routine();
+
     // --- Recording control: AppDelegate_Recording.cpp ---
     void OnToolbarRecord();
     void OnToolbarPause();
@@ -173,6 +180,8 @@ private:
     void openPage(const QUrl& address);
     void setUpSourceControls();
     void setUpOutputSize();
+    void applyCaptureOptions();
+    QString chooseWindowByText(const QString& text);
     void showMainWindow();
     void emptyWorkingFolders();
 
@@ -185,6 +194,8 @@ private:
     void watchFreeSpace();
     void composePreview(const FrameInputs& inputs);
     void composeOutput(const FrameInputs& inputs, bool record);
+    void savePicture(const CVPixelBufferRef& frame);
+    void pictureWritten(const QString& problem);
 
     void beginProgress();
     void setProgress(float percentage);

@@ -11,21 +11,19 @@ namespace lumavex {
 
 namespace {
 
-/// The help book's first page: installed beside the program or in the data folders, or in the source tree of a program that
-/// was not installed. Empty when there is none.
+/// The help book's first page: installed beside the program or in the data folders, or in the source tree of a program
+/// that was not installed. Empty when there is none.
 QString helpBook()
 {
     const QString page = QStringLiteral("LumavexHelp.help/index.html");
-    const QString beside =
-        QCoreApplication::applicationDirPath() + QStringLiteral("/../share/lumavex/") + page;
+    const QString beside = QCoreApplication::applicationDirPath() + QStringLiteral("/../share/lumavex/") + page;
     if (QFileInfo::exists(beside))
         return QFileInfo(beside).canonicalFilePath();
     const QString installed =
         QStandardPaths::locate(QStandardPaths::GenericDataLocation, QStringLiteral("lumavex/") + page);
     if (!installed.isEmpty())
         return installed;
-    const QString inTree =
-        QCoreApplication::applicationDirPath() + QStringLiteral("/../../resources/help/") + page;
+    const QString inTree = QCoreApplication::applicationDirPath() + QStringLiteral("/../../resources/help/") + page;
     return QFileInfo::exists(inTree) ? QFileInfo(inTree).canonicalFilePath() : QString();
 }
 

@@ -123,6 +123,8 @@ void AppDelegate::composeOutput(const FrameInputs& inputs, bool record)
     }
     const CVPixelBufferRef frame =
         compositor_.outputPass(inputs, record ? recording.size_Movie : compose.size_Video_Output);
+    if (compose.b_Take_Picture && frame)
+        savePicture(frame);
     compose.b_Take_Picture = false;
     if (record && frame) {
         lastAppended_ = inputs;

@@ -52,7 +52,8 @@ void AppDelegate::connectCamera()
         if (present)
             window_.showMessage(tr("The camera %1 is back.").arg(camera.s_Camera_Name));
         else
-            window_.showMessage(tr("The camera %1 is gone. Its last picture stays until it comes back.").arg(camera.s_Camera_Name));
+            window_.showMessage(
+                tr("The camera %1 is gone. Its last picture stays until it comes back.").arg(camera.s_Camera_Name));
     });
 }
 
@@ -114,9 +115,9 @@ bool AppDelegate::hasCamera(const QString& messageText)
 {
     if (camera.b_Camera_Connected)
         return true;
-    platform_.dialogs->runAlert(
-        {messageText, QStringLiteral("No camera connected. Go to settings and connect a camera."),
-         {QStringLiteral("Close")}});
+    platform_.dialogs->runAlert({messageText,
+                                 QStringLiteral("No camera connected. Go to settings and connect a camera."),
+                                 {QStringLiteral("Close")}});
     return false;
 }
 
@@ -146,7 +147,8 @@ void AppDelegate::OnToolbarEntireScreen()
 void AppDelegate::OnToolbarFollowCursor()
 {
     if (application.b_Show_FollowCursor_How_To == 1)
-        runGuide<Window_FollowCursor_How_It_Works>("b_Show_FollowCursor_How_To", application.b_Show_FollowCursor_How_To);
+        runGuide<Window_FollowCursor_How_It_Works>("b_Show_FollowCursor_How_To",
+                                                   application.b_Show_FollowCursor_How_To);
     showCaptureType(window_.toolbarFollowCursor, window_.menuFollowCursor);
     capture.size_Follow_Cursor = catalogueSize(capture.index_size_Follow_Cursor);
     capture.i_Type_Screen_Capture = FollowCursor;
@@ -182,8 +184,8 @@ void AppDelegate::runRegionSelector()
 
 void AppDelegate::chooseFirstWindow()
 {
-    // The third window from the front: the first two are the program's own, as a rule. The program's own windows and the
-    // desktop behind all others are never the first choice; without another one the user picks from the menu.
+    // The third window from the front: the first two are the program's own, as a rule. The program's own windows and
+    // the desktop behind all others are never the first choice; without another one the user picks from the menu.
     QList<WindowEntry> candidates;
     for (const WindowEntry& entry : std::as_const(capture.arrayController))
         if (!belongsToLumavex(entry) && &entry != &capture.arrayController.constLast())
@@ -204,6 +206,60 @@ void AppDelegate::runGuide(const char* setting, std::int64_t& value)
         storeInteger(setting, 0);
     });
     guide.runModal();
+}
+
+void AppDelegate::applyCaptureOptions()
+{
+    if (options_.needsCamera() && !camera.b_Camera_Connected) {
+        launchProblem = options_.camera.isEmpty() ? tr("There is no camera to record.") : cameraDelegate.trouble();
+        return;
+    }
+    switch (options_.captureType.value_or(EntireScreen)) {
+    case FollowCursor:
+        showCaptureType(window_.toolbarFollowCursor, window_.menuFollowCursor);
+        capture.size_Follow_Cursor = options_.follow.value_or(catalogueSize(capture.index_size_Follow_Cursor));
+        capture.i_Type_Screen_Capture = FollowCursor;
+        break;
+    case Region:
+        if (!options_.region) {
+            QMetaObject::invokeMethod(this, &AppDelegate::OnToolbarRegion, Qt::QueuedConnection);
+            break;
+        }
+        capture.rect_Screen_Region = {double(options_.region->x),
+                                      capture.size_Screen.height - options_.region->y - options_.region->height,
+                                      double(options_.region->width), double(options_.region->height)};
+        if (options_.region->x >= capture.size_Screen.width || options_.region->y >= capture.size_Screen.height)
+            launchProblem = tr("The region lies outside the screen, which is %1x%2 pixels large.")
+                                .arg(capture.size_Screen.width)
+                                .arg(capture.size_Screen.height);
+        showCaptureType(window_.toolbarRegion, window_.menuRegion);
+        window_.toolbarRegion->setEnabled(true);
+        capture.i_Type_Screen_Capture = Region;
+        break;
+    case WindowExclusive:
+        if (options_.window.isEmpty())
+            QMetaObject::invokeMethod(this, &AppDelegate::OnToolbarWindowExclusive, Qt::QueuedConnection);
+        else
+            launchProblem = chooseWindowByText(options_.window);
+        break;
+    default:
+        break;
+    }
+}
+
+QString AppDelegate::chooseWindowByText(const QString& text)
+{
+    updateWindowList();
+    for (const WindowEntry& entry : std::as_const(capture.arrayController)) {
+        const QString identifier = Return_Window_Identifier_String(entry);
+        if (belongsToLumavex(entry) || !identifier.contains(text, Qt::CaseInsensitive))
+            continue;
+        capture.sWindowExclusive = identifier;
+        showCaptureType(window_.toolbarWindowExclusive, window_.menuWindowExclusive);
+        capture.i_Type_Screen_Capture = WindowExclusive;
+        return {};
+    }
+    return tr("There is no window whose name contains \"%1\" (see --list-windows).").arg(text);
 }
 
 void AppDelegate::showCaptureType(QAction* toolbarItem, QAction* menuItem)

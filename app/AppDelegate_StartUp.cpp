@@ -8,6 +8,7 @@
 #include <QAction>
 #include <QCoreApplication>
 #include <QStandardPaths>
+#include <QThreadPool>
 
 #include <algorithm>
 #include <cstdio>
@@ -21,7 +22,10 @@ AppDelegate::AppDelegate(Platform& platform, Window_Main& window, const LaunchOp
     connectCamera();
 }
 
-AppDelegate::~AppDelegate() = default;
+AppDelegate::~AppDelegate()
+{
+    QThreadPool::globalInstance()->waitForDone(); // a picture that is being written reports to this object
+}
 
 void AppDelegate::awakeFromNib()
 {
@@ -80,6 +84,7 @@ bool AppDelegate::applicationDidFinishLaunching()
     application.numCPUs = platform_.processorLoad->processorCount();
     application.updateTimer = platform_.runLoop->scheduleRepeating({3, 1}, RunLoopMode::Default, TimerOrder::Other,
                                                                    [this](const TimerFiring&) { updateInfo(); });
+    applyCaptureOptions();
     if (!options_.recordSeconds)
         showMainWindow();
     return true;
@@ -93,6 +98,8 @@ void AppDelegate::showMainWindow()
     window_.activateWindow();
     if (const QString trouble = platform_.userDefaults->trouble(); !trouble.isEmpty())
         window_.showMessage(trouble);
+    if (!launchProblem.isEmpty())
+        window_.showMessage(launchProblem);
     if (application.sffmpegPath.isEmpty())
         window_.showMessage(tr("The program ffmpeg is not installed. Recordings with sound need it."));
     platform_.runLoop->scheduleOnce({1, 2}, [this](const TimerFiring&) { finishRescue(); });
@@ -167,8 +174,13 @@ void AppDelegate::setUpOutputSize()
     else
         setVideoOutputSize(
             capture.arrayFrameResolution[static_cast<std::size_t>(compose.index_size_Video_Output - 2)].sizeDimension);
-    if (options_.size)
+    if (options_.size) {
         setVideoOutputSize(options_.size->width > 0 ? *options_.size : capture.size_Screen);
+        camera.b_Change_to_Camera_Resolution = false;
+    } else if (compose.index_size_Video_Output == 0 && compose.i_Video_Source_Primary == 2
+               && compose.i_Show_Secondary == 1) {
+        camera.b_Change_to_Camera_Resolution = options_.source.has_value();
+    }
 }
 
 void AppDelegate::Terminate_App()

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/CommandLine.h"
 
+#include "capture/CaptureState.h"
+
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -18,6 +20,15 @@ QString translated(const char* text)
 
 /// Takes the option's value into the options; what is wrong with it, or empty.
 using Apply = QString (*)(const QString& value, LaunchOptions& options);
+
+/// "WxH" as a size of at least one pixel.
+std::optional<CGSize> sizeOf(const QString& value)
+{
+    static const QRegularExpression form(QStringLiteral("^(\\d{1,5})x(\\d{1,5})$"));
+    const auto match = form.match(value);
+    const CGSize size{match.captured(1).toDouble(), match.captured(2).toDouble()};
+    return match.hasMatch() && size.width > 0 && size.height > 0 ? std::optional(size) : std::nullopt;
+}
 
 QString applyRecord(const QString& value, LaunchOptions& options)
 {
@@ -45,10 +56,8 @@ QString applySize(const QString& value, LaunchOptions& options)
         options.size = CGSize{};
         return {};
     }
-    static const QRegularExpression form(QStringLiteral("^(\\d{1,5})x(\\d{1,5})$"));
-    const auto match = form.match(value);
-    const CGSize size{match.captured(1).toDouble(), match.captured(2).toDouble()};
-    if (!match.hasMatch() || size.width < 16 || size.height < 16 || size.width > 16384 || size.height > 16384)
+    const CGSize size = sizeOf(value).value_or(CGSize{});
+    if (size.width < 16 || size.height < 16 || size.width > 16384 || size.height > 16384)
         return translated("must be \"screen\" or a size from 16x16 to 16384x16384, like 1280x720");
     options.size = size;
     return {};
@@ -59,6 +68,75 @@ QString applySwitch(const QString& value, std::optional<bool>& target)
     if (value != QLatin1String("yes") && value != QLatin1String("no"))
         return translated("must be \"yes\" or \"no\"");
     target = value == QLatin1String("yes");
+    return {};
+}
+
+/// Finds the value among the names; what is wrong, or empty.
+template <class Value>
+QString applyChoice(const QString& value, std::initializer_list<std::pair<const char*, Value>> choices,
+                    std::optional<Value>& target)
+{
+    QStringList names;
+    for (const auto& [name, meaning] : choices) {
+        if (value == QLatin1String(name)) {
+            target = meaning;
+            return {};
+        }
+        names.append(QLatin1String(name));
+    }
+    return translated("must be one of %1").arg(names.join(QStringLiteral(", ")));
+}
+
+QString applySource(const QString& value, LaunchOptions& options)
+{
+    using Source = LaunchOptions::Source;
+    return applyChoice<Source>(value,
+                               {{"screen", Source::Screen},
+                                {"camera", Source::Camera},
+                                {"both", Source::Both},
+                                {"both-camera", Source::BothCameraLarge}},
+                               options.source);
+}
+
+QString applyType(const QString& value, LaunchOptions& options)
+{
+    return applyChoice<std::int64_t>(
+        value, {{"entire", EntireScreen}, {"follow", FollowCursor}, {"region", Region}, {"window", WindowExclusive}},
+        options.captureType);
+}
+
+QString applyRegion(const QString& value, LaunchOptions& options)
+{
+    static const QRegularExpression form(QStringLiteral("^(\\d{1,5}),(\\d{1,5}),(\\d{1,5}),(\\d{1,5})$"));
+    const auto match = form.match(value);
+    const LaunchOptions::Rectangle region{match.captured(1).toInt(), match.captured(2).toInt(),
+                                          match.captured(3).toInt(), match.captured(4).toInt()};
+    if (!match.hasMatch() || region.width < 1 || region.height < 1)
+        return translated("must be X,Y,W,H in pixels from the upper-left corner, like 100,50,640,480");
+    options.region = region;
+    return {};
+}
+
+QString applyFollow(const QString& value, LaunchOptions& options)
+{
+    options.follow = sizeOf(value);
+    return options.follow ? QString() : translated("must be a size like 640x480");
+}
+
+QString applyCameraSize(const QString& value, LaunchOptions& options)
+{
+    bool isNumber = false;
+    const int code = value.toInt(&isNumber);
+    if (!isNumber || code < 0 || code > 7)
+        return translated("must be a code from 0 to 7 (see --list-sizes)");
+    options.cameraSize = code;
+    return {};
+}
+
+template <LaunchOptions::List what>
+QString applyList(const QString&, LaunchOptions& options)
+{
+    options.list = what;
     return {};
 }
 
@@ -84,6 +162,25 @@ const Option optionTable[] = {
      [](const QString& value, LaunchOptions& options) { return applySwitch(value, options.sound); }},
     {"cursor", "yes|no", QT_TRANSLATE_NOOP("CommandLine", "Draw the mouse cursor."),
      [](const QString& value, LaunchOptions& options) { return applySwitch(value, options.cursor); }},
+    {"source", "SOURCE", QT_TRANSLATE_NOOP("CommandLine", "screen, camera, both or both-camera (camera large)."),
+     applySource},
+    {"type", "TYPE", QT_TRANSLATE_NOOP("CommandLine", "Of the screen: entire, follow (the cursor), region or window."),
+     applyType},
+    {"region", "X,Y,W,H", QT_TRANSLATE_NOOP("CommandLine", "The region, in pixels from the upper-left corner."),
+     applyRegion},
+    {"follow", "WxH", QT_TRANSLATE_NOOP("CommandLine", "Size of the rectangle that follows the cursor."), applyFollow},
+    {"window", "TEXT", QT_TRANSLATE_NOOP("CommandLine", "The window whose name in --list-windows contains TEXT."),
+     [](const QString& value, LaunchOptions& options) {
+         options.window = value;
+         return value.isEmpty() ? translated("must be part of a window's name") : QString();
+     }},
+    {"camera", "NAME", QT_TRANSLATE_NOOP("CommandLine", "The camera of this name."),
+     [](const QString& value, LaunchOptions& options) {
+         options.camera = value;
+         return value.isEmpty() ? translated("must be a camera's name") : QString();
+     }},
+    {"camera-size", "CODE", QT_TRANSLATE_NOOP("CommandLine", "The camera's resolution, a code of --list-sizes."),
+     applyCameraSize},
     {"hide-own-windows", nullptr, QT_TRANSLATE_NOOP("CommandLine", "Leave Lumavex's own windows out of the picture."),
      [](const QString&, LaunchOptions& options) {
          options.hideOwnWindows = true;
@@ -99,6 +196,13 @@ const Option optionTable[] = {
          options.load = LaunchOptions::Load::Ignore;
          return QString();
      }},
+    {"list-cameras", nullptr, QT_TRANSLATE_NOOP("CommandLine", "Print the cameras' names and end."),
+     applyList<LaunchOptions::List::Cameras>},
+    {"list-windows", nullptr, QT_TRANSLATE_NOOP("CommandLine", "Print the windows' names, front to back, and end."),
+     applyList<LaunchOptions::List::Windows>},
+    {"list-sizes", nullptr,
+     QT_TRANSLATE_NOOP("CommandLine", "Print the frame sizes offered on this screen and the camera's, and end."),
+     applyList<LaunchOptions::List::Sizes>},
 };
 
 QString helpText()
@@ -135,6 +239,34 @@ const Option* findOption(const QString& name)
 
 } // namespace
 
+namespace {
+
+/// An option of one capture type chooses that type; options of two do not go together.
+QString completeType(LaunchOptions& options)
+{
+    const struct {
+        bool given;
+        std::int64_t type;
+        const char* name;
+    } hints[] = {{options.follow.has_value(), FollowCursor, "--follow"},
+                 {options.region.has_value(), Region, "--region"},
+                 {!options.window.isEmpty(), WindowExclusive, "--window"}};
+    for (const auto& hint : hints) {
+        if (!hint.given)
+            continue;
+        if (options.captureType.value_or(hint.type) != hint.type)
+            return translated("%1 does not go with the capture type chosen.").arg(QLatin1String(hint.name));
+        options.captureType = hint.type;
+    }
+    if (options.recordSeconds && options.captureType == Region && !options.region)
+        return translated("--type region needs --region X,Y,W,H with --record.");
+    if (options.recordSeconds && options.captureType == WindowExclusive && options.window.isEmpty())
+        return translated("--type window needs --window TEXT with --record.");
+    return {};
+}
+
+} // namespace
+
 CommandLine parseCommandLine(const QStringList& arguments)
 {
     CommandLine result;
@@ -162,6 +294,8 @@ CommandLine parseCommandLine(const QStringList& arguments)
         if (const QString problem = option->apply(value, result.options); !problem.isEmpty())
             return mistake(QStringLiteral("%1 %2.").arg(name, problem));
     }
+    if (const QString problem = completeType(result.options); !problem.isEmpty())
+        return mistake(problem);
     if (result.options.recordSeconds && result.options.output.isEmpty())
         return mistake(translated("--record needs --output FILE."));
     if (!result.options.recordSeconds && !result.options.output.isEmpty())

@@ -22,6 +22,26 @@ struct LaunchOptions {
     std::optional<bool> sound;
     std::optional<bool> cursor;
     bool hideOwnWindows = false;
+
+    enum class Source { Screen, Camera, Both, BothCameraLarge };
+    std::optional<Source> source;
+    std::optional<std::int64_t> captureType; ///< a ScreenCaptureType
+    /// Of the region, in pixels from the UPPER-left corner of the main display, y downward, as other tools count.
+    struct Rectangle {
+        int x = 0;
+        int y = 0;
+        int width = 0;
+        int height = 0;
+    };
+    std::optional<Rectangle> region;
+    std::optional<CGSize> follow;           ///< size of the rectangle that follows the cursor
+    QString window;                         ///< part of the name of the window to capture
+    QString camera;                         ///< name of the camera
+    std::optional<std::int64_t> cameraSize; ///< resolution code 0 to 7
+
+    enum class List { Nothing, Cameras, Windows, Sizes } list = List::Nothing; ///< print these and end
+
+    bool needsCamera() const { return source && *source != Source::Screen; }
 };
 
 } // namespace lumavex

@@ -25,7 +25,8 @@ enum class ReadRule {
 
 std::int64_t readInteger(UserDefaults& store, const char* name, ReadRule rule);
 
-/// Settings given for this run only lie over the stored ones: they are read instead, and never written.
+/// Settings given for this run only lie over the stored ones: they are read instead, and what is stored stays. A write
+/// to one reaches the store only where nothing is stored yet, so that a first run is complete.
 class LayeredUserDefaults final : public UserDefaults {
 public:
     explicit LayeredUserDefaults(UserDefaults& stored) : stored_(stored) {}
@@ -37,7 +38,11 @@ public:
         const auto it = layer_.constFind(key);
         return it != layer_.constEnd() ? std::optional(*it) : stored_.stringForKey(key);
     }
-    void setObject_forKey(const QString& text, const QString& key) override { stored_.setObject_forKey(text, key); }
+    void setObject_forKey(const QString& text, const QString& key) override
+    {
+        if (!layer_.contains(key) || !stored_.stringForKey(key))
+            stored_.setObject_forKey(text, key);
+    }
     QString trouble() const override { return stored_.trouble(); }
 
 private:

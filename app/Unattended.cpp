@@ -48,12 +48,20 @@ UnattendedRecording::UnattendedRecording(AppDelegate& app, RunLoop& runLoop, con
 
 void UnattendedRecording::begin()
 {
+    if (!app_.launchProblem.isEmpty()) {
+        finished({}, app_.launchProblem);
+        return;
+    }
+    // A camera's size, which the movie may take, is known with its first picture.
+    const Nanoseconds patience = runLoop_.now() + std::chrono::seconds(3);
+    if (options_.needsCamera())
+        runLoop_.runUntil([&] { return app_.camera.size_Camera.width > 0 || runLoop_.now() > patience; });
     app_.Timer_Open_Preview_Window_Routine(); // frames are made only while there is a preview, shown or not
     app_.OnToolbarRecord();
     if (app_.recording.m_RecordStatus != Recording)
         return;
-    const TimerId stop = runLoop_.scheduleOnce(
-        {1, 1}, [this](const TimerFiring& firing) { app_.stopRecording(firing.deadline); });
+    const TimerId stop =
+        runLoop_.scheduleOnce({1, 1}, [this](const TimerFiring& firing) { app_.stopRecording(firing.deadline); });
     runLoop_.setNextDeadline(
         stop, app_.recording.notBefore
                   + std::chrono::duration_cast<Nanoseconds>(std::chrono::duration<double>(*options_.recordSeconds)));

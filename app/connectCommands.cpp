@@ -20,6 +20,8 @@ void connectCommands(Window_Main& window, AppDelegate& app)
         {window.menuRecord, &AppDelegate::OnMenuVideoRecord},
         {window.menuPause, &AppDelegate::OnMenuVideoPause},
         {window.menuStop, &AppDelegate::OnMenuVideoStop},
+        {window.toolbarTakePicture, &AppDelegate::OnToolbarTakePicture},
+        {window.menuTakePicture, &AppDelegate::OnMenuTakePicture},
         {window.menuQuit, &AppDelegate::OnMenuQuit},
         {window.toolbarScreenOnly, &AppDelegate::OnToolbarScreenOnly},
         {window.toolbarCameraOnly, &AppDelegate::OnToolbarCameraOnly},
@@ -48,6 +50,9 @@ void connectCommands(Window_Main& window, AppDelegate& app)
     };
     for (const auto& [action, command] : commands)
         QObject::connect(action, &QAction::triggered, &app, [&app, command = command] { (app.*command)(); });
+    // There is no settings dialog yet; settings are given on the command line or in the preferences file.
+    for (QAction* action : {window.menuPreferences, window.toolbarPreferences})
+        action->setVisible(false);
 }
 
 } // namespace lumavex

@@ -2,6 +2,7 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
 #include "app/Icons.h"
+#include "app/Lists.h"
 #include "app/SettingsTable.h"
 #include "app/Signals.h"
 #include "app/SingleInstance.h"
@@ -20,6 +21,9 @@ namespace {
 
 using namespace lumavex;
 
+/// A recording without a user shares its standard error with the user's terminal.
+bool logsTroubleOnly = false;
+
 /// Qt ends the program by itself when it cannot reach the display; the user gets words instead of an abort.
 void onMessage(QtMsgType type, const QMessageLogContext&, const QString& message)
 {
@@ -29,14 +33,15 @@ void onMessage(QtMsgType type, const QMessageLogContext&, const QString& message
                    stderr);
         std::_Exit(1);
     }
-    if (type != QtDebugMsg)
+    const bool measurement = type == QtInfoMsg;
+    if (type != QtDebugMsg && !(measurement && logsTroubleOnly))
         std::fprintf(stderr, "%s\n", qUtf8Printable(message));
     if (type == QtFatalMsg)
         std::abort();
 }
 
 /// Lays the settings of the command line over the stored ones, for this run.
-std::unique_ptr<UserDefaults> layered(UserDefaults& stored, const LaunchOptions& options)
+std::unique_ptr<UserDefaults> layered(UserDefaults& stored, const LaunchOptions& options, CameraSource& cameras)
 {
     auto layer = std::make_unique<LayeredUserDefaults>(stored);
     const auto lay = [&layer](const char* name, std::int64_t value) {
@@ -50,6 +55,25 @@ std::unique_ptr<UserDefaults> layered(UserDefaults& stored, const LaunchOptions&
         lay("b_Record_Include_Audio", *options.sound ? 1 : 0);
     if (options.cursor)
         lay("b_Screen_Include_Mouse", *options.cursor ? 1 : 0);
+    if (options.source) {
+        const bool cameraLarge = *options.source == LaunchOptions::Source::Camera
+                                 || *options.source == LaunchOptions::Source::BothCameraLarge;
+        const bool both =
+            *options.source == LaunchOptions::Source::Both || *options.source == LaunchOptions::Source::BothCameraLarge;
+        lay("i_Video_Source_Primary", cameraLarge ? 2 : 1);
+        lay("i_Show_Secondary", both ? 1 : 0);
+    }
+    if (options.cameraSize)
+        lay("i_Camera_CRP", *options.cameraSize);
+    const QString nameKey = settingKey("s_Camera_Name");
+    if (!options.camera.isEmpty()) {
+        layer->lay(options.camera, nameKey);
+    } else if (options.needsCamera()
+               && stored.stringForKey(nameKey).value_or(doNotConnectToCamera) == doNotConnectToCamera) {
+        // Whoever asks for the camera without a name means the one there is.
+        if (const QStringList names = cameras.names(); !names.isEmpty())
+            layer->lay(names.first(), nameKey);
+    }
     return layer;
 }
 
@@ -70,7 +94,7 @@ int run(const LaunchOptions& options, Platform& platform, SingleInstance& instan
         return fail(trouble);
     }
     const std::unique_ptr<UserDefaults> stored = std::move(platform.userDefaults);
-    platform.userDefaults = layered(*stored, options);
+    platform.userDefaults = layered(*stored, options, *platform.cameras);
 
     Window_Main window;
     AppDelegate app(platform, window, options);
@@ -115,6 +139,7 @@ int main(int argc, char* argv[])
         if (const QString problem = outputProblem(options); !problem.isEmpty())
             return fail(problem);
 
+    logsTroubleOnly = options.recordSeconds.has_value();
     qInstallMessageHandler(onMessage);
     // Screen and windows are read through X11, so the program's own windows live there too.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
@@ -127,6 +152,10 @@ int main(int argc, char* argv[])
     QApplication::setQuitOnLastWindowClosed(false); // an alert that closes while the main window is hidden ends nothing
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/org.lumavex.Lumavex.svg")));
 
+    if (options.list != LaunchOptions::List::Nothing) {
+        Platform platform = createPlatform();
+        return printList(options.list, platform);
+    }
     SingleInstance instance;
     if (!instance.isFirst()) {
         if (!instance.activateFirst())

@@ -6,6 +6,7 @@
 #include "platform/RunLoop.h"
 
 #include <QImage>
+#include <QString>
 
 #include <cstdint>
 #include <memory>
@@ -38,7 +39,9 @@ struct ComposeState {
     std::unique_ptr<Window_Preview> windowPreview; ///< null: no preview window, no frames
     bool b_windowPreview_Visible = false;
     std::optional<QPoint> previewLowerLeft; ///< where a preview that is opened anew takes its predecessor's place
-    bool b_Take_Picture = false; ///< a snapshot is wanted of the next frame
+    bool b_Take_Picture = false;  ///< a snapshot is wanted of the next frame
+    QString s_Saved_Take_Picture; ///< path of the latest snapshot
+    TimerId timer_Save_Picture = 0;
 
     TimerId timerViewRefresh = 0;
     TimerId timerdebug1Second = 0;

@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QLabel>
 #include <QMenu>
+#include <QThreadPool>
 
 using namespace lumavex;
 using namespace std::chrono_literals;
@@ -27,9 +28,10 @@ TEST_F(Program, FirstRunWritesAllDefaultsInOrderAndALaterRunOnlyTheDefaultingOne
 
     store->texts.clear();
     ASSERT_TRUE(launch());
-    EXPECT_EQ(store->texts.keys(), QStringList({settingKey("b_Screen_Include_Mouse"), settingKey("b_Show_FollowCursor_How_To"),
-                                                settingKey("b_Show_Select_Region_How_To"),
-                                                settingKey("b_Show_WindowExclusive_How_To"), settingKey("i_Top_Other_Windows")}));
+    EXPECT_EQ(store->texts.keys(),
+              QStringList({settingKey("b_Screen_Include_Mouse"), settingKey("b_Show_FollowCursor_How_To"),
+                           settingKey("b_Show_Select_Region_How_To"), settingKey("b_Show_WindowExclusive_How_To"),
+                           settingKey("i_Top_Other_Windows")}));
     EXPECT_EQ(app->recording.i_fps_of_Recording, 1); // a rate of 0 counts as 1
     EXPECT_EQ(app->compose.i_Video_Source_Primary, 1);
 }
@@ -179,8 +181,9 @@ TEST_F(Program, PausedAndIdleNothingIsAppendedAndControlsFollowTheState)
     ASSERT_TRUE(launch());
     const auto states = [&] {
         QString text;
-        for (const QAction* action : {window->btnRecord, window->menuRecord, window->btnPause, window->menuPause,
-                                      window->btnStop, window->menuStop, window->menuPreferences, window->toolbarPreferences})
+        for (const QAction* action :
+             {window->btnRecord, window->menuRecord, window->btnPause, window->menuPause, window->btnStop,
+              window->menuStop, window->menuPreferences, window->toolbarPreferences})
             text += action->isEnabled() ? u'1' : u'0';
         return text + (window->textDurationTime->isHidden() ? QStringLiteral(" hidden") : QStringLiteral(" shown"));
     };
@@ -285,6 +288,29 @@ TEST_F(Program, AMoveThatFailsAsksAgainAndThenKeepsTheMovie)
     const QDir recovered(home.filePath(QStringLiteral("Documents/LumavexRecovered")));
     ASSERT_EQ(recovered.entryList(QDir::Files).size(), 1);
     EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(recovered.entryList(QDir::Files).at(0)));
+}
+
+TEST_F(Program, ASnapshotIsOneOutputFrameWhetherRecordingOrNotAndIsSavedASecondLater)
+{
+    ASSERT_TRUE(launch());
+    loop->advance(1500ms);
+    app->setVideoOutputSize({320, 240});
+    const QString saved = home.filePath(QStringLiteral("picture.png"));
+    dialogs->savePaths = {saved};
+    window->toolbarTakePicture->trigger();
+    window->menuTakePicture->trigger();
+    loop->advance(1s);
+    EXPECT_FALSE(app->compose.b_Take_Picture);
+    ASSERT_TRUE(QThreadPool::globalInstance()->waitForDone(5000));
+    QApplication::processEvents();
+    loop->advance(1s);
+    ASSERT_EQ(dialogs->savePanels.size(), 1U);
+    EXPECT_EQ(dialogs->savePanels[0].nameField, QFileInfo(app->compose.s_Saved_Take_Picture).fileName());
+    const QImage picture(saved);
+    EXPECT_EQ(picture.size(), QSize(320, 240));
+    EXPECT_EQ(picture.pixelColor(300, 10), QColor(Qt::red));
+    EXPECT_TRUE(QDir(home.filePath(QStringLiteral("Documents/LumavexPicture"))).isEmpty());
+    EXPECT_EQ(dialogs->alerts.back().informativeText, QStringLiteral("Image file saved successfully."));
 }
 
 TEST_F(Program, AWriterThatFailsEndsTheRecordingAndKeepsWhatThereIs)

@@ -14,8 +14,17 @@ using namespace lumavex;
 TEST(SettingsTable, NumbersAreReadFromTheBeginningOfTheText)
 {
     const std::pair<const char*, std::int64_t> cases[] = {
-        {"30", 30}, {"12abc", 12}, {"  -7 ", -7}, {"+5", 5}, {"abc", 0}, {"", 0}, {"-", 0}, {"- 3", 0},
-        {"99999999999999999999", INT64_MAX}, {"-99999999999999999999", INT64_MIN}, {"9223372036854775807", INT64_MAX},
+        {"30", 30},
+        {"12abc", 12},
+        {"  -7 ", -7},
+        {"+5", 5},
+        {"abc", 0},
+        {"", 0},
+        {"-", 0},
+        {"- 3", 0},
+        {"99999999999999999999", INT64_MAX},
+        {"-99999999999999999999", INT64_MIN},
+        {"9223372036854775807", INT64_MAX},
     };
     for (const auto& [text, value] : cases)
         EXPECT_EQ(integerValue(QLatin1String(text)), value) << text;
@@ -36,7 +45,12 @@ TEST(SettingsTable, OnlyTheDefaultingRuleWritesAndTheLayerIsNeverStored)
     EXPECT_EQ(readInteger(layer, "a", ReadRule::Plain), 25);
     layer.setObject_forKey(QStringLiteral("3"), settingKey("a"));
     EXPECT_EQ(readInteger(layer, "a", ReadRule::Plain), 25);
-    EXPECT_EQ(store.texts.value(settingKey("a")), QStringLiteral("3"));
+    EXPECT_EQ(store.texts.value(settingKey("a")), QStringLiteral("0"));
+    layer.setObject_forKey(QStringLiteral("4"), settingKey("b"));
+    EXPECT_EQ(store.texts.value(settingKey("b")), QStringLiteral("4"));
+    layer.lay(QStringLiteral("5"), settingKey("c"));
+    layer.setObject_forKey(QStringLiteral("1"), settingKey("c"));
+    EXPECT_EQ(store.texts.value(settingKey("c")), QStringLiteral("1")) << "a first run stores all its defaults";
 }
 
 TEST(ProcessorUsage, BusyFractionsOverHalfTheProcessors)
@@ -45,7 +59,8 @@ TEST(ProcessorUsage, BusyFractionsOverHalfTheProcessors)
     const auto busy = [](int processors, int busyOnes) {
         Ticks ticks;
         for (int i = 0; i < processors; ++i)
-            ticks.insert(ticks.end(), {i < busyOnes ? 50 : 0, i < busyOnes ? 30 : 0, i < busyOnes ? 0 : 100, i < busyOnes ? 20 : 0});
+            ticks.insert(ticks.end(),
+                         {i < busyOnes ? 50 : 0, i < busyOnes ? 30 : 0, i < busyOnes ? 0 : 100, i < busyOnes ? 20 : 0});
         return ticks;
     };
     const auto usage = [&](int processors, int busyOnes) {
@@ -77,10 +92,32 @@ TEST(CommandLine, OptionsInBothFormsAndMistakesInTheUsersWords)
     EXPECT_EQ(good.options.cursor, true);
     EXPECT_EQ(good.options.existing, LaunchOptions::Existing::Overwrite);
     EXPECT_EQ(parse(QStringLiteral("--size screen")).options.size, (CGSize{0, 0}));
+    EXPECT_EQ(parse(QStringLiteral("--region 1,2,30,40")).options.captureType, 2);
+    EXPECT_EQ(parse(QStringLiteral("--follow 320x240")).options.captureType, 1);
+    EXPECT_TRUE(parse(QStringLiteral("--source both-camera")).options.needsCamera());
 
-    for (const char* wrong : {"--record", "--record 0 --output a", "--record nan --output a", "--record 3", "--fps 0",
-                              "--fps 2.5", "--size 12", "--size 99999x99999", "--sound maybe", "--overwrite=1", "--unknown",
-                              "file.mov", "--output a.mov"}) {
+    for (const char* wrong : {"--record",
+                              "--record 0 --output a",
+                              "--record nan --output a",
+                              "--record 3",
+                              "--fps 0",
+                              "--fps 2.5",
+                              "--size 12",
+                              "--size 99999x99999",
+                              "--sound maybe",
+                              "--overwrite=1",
+                              "--unknown",
+                              "--source telephone",
+                              "--region 1,2,3",
+                              "--region 0,0,0,5",
+                              "--follow 0x3",
+                              "--camera-size 8",
+                              "--type entire --region 1,2,3,4",
+                              "--follow 6x4 --window a",
+                              "--record 1 --output a --type region",
+                              "--record 1 --output a --type window",
+                              "file.mov",
+                              "--output a.mov"}) {
         const CommandLine result = parse(QLatin1String(wrong));
         EXPECT_EQ(result.exitStatus, 2) << wrong;
         EXPECT_TRUE(result.text.startsWith(QLatin1String("lumavex: "))) << wrong;

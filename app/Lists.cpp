@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/Lists.h"
+
+#include "capture/FrameDimension.h"
+#include "capture/WindowList.h"
+
+#include <QStringList>
+
+#include <cstdio>
+
+namespace lumavex {
+
+namespace {
+
+QStringList windowNames(ScreenGrabber& screen)
+{
+    auto list = std::make_shared<QList<WindowEntry>>();
+    WindowListApplierData data(list);
+    for (const WindowDescription& window : screen.windowDescriptions())
+        WindowListApplierFunction(window, data);
+    QStringList names;
+    for (const WindowEntry& entry : std::as_const(*list))
+        if (!belongsToLumavex(entry))
+            names.append(Return_Window_Identifier_String(entry) + u'\t' + entry.value(kWindowSizeKey).toString());
+    return names;
+}
+
+QStringList sizeNames(ScreenGrabber& screen)
+{
+    const auto catalogue = frameResolutionCatalogue();
+    QStringList names;
+    for (std::size_t i = 0; i < offeredFrameResolutions(catalogue, screen.sizeOfMainDisplay()); ++i)
+        names.append(QStringLiteral("--size %1x%2")
+                         .arg(catalogue[i].sizeDimension.width)
+                         .arg(catalogue[i].sizeDimension.height));
+    const char* const cameraSizes[] = {"Low", "Medium", "High", "320x240", "352x288", "640x480", "960x540", "1280x720"};
+    for (int code = 0; code < 8; ++code)
+        names.append(QStringLiteral("--camera-size %1\t%2").arg(code).arg(QLatin1String(cameraSizes[code])));
+    return names;
+}
+
+} // namespace
+
+int printList(LaunchOptions::List what, Platform& platform)
+{
+    if (const QString trouble = platform.screen->trouble();
+        what != LaunchOptions::List::Cameras && !trouble.isEmpty()) {
+        std::fprintf(stderr, "lumavex: %s\n", qUtf8Printable(trouble));
+        return 1;
+    }
+    const QStringList lines = what == LaunchOptions::List::Cameras   ? platform.cameras->names()
+                              : what == LaunchOptions::List::Windows ? windowNames(*platform.screen)
+                                                                     : sizeNames(*platform.screen);
+    for (const QString& line : lines)
+        std::puts(qUtf8Printable(line));
+    return 0;
+}
+
+} // namespace lumavex

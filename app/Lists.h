@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/LaunchOptions.h"
+#include "platform/Platform.h"
+
+namespace lumavex {
+
+/// Prints the cameras, windows or sizes, one a line, on standard output; the exit status.
+int printList(LaunchOptions::List what, Platform& platform);
+
+} // namespace lumavex
