@@ -158,6 +158,8 @@ Q_SIGNALS:
 
 private:
     void createPreviewWindow();
+    /// In the main window and on standard error.
+    void tell(const QString& text);
     /// Tells once that the chosen window is not listed any more, and once that it is listed again.
     void tellWhetherWindowIsThere(const QString& identifier);
     void fillSizeMenu(class QMenu& menu, std::int64_t offset, std::int64_t checkedIndex, QAction*& checkedItem,

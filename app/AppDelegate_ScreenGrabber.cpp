@@ -35,12 +35,12 @@ void AppDelegate::tellWhetherWindowIsThere(const QString& identifier)
     });
     if (!present && capture.sWindowExclusive_Missed != identifier) {
         capture.sWindowExclusive_Missed = identifier;
-        window_.showMessage(tr("The window %1 is not on the screen. All other windows are shown until it is back or "
-                               "another one is chosen.")
-                                .arg(identifier));
+        tell(tr("The window %1 is not on the screen. All other windows are shown until it is back or "
+                "another one is chosen.")
+                 .arg(identifier));
     } else if (present && capture.sWindowExclusive_Missed) {
         if (capture.sWindowExclusive_Missed == identifier)
-            window_.showMessage(tr("The window %1 is back.").arg(identifier));
+            tell(tr("The window %1 is back.").arg(identifier));
         capture.sWindowExclusive_Missed.reset();
     }
 }
