@@ -58,7 +58,6 @@ struct Program : testing::Test {
             slot = std::move(object);
             return raw;
         };
-        loop = keep(platform.runLoop, std::make_unique<FakeRunLoop>(clock));
         store = keep(platform.userDefaults, std::make_unique<FakeUserDefaults>());
         dialogs = keep(platform.dialogs, std::make_unique<FakeDialogs>());
         screen = keep(platform.screen, std::make_unique<FakeScreenGrabber>());
@@ -83,8 +82,13 @@ struct Program : testing::Test {
         screen->setScreen(picture);
     }
 
+    /// Starts the program; one that runs ends first, and its timers with it.
     bool launch()
     {
+        app.reset();
+        auto made = std::make_unique<FakeRunLoop>(clock);
+        loop = made.get();
+        platform.runLoop = std::move(made);
         window = std::make_unique<Window_Main>();
         app = std::make_unique<AppDelegate>(platform, *window, options);
         connectCommands(*window, *app);

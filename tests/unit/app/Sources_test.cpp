@@ -66,8 +66,6 @@ constexpr Type types[] = {
 struct Sources : Program {
     enum class Camera { None, Running };
 
-    ~Sources() override { app.reset(); }
-
     /// As after an earlier run with the camera and 10 frames a second.
     bool start(Camera which)
     {
@@ -81,7 +79,6 @@ struct Sources : Program {
         }
         store->texts[settingKey("i_Screen_Capture_FPS")] = QStringLiteral("10");
         addWindows();
-        app.reset();
         if (!launch())
             return false;
         store->written.clear();
@@ -289,7 +286,6 @@ TEST_F(Sources, TheNextStartFindsTheSourceAndFallsBackToTheScreenWithoutItsCamer
         give(source.control);
         give(&Window_Main::toolbarScreenOnly);
         give(source.control);
-        app.reset();
         ASSERT_TRUE(launch());
         EXPECT_EQ(app->compose.i_Video_Source_Primary, source.primary);
         EXPECT_EQ(app->compose.i_Show_Secondary, source.secondary);
@@ -297,7 +293,6 @@ TEST_F(Sources, TheNextStartFindsTheSourceAndFallsBackToTheScreenWithoutItsCamer
         EXPECT_EQ(app->capture.i_Type_Screen_Capture, EntireScreen);
 
         store->texts[settingKey("s_Camera_Name")] = doNotConnectToCamera;
-        app.reset();
         ASSERT_TRUE(launch());
         EXPECT_EQ(app->compose.i_Video_Source_Primary, 1);
         EXPECT_EQ(app->compose.i_Show_Secondary, 0);
@@ -315,7 +310,6 @@ TEST_F(Sources, ACameraThatIsBusyIsToldAndLeftOut)
     store->texts[settingKey("s_Camera_Name")] = cameraName;
     store->texts[settingKey("i_Camera_Capture_FPS")] = QStringLiteral("30");
     store->texts[settingKey("i_Video_Source_Primary")] = QStringLiteral("2");
-    app.reset();
     ASSERT_TRUE(launch());
     ASSERT_EQ(dialogs->alerts.size(), 1U);
     EXPECT_EQ(dialogs->alerts[0].messageText, QStringLiteral("Error"));
@@ -339,7 +333,6 @@ TEST_F(Sources, TheOutputTakesTheSizeThatWasAskedForWhateverTheCameraSends)
     store->texts[settingKey("s_Camera_Name")] = cameraName;
     store->texts[settingKey("i_Camera_CRP")] = QStringLiteral("3");
     store->texts[settingKey("i_Video_Source_Primary")] = QStringLiteral("2"); // and alone
-    app.reset();
     ASSERT_TRUE(launch());
     ASSERT_TRUE(until([this] { return app->camera.size_Camera.width > 0; }));
     EXPECT_EQ(app->camera.size_Camera, cameraSize);
@@ -356,7 +349,6 @@ TEST_F(Sources, ASizeTheCameraHasNotToldYetIsTakenFromItsFirstFrameUnlessTheSour
         silent.interval.reset();
         cameras->add(silent);
         store->texts[settingKey("s_Camera_Name")] = cameraName;
-        app.reset();
         ASSERT_TRUE(launch());
         give(&Window_Main::menuBothCameraPrimary);
         if (changed)
@@ -478,7 +470,6 @@ TEST_F(Sources, WindowExclusiveTakesTheThirdWindowAndKeepsWhatWasChosen)
 
     // With nothing but own windows and the desktop the user is asked to choose.
     screen->setWindows({});
-    app.reset();
     ASSERT_TRUE(launch());
     QApplication::processEvents();
     give(&Window_Main::toolbarWindowExclusive);
