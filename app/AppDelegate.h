@@ -164,6 +164,10 @@ private:
     bool isPreviewInSight() const;
     /// Whether the next frame is of use: to a recording, a snapshot or somebody who looks.
     bool isFrameWanted() const;
+    /// In the main window and on standard error.
+    void tell(const QString& text);
+    /// Tells once that the chosen window is not listed any more, and once that it is listed again.
+    void tellWhetherWindowIsThere(const QString& identifier);
     void fillSizeMenu(class QMenu& menu, std::int64_t offset, std::int64_t checkedIndex, QAction*& checkedItem,
                       void (AppDelegate::*click)(QAction*));
     void check(QAction*& last, QAction* item);

@@ -4,6 +4,8 @@
 #include "app/Window_Main.h"
 #include "capture/FollowCursor.h"
 
+#include <algorithm>
+
 namespace lumavex {
 
 void AppDelegate::TimerRefreshVideoRoutine(const TimerFiring& firing)
@@ -22,9 +24,29 @@ void AppDelegate::grabScreen()
     const bool exclusive = capture.i_Type_Screen_Capture == WindowExclusive;
     if (exclusive && !capture.sWindowExclusive)
         return;
+    if (exclusive)
+        tellWhetherWindowIsThere(*capture.sWindowExclusive);
     capture.arrayWindowsMinusLumavex =
         windowsToGrab(capture.arrayController, exclusive ? &*capture.sWindowExclusive : nullptr);
     createMultiWindowShot(capture.arrayWindowsMinusLumavex);
+}
+
+void AppDelegate::tellWhetherWindowIsThere(const QString& identifier)
+{
+    const auto& windows = capture.arrayController;
+    const bool present = std::any_of(windows.cbegin(), windows.cend(), [&identifier](const WindowEntry& entry) {
+        return Return_Window_Identifier_String(entry).contains(identifier);
+    });
+    if (!present && capture.sWindowExclusive_Missed != identifier) {
+        capture.sWindowExclusive_Missed = identifier;
+        tell(tr("The window %1 is not on the screen. All other windows are shown until it is back or "
+                "another one is chosen.")
+                 .arg(identifier));
+    } else if (present && capture.sWindowExclusive_Missed) {
+        if (capture.sWindowExclusive_Missed == identifier)
+            tell(tr("The window %1 is back.").arg(identifier));
+        capture.sWindowExclusive_Missed.reset();
+    }
 }
 
 void AppDelegate::createMultiWindowShot(const QList<WindowEntry>& windows)

@@ -49,12 +49,16 @@ void AppDelegate::connectCamera()
 {
     connect(&cameraDelegate, &CameraDelegate::pictureTaken, this, &AppDelegate::adoptCameraSize);
     connect(&cameraDelegate, &CameraDelegate::cameraPresenceChanged, this, [this](bool present) {
-        if (present)
-            window_.showMessage(tr("The camera %1 is back.").arg(camera.s_Camera_Name));
-        else
-            window_.showMessage(
-                tr("The camera %1 is gone. Its last picture stays until it comes back.").arg(camera.s_Camera_Name));
+        tell((present ? tr("The camera %1 is back.")
+                      : tr("The camera %1 is gone. Its last picture stays until it comes back."))
+                 .arg(camera.s_Camera_Name));
     });
+}
+
+void AppDelegate::tell(const QString& text)
+{
+    window_.showMessage(text);
+    qWarning("%s", qUtf8Printable(text)); // the window of an unattended recording is not seen
 }
 
 void AppDelegate::adoptCameraSize()
@@ -128,6 +132,7 @@ void AppDelegate::chooseSource(VideoSource primary, Secondary secondary)
     EnableScreenCaptureModes(primary == ScreenPrimary || secondary == Secondary::Shown);
     storeInteger("i_Show_Secondary", compose.i_Show_Secondary);
     storeInteger("i_Video_Source_Primary", compose.i_Video_Source_Primary);
+    camera.b_Change_to_Camera_Resolution = false; // what an earlier choice waited for
     if (compose.index_size_Video_Output != 0 || recording.m_RecordStatus != Idle)
         return;
     if (primary == CameraPrimary && camera.size_Camera.width <= 0) {

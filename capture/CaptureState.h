@@ -59,7 +59,8 @@ struct CaptureState {
     bool b_Refresh_Menu_Windows = false;   ///< rebuild the window menu at the next enumeration
     std::int64_t i_Menu_Windows_Count = 0; ///< window items now in the menu
     QAction* mi_last_Window_Exclusive = nullptr;
-    std::optional<QString> sWindowExclusive; ///< identifier of the chosen window
+    std::optional<QString> sWindowExclusive;        ///< identifier of the chosen window
+    std::optional<QString> sWindowExclusive_Missed; ///< the chosen window that the user was told is not listed
 
     std::vector<FrameDimension> arrayScreenPointSquare; ///< the region selector's five handles
 };

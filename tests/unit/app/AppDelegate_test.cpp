@@ -1,106 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/AppDelegate.h"
 #include "app/MessageStrip.h"
 #include "app/SettingsTable.h"
-#include "app/Window_Main.h"
 #include "app/Window_More_Information.h"
-#include "app/connectCommands.h"
-#include "platform/fake/FakeCameraSource.h"
-#include "platform/fake/FakeChildProcess.h"
-#include "platform/fake/FakeDialogs.h"
-#include "platform/fake/FakeMovieWriter.h"
-#include "platform/fake/FakeProcessorLoad.h"
-#include "platform/fake/FakeRunLoop.h"
-#include "platform/fake/FakeScreenGrabber.h"
-#include "platform/fake/FakeSoundRecorder.h"
-#include "platform/fake/FakeUserDefaults.h"
+#include "tests/unit/app/Program.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QDir>
-#include <QFile>
 #include <QLabel>
 #include <QMenu>
-#include <QTemporaryDir>
 #include <QThreadPool>
-
-#include <gtest/gtest.h>
 
 using namespace lumavex;
 using namespace std::chrono_literals;
-
-namespace {
-
-/// The whole program over fakes, in a documents folder of its own.
-struct Program : testing::Test {
-    QTemporaryDir home;
-    FakeClock clock;
-    Platform platform;
-    FakeRunLoop* loop = nullptr;
-    FakeUserDefaults* store = nullptr;
-    FakeDialogs* dialogs = nullptr;
-    FakeScreenGrabber* screen = nullptr;
-    FakeProcessorLoad* load = nullptr;
-    std::shared_ptr<FakeMovie> movie = std::make_shared<FakeMovie>();
-    std::shared_ptr<FakeSound> sound = std::make_shared<FakeSound>();
-    std::vector<FakeChildProcess::Launch> launches;
-    FakeChildProcess::Script encoder;
-    LaunchOptions options;
-    std::unique_ptr<Window_Main> window;
-    std::unique_ptr<AppDelegate> app;
-
-    Program()
-    {
-        qputenv("HOME", QFile::encodeName(home.path()));
-        qputenv("XDG_CONFIG_HOME", QFile::encodeName(home.path() + QStringLiteral("/.config")));
-        const auto keep = [](auto& slot, auto object) {
-            auto* raw = object.get();
-            slot = std::move(object);
-            return raw;
-        };
-        loop = keep(platform.runLoop, std::make_unique<FakeRunLoop>(clock));
-        store = keep(platform.userDefaults, std::make_unique<FakeUserDefaults>());
-        dialogs = keep(platform.dialogs, std::make_unique<FakeDialogs>());
-        screen = keep(platform.screen, std::make_unique<FakeScreenGrabber>());
-        load = keep(platform.processorLoad, std::make_unique<FakeProcessorLoad>());
-        platform.cameras = std::make_unique<FakeCameraSource>();
-        platform.createMovieWriter = fakeMovieWriters(movie);
-        platform.createSoundRecorder = fakeSoundRecorderFactory(sound);
-        encoder.work = [](const QStringList& arguments) {
-            QFile joined(arguments.last());
-            if (joined.open(QIODevice::WriteOnly))
-                joined.write("joined");
-        };
-        platform.createChildProcess = [this] { return FakeChildProcess::factory(encoder, &launches)(); };
-        paint(Qt::red);
-    }
-
-    void paint(const QColor& colour)
-    {
-        QImage picture(640, 480, QImage::Format_RGB32);
-        picture.fill(colour);
-        screen->setScreen(picture);
-    }
-
-    bool launch()
-    {
-        window = std::make_unique<Window_Main>();
-        app = std::make_unique<AppDelegate>(platform, *window, options);
-        connectCommands(*window, *app);
-        app->awakeFromNib();
-        const bool running = app->applicationDidFinishLaunching();
-        if (running) {
-            app->application.sffmpegPath = QStringLiteral("/bin/true"); // launched by the fake only
-            app->application.b_Show_Select_Region_How_To = 0;
-        }
-        return running;
-    }
-
-    QString videoFolder() const { return home.filePath(QStringLiteral("Documents/LumavexVideo")); }
-    double seconds(CMTime time) const { return CMTimeGetSeconds(time); }
-};
-
-} // namespace
 
 TEST_F(Program, FirstRunWritesAllDefaultsInOrderAndALaterRunOnlyTheDefaultingOnes)
 {
