@@ -51,8 +51,8 @@ void connectCommands(Window_Main& window, AppDelegate& app)
     for (const auto& [action, command] : commands)
         QObject::connect(action, &QAction::triggered, &app, [&app, command = command] { (app.*command)(); });
     // There is no settings dialog yet; settings are given on the command line or in the preferences file.
-    for (QAction* action : {window.menuPreferences, window.toolbarPreferences})
-        action->setVisible(false);
+    window.toolBar->removeAction(window.toolbarPreferences);
+    window.menuRecording->removeAction(window.menuPreferences);
 }
 
 } // namespace lumavex
