@@ -142,7 +142,7 @@ void AppDelegate::endWithoutJoin(const QString& reason)
         putAside(recording.s_Video_File_Source, recording.s_Sound_File_Source, application.s_Recovered_Folder);
     const QString where =
         kept.error.isEmpty() ? tr("Picture and sound were kept as %1 and %2.").arg(kept.movie, kept.sound) : kept.error;
-    const QString text = tr("Sound and picture could not be joined. %1 %2").arg(reason, where);
+    const QString text = tr("Sound and picture could not be joined. %1\n\n%2").arg(reason, where);
     const int answer = platform_.dialogs->runAlert({tr("Error"), text, {tr("Save Video Without Sound"), tr("Close")}});
     QFile::remove(recording.s_AV_File_Source); // what a failed encoder left
     if (answer == 0)
