@@ -153,7 +153,7 @@ AppDelegate::WorkingFiles AppDelegate::endWithoutJoin(const QString& reason)
                               ? tr("The picture was kept as %1.").arg(kept.movie)
                               : tr("Picture and sound were kept as %1 and %2.").arg(kept.movie, kept.sound);
     const QString text =
-        tr("Sound and picture could not be joined. %1 %2").arg(reason, (kept.error + u' ' + where).trimmed());
+        tr("Sound and picture could not be joined. %1\n\n%2").arg(reason, (kept.error + u' ' + where).trimmed());
     const int answer = platform_.dialogs->runAlert({tr("Error"), text, {tr("Save Video Without Sound"), tr("Close")}});
     QFile::remove(recording.s_AV_File_Source); // what a failed encoder left
     if (answer == 0)

@@ -98,9 +98,16 @@ bool Window_Preview::eventFilter(QObject* watched, QEvent* event)
 {
     const QWidget* main = mainWindow_;
     // Before it is shown the main window is only being placed.
-    if (main && watched == main && event->type() == QEvent::Move && main->isVisible() && !main->isMinimized()) {
+    if (!main || watched != main || !main->isVisible() || main->isMinimized())
+        return QWidget::eventFilter(watched, event);
+    if (event->type() == QEvent::Move) {
         const auto* moved = static_cast<QMoveEvent*>(event);
         move(pos() + moved->pos() - moved->oldPos());
+    } else if (event->type() == QEvent::Resize) {
+        // What stands below a main window that grows for a message must not cover the message.
+        const auto* resized = static_cast<QResizeEvent*>(event);
+        if (geometry().top() >= main->geometry().top() + resized->oldSize().height())
+            move(pos() + QPoint(0, resized->size().height() - resized->oldSize().height()));
     }
     // A message makes the main window higher; a preview just below it makes room.
     if (main && watched == main && event->type() == QEvent::Resize && main->isVisible()) {

@@ -17,7 +17,8 @@ class Window_Preview;
 namespace lumavex {
 
 /// The small window above the main window that shows the frame live. Its width is the user's, its height follows the
-/// output's shape. Opens iw_minimum wide. Moves with the main window. Created and destroyed by the application
+/// output's shape. Opens iw_minimum wide. Moves with the main window, and
+/// keeps below one that grows or shrinks. Created and destroyed by the application
 /// delegate; sizes are those of the area inside the window frame.
 class Window_Preview : public QWidget {
     Q_OBJECT

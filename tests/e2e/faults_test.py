@@ -10,7 +10,7 @@ import time
 import unittest
 from pathlib import Path
 
-from lumavex_e2e import EndToEndTest, Gui, Lumavex, Movie, Process, Scene, output_of, place_of, wait_for
+from lumavex_e2e import PREVIEW, EndToEndTest, Gui, Lumavex, Movie, Process, Scene, output_of, place_of, wait_for
 
 
 class SoundServer(Process):
@@ -56,10 +56,17 @@ class FaultsTest(EndToEndTest):
     def test_no_sound_is_told_in_the_window(self):
         home = self.home().make_settings()
         gui = self.start(Gui(home, PULSE_SERVER="unix:/nonexistent/socket"))
+        preview = gui.wait_for_window(PREVIEW)
         height = place_of(gui.main).height
         gui.record()
         gui.wait_for_recording()
         wait_for("the message strip", lambda: place_of(gui.main).height > height + 10, 3)
+
+        def is_covered():
+            main = place_of(gui.main)
+            return place_of(preview).y < main.y + main.height
+
+        wait_for("the preview to make room", lambda: not is_covered(), 3)
 
     def test_sound_server_ends_while_recording(self):
         home = self.home().make_settings()

@@ -94,8 +94,8 @@ class WindowsTest(EndToEndTest):
     def test_preview_shows_what_is_recorded(self):
         gui = self.start(Gui(self.home().make_settings(b_Screen_Include_Mouse=0)))
         preview = gui.wait_for_window(PREVIEW)
-        # The screen's upper half, where no window is.
-        wait_for("the desktop in the preview", lambda: is_desktop(screenshot(preview))[:60].all())
+        # The upper part of the screen, where no window is.
+        wait_for("the desktop in the preview", lambda: is_desktop(screenshot(preview))[:45].all())
         output_of("xsetroot", "-solid", "#c08020")
         wait_for("the change in the preview", lambda: not is_desktop(screenshot(preview)).any())
 

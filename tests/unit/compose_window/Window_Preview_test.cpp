@@ -79,6 +79,9 @@ TEST_F(WindowPreview, StandsBesideTheMainWindowAndMovesWithIt)
     const QPoint place = window.pos();
     main.move(main.pos() + QPoint(40, 30));
     EXPECT_TRUE(QTest::qWaitFor([&] { return window.pos() == place + QPoint(40, 30); }));
+    ASSERT_GT(window.geometry().top(), main.geometry().bottom());
+    main.resize(main.width(), main.height() + 25); // for a message
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window.pos() == place + QPoint(40, 55); }));
 
     const Window_Preview next(&main, ratio, window.lowerLeft());
     EXPECT_EQ(next.geometry(), window.geometry());
