@@ -91,8 +91,11 @@ void UnattendedRecording::finished(const QString& path, const QString& problem)
     if (!path.isEmpty())
         print(stdout, path);
     const int status = !path.isEmpty() && problem.isEmpty() ? 0 : 1;
-    QMetaObject::invokeMethod(
-        this, [status] { QCoreApplication::exit(status); }, Qt::QueuedConnection);
+    const auto end = [this, status] {
+        app_.finishRescue(); // no time was lost with an earlier run's recording before this one
+        QCoreApplication::exit(status);
+    };
+    QMetaObject::invokeMethod(this, end, Qt::QueuedConnection);
 }
 
 } // namespace lumavex
