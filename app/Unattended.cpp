@@ -33,10 +33,11 @@ int UnattendedDialogs::runAlert(const Alert& alert)
 std::optional<QString> UnattendedDialogs::runSavePanel(const SavePanel&)
 {
     const QFileInfo wanted(QFileInfo(options_.output).absoluteFilePath());
+    const QString suffix = wanted.suffix().isEmpty() ? QString() : u'.' + wanted.suffix();
     QString path = wanted.filePath();
     // The file was not there when the recording began: somebody else's by now, and not to be replaced.
     for (int n = 2; options_.existing == LaunchOptions::Existing::Refuse && QFileInfo::exists(path); ++n)
-        path = QStringLiteral("%1/%2-%3.%4").arg(wanted.path(), wanted.completeBaseName()).arg(n).arg(wanted.suffix());
+        path = QStringLiteral("%1/%2-%3%4").arg(wanted.path(), wanted.completeBaseName(), QString::number(n), suffix);
     return path;
 }
 
@@ -99,8 +100,11 @@ void UnattendedRecording::finished(const QString& path, const QString& problem)
     if (!path.isEmpty())
         print(stdout, path);
     const int status = !path.isEmpty() && problem.isEmpty() ? 0 : 1;
-    QMetaObject::invokeMethod(
-        this, [status] { QCoreApplication::exit(status); }, Qt::QueuedConnection);
+    const auto end = [this, status] {
+        app_.finishRescue(); // no time was lost with an earlier run's recording before this one
+        QCoreApplication::exit(status);
+    };
+    QMetaObject::invokeMethod(this, end, Qt::QueuedConnection);
 }
 
 } // namespace lumavex

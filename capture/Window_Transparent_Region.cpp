@@ -48,6 +48,7 @@ void Window_Transparent_Region::windowDidLoad()
     b_Mouse_Down = 0;
     i_button_index = NoHandle;
     state_.arrayScreenPointSquare = centredHandles(state_.size_Region, state_.size_Screen);
+    state_.rect_Screen_Region = regionOfHandles(state_.arrayScreenPointSquare); // frames are made before it is drawn
     ui_->viewTransparentRegion->setHandles(state_.arrayScreenPointSquare, state_.size_Screen);
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "recording/FileMove.h"
 
-#include "recording/FileDescriptor.h"
+#include "platform/FileDescriptor.h"
 #include "recording/FileError.h"
 
 #include <QByteArray>
@@ -15,6 +15,7 @@
 #include <fcntl.h>
 #include <optional>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 namespace lumavex {
@@ -175,8 +176,11 @@ MoveResult moveByCopy(const Paths& paths, ExistingDestination existing, const Mo
     (void)::fchmod(copy.file.get(), about.st_mode & 0777);
     const struct timespec times[2] = {about.st_atim, about.st_mtim};
     (void)::futimens(copy.file.get(), times);
-    if (::fsync(copy.file.get()) != 0 || copy.file.close() != 0)
-        return failed(paths, errno);
+    std::error_code flushed = copy.file.flushToDisk();
+    if (!flushed)
+        flushed = copy.file.close();
+    if (flushed)
+        return failed(paths, flushed.value());
     if (const int error = copy.becomes(paths.destinationName, existing))
         return failed(paths, error);
     flushFolder(paths.folderName);
@@ -220,7 +224,7 @@ void flushToDisk(const QString& path)
 {
     const FileDescriptor file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
     if (file.isOpen())
-        ::fsync(file.get());
+        (void)file.flushToDisk();
 }
 
 MoveResult moveFile(const QString& source, const QString& destination, ExistingDestination existing,

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "recording/WorkingFolders.h"
 
-#include "recording/FileDescriptor.h"
+#include "platform/FileDescriptor.h"
 #include "recording/FileError.h"
 
 #include <QCoreApplication>
@@ -17,6 +17,7 @@
 #include <fcntl.h>
 #include <memory>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace lumavex {
 

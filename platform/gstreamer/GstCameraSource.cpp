@@ -20,7 +20,6 @@ using std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kOpen{2900};
 /// Another service is not worth trying in less time.
 constexpr std::chrono::milliseconds kLeastOpen{300};
-constexpr std::chrono::milliseconds kPromptAnswer{1300};
 constexpr std::chrono::seconds kRetry{1};
 /// An attempt to take a camera up again that has not been answered by then is given up for another.
 constexpr std::chrono::seconds kAttempt{4};
@@ -131,13 +130,7 @@ QString GstCameraSource::openFirstWay(const Camera& camera, Opening& opening)
     for (const ListedCamera& way : camera.ways) {
         if (deadline - steady_clock::now() < kLeastOpen)
             break;
-        // PipeWire forgets a request for a node its session manager has only just heard of; asking again helps.
-        QString reason;
-        if (way.service == CameraService::PipeWire)
-            reason = openOneWay(way, opening, std::min(deadline, steady_clock::now() + kPromptAnswer));
-        if (way.service != CameraService::PipeWire
-            || (!reason.isEmpty() && opening.pipeline && opening.pipeline->isOpening()))
-            reason = openOneWay(way, opening, deadline);
+        const QString reason = openOneWay(way, opening, deadline);
         if (reason.isEmpty())
             return {};
         if (trouble.isEmpty())

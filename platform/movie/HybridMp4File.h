@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/movie/FileDescriptor.h"
+#include "platform/FileDescriptor.h"
 #include "platform/movie/Mp4Boxes.h"
 
 #include <atomic>

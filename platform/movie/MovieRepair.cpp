@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/movie/FileDescriptor.h"
+#include "platform/FileDescriptor.h"
 #include "platform/movie/GrowingMovie.h"
 #include "platform/movie/HybridMp4File.h"
 #include "platform/movie/JpegMovieWriter.h"

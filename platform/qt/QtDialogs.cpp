@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QDesktopServices>
 #include <QFileDialog>
+#include <QMainWindow>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
@@ -12,14 +13,15 @@ namespace lumavex {
 
 namespace {
 
-/// What a dialog belongs to: the window in use, else the first visible main window, else none.
+/// What a dialog belongs to: the modal window in use, else the visible main window, else none. Timers go on beneath a
+/// dialog and may remove any other window, which would take a dialog of its own with it.
 QWidget* parentWindow()
 {
-    if (QWidget* active = QApplication::activeWindow())
-        return active;
+    if (QWidget* modal = QApplication::activeModalWidget())
+        return modal;
     const auto windows = QApplication::topLevelWidgets();
     for (QWidget* window : windows)
-        if (window->isVisible() && window->windowType() == Qt::Window)
+        if (window->isVisible() && qobject_cast<QMainWindow*>(window))
             return window;
     return nullptr;
 }

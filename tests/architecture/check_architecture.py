@@ -31,8 +31,8 @@ OBSERVERS = ("tests", "bench")
 FOREIGN = (
     (re.compile(r"^(xcb/|X11/)"), ("platform/x11",)),
     (re.compile(r"^gst/"), ("platform/gstreamer",)),
-    (re.compile(r"^(turbojpeg\.h|jpeglib\.h)$"), ("platform/movie",)),
-    (re.compile(r"^libyuv(\.h|/)"), ("compose", "platform/x11", "platform/gstreamer", "platform/movie")),
+    (re.compile(r"^(turbojpeg\.h|jpeglib\.h)$"), ("camera", "platform/movie", "platform/fake")),
+    (re.compile(r"^libyuv(\.h|/)"), ("compose", "camera", "platform/x11", "platform/gstreamer", "platform/movie", "platform/fake")),
     (re.compile(r"^(dbus/|pulse/|pipewire/|linux/)"), tuple(f"platform/{backend}" for backend in BACKENDS)),
     (re.compile(r"^(gtest/|gmock/|benchmark/)"), ()),
     (re.compile(r"/private/|^private/|_p\.h$"), ()),

@@ -2,6 +2,7 @@
 #include "app/CommandLine.h"
 #include "app/ProcessorUsage.h"
 #include "app/SettingsTable.h"
+#include "app/Unattended.h"
 #include "platform/fake/FakeUserDefaults.h"
 
 #include <QFile>
@@ -142,4 +143,18 @@ TEST(CommandLine, TheOutputIsCheckedBeforeAnythingIsRecorded)
     EXPECT_EQ(problem(QStringLiteral("there.mov"), LaunchOptions::Existing::Overwrite), QString());
     EXPECT_TRUE(problem(QStringLiteral("no/folder.mov")).contains(QLatin1String("no folder")));
     EXPECT_FALSE(problem(QStringLiteral(".")).isEmpty());
+}
+
+TEST(UnattendedDialogs, AFileThatCameMeanwhileIsNotReplaced)
+{
+    const QTemporaryDir folder;
+    for (const auto& [wanted, given] : {std::pair{"a.mov", "a-2.mov"}, {"a", "a-2"}}) {
+        LaunchOptions options;
+        options.output = folder.filePath(QLatin1String(wanted));
+        QFile file(options.output);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        EXPECT_EQ(UnattendedDialogs(options).runSavePanel({}), folder.filePath(QLatin1String(given)));
+        options.existing = LaunchOptions::Existing::Overwrite;
+        EXPECT_EQ(UnattendedDialogs(options).runSavePanel({}), options.output);
+    }
 }

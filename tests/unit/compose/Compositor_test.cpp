@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "compose/Compositor.h"
 
-#include "ConceptualFrame.h"
 #include "compose/FrameLayout.h"
 #include "compose/ImageHelpers.h"
+#include "tests/unit/compose/ConceptualFrame.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "ConceptualFrame.h"
+#include "tests/unit/compose/ConceptualFrame.h"
 
 #include "compose/FrameLayout.h"
 #include "compose/ImageHelpers.h"

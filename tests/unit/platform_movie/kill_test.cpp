@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Programs that record in real time and are killed: what they had appended must be in their files, but for 1.5 s.
-#include "MovieTools.h"
+#include "tests/unit/platform_movie/MovieTools.h"
 
 #include "platform/movie/JpegMovieWriter.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The file in every state in which a kill can leave it.
-#include "MovieTools.h"
+#include "tests/unit/platform_movie/MovieTools.h"
 
 #include "platform/movie/HybridMp4File.h"
 #include "platform/movie/JpegEncoder.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "MovieTools.h"
+#include "tests/unit/platform_movie/MovieTools.h"
 
 #include "platform/movie/JpegMovieWriter.h"
 

@@ -9,6 +9,7 @@
 namespace lumavex {
 
 /// An open file of the system's, closed with the object. Errors are the system's own; interrupted calls are repeated.
+/// One thread at a time.
 class FileDescriptor {
 public:
     FileDescriptor() = default;
@@ -18,6 +19,11 @@ public:
     FileDescriptor& operator=(FileDescriptor&& other) noexcept;
 
     bool isOpen() const { return descriptor_ >= 0; }
+    int get() const { return descriptor_; } ///< -1 when none is open
+    /// Gives the file up without closing it.
+    int release() { return std::exchange(descriptor_, -1); }
+    /// Closes now, whatever the answer (a network file system may report a failed write only here).
+    std::error_code close();
 
     std::error_code writeAll(std::span<const std::uint8_t> bytes, std::int64_t offset) const;
     /// Fewer bytes than asked for (the end of the file) are an error.

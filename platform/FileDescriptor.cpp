@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/movie/FileDescriptor.h"
+#include "platform/FileDescriptor.h"
 
 #include <cerrno>
 #include <sys/stat.h>
@@ -26,6 +26,11 @@ FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept
 {
     std::swap(descriptor_, other.descriptor_);
     return *this;
+}
+
+std::error_code FileDescriptor::close()
+{
+    return ::close(release()) == 0 ? std::error_code{} : lastError();
 }
 
 std::error_code FileDescriptor::writeAll(std::span<const std::uint8_t> bytes, std::int64_t offset) const
