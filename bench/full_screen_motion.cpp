@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A scene for bench/recorder-cost: a full screen whose every pixel moves with every frame, cheap to draw: a large picture
-// made once is shown at a place that changes 60 times a second.
+// A scene for bench/recorder-cost: a full screen whose every pixel moves with every frame, cheap to draw: a large
+// picture made once is shown at a place that changes 60 times a second.
 #include <QApplication>
 #include <QImage>
 #include <QPainter>
@@ -25,7 +25,8 @@ QPixmap scenery(const QSize& size)
     painter.setRenderHint(QPainter::Antialiasing);
     for (int y = 20; y < size.height(); y += 24) {
         painter.setPen(QColor::fromHsv(y % 360, 90, y % 48 < 24 ? 255 : 60));
-        painter.drawText((y * 7) % 160, y, QStringLiteral("The quick brown fox jumps over the lazy dog 0123456789. ").repeated(6));
+        painter.drawText((y * 7) % 160, y,
+                         QStringLiteral("The quick brown fox jumps over the lazy dog 0123456789. ").repeated(6));
     }
     return picture;
 }

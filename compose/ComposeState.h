@@ -39,8 +39,8 @@ struct ComposeState {
     std::unique_ptr<Window_Preview> windowPreview; ///< null: no preview window, no frames
     bool b_windowPreview_Visible = false;
     std::optional<QPoint> previewLowerLeft; ///< where a preview that is opened anew takes its predecessor's place
-    bool b_Take_Picture = false;  ///< a snapshot is wanted of the next frame
-    QString s_Saved_Take_Picture; ///< path of the latest snapshot
+    bool b_Take_Picture = false;            ///< a snapshot is wanted of the next frame
+    QString s_Saved_Take_Picture;           ///< path of the latest snapshot
     TimerId timer_Save_Picture = 0;
 
     TimerId timerViewRefresh = 0;

@@ -60,8 +60,8 @@ TEST(ProcessorUsage, BusyFractionsOverHalfTheProcessors)
     const auto busy = [](int processors, int busyOnes) {
         Ticks ticks;
         for (int i = 0; i < processors; ++i)
-            ticks.insert(ticks.end(),
-                         {i < busyOnes ? 50 : 0, i < busyOnes ? 30 : 0, i < busyOnes ? 0 : 100, i < busyOnes ? 20 : 0});
+            for (const int value : {50, 30, 0, 20})
+                ticks.push_back(i < busyOnes ? value : value == 0 ? 100 : 0);
         return ticks;
     };
     const auto usage = [&](int processors, int busyOnes) {
