@@ -8,8 +8,20 @@
 #include "capture/Window_WindowExclusive_How_It_Works.h"
 
 #include <QAction>
+#include <QWindow>
 
 namespace lumavex {
+
+namespace {
+
+/// The window manager keeps the window in front of the main window and its preview, which may float above all others.
+void keepInFront(QWidget& window, QWidget& mainWindow)
+{
+    window.winId(); // makes the native window
+    window.windowHandle()->setTransientParent(mainWindow.windowHandle());
+}
+
+} // namespace
 
 void AppDelegate::EnableCameraRelatedControls(bool enabled)
 {
@@ -184,6 +196,7 @@ void AppDelegate::OnToolbarWindowExclusive()
 void AppDelegate::runRegionSelector()
 {
     Window_Transparent_Region selector(capture, *platform_.overlay);
+    keepInFront(selector, window_);
     selector.runModal();
 }
 
@@ -211,6 +224,7 @@ void AppDelegate::runGuide(const char* setting, std::int64_t& value)
         value = 0;
         storeInteger(setting, 0);
     });
+    keepInFront(guide, window_);
     guide.runModal();
 }
 

@@ -15,6 +15,16 @@ namespace lumavex {
 
 namespace {
 
+constexpr const char* accent = "#e5484d"; ///< the red of the record button
+
+/// The accent half way to the window's colour: what it is when the command is not to be had.
+QColor paler(const QPalette& palette)
+{
+    const QColor red(QLatin1String{accent});
+    const QColor ground = palette.color(QPalette::Disabled, QPalette::Window);
+    return {(red.red() + ground.red()) / 2, (red.green() + ground.green()) / 2, (red.blue() + ground.blue()) / 2};
+}
+
 class SvgIconEngine final : public QIconEngine {
 public:
     explicit SvgIconEngine(QByteArray svg) : svg_(std::move(svg)) {}
@@ -26,11 +36,10 @@ public:
         const auto role = mode == QIcon::Selected ? QPalette::HighlightedText : QPalette::WindowText;
         QByteArray coloured = svg_;
         coloured.replace("#000000", palette.color(group, role).name().toLatin1());
-        QSvgRenderer renderer(coloured);
         if (mode == QIcon::Disabled)
-            painter->setOpacity(0.45);
+            coloured.replace(accent, paler(palette).name().toLatin1());
+        QSvgRenderer renderer(coloured);
         renderer.render(painter, QRectF(rect));
-        painter->setOpacity(1);
     }
 
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override

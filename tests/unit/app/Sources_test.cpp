@@ -1,28 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/SettingsTable.h"
-#include "capture/ModeGuide.h"
-#include "capture/Window_Transparent_Region.h"
-#include "tests/unit/app/Program.h"
+#include "tests/unit/app/SourceControls.h"
 
 #include <QAction>
 #include <QApplication>
-#include <QCheckBox>
-#include <QDeadlineTimer>
 #include <QMenu>
-#include <QTimer>
-
-#include <functional>
 
 using namespace lumavex;
 using namespace std::chrono_literals;
 
 namespace {
-
-const QString cameraName = QStringLiteral("Cam 1");
-constexpr CGSize screenSize{640, 480};
-constexpr CGSize cameraSize{320, 240};
-
-using Control = QAction* Window_Main::*;
 
 // In the order of the states below.
 constexpr Control captureControls[] = {&Window_Main::toolbarEntireScreen,    &Window_Main::menuEntireScreen,
@@ -62,80 +49,8 @@ constexpr Type types[] = {
     {&Window_Main::toolbarWindowExclusive, 3, "11111100"}, {&Window_Main::menuWindowExclusive, 3, "11111100"},
 };
 
-/// The commands of sources and capture types, given through the controls.
-struct Sources : Program {
-    enum class Camera { None, Running };
-
-    /// As after an earlier run with the camera and 10 frames a second.
-    bool start(Camera which)
-    {
-        if (!launch()) // writes the first run's settings
-            return false;
-        if (which == Camera::Running) {
-            FakeCamera made;
-            made.name = cameraName;
-            cameras->add(made);
-            store->texts[settingKey("s_Camera_Name")] = cameraName;
-        }
-        store->texts[settingKey("i_Screen_Capture_FPS")] = QStringLiteral("10");
-        addWindows();
-        if (!launch())
-            return false;
-        store->written.clear();
-        QApplication::processEvents();
-        return which == Camera::None || until([this] { return app->camera.size_Camera == cameraSize; });
-    }
-
-    void addWindows()
-    {
-        std::vector<FakeScreenGrabber::Window> windows(4);
-        const char* names[] = {"Lumavex", "Editor", "Player", "Lumavex"};
-        for (std::size_t i = 0; i < windows.size(); ++i) {
-            windows[i].description.ownerName = QLatin1String(names[i]);
-            windows[i].description.ownerPid = static_cast<int>(i) + 10;
-            windows[i].description.number = static_cast<std::uint32_t>(i) + 100;
-            windows[i].picture = QImage(16, 16, QImage::Format_RGB32);
-        }
-        screen->setWindows(windows);
-    }
-
-    static bool until(const std::function<bool()>& done)
-    {
-        for (const QDeadlineTimer deadline(10s); !deadline.hasExpired();) {
-            QApplication::processEvents(QEventLoop::AllEvents, 10);
-            if (done())
-                return true;
-        }
-        return false;
-    }
-
-    /// Gives the command; a region selector that opens is closed. How many opened.
-    int give(Control control)
-    {
-        int opened = 0;
-        QTimer closer;
-        QObject::connect(&closer, &QTimer::timeout, [&opened] {
-            if (auto* selector = qobject_cast<Window_Transparent_Region*>(QApplication::activeModalWidget())) {
-                ++opened;
-                selector->close();
-            }
-        });
-        closer.start(1);
-        (window.get()->*control)->trigger();
-        return opened;
-    }
-
-    template <std::size_t N>
-    std::string states(const Control (&controls)[N]) const
-    {
-        std::string text;
-        for (const Control control : controls)
-            text += (window.get()->*control)->isEnabled() ? '1' : '0';
-        return text;
-    }
-
-    std::string stored(const char* property) const { return store->texts.value(settingKey(property)).toStdString(); }
-
+/// The source commands, each after every other one.
+struct Sources : SourceControls {
     /// Gives every command after every other one and compares what must come of it.
     void walkThroughAllPairs(Camera which);
     void giveAndCompare(const Source& source, Camera which);
@@ -390,123 +305,4 @@ TEST_F(Sources, AVanishedCameraIsToldOnceAndItsLastPictureStays)
     EXPECT_NE(message(), told);
     window->btnStop->trigger();
     EXPECT_GE(movie->appends().size(), 60U);
-}
-
-TEST_F(Sources, FollowCursorAndRegionTakeTheSizesOfTheirMenus)
-{
-    ASSERT_TRUE(start(Camera::None));
-    give(&Window_Main::toolbarFollowCursor);
-    EXPECT_EQ(app->capture.size_Follow_Cursor, (CGSize{640, 480}));
-    give(&Window_Main::toolbarRegion);
-    EXPECT_EQ(app->capture.size_Region, (CGSize{320, 240}));
-    EXPECT_EQ(app->capture.rect_Screen_Region, (CGRect{160, 120, 320, 240}));
-
-    window->submenuFollowCursorFrame->actions().at(0)->trigger();
-    EXPECT_EQ(app->capture.size_Follow_Cursor, (CGSize{160, 120}));
-    window->submenuRegionFrame->actions().at(0)->trigger();
-    EXPECT_EQ(app->capture.rect_Screen_Region, (CGRect{160, 120, 320, 240})) << "until the selector opens anew";
-    give(&Window_Main::toolbarRegion);
-    EXPECT_EQ(app->capture.rect_Screen_Region, (CGRect{240, 180, 160, 120}));
-}
-
-TEST_F(Sources, GuidesAreShownUntilTheirBoxIsTicked)
-{
-    const struct {
-        Control control;
-        const char* setting;
-        std::int64_t ApplicationState::*shown;
-        int type;
-    } guides[] = {
-        {&Window_Main::menuFollowCursor, "b_Show_FollowCursor_How_To", &ApplicationState::b_Show_FollowCursor_How_To,
-         1},
-        {&Window_Main::menuRegion, "b_Show_Select_Region_How_To", &ApplicationState::b_Show_Select_Region_How_To, 2},
-        {&Window_Main::menuWindowExclusive, "b_Show_WindowExclusive_How_To",
-         &ApplicationState::b_Show_WindowExclusive_How_To, 3},
-    };
-    for (const auto& [control, setting, shown, type] : guides) {
-        ASSERT_TRUE(start(Camera::None));
-        int runs = 0;
-        const auto giveWithGuide = [&, chosen = control](bool ticked, bool closed) {
-            QTimer::singleShot(0, window.get(), [&runs, this, ticked, closed] {
-                auto* guide = qobject_cast<ModeGuide*>(QApplication::activeModalWidget());
-                if (!guide)
-                    return;
-                ++runs;
-                EXPECT_NE(app->capture.i_Type_Screen_Capture, 1) << "the guide comes first";
-                guide->findChild<QCheckBox*>()->setChecked(ticked);
-                if (closed)
-                    guide->close();
-                else
-                    guide->OnOK();
-            });
-            give(chosen);
-            EXPECT_EQ(store->written.isEmpty(), !ticked || closed);
-            give(&Window_Main::toolbarEntireScreen);
-        };
-        app->application.*shown = 1;
-        giveWithGuide(false, false);
-        giveWithGuide(true, true);
-        giveWithGuide(true, false);
-        EXPECT_EQ(runs, 3) << setting;
-        EXPECT_EQ(app->application.*shown, 0);
-        EXPECT_EQ(store->written, QStringList(settingKey(setting)));
-        EXPECT_EQ(stored(setting), "0");
-        give(control);
-        EXPECT_EQ(runs, 3);
-        EXPECT_EQ(app->capture.i_Type_Screen_Capture, type) << "the type is entered however the guide was left";
-    }
-}
-
-TEST_F(Sources, WindowExclusiveTakesTheThirdWindowAndKeepsWhatWasChosen)
-{
-    ASSERT_TRUE(start(Camera::None));
-    give(&Window_Main::toolbarWindowExclusive);
-    EXPECT_EQ(app->capture.sWindowExclusive, QStringLiteral("Player (12) (102)"));
-    give(&Window_Main::toolbarEntireScreen);
-    window->submenuWindows->actions().at(2)->trigger();
-    EXPECT_EQ(app->capture.i_Type_Screen_Capture, EntireScreen) << "choosing a window changes no capture type";
-    give(&Window_Main::menuWindowExclusive);
-    EXPECT_EQ(app->capture.sWindowExclusive, QStringLiteral("Editor (11) (101)"));
-
-    // With nothing but own windows and the desktop the user is asked to choose.
-    screen->setWindows({});
-    ASSERT_TRUE(launch());
-    QApplication::processEvents();
-    give(&Window_Main::toolbarWindowExclusive);
-    EXPECT_EQ(app->capture.sWindowExclusive, std::nullopt);
-    EXPECT_FALSE(message().isEmpty());
-}
-
-TEST_F(Sources, AWindowThatIsGoneIsToldOnceAndAgainWhenItIsBack)
-{
-    ASSERT_TRUE(start(Camera::None));
-    loop->advance(1s);
-    give(&Window_Main::toolbarWindowExclusive);
-    const QString identifier = *app->capture.sWindowExclusive;
-    loop->advance(1s);
-    EXPECT_EQ(screen->grabsOfWindows().back(), std::vector<std::uint32_t>{102});
-    EXPECT_EQ(message(), QString());
-
-    screen->setWindows({});
-    loop->advance(1s);
-    EXPECT_TRUE(message().contains(identifier)) << message().toStdString();
-    const QString told = message();
-    window->clearMessage();
-    loop->advance(1s);
-    EXPECT_EQ(message(), QString()) << "it is told once";
-
-    addWindows();
-    loop->advance(1s);
-    EXPECT_TRUE(message().contains(identifier));
-    EXPECT_NE(message(), told);
-    EXPECT_EQ(screen->grabsOfWindows().back(), std::vector<std::uint32_t>{102});
-
-    // Another choice ends the matter.
-    screen->setWindows({});
-    loop->advance(1s);
-    window->clearMessage();
-    app->capture.sWindowExclusive = QStringLiteral("Editor (11) (101)");
-    addWindows();
-    loop->advance(1s);
-    EXPECT_EQ(message(), QString());
 }
