@@ -16,6 +16,8 @@
 #include <string>
 #include <vector>
 
+#include <unistd.h>
+
 namespace {
 
 struct Connection {
@@ -76,6 +78,13 @@ int main(int argc, char** argv)
                         std::uint32_t(className.size()), className.data());
     xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8,
                         std::uint32_t(name.size()), name.data());
+    const std::string pidName = "_NET_WM_PID";
+    if (xcb_intern_atom_reply_t* atom =
+            xcb_intern_atom_reply(c, xcb_intern_atom(c, 0, std::uint16_t(pidName.size()), pidName.data()), nullptr)) {
+        const auto pid = std::uint32_t(getpid());
+        xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, atom->atom, XCB_ATOM_CARDINAL, 32, 1, &pid);
+        std::free(atom);
+    }
     // The place is the user's own wish (USPosition, PStaticGravity), which a window manager leaves alone.
     const std::uint32_t hints[18] = {
         1U | 1U << 9, std::uint32_t(x), std::uint32_t(y), 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 10};

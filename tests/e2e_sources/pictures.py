@@ -34,6 +34,16 @@ def smoothed(values, width, axis):
     return values
 
 
+def line_through(places, values):
+    """Slope and value at 0 of the line that most of the points lie on."""
+    kept = numpy.ones(len(places), bool)
+    for _ in range(6):
+        line = numpy.polyfit(places[kept], values[kept], 1)
+        error = abs(numpy.polyval(line, places) - values)
+        kept = error <= max(4, 2.5 * numpy.median(error))
+    return line
+
+
 class Shown:
     """What a frame shows: its pixel (u, v) the picture's place (left + u across, top + v down), in pixels."""
 
@@ -83,8 +93,8 @@ class Coded:
         u, v = numpy.arange(width) + 0.5, numpy.arange(height) + 0.5
         red = numpy.median(frame[rows][:, columns, 0], 0) * (self.width - 1) / 255 + 0.5
         blue = numpy.median(frame[rows][:, columns, 2], 1) * (self.height - 1) / 255 + 0.5
-        across, left = numpy.polyfit(u[columns], red, 1)
-        down, top = numpy.polyfit(v[rows], blue, 1)
+        across, left = line_through(u[columns], red)
+        down, top = line_through(v[rows], blue)
         if not (0.05 < across < 20 and 0.05 < down < 20):
             return None
         grey = smoothed(smoothed(luma(frame), 5 / down, 0), 5 / across, 1)
@@ -136,9 +146,10 @@ def cut_out(x, y, width, height):
     return Shown(x - fit_x * across, across, top - above * down, down, *SCREEN)
 
 
-def whole(width, height):
-    """What a frame of the screen's size shows of a picture of that size that is stretched over it."""
-    return Shown(0, width / SCREEN[0], 0, height / SCREEN[1], *SCREEN)
+def stretched(width, height, left=0, right=0, top=0, bottom=0):
+    """What a frame of the screen's size shows of a picture of that size that is stretched over it, with what a window
+    manager has put around it."""
+    return Shown(-left, (width + left + right) / SCREEN[0], -top, (height + top + bottom) / SCREEN[1], *SCREEN)
 
 
 def follow_cursor(mouse_x, mouse_y, width, height):
@@ -160,6 +171,12 @@ class PictureWindow(Process):
         command = [PICTURE_WINDOW, file, columns, rows, x, y, width or columns, height or rows, name]
         super().__init__([*map(str, command), *(["background"] if background else [])], os.environ)
         self.window = wait_for(f"the window {name}", lambda: self.stdout.split("\n")[0])
+
+
+    def frame(self):
+        """Widths of the window manager's frame: left, right, top, bottom."""
+        text = output_of("xprop", "-id", self.window, "_NET_FRAME_EXTENTS")
+        return [int(each) for each in text.split("=")[1].split(",")]
 
 
 def plain(colour, width=SCREEN[0], height=SCREEN[1]):

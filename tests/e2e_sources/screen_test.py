@@ -6,7 +6,7 @@ import time
 import unittest
 
 from lumavex_e2e import EndToEndTest, Gui, Lumavex, Movie, output_of, wait_for
-from pictures import SCREEN, Coded, PictureWindow, cut_out, follow_cursor, frames_of, point, stages_of, whole
+from pictures import SCREEN, Coded, PictureWindow, cut_out, follow_cursor, frames_of, point, stages_of, stretched
 
 WITHIN_A_PIXEL = 1.0
 HOLD = 0.35
@@ -115,7 +115,7 @@ class ScreenTest(EndToEndTest):
         gui.save_as(home.videos / "movie.mov")
         gui.close_alert()
 
-        stages = [(self.picture, whole(*SCREEN))] + [(self.picture, cut_out(*region)) for region in regions]
+        stages = [(self.picture, stretched(*SCREEN))] + [(self.picture, cut_out(*region)) for region in regions]
         self.assertEqual(stages_of(Movie(home.videos / "movie.mov"), stages, WITHIN_A_PIXEL), list(range(len(stages))))
         self.assertEqual(gui.stderr, "")
 

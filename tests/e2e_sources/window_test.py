@@ -2,12 +2,11 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Window exclusive: one window, whatever happens to it on the screen."""
 
-import re
 import time
 import unittest
 
-from lumavex_e2e import PREVIEW, EndToEndTest, Gui, Lumavex, Movie, output_of, press, wait_for
-from pictures import SCREEN, Coded, PictureWindow, plain, stages_of, whole
+from lumavex_e2e import PREVIEW, EndToEndTest, Gui, Lumavex, Movie, output_of, place_of, press, wait_for
+from pictures import SCREEN, Coded, PictureWindow, plain, stages_of, stretched
 
 WITHIN_A_PIXEL = 1.0
 HOLD = 0.5
@@ -42,6 +41,7 @@ class WindowTest(EndToEndTest):
 
     def test_window_alone_is_pictured_covered_moved_and_resized(self):
         window = self.chosen_window()
+        frame = window.frame()
         program, file = self.begin_recording("--window", "chosen")
         cover = self.start(PictureWindow(plain((250, 250, 0)), "cover", 50, 60, 300, 300))
         time.sleep(HOLD)
@@ -56,11 +56,12 @@ class WindowTest(EndToEndTest):
         self.end_recording(program)
         self.assertTrue(cover.is_running())
         self.assertEqual(program.stderr, "")
-        stages = [(self.picture, whole(*size)) for size in sizes]
+        stages = [(self.picture, stretched(*size, *frame)) for size in sizes]
         self.assertEqual(stages_of(Movie(file), stages, WITHIN_A_PIXEL), list(range(len(stages))))
 
     def test_other_windows_are_pictured_while_it_is_gone_and_that_is_told(self):
         window = self.chosen_window()
+        frame = window.frame()
         program, file = self.begin_recording("--window", "CHOSEN")
         gone = f"The window {self.identifier(window)} is not on the screen."
         back = f"The window {self.identifier(window)} is back."
@@ -75,12 +76,15 @@ class WindowTest(EndToEndTest):
         time.sleep(HOLD)
         self.end_recording(program)
         self.assertEqual(len(program.stderr.splitlines()), 3, program.stderr)
-        shown = (self.picture, whole(400, 300))
-        others = (self.backdrop, whole(*SCREEN))
-        self.assertEqual(stages_of(Movie(file), [shown, others, shown, others], WITHIN_A_PIXEL), [0, 1, 2, 3])
+        shown = (self.picture, stretched(400, 300, *frame))
+        others = (self.backdrop, stretched(*SCREEN))
+        seen = stages_of(Movie(file), [shown, others, shown, others], WITHIN_A_PIXEL)
+        # Between them stands the title bar alone, as the window manager lets it fly to where windows are minimised.
+        self.assertEqual([each for each in seen if isinstance(each, int)], [0, 1, 2, 3])
 
     def test_window_is_chosen_in_the_menu_while_recording(self):
         window = self.chosen_window()
+        frame = window.frame()
         other = Coded(3)
         self.start(PictureWindow(other.pixels, "another", 560, 90, 320, 200))
         home = self.home().make_settings(i_Screen_Capture_FPS=10, b_Show_WindowExclusive_How_To=0, b_Screen_Include_Mouse=0,
@@ -97,18 +101,17 @@ class WindowTest(EndToEndTest):
         gui.key("alt+f")
         # Frame, Window: the last of its menus; and there below the command that lists anew.
         press("Up", "Right", *["Down"] * (names.index(self.identifier(window)) + 1))
-        output_of("import", "-window", "root", "/tmp/w/shots_sources/window_menu.png")
         press("Return")
         time.sleep(2 * HOLD)
+        height = place_of(gui.main).height
         window.kill()
-        strip = wait_for("the note in the window", lambda: re.search(r"is not on the screen", gui.stderr))
-        self.assertTrue(strip)
+        wait_for("the note in the window", lambda: place_of(gui.main).height > height + 10)
+        self.assertEqual(gui.stderr.count(f"The window {self.identifier(window)} is not on the screen."), 1)
         time.sleep(HOLD)
-        output_of("import", "-window", "root", "/tmp/w/shots_sources/window_gone.png")
         gui.key("ctrl+s")
         gui.save_as(home.videos / "movie.mov")
         gui.close_alert()
-        stages = [(other, whole(320, 200)), (self.picture, whole(400, 300)), (self.backdrop, whole(*SCREEN))]
+        stages = [(other, stretched(320, 200, *frame)), (self.picture, stretched(400, 300, *frame)), (self.backdrop, stretched(*SCREEN))]
         self.assertEqual(stages_of(Movie(home.videos / "movie.mov"), stages, WITHIN_A_PIXEL), [0, 1, 2])
 
 
