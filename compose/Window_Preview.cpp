@@ -109,13 +109,6 @@ bool Window_Preview::eventFilter(QObject* watched, QEvent* event)
         if (geometry().top() >= main->geometry().top() + resized->oldSize().height())
             move(pos() + QPoint(0, resized->size().height() - resized->oldSize().height()));
     }
-    // A message makes the main window higher; a preview just below it makes room.
-    if (main && watched == main && event->type() == QEvent::Resize && main->isVisible()) {
-        const int bottom = main->geometry().top() + static_cast<QResizeEvent*>(event)->oldSize().height();
-        const int gap = frameGeometry().top() - bottom;
-        if (gap >= 0 && gap < 60)
-            move(pos() + QPoint(0, main->height() - static_cast<QResizeEvent*>(event)->oldSize().height()));
-    }
     return QWidget::eventFilter(watched, event);
 }
 
