@@ -64,16 +64,12 @@ class ScreenTest(EndToEndTest):
                 visited.add(at)
             self.assertEqual(visited & set(range(len(rests))), set(range(len(rests))))
             self.assertEqual(at, len(expected) - 1)
-            worst = max(min(shown.distance(each) for each in expected) for shown in measured)
-            print(f"follow cursor {size}: {len(measured)} frames, {len(visited)} places, at most {worst:.2f} pixels off")
 
     def test_region_of_the_command_line_counts_from_the_upper_left_corner(self):
-        for x, y, width, height in ((500, 200, 320, 240), (0, 0, 333, 127), (900, 700, 200, 100)):
+        for x, y, width, height in ((500, 200, 320, 240), (0, 0, 333, 127)):
             program, file = self.begin_recording("--region", f"{x},{y},{width},{height}")
             self.end_recording(program)
             shown = cut_out(x, SCREEN[1] - y - height, width, height)
-            if x + width > SCREEN[0]:
-                continue  # the part outside the screen is black, which the measuring does not see
             self.assertEqual(stages_of(Movie(file), [(self.picture, shown)], WITHIN_A_PIXEL), [0])
 
     def test_region_follows_its_handles_while_it_is_recorded(self):
