@@ -68,6 +68,11 @@ void AppDelegate::check(QAction*& last, QAction* item)
     last = item;
 }
 
+CGSize AppDelegate::catalogueSize(std::int64_t index) const
+{
+    return capture.arrayFrameResolution.at(static_cast<std::size_t>(index)).sizeDimension;
+}
+
 void AppDelegate::setVideoOutputSize(const CGSize& size)
 {
     compose.size_Video_Output = size;
@@ -78,7 +83,7 @@ void AppDelegate::MenuVideoOutputFrameClick(QAction* item)
 {
     check(compose.mi_last_Video_Output, item);
     const std::int64_t tag = item->data().toLongLong();
-    setVideoOutputSize(capture.arrayFrameResolution.at(static_cast<std::size_t>(tag - outputOffset)).sizeDimension);
+    setVideoOutputSize(catalogueSize(tag - outputOffset));
     Refresh_Preview_Window();
     compose.index_size_Video_Output = tag;
     storeInteger("index_size_Video_Output", tag);
@@ -88,7 +93,7 @@ void AppDelegate::MenuFollowCursorFrameClick(QAction* item)
 {
     check(capture.mi_last_Follow_Cursor, item);
     const std::int64_t tag = item->data().toLongLong();
-    capture.size_Follow_Cursor = capture.arrayFrameResolution.at(static_cast<std::size_t>(tag)).sizeDimension;
+    capture.size_Follow_Cursor = catalogueSize(tag);
     capture.index_size_Follow_Cursor = tag;
     storeInteger("index_size_Follow_Cursor", tag);
 }
@@ -97,7 +102,7 @@ void AppDelegate::MenuRegionFrameClick(QAction* item)
 {
     check(capture.mi_last_Region, item);
     const std::int64_t tag = item->data().toLongLong();
-    capture.size_Region = capture.arrayFrameResolution.at(static_cast<std::size_t>(tag)).sizeDimension;
+    capture.size_Region = catalogueSize(tag);
     capture.index_size_Region = tag;
     storeInteger("index_size_Region", tag);
 }

@@ -4,8 +4,6 @@
 #include "app/Window_Main.h"
 #include "capture/FollowCursor.h"
 
-#include <algorithm>
-
 namespace lumavex {
 
 void AppDelegate::TimerRefreshVideoRoutine(const TimerFiring& firing)
@@ -33,10 +31,7 @@ void AppDelegate::grabScreen()
 
 void AppDelegate::tellWhetherWindowIsThere(const QString& identifier)
 {
-    const auto& windows = capture.arrayController;
-    const bool present = std::any_of(windows.cbegin(), windows.cend(), [&identifier](const WindowEntry& entry) {
-        return Return_Window_Identifier_String(entry).contains(identifier);
-    });
+    const bool present = windowOfIdentifier(capture.arrayController, identifier) != nullptr;
     if (!present && capture.sWindowExclusive_Missed != identifier) {
         capture.sWindowExclusive_Missed = identifier;
         tell(tr("The window %1 is not on the screen. All other windows are shown until it is back or "

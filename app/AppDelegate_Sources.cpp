@@ -289,9 +289,4 @@ void AppDelegate::showCaptureType(QAction* toolbarItem, QAction* menuItem)
     menuItem->setEnabled(false);
 }
 
-CGSize AppDelegate::catalogueSize(std::int64_t index) const
-{
-    return capture.arrayFrameResolution.at(static_cast<std::size_t>(index)).sizeDimension;
-}
-
 } // namespace lumavex

@@ -172,8 +172,7 @@ void AppDelegate::setUpOutputSize()
     if (compose.index_size_Video_Output == 0)
         setVideoOutputSize(capture.size_Screen);
     else
-        setVideoOutputSize(
-            capture.arrayFrameResolution[static_cast<std::size_t>(compose.index_size_Video_Output - 2)].sizeDimension);
+        setVideoOutputSize(catalogueSize(compose.index_size_Video_Output - 2));
     if (options_.size) {
         setVideoOutputSize(options_.size->width > 0 ? *options_.size : capture.size_Screen);
         camera.b_Change_to_Camera_Resolution = false;

@@ -41,13 +41,17 @@ std::vector<std::uint32_t> newWindowListFromSelection(QList<WindowEntry> entries
     return numbers;
 }
 
+const WindowEntry* windowOfIdentifier(const QList<WindowEntry>& list, const QString& text)
+{
+    const auto it = std::ranges::find_if(
+        list, [&text](const WindowEntry& entry) { return Return_Window_Identifier_String(entry).contains(text); });
+    return it == list.end() ? nullptr : &*it;
+}
+
 QList<WindowEntry> windowsToGrab(const QList<WindowEntry>& all, const QString* exclusive)
 {
-    if (exclusive) {
-        for (const WindowEntry& entry : all)
-            if (Return_Window_Identifier_String(entry).contains(*exclusive))
-                return {entry};
-    }
+    if (const WindowEntry* chosen = exclusive ? windowOfIdentifier(all, *exclusive) : nullptr)
+        return {*chosen};
     QList<WindowEntry> others;
     for (const WindowEntry& entry : all)
         if (!belongsToLumavex(entry))

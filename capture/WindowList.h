@@ -49,6 +49,9 @@ bool belongsToLumavex(const WindowEntry& entry);
 /// The window numbers of the entries, front to back.
 std::vector<std::uint32_t> newWindowListFromSelection(QList<WindowEntry> entries);
 
+/// The first entry whose identifier contains the text; null when there is none. Valid while the list is not changed.
+const WindowEntry* windowOfIdentifier(const QList<WindowEntry>& list, const QString& text);
+
 /// Which windows are grabbed at a tick. Window exclusive (`exclusive` not null): the first one whose identifier
 /// contains the text, else every window but the program's own. Otherwise: every window but the program's own.
 QList<WindowEntry> windowsToGrab(const QList<WindowEntry>& all, const QString* exclusive);

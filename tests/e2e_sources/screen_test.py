@@ -5,14 +5,17 @@
 import time
 import unittest
 
-from lumavex_e2e import EndToEndTest, Gui, Lumavex, Movie, output_of, wait_for
+from lumavex_e2e import Gui, Movie, output_of
 from pictures import SCREEN, Coded, PictureWindow, cut_out, follow_cursor, frames_of, point, stages_of, stretched
+from unattended import UnattendedTest
 
 WITHIN_A_PIXEL = 1.0
 HOLD = 0.35
 
 
-class ScreenTest(EndToEndTest):
+class ScreenTest(UnattendedTest):
+    hold = HOLD
+
     @classmethod
     def setUpClass(cls):
         cls.picture = Coded(1)
@@ -20,18 +23,8 @@ class ScreenTest(EndToEndTest):
     def setUp(self):
         self.start(PictureWindow(self.picture.pixels, "backdrop", background=True))
 
-    def begin_recording(self, *options):
-        home = self.home().make_settings()
-        path = home.videos / "movie.mov"
-        program = self.start(Lumavex(home, "--record", 60, "--output", path, "--fps", 10, "--sound", "no", "--cursor", "no",
-                                     "--ignore-load", *options))  # fmt: skip
-        wait_for("a recording", home.growing_movie)
-        time.sleep(HOLD)
-        return program, path
-
     def end_recording(self, program):
-        program.send(2)
-        self.assertEqual(program.wait(), 0, program.stderr)
+        super().end_recording(program)
         self.assertEqual(program.stderr, "")
 
     def test_follow_cursor_holds_the_pointer_and_stops_at_the_edges(self):

@@ -5,14 +5,17 @@
 import time
 import unittest
 
-from lumavex_e2e import PREVIEW, EndToEndTest, Gui, Lumavex, Movie, output_of, place_of, press, wait_for
+from lumavex_e2e import PREVIEW, Gui, Lumavex, Movie, output_of, place_of, press, wait_for
 from pictures import SCREEN, Coded, PictureWindow, plain, stages_of, stretched
+from unattended import UnattendedTest
 
 WITHIN_A_PIXEL = 1.0
 HOLD = 0.5
 
 
-class WindowTest(EndToEndTest):
+class WindowTest(UnattendedTest):
+    hold = HOLD
+
     @classmethod
     def setUpClass(cls):
         cls.backdrop, cls.picture = Coded(1), Coded(2)
@@ -25,19 +28,6 @@ class WindowTest(EndToEndTest):
 
     def identifier(self, window):
         return f"chosen ({window.pid}) ({window.window})"
-
-    def begin_recording(self, *options):
-        home = self.home().make_settings()
-        path = home.videos / "movie.mov"
-        program = self.start(Lumavex(home, "--record", 60, "--output", path, "--fps", 10, "--sound", "no", "--cursor", "no",
-                                     "--ignore-load", *options))  # fmt: skip
-        wait_for("a recording", home.growing_movie)
-        time.sleep(HOLD)
-        return program, path
-
-    def end_recording(self, program):
-        program.send(2)
-        self.assertEqual(program.wait(), 0, program.stderr)
 
     def test_window_alone_is_pictured_covered_moved_and_resized(self):
         window = self.chosen_window()
