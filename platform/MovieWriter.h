@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace lumavex {
 
@@ -63,6 +64,13 @@ public:
     virtual void observeReadiness(std::function<void()> readyForMoreMediaData) = 0;
 };
 
+/// Rows of a frame, counted from the top.
+struct RowRange {
+    int first = 0;
+    int count = 0;
+    friend bool operator==(const RowRange&, const RowRange&) = default;
+};
+
 /// Takes the frames of a writer's input. Main thread.
 class PixelBufferAdaptor {
 public:
@@ -70,6 +78,10 @@ public:
     /// Queues the frame; times must grow. False when the writer refuses it: failed, finished, not ready, other size or
     /// format.
     virtual bool appendPixelBuffer_withPresentationTime(CVPixelBufferRef buffer, CMTime time) = 0;
+    /// The same, told that all rows outside of `changed` (growing, not overlapping) hold the pixels appended before, by
+    /// whatever append that was. The movie is to the byte what it would be without being told; it costs less.
+    virtual bool appendChangedRows_withPresentationTime(CVPixelBufferRef buffer, const std::vector<RowRange>& changed,
+                                                        CMTime time) = 0;
     /// The same as appending the pixels of the previous append again, without encoding them again. False like above,
     /// and when nothing has been appended yet.
     virtual bool appendPrevious_withPresentationTime(CMTime time) = 0;

@@ -212,6 +212,11 @@ private:
     {
         return buffer && movie_->accept(time, buffer.get());
     }
+    bool appendChangedRows_withPresentationTime(CVPixelBufferRef buffer, const std::vector<RowRange>& /*changed*/,
+                                                CMTime time) override
+    {
+        return appendPixelBuffer_withPresentationTime(std::move(buffer), time);
+    }
     bool appendPrevious_withPresentationTime(CMTime time) override { return movie_->accept(time, nullptr); }
 
     const std::shared_ptr<FakeMovie> movie_;

@@ -41,6 +41,8 @@ private:
     bool isReadyForMoreMediaData() const override { return frames_.isReady(); }
     void observeReadiness(std::function<void()> ready) override { frames_.observeReadiness(std::move(ready)); }
     bool appendPixelBuffer_withPresentationTime(CVPixelBufferRef buffer, CMTime time) override;
+    bool appendChangedRows_withPresentationTime(CVPixelBufferRef buffer, const std::vector<RowRange>& changed,
+                                                CMTime time) override;
     bool appendPrevious_withPresentationTime(CMTime time) override;
 
     std::optional<std::int64_t> acceptedTime(CMTime time) const;
@@ -137,6 +139,12 @@ bool JpegMovieWriter::appendPixelBuffer_withPresentationTime(CVPixelBufferRef bu
         return false;
     accept(*accepted);
     return true;
+}
+
+bool JpegMovieWriter::appendChangedRows_withPresentationTime(CVPixelBufferRef buffer,
+                                                             const std::vector<RowRange>& /*changed*/, CMTime time)
+{
+    return appendPixelBuffer_withPresentationTime(std::move(buffer), time);
 }
 
 bool JpegMovieWriter::appendPrevious_withPresentationTime(CMTime time)

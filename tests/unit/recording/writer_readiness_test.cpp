@@ -67,6 +67,10 @@ private:
         observer_ = std::move(observer);
     }
     bool appendPixelBuffer_withPresentationTime(CVPixelBufferRef, CMTime) override { return false; }
+    bool appendChangedRows_withPresentationTime(CVPixelBufferRef, const std::vector<RowRange>&, CMTime) override
+    {
+        return false;
+    }
     bool appendPrevious_withPresentationTime(CMTime) override { return false; }
 
     mutable std::atomic<bool> isFull_ = false;
