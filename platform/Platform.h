@@ -11,6 +11,7 @@
 #include "platform/ScreenGrabber.h"
 #include "platform/ScreenOverlay.h"
 #include "platform/SoundRecorder.h"
+#include "platform/SoundSettings.h"
 #include "platform/UserDefaults.h"
 
 #include <memory>
@@ -27,6 +28,7 @@ struct Platform {
     std::unique_ptr<ScreenOverlay> overlay;
     std::unique_ptr<CameraSource> cameras;
     std::unique_ptr<ProcessorLoad> processorLoad;
+    std::unique_ptr<SoundSettings> soundSettings;
     SoundRecorderFactory createSoundRecorder;
     MovieWriterFactory createMovieWriter;
     MovieRepair repairMovie;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/Platform.h"
 
+#include "platform/gstreamer/DesktopSoundSettings.h"
 #include "platform/gstreamer/GstCameraSource.h"
 #include "platform/gstreamer/GstSoundRecorder.h"
 #include "platform/movie/JpegMovieWriter.h"
@@ -26,6 +27,7 @@ Platform createPlatform()
     platform.overlay = createX11Overlay();
     platform.cameras = createGstCameraSource();
     platform.processorLoad = std::make_unique<ProcStatLoad>();
+    platform.soundSettings = std::make_unique<DesktopSoundSettings>();
     platform.createSoundRecorder = createGstSoundRecorder;
     platform.createMovieWriter = createJpegMovieWriter;
     platform.repairMovie = repairMovie;

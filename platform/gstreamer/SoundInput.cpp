@@ -3,9 +3,9 @@
 
 #include "platform/gstreamer/GstInit.h"
 #include "platform/gstreamer/SoundPipeline.h"
+#include "platform/gstreamer/SoundServer.h"
 
 #include <QCoreApplication>
-#include <QFile>
 
 #include <algorithm>
 #include <condition_variable>
@@ -30,13 +30,6 @@ Nanoseconds monotonicNow()
 QString words(const char* text)
 {
     return QCoreApplication::translate("SoundRecorder", text);
-}
-
-/// Whether ALSA knows a device that records; without one alsasrc would open something that is none.
-bool hasAlsaInput()
-{
-    QFile list(QStringLiteral("/proc/asound/pcm"));
-    return list.open(QIODevice::ReadOnly) && list.readAll().contains("capture");
 }
 
 } // namespace
@@ -118,8 +111,8 @@ QString SoundInput::Shared::attempt()
     reason = words(QT_TRANSLATE_NOOP("SoundRecorder", "There is no sound server: neither PipeWire nor PulseAudio is "
                                                       "running."));
     for (const SoundSource source : {SoundSource::SoundServer, SoundSource::Alsa}) {
-        if (source == SoundSource::Alsa && !hasAlsaInput())
-            continue;
+        if (source == SoundSource::Alsa && !firstAlsaInput())
+            continue; // alsasrc would open something that is no input
         SoundPipeline pipeline(source, [this](const SoundChunk& chunk) { sound(chunk); });
         if (!pipeline.isComplete())
             reason = words(QT_TRANSLATE_NOOP("SoundRecorder", "The sound plug-ins of GStreamer are not installed."));

@@ -13,6 +13,7 @@
 #include "platform/fake/FakeRunLoop.h"
 #include "platform/fake/FakeScreenGrabber.h"
 #include "platform/fake/FakeSoundRecorder.h"
+#include "platform/fake/FakeSoundSettings.h"
 #include "platform/fake/FakeUserDefaults.h"
 
 #include <QFile>
@@ -41,6 +42,7 @@ struct Program : testing::Test {
     FakeScreenGrabber* screen = nullptr;
     FakeProcessorLoad* load = nullptr;
     FakeCameraSource* cameras = nullptr;
+    FakeSoundSettings* soundSettings = nullptr;
     std::shared_ptr<FakeMovie> movie = std::make_shared<FakeMovie>();
     std::shared_ptr<FakeSound> sound = std::make_shared<FakeSound>();
     std::vector<FakeChildProcess::Launch> launches;
@@ -63,6 +65,7 @@ struct Program : testing::Test {
         screen = keep(platform.screen, std::make_unique<FakeScreenGrabber>());
         load = keep(platform.processorLoad, std::make_unique<FakeProcessorLoad>());
         cameras = keep(platform.cameras, std::make_unique<FakeCameraSource>());
+        soundSettings = keep(platform.soundSettings, std::make_unique<FakeSoundSettings>());
         platform.overlay = std::make_unique<BlendingOverlay>();
         platform.createMovieWriter = fakeMovieWriters(movie);
         platform.createSoundRecorder = fakeSoundRecorderFactory(sound);

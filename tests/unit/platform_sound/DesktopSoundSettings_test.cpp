@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/gstreamer/DesktopSoundSettings.h"
+#include "platform/gstreamer/SoundServer.h"
+
+#include <gmock/gmock.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QThread>
+
+namespace lumavex {
+namespace {
+
+/// Runs with a PATH of one folder of its own.
+class DesktopSoundSettingsTest : public ::testing::Test {
+protected:
+    DesktopSoundSettingsTest()
+    {
+        qputenv("PATH", QFile::encodeName(folder_.path()));
+        qputenv("XDG_CURRENT_DESKTOP", "");
+    }
+    ~DesktopSoundSettingsTest() override
+    {
+        qputenv("PATH", path_);
+        qputenv("XDG_CURRENT_DESKTOP", desktop_);
+    }
+
+    /// A program that notes its name and arguments.
+    void install(const QString& name)
+    {
+        QFile program(folder_.filePath(name));
+        ASSERT_TRUE(program.open(QIODevice::WriteOnly));
+        program.write("#!/bin/sh\necho \"" + name.toUtf8() + " $*\" > " + QFile::encodeName(started() + ".part")
+                      + "\n/bin/mv " + QFile::encodeName(started() + ".part") + " " + QFile::encodeName(started())
+                      + "\n");
+        program.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
+    }
+
+    /// What was started since the last call.
+    std::string takeStarted()
+    {
+        QFile note(started());
+        for (int i = 0; i < 500 && !note.exists(); ++i)
+            QThread::msleep(10);
+        EXPECT_TRUE(note.open(QIODevice::ReadOnly));
+        const std::string line = note.readAll().trimmed().toStdString();
+        note.remove();
+        return line;
+    }
+
+    QString started() const { return folder_.filePath("started"); }
+
+    QTemporaryDir folder_;
+    QByteArray path_ = qgetenv("PATH");
+    QByteArray desktop_ = qgetenv("XDG_CURRENT_DESKTOP");
+    DesktopSoundSettings settings_;
+};
+
+TEST_F(DesktopSoundSettingsTest, NothingInstalledOpensNothing)
+{
+    for (const char* desktop : {"", "GNOME", "KDE", "a:desktop:nobody:knows"}) {
+        qputenv("XDG_CURRENT_DESKTOP", desktop);
+        EXPECT_FALSE(settings_.open()) << desktop;
+    }
+}
+
+TEST_F(DesktopSoundSettingsTest, RunningDesktopsOwnProgramComesFirst)
+{
+    for (const char* name : {"pavucontrol", "gnome-control-center", "systemsettings", "cinnamon-settings",
+                             "mate-volume-control", "budgie-control-center", "pavucontrol-qt"})
+        install(name);
+    const std::pair<const char*, const char*> expected[] = {
+        {"ubuntu:GNOME", "gnome-control-center sound"},
+        {"KDE", "systemsettings kcm_pulseaudio"},
+        {"X-Cinnamon", "cinnamon-settings sound"},
+        {"MATE", "mate-volume-control"},
+        {"Budgie:GNOME", "budgie-control-center sound"},
+        {"XFCE", "pavucontrol --tab=4"},
+        {"LXQt", "pavucontrol-qt --tab=4"},
+        {"", "pavucontrol --tab=4"},
+    };
+    for (const auto& [desktop, command] : expected) {
+        qputenv("XDG_CURRENT_DESKTOP", desktop);
+        EXPECT_TRUE(settings_.open());
+        EXPECT_EQ(takeStarted(), command) << desktop;
+    }
+}
+
+TEST_F(DesktopSoundSettingsTest, WhatIsNotInstalledOrDoesNotStartIsPassedOver)
+{
+    qputenv("XDG_CURRENT_DESKTOP", "Budgie:GNOME");
+    QFile broken(folder_.filePath("budgie-control-center"));
+    ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
+    broken.write("#!/no/such/interpreter\n");
+    broken.close();
+    broken.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
+    install("pavucontrol-qt");
+    EXPECT_TRUE(settings_.open());
+    EXPECT_EQ(takeStarted(), "pavucontrol-qt --tab=4");
+}
+
+TEST_F(DesktopSoundSettingsTest, AlsaNamesTheFirstCardThatRecords)
+{
+    const auto inputOf = [this](const char* text) {
+        QFile list(folder_.filePath("pcm"));
+        EXPECT_TRUE(list.open(QIODevice::WriteOnly));
+        list.write(text);
+        list.close();
+        return firstAlsaInput(list.fileName());
+    };
+    EXPECT_EQ(inputOf("00-03: HDMI 0 : HDMI 0 : playback 1\n"
+                      "01-00: ALC257 Analog : capture box : playback 1 : capture 1\n"
+                      "02-00: USB Audio : USB Audio : capture 1\n"),
+              QStringLiteral("ALC257 Analog"));
+    EXPECT_EQ(inputOf("00-03: capture box : capture box : playback 1\n"), std::nullopt);
+    EXPECT_EQ(inputOf(""), std::nullopt);
+    EXPECT_EQ(firstAlsaInput(folder_.filePath("none")), std::nullopt);
+}
+
+} // namespace
+} // namespace lumavex
