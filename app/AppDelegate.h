@@ -11,6 +11,7 @@
 #include "recording/FileMove.h"
 #include "recording/RecordingState.h"
 #include "recording/Rescue.h"
+#include "settings_dialog/DialogSettings.h"
 
 #include <QObject>
 
@@ -57,6 +58,18 @@ public:
     void storeInteger(const char* property, std::int64_t value);
     void storeText(const char* property, const QString& text);
     void setWindowLevel();
+
+    // --- Settings dialog: AppDelegate_SettingsDialog.cpp ---
+    void OnToolbarSettings();
+    void OnMenuPreferences() { OnToolbarSettings(); }
+    DialogSettings dialogSettings() const;
+    /// Takes the dialog's values over and stores those that outlive the program.
+    void storeSettings(const DialogSettings& settings);
+    /// Makes what was stored take effect: window level, camera, source, rate.
+    void applySettings();
+
+    // --- What will be recorded, at a glance: AppDelegate_Summary.cpp ---
+    void showSummary();
 
     // --- Frame sizes and size menus: AppDelegate_FrameSizes.cpp ---
     void GetScreenSize();
@@ -173,6 +186,15 @@ private:
     void check(QAction*& last, QAction* item);
     bool createWorkingFolders();
     void startCameraOfSettings();
+    void startNamedCamera();
+    void restartCamera();
+    void dropCamera();
+    void showScreenAlone();
+    LiveSettings liveSettings() const;
+    void adoptLiveSettings(const LiveSettings& live);
+    std::vector<FrameOutline> outlinesOf(const DialogSettings& settings, SettingsSubject subject) const;
+    QString soundInputText() const;
+    void openSoundSettings();
     void connectCamera();
     void adoptCameraSize();
     enum VideoSource : std::int64_t { ScreenPrimary = 1, CameraPrimary = 2 };

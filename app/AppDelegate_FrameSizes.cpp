@@ -77,6 +77,7 @@ void AppDelegate::setVideoOutputSize(const CGSize& size)
 {
     compose.size_Video_Output = size;
     compose.fwVideoOutputRatio = ratioOf(size);
+    showSummary();
 }
 
 void AppDelegate::MenuVideoOutputFrameClick(QAction* item)

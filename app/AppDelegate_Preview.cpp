@@ -152,6 +152,7 @@ void AppDelegate::TimerDebug1SecondRoutine()
 {
     if (!isFrameWanted())
         updateWindowList(); // no grab does it, but the window menu is to be right when it is opened
+    showSummary();
     if (!compose.windowPreview || recording.m_RecordStatus != Recording)
         return;
     recording.i_Actual_FPS_while_Recording = adaptedRate(

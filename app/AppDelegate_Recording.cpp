@@ -81,6 +81,7 @@ void AppDelegate::startRecording()
     recording.notBefore = origin;
     recording.i_debug_number_of_view_refresh = 0;
     recording.m_Seconds_of_Recording = 0;
+    recording.i_Frames_Appended = 0;
     lastAppended_.reset();
 
     if (recording.b_Record_Include_Audio == 1) {
@@ -187,6 +188,7 @@ void AppDelegate::appendFrame(const CVPixelBufferRef& buffer)
     recording.m_Current_Video_Frame =
         CMTimeAdd(recording.m_Current_Video_Frame, CMTimeMake(1, recording.i_Actual_FPS_while_Recording));
     ++recording.i_debug_number_of_view_refresh;
+    ++recording.i_Frames_Appended;
 }
 
 void AppDelegate::tellSoundTrouble(const QString& reason)

@@ -40,8 +40,12 @@ void AppDelegate::EnableScreenCaptureModes(bool enabled)
 void AppDelegate::startCameraOfSettings()
 {
     camera.arrayCameras = cameraDelegate.enumCameras();
-    if (camera.s_Camera_Name == doNotConnectToCamera)
-        return;
+    if (camera.s_Camera_Name != doNotConnectToCamera)
+        startNamedCamera();
+}
+
+void AppDelegate::startNamedCamera()
+{
     camera.b_Camera_Connected = cameraDelegate.startCamera(camera.s_Camera_Name);
     if (camera.b_Camera_Connected)
         return;
@@ -51,6 +55,11 @@ void AppDelegate::startCameraOfSettings()
                                  QStringLiteral("Could not start Camera. Change Camera Resolution and try again."),
                                  {QStringLiteral("Close")}});
     cameraDelegate.stopCamera();
+    dropCamera();
+}
+
+void AppDelegate::dropCamera()
+{
     camera.m_i_Camera_Capture_FPS = 1;
     storeInteger("i_Camera_Capture_FPS", 1);
     camera.s_Camera_Name = doNotConnectToCamera;

@@ -25,13 +25,18 @@ enum class ReadRule {
 
 std::int64_t readInteger(UserDefaults& store, const char* name, ReadRule rule);
 
-/// Settings given for this run only lie over the stored ones: they are read instead, and what is stored stays. A write
-/// to one reaches the store only where nothing is stored yet, so that a first run is complete.
+/// Settings given for this run only lie over the stored ones: they are read instead, and what is stored stays.
+///
+/// While the program starts, a write to one reaches the store only where nothing is stored yet, so that a first run is
+/// complete. Later the user writes: a text that lies over the stored one goes on lying there, any other one is a
+/// choice, which is stored and holds.
 class LayeredUserDefaults final : public UserDefaults {
 public:
     explicit LayeredUserDefaults(UserDefaults& stored) : stored_(stored) {}
 
     void lay(const QString& text, const QString& key) { layer_.insert(key, text); }
+    /// From here on the user writes.
+    void startingIsOver() { starting_ = false; }
 
     std::optional<QString> stringForKey(const QString& key) const override
     {
@@ -40,14 +45,20 @@ public:
     }
     void setObject_forKey(const QString& text, const QString& key) override
     {
-        if (!layer_.contains(key) || !stored_.stringForKey(key))
-            stored_.setObject_forKey(text, key);
+        const auto over = layer_.constFind(key);
+        if (over != layer_.constEnd() && stored_.stringForKey(key)) {
+            if (starting_ || *over == text)
+                return;
+            layer_.erase(over);
+        }
+        stored_.setObject_forKey(text, key);
     }
     QString trouble() const override { return stored_.trouble(); }
 
 private:
     UserDefaults& stored_;
     QHash<QString, QString> layer_;
+    bool starting_ = true;
 };
 
 } // namespace lumavex

@@ -3,6 +3,7 @@
 
 #include "app/Icons.h"
 #include "app/MessageStrip.h"
+#include "app/RecordingSummary.h"
 
 #include <QCloseEvent>
 #include <QFontDatabase>
@@ -17,6 +18,8 @@ Window_Main::Window_Main() : messages_(new MessageStrip)
 {
     setupUi(this);
     setContextMenuPolicy(Qt::NoContextMenu); // the toolbar is not to be hidden by a slip
+    summary = new RecordingSummary(centralArea);
+    centralArea->layout()->addWidget(summary);
     centralArea->layout()->addWidget(messages_);
     connect(messages_, &MessageStrip::roomChanged, this, &Window_Main::fitHeight);
 
@@ -63,6 +66,7 @@ void Window_Main::fitHeight()
     QTimer::singleShot(0, this, [this] {
         const int wanted = std::max(width(), std::max(minimumWidth(), toolBar->sizeHint().width()));
         const int height = Ui::Window_Main::menuBar->height() + toolBar->sizeHint().height()
+                           + summary->sizeHint().height()
                            + (messages_->isVisible() ? messages_->heightForWidth(wanted) : 0);
         resize(wanted, std::max(minimumHeight(), height));
     });

@@ -10,6 +10,7 @@ class QLabel;
 namespace lumavex {
 
 class MessageStrip;
+class RecordingSummary;
 
 /// The main window: menus, toolbar, the duration of the recording and a line for messages. It carries out nothing
 /// itself; its actions are connected to the application delegate's commands by connectCommands.
@@ -20,6 +21,9 @@ public:
 
     /// Shown while a recording exists; its place in the toolbar stays free otherwise.
     QLabel* textDurationTime = nullptr;
+
+    /// What will be recorded.
+    RecordingSummary* summary = nullptr;
 
     /// Floating windows stay above those of other applications. A visible window keeps its place.
     enum class Level { Normal, Floating };

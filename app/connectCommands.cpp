@@ -2,6 +2,7 @@
 #include "app/connectCommands.h"
 
 #include "app/AppDelegate.h"
+#include "app/RecordingSummary.h"
 #include "app/Window_Main.h"
 
 #include <QAction>
@@ -46,13 +47,16 @@ void connectCommands(Window_Main& window, AppDelegate& app)
         {window.menuSupportTicket, &AppDelegate::OnMenuSupportTicket},
         {window.menuitemVideoOutputScreenResolution, &AppDelegate::OnMenuVideoOutputScreenResolution},
         {window.menuRefreshListOfWindows, &AppDelegate::OnMenuRefreshListOfWindows},
+        {window.toolbarPreferences, &AppDelegate::OnToolbarSettings},
+        {window.menuPreferences, &AppDelegate::OnMenuPreferences},
         {window.menuPreviewShowHide, &AppDelegate::OnMenuPreviewUp},
     };
     for (const auto& [action, command] : commands)
-        QObject::connect(action, &QAction::triggered, &app, [&app, command = command] { (app.*command)(); });
-    // There is no settings dialog yet; settings are given on the command line or in the preferences file.
-    window.toolBar->removeAction(window.toolbarPreferences);
-    window.menuRecording->removeAction(window.menuPreferences);
+        QObject::connect(action, &QAction::triggered, &app, [&app, command = command] {
+            (app.*command)();
+            app.showSummary();
+        });
+    QObject::connect(window.summary, &RecordingSummary::settingsWanted, window.toolbarPreferences, &QAction::trigger);
 }
 
 } // namespace lumavex

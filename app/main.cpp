@@ -41,7 +41,7 @@ void onMessage(QtMsgType type, const QMessageLogContext&, const QString& message
 }
 
 /// Lays the settings of the command line over the stored ones, for this run.
-std::unique_ptr<UserDefaults> layered(UserDefaults& stored, const LaunchOptions& options, CameraSource& cameras)
+std::unique_ptr<LayeredUserDefaults> layOver(UserDefaults& stored, const LaunchOptions& options, CameraSource& cameras)
 {
     auto layer = std::make_unique<LayeredUserDefaults>(stored);
     const auto lay = [&layer](const char* name, std::int64_t value) {
@@ -94,7 +94,9 @@ int run(const LaunchOptions& options, Platform& platform, SingleInstance& instan
         return fail(trouble);
     }
     const std::unique_ptr<UserDefaults> stored = std::move(platform.userDefaults);
-    platform.userDefaults = layered(*stored, options, *platform.cameras);
+    auto layered = layOver(*stored, options, *platform.cameras);
+    LayeredUserDefaults& settings = *layered;
+    platform.userDefaults = std::move(layered);
 
     Window_Main window;
     AppDelegate app(platform, window, options);
@@ -102,6 +104,7 @@ int run(const LaunchOptions& options, Platform& platform, SingleInstance& instan
     app.awakeFromNib();
     if (!app.applicationDidFinishLaunching())
         return unattended ? 1 : 0;
+    settings.startingIsOver();
 
     TerminationSignals signals;
     std::unique_ptr<UnattendedRecording> recording;

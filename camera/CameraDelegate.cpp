@@ -50,6 +50,7 @@ void CameraDelegate::setupVideoOutput()
 {
     m_videoOutput = m_captureSession.currentSource() + 1;
     awaitsFirstPicture_ = true;
+    lastPicture_.reset();
     updateColorControls();
     const std::lock_guard lock(mutex_);
     published_.reset();
@@ -71,8 +72,16 @@ bool CameraDelegate::startCamera(const QString& name)
     return trouble_.isEmpty();
 }
 
+bool CameraDelegate::delivers(const QString& name) const
+{
+    constexpr std::chrono::seconds longestGap{1};
+    return m_cameraInput && m_cameraInput->name == name && m_cameraInput->preset == state_.i_Camera_CRP && lastPicture_
+           && std::chrono::steady_clock::now() - *lastPicture_ < longestGap;
+}
+
 bool CameraDelegate::stopCamera()
 {
+    lastPicture_.reset();
     m_captureSession.stop();
     return true;
 }
@@ -128,6 +137,7 @@ void CameraDelegate::takePicture()
         return;
     state_.imgDeviceCapture = taken->picture;
     state_.serialCamera = taken->serial;
+    lastPicture_ = std::chrono::steady_clock::now();
     state_.size_Camera = {double(taken->picture.width()), double(taken->picture.height())};
     if (std::exchange(awaitsFirstPicture_, false))
         Q_EMIT videoCameraStarted();

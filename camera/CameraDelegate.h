@@ -9,6 +9,7 @@
 #include <QObject>
 
 #include <atomic>
+#include <chrono>
 #include <mutex>
 #include <optional>
 
@@ -39,6 +40,8 @@ public:
     void setupVideoOutput();
     /// Starts the camera of that name; one that runs is stopped first. True when it runs, else `trouble` says why not.
     bool startCamera(const QString& name);
+    /// Whether the camera of that name runs at the resolution code of the state and its pictures arrive.
+    bool delivers(const QString& name) const;
     /// Gives the camera back; the last picture stays. Always true.
     bool stopCamera();
 
@@ -74,6 +77,7 @@ private:
     CameraState& state_;
     QString trouble_;
     bool awaitsFirstPicture_ = false;
+    std::optional<std::chrono::steady_clock::time_point> lastPicture_; ///< nothing: none since the latest start
 
     std::optional<QString> m_camera;              ///< the selected camera; nothing: none
     std::optional<CameraRequest> m_cameraInput;   ///< what is asked of it, made at the latest start

@@ -33,6 +33,7 @@ struct RecordingState {
     std::int32_t i_fps_of_Recording = 1;             ///< nominal frames a second, at least 1
     std::int32_t i_Actual_FPS_while_Recording = 1;   ///< the clock steps by one over this
     std::int64_t i_debug_number_of_view_refresh = 0; ///< frames appended since the last one-second tick
+    std::int64_t i_Frames_Appended = 0;              ///< of this recording, repeated ones among them
     CMTime m_Current_Video_Frame;                    ///< time of the next frame
     CGSize size_Movie;                               ///< what the writer was made for, whatever the output size is now
     Nanoseconds notBefore{0}; ///< refreshes that were due earlier belong to the time before Record or Resume

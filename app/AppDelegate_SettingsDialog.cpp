@@ -1,0 +1,239 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/AppDelegate.h"
+
+#include "app/Window_Main.h"
+#include "compose/FrameLayout.h"
+#include "settings_dialog/FrameThumbnail.h"
+#include "settings_dialog/Window_Configurations.h"
+
+#include <QGuiApplication>
+
+#include <algorithm>
+#include <cmath>
+
+namespace lumavex {
+
+namespace {
+
+/// The rectangle, upward, as a part of the frame, downward.
+QRectF partOfFrame(const CGRect& rect, const CGSize& frame)
+{
+    return {rect.x / frame.width, 1 - (rect.y + rect.height) / frame.height, rect.width / frame.width,
+            rect.height / frame.height};
+}
+
+/// The pointer tells that the program works, for as long as this lives.
+class BusyPointer {
+public:
+    BusyPointer() { QGuiApplication::setOverrideCursor(Qt::WaitCursor); }
+    ~BusyPointer() { QGuiApplication::restoreOverrideCursor(); }
+    BusyPointer(const BusyPointer&) = delete;
+    BusyPointer& operator=(const BusyPointer&) = delete;
+};
+
+} // namespace
+
+DialogSettings AppDelegate::dialogSettings() const
+{
+    DialogSettings settings;
+    settings.i_Top_Other_Windows = application.i_Top_Other_Windows;
+    settings.b_Lumavex_Invisible_To_Capture = capture.b_Lumavex_Invisible_To_Capture;
+    settings.m_i_Screen_Capture_FPS = capture.m_i_Screen_Capture_FPS;
+    settings.i_Position_Screen_Secondary = compose.i_Position_Screen_Secondary;
+    settings.i_Size_Screen_Secondary = compose.i_Size_Screen_Secondary;
+    settings.b_Screen_Include_Mouse = capture.b_Screen_Include_Mouse;
+    settings.bOverlay = compose.bOverlay;
+    settings.i_Position_Overlay = compose.i_Position_Overlay;
+    settings.i_Size_Overlay = compose.i_Size_Overlay;
+    settings.m_i_Camera_Capture_FPS = camera.m_i_Camera_Capture_FPS;
+    settings.s_Camera_Name = camera.s_Camera_Name;
+    settings.i_Camera_CRP = camera.i_Camera_CRP;
+    settings.i_Position_Camera_Secondary = compose.i_Position_Camera_Secondary;
+    settings.i_Size_Camera_Secondary = compose.i_Size_Camera_Secondary;
+    settings.b_Record_Include_Audio = recording.b_Record_Include_Audio;
+    return settings;
+}
+
+void AppDelegate::storeSettings(const DialogSettings& settings)
+{
+    application.i_Top_Other_Windows = settings.i_Top_Other_Windows;
+    storeInteger("i_Top_Other_Windows", settings.i_Top_Other_Windows);
+    capture.b_Lumavex_Invisible_To_Capture = settings.b_Lumavex_Invisible_To_Capture;
+    capture.m_i_Screen_Capture_FPS = settings.m_i_Screen_Capture_FPS;
+    compose.i_Position_Screen_Secondary = settings.i_Position_Screen_Secondary;
+    compose.i_Size_Screen_Secondary = settings.i_Size_Screen_Secondary;
+    capture.b_Screen_Include_Mouse = settings.b_Screen_Include_Mouse;
+    storeInteger("b_Screen_Include_Mouse", settings.b_Screen_Include_Mouse);
+    compose.bOverlay = settings.bOverlay;
+    compose.i_Position_Overlay = settings.i_Position_Overlay;
+    compose.i_Size_Overlay = settings.i_Size_Overlay;
+    camera.m_i_Camera_Capture_FPS = settings.m_i_Camera_Capture_FPS;
+    camera.s_Camera_Name = settings.s_Camera_Name;
+    camera.i_Camera_CRP = settings.i_Camera_CRP;
+    compose.i_Position_Camera_Secondary = settings.i_Position_Camera_Secondary;
+    compose.i_Size_Camera_Secondary = settings.i_Size_Camera_Secondary;
+    recording.b_Record_Include_Audio = settings.b_Record_Include_Audio;
+
+    storeInteger("i_Screen_Capture_FPS", settings.m_i_Screen_Capture_FPS);
+    storeInteger("i_Size_Screen_Secondary", settings.i_Size_Screen_Secondary);
+    storeInteger("i_Position_Screen_Secondary", settings.i_Position_Screen_Secondary);
+    storeInteger("i_Camera_Capture_FPS", settings.m_i_Camera_Capture_FPS);
+    storeText("s_Camera_Name", settings.s_Camera_Name);
+    storeInteger("i_Camera_CRP", settings.i_Camera_CRP);
+    storeInteger("i_Size_Camera_Secondary", settings.i_Size_Camera_Secondary);
+    storeInteger("i_Position_Camera_Secondary", settings.i_Position_Camera_Secondary);
+    storeInteger("b_Record_Include_Audio", settings.b_Record_Include_Audio);
+}
+
+LiveSettings AppDelegate::liveSettings() const
+{
+    return {compose.imgOverlay, camera.bApplyColorControls, camera.f_ColorControls_Saturation,
+            camera.f_ColorControls_Brightness, camera.f_ColorControls_Contrast};
+}
+
+void AppDelegate::adoptLiveSettings(const LiveSettings& live)
+{
+    if (live.imgOverlay.cacheKey() != compose.imgOverlay.cacheKey()) {
+        compose.imgOverlay = live.imgOverlay;
+        ++compose.serialOverlay;
+    }
+    camera.bApplyColorControls = live.bApplyColorControls;
+    camera.f_ColorControls_Saturation = live.f_ColorControls_Saturation;
+    camera.f_ColorControls_Brightness = live.f_ColorControls_Brightness;
+    camera.f_ColorControls_Contrast = live.f_ColorControls_Contrast;
+    cameraDelegate.updateColorControls();
+}
+
+std::vector<FrameOutline> AppDelegate::outlinesOf(const DialogSettings& settings, SettingsSubject subject) const
+{
+    using Of = FrameOutline::Of;
+    const CGSize frame = compose.size_Video_Output;
+    if (frame.width <= 0 || frame.height <= 0)
+        return {};
+    std::vector<FrameOutline> outlines;
+    const bool secondary = compose.i_Show_Secondary == 1;
+    if (subject == SettingsSubject::Screen || (secondary && compose.i_Video_Source_Primary == CameraPrimary))
+        outlines.push_back(
+            {Of::Screen, partOfFrame(screenSecondaryRect(frame, settings.i_Size_Screen_Secondary,
+                                                         settings.i_Position_Screen_Secondary, capture.size_Screen),
+                                     frame)});
+    if (subject == SettingsSubject::Camera || (secondary && compose.i_Video_Source_Primary == ScreenPrimary))
+        outlines.push_back(
+            {Of::Camera, partOfFrame(cameraSecondaryRect(frame, settings.i_Size_Camera_Secondary,
+                                                         settings.i_Position_Camera_Secondary, settings.i_Camera_CRP),
+                                     frame)});
+    if ((subject == SettingsSubject::Overlay || settings.bOverlay) && !compose.imgOverlay.isNull())
+        outlines.push_back(
+            {Of::Overlay,
+             partOfFrame(overlayRect(frame, 10 * settings.i_Size_Overlay, settings.i_Position_Overlay,
+                                     {double(compose.imgOverlay.width()), double(compose.imgOverlay.height())}),
+                         frame)});
+    return outlines;
+}
+
+QString AppDelegate::soundInputText() const
+{
+    return platform_.soundSettings->nameOfInput().value_or(tr("There is no sound input now."));
+}
+
+void AppDelegate::openSoundSettings()
+{
+    if (platform_.soundSettings->open())
+        return;
+    const std::optional<QString> input = platform_.soundSettings->nameOfInput();
+    platform_.dialogs->runAlert(
+        {tr("Sound Preferences"),
+         (input ? tr("Sound is recorded from %1.").arg(*input) : tr("There is no sound input now.")) + u' '
+             + tr("This desktop has no sound settings that Lumavex knows. Choose another input with the desktop's own "
+                  "tools, or install pavucontrol."),
+         {tr("Close")}});
+}
+
+void AppDelegate::OnToolbarSettings()
+{
+    if (recording.m_RecordStatus != Idle || recording.stopping)
+        return;
+    DialogChoices choices;
+    choices.cameras = QStringList{doNotConnectToCamera} + camera.arrayCameras;
+    choices.soundInput = soundInputText();
+    choices.widestOverlay = std::max(1, int(std::lround(compose.size_Video_Output.width / 10)));
+    Window_Configurations dialog(
+        &window_, *platform_.dialogs, dialogSettings(), liveSettings(), choices,
+        [this](const DialogSettings& settings, SettingsSubject subject) { return outlinesOf(settings, subject); });
+    connect(&dialog, &Window_Configurations::liveSettingsChanged, this,
+            [this, &dialog] { adoptLiveSettings(dialog.live()); });
+    connect(&dialog, &Window_Configurations::soundPreferencesWanted, this, &AppDelegate::openSoundSettings);
+
+    // The preview keeps what it needs from frame to frame, so the small picture has a compositor of its own.
+    Compositor compositor;
+    dialog.thumbnail().setRatio(compose.size_Video_Output.width / compose.size_Video_Output.height);
+    const auto showFrame = [this, &dialog, &compositor] {
+        if (!isFrameWanted())
+            grabScreen();
+        // The overlay's width counts units of ten pixels of the movie.
+        const CGSize units{compose.size_Video_Output.width / 10, compose.size_Video_Output.height / 10};
+        dialog.thumbnail().setPicture(compositor.previewPass(frameInputs(), dialog.thumbnail().pixelSize(), units));
+    };
+    const TimerId timer = platform_.runLoop->scheduleRepeating({1, 5}, RunLoopMode::Common, TimerOrder::Other,
+                                                               [&showFrame](const TimerFiring&) { showFrame(); });
+    // The input is chosen in another program, while this dialog is open.
+    const TimerId inputTimer =
+        platform_.runLoop->scheduleRepeating({2, 1}, RunLoopMode::Common, TimerOrder::Other,
+                                             [&](const TimerFiring&) { dialog.setSoundInput(soundInputText()); });
+    showFrame();
+    const std::int64_t returnCode = dialog.runModal();
+    platform_.runLoop->invalidate(timer);
+    platform_.runLoop->invalidate(inputTimer);
+    if (returnCode != 1)
+        return;
+    storeSettings(dialog.settings());
+    applySettings();
+}
+
+void AppDelegate::applySettings()
+{
+    setWindowLevel();
+    storeInteger("i_Video_Source_Primary", compose.i_Video_Source_Primary);
+    storeInteger("i_Show_Secondary", compose.i_Show_Secondary);
+    restartCamera();
+    EnableCameraRelatedControls(camera.b_Camera_Connected);
+    if (!camera.b_Camera_Connected)
+        showScreenAlone();
+    recording.i_fps_of_Recording = nominalRate();
+    createRefreshTimers();
+}
+
+void AppDelegate::restartCamera()
+{
+    // A camera that runs as it is asked to goes on: giving it back and opening it again takes up to a second, in which
+    // nothing of it is seen.
+    if (camera.b_Camera_Connected && cameraDelegate.delivers(camera.s_Camera_Name))
+        return;
+    camera.b_Camera_Connected = false;
+    const BusyPointer busy;
+    cameraDelegate.stopCamera();
+    if (camera.s_Camera_Name == doNotConnectToCamera) {
+        dropCamera();
+        return;
+    }
+    startNamedCamera();
+    // The new resolution is the movie's where the movie follows the camera.
+    if (camera.b_Camera_Connected && compose.i_Video_Source_Primary == CameraPrimary
+        && compose.index_size_Video_Output == 0)
+        camera.b_Change_to_Camera_Resolution = true;
+}
+
+void AppDelegate::showScreenAlone()
+{
+    const bool sizeOfCamera = compose.i_Video_Source_Primary == CameraPrimary && compose.index_size_Video_Output == 0;
+    compose.i_Video_Source_Primary = ScreenPrimary;
+    compose.i_Show_Secondary = 0;
+    camera.b_Change_to_Camera_Resolution = false;
+    EnableScreenCaptureModes(true);
+    if (sizeOfCamera) {
+        setVideoOutputSize(capture.size_Screen);
+        Refresh_Preview_Window();
+    }
+}
+
+} // namespace lumavex

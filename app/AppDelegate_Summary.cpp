@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/AppDelegate.h"
+
+#include "app/RecordingSummary.h"
+#include "app/Window_Main.h"
+
+#include <cmath>
+
+namespace lumavex {
+
+namespace {
+
+/// What of the screen is seen, in the middle of a sentence.
+QString screenText(const CaptureState& capture)
+{
+    switch (capture.i_Type_Screen_Capture) {
+    case FollowCursor:
+        return RecordingSummary::tr("rectangle around the cursor");
+    case Region:
+        return RecordingSummary::tr("region of the screen");
+    case WindowExclusive: {
+        const QString window = capture.sWindowExclusive.value_or(QString());
+        const QString owner = window.section(QStringLiteral(" ("), 0, -2);
+        return owner.isEmpty() ? RecordingSummary::tr("window") : RecordingSummary::tr("window of %1").arg(owner);
+    }
+    default:
+        return RecordingSummary::tr("entire screen");
+    }
+}
+
+QString pictureText(const CaptureState& capture, const ComposeState& compose)
+{
+    const QString screen = screenText(capture);
+    const bool cameraLarge = compose.i_Video_Source_Primary == 2;
+    const bool both = compose.i_Show_Secondary == 1;
+    QString text = cameraLarge
+                       ? both ? RecordingSummary::tr("camera with %1").arg(screen) : RecordingSummary::tr("camera")
+                   : both ? RecordingSummary::tr("%1 with camera").arg(screen)
+                          : screen;
+    if (compose.bOverlay && !compose.imgOverlay.isNull())
+        text = RecordingSummary::tr("%1, overlay").arg(text);
+    return text.left(1).toUpper() + text.mid(1);
+}
+
+} // namespace
+
+void AppDelegate::showSummary()
+{
+    const bool exists = recording.m_RecordStatus != Idle;
+    const CGSize size = exists ? recording.size_Movie : compose.size_Video_Output;
+    SummaryFacts facts;
+    facts.picture = pictureText(capture, compose);
+    facts.width = int(std::lround(size.width));
+    facts.height = int(std::lround(size.height));
+    facts.rate = recording.i_fps_of_Recording;
+    facts.sound = recording.b_Record_Include_Audio == 1;
+    if (exists)
+        facts.frames = recording.i_Frames_Appended;
+    window_.summary->show(facts);
+}
+
+} // namespace lumavex

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/RecordingSummary.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLocale>
+#include <QTextDocumentFragment>
+
+namespace lumavex {
+
+namespace {
+
+constexpr int fewFrames = 10; ///< a second
+
+QString link(const QString& text)
+{
+    return QStringLiteral("<a href=\"settings\">%1</a>").arg(text);
+}
+
+QString rateText(int rate)
+{
+    return rate == 1 ? RecordingSummary::tr("1 frame a second") : RecordingSummary::tr("%1 frames a second").arg(rate);
+}
+
+/// While a recording exists the settings cannot be changed, so nothing leads there.
+QString describe(const SummaryFacts& facts)
+{
+    const QString size = QStringLiteral("%1\u2009\u00d7\u2009%2").arg(facts.width).arg(facts.height);
+    // So few frames surprise whoever expects a film.
+    const QString rate =
+        facts.rate < fewFrames ? QStringLiteral("<b>%1</b>").arg(rateText(facts.rate)) : rateText(facts.rate);
+    const QString sound = facts.sound ? RecordingSummary::tr("with sound") : RecordingSummary::tr("no sound");
+    const bool changeable = !facts.frames;
+    return QStringList{facts.picture.toHtmlEscaped(), size, changeable ? link(rate) : rate,
+                       changeable ? link(sound) : sound}
+        .join(QStringLiteral(" &nbsp;\u00b7&nbsp; "));
+}
+
+} // namespace
+
+RecordingSummary::RecordingSummary(QWidget* parent)
+    : QWidget(parent), what_(new QLabel(this)), frames_(new QLabel(this))
+{
+    what_->setTextFormat(Qt::RichText);
+    what_->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
+    what_->setToolTip(tr("What will be recorded; frame rate and sound are set in the settings"));
+    what_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    connect(what_, &QLabel::linkActivated, this, &RecordingSummary::settingsWanted);
+    frames_->setTextFormat(Qt::PlainText);
+    frames_->setToolTip(tr("Frames recorded so far"));
+    auto* layout = new QHBoxLayout(this);
+    layout->setContentsMargins(10, 2, 10, 4);
+    layout->setSpacing(16);
+    layout->addWidget(what_, 1);
+    layout->addWidget(frames_);
+}
+
+void RecordingSummary::show(const SummaryFacts& facts)
+{
+    if (facts == facts_)
+        return;
+    facts_ = facts;
+    if (const QString text = describe(facts); text != what_->text()) {
+        what_->setText(text);
+        setAccessibleName(QTextDocumentFragment::fromHtml(text).toPlainText());
+    }
+    frames_->setText(facts.frames ? tr("%Ln frames", nullptr, int(*facts.frames)) : QString());
+}
+
+QString RecordingSummary::text() const
+{
+    const QString what = accessibleName();
+    return frames_->text().isEmpty() ? what : what + u' ' + frames_->text();
+}
+
+} // namespace lumavex

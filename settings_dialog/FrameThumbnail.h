@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "settings_dialog/DialogSettings.h"
+
+#include <QImage>
+#include <QWidget>
+
+namespace lumavex {
+
+/// The last composed frame, small, and over it the outlines of the small pictures as chosen so far.
+class FrameThumbnail final : public QWidget {
+    Q_OBJECT
+public:
+    explicit FrameThumbnail(QWidget* parent = nullptr);
+
+    /// Width over height of the frame; the thumbnail takes that shape.
+    void setRatio(double ratio);
+    /// Null: there is no frame yet.
+    void setPicture(const QImage& frame);
+    void setOutlines(std::vector<FrameOutline> outlines);
+
+    /// The size of a picture that is shown pixel for pixel.
+    QSize pixelSize() const;
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    double ratio_ = 16.0 / 9;
+    QImage frame_;
+    std::vector<FrameOutline> outlines_;
+};
+
+} // namespace lumavex

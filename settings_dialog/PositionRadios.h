@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QRadioButton>
+
+#include <array>
+#include <cstdint>
+
+namespace lumavex {
+
+/// The nine buttons of one group, whose codes are 0 to 8 in their order.
+class PositionRadios {
+public:
+    using Buttons = std::array<QRadioButton*, 9>;
+
+    explicit PositionRadios(const Buttons& buttons) : buttons_(buttons) {}
+
+    /// Turns every button off.
+    void disable()
+    {
+        for (QRadioButton* button : buttons_) {
+            button->setAutoExclusive(false); // an exclusive group does not let go of its last button
+            button->setChecked(false);
+            button->setAutoExclusive(true);
+        }
+        letTabStopAt(0);
+    }
+    /// Turns the button of the code on and every other off; all off for a code that is none's.
+    void choose(std::int64_t code)
+    {
+        disable();
+        if (code < 0 || code >= std::int64_t(buttons_.size()))
+            return;
+        buttons_[std::size_t(code)]->setChecked(true);
+        letTabStopAt(std::size_t(code));
+    }
+    /// The code of the button that is on, the last one of several; `otherwise` when none is.
+    std::int64_t code(std::int64_t otherwise) const
+    {
+        for (std::size_t i = 0; i < buttons_.size(); ++i)
+            if (buttons_[i]->isChecked())
+                otherwise = std::int64_t(i);
+        return otherwise;
+    }
+    const Buttons& buttons() const { return buttons_; }
+
+private:
+    /// The group is one stop of the Tab key; arrows lead from one button to the next.
+    void letTabStopAt(std::size_t stop)
+    {
+        for (std::size_t i = 0; i < buttons_.size(); ++i)
+            buttons_[i]->setFocusPolicy(i == stop ? Qt::StrongFocus : Qt::ClickFocus);
+    }
+
+    Buttons buttons_;
+};
+
+} // namespace lumavex
