@@ -63,6 +63,8 @@ public:
     void OnToolbarSettings();
     void OnMenuPreferences() { OnToolbarSettings(); }
     DialogSettings dialogSettings() const;
+    /// Where the small pictures would stand with these settings: those in the frame now and the one being edited.
+    std::vector<FrameOutline> outlinesOf(const DialogSettings& settings, SettingsSubject subject) const;
     /// Takes the dialog's values over and stores those that outlive the program.
     void storeSettings(const DialogSettings& settings);
     /// Makes what was stored take effect: window level, camera, source, rate.
@@ -192,7 +194,7 @@ private:
     void showScreenAlone();
     LiveSettings liveSettings() const;
     void adoptLiveSettings(const LiveSettings& live);
-    std::vector<FrameOutline> outlinesOf(const DialogSettings& settings, SettingsSubject subject) const;
+
     QString soundInputText() const;
     void openSoundSettings();
     void connectCamera();
