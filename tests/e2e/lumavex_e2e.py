@@ -302,6 +302,29 @@ class Gui(Lumavex):
         wait_for("the end of the alert", lambda: alert not in self.windows())
 
 
+class Cameras:
+    """Camera nodes of the PipeWire server, which show colour bars and, in a corner, snow."""
+
+    def __init__(self):
+        self.made = 0
+
+    def plug_in(self, name):
+        self.made += 1
+        node = f"test-camera-{self.made}"
+        output_of("pw-cli", "create-node", "spa-node-factory",
+                  f'{{ factory.name=videotestsrc node.name={node} node.description="{name}" media.class=Video/Source '
+                  "media.role=Camera live=true object.linger=true }")  # fmt: skip
+        wait_for(f"the camera {name}", lambda: self.number(node))
+        return node
+
+    def number(self, node):
+        nodes = re.split(r"(?m)^\s*id ", output_of("pw-cli", "ls", "Node"))
+        return next((each.split(",")[0] for each in nodes if f'node.name = "{node}"' in each), None)
+
+    def unplug(self, node):
+        output_of("pw-cli", "destroy", self.number(node))
+
+
 class Movie:
     """A movie file and what it shows of a scene."""
 

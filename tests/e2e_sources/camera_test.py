@@ -8,36 +8,13 @@ import time
 import unittest
 
 import numpy
-from lumavex_e2e import EndToEndTest, Lumavex, Movie, output_of, wait_for
+from lumavex_e2e import Cameras, EndToEndTest, Lumavex, Movie, output_of, wait_for
 from pictures import SCREEN, PictureWindow, frames_of, plain
 
 ORANGE = (235, 120, 20)  # no colour of the camera's
 BARS = [(191, 191, 191), (191, 191, 0), (0, 191, 191), (0, 191, 0), (191, 0, 191), (191, 0, 0), (0, 0, 191)]
 NEARLY = 40
 CAMERA_SIZES = {3: (320, 240), 5: (640, 480), 7: (1280, 720)}
-
-
-class Cameras:
-    """Camera nodes of the PipeWire server, which show colour bars and, in a corner, snow."""
-
-    def __init__(self):
-        self.made = 0
-
-    def plug_in(self, name):
-        self.made += 1
-        node = f"test-camera-{self.made}"
-        output_of("pw-cli", "create-node", "spa-node-factory",
-                  f'{{ factory.name=videotestsrc node.name={node} node.description="{name}" media.class=Video/Source '
-                  "media.role=Camera live=true object.linger=true }")  # fmt: skip
-        wait_for(f"the camera {name}", lambda: self.number(node))
-        return node
-
-    def number(self, node):
-        nodes = re.split(r"(?m)^\s*id ", output_of("pw-cli", "ls", "Node"))
-        return next((each.split(",")[0] for each in nodes if f'node.name = "{node}"' in each), None)
-
-    def unplug(self, node):
-        output_of("pw-cli", "destroy", self.number(node))
 
 
 def is_colour(picture, colour):
