@@ -111,6 +111,8 @@ public:
     void OnMenuCameraOnly() { OnToolbarCameraOnly(); }
     void OnMenuBothScreenPrimary();
     void OnMenuBothCameraPrimary();
+    /// Whether the item's command may be given now, which the commands decide and nothing overrides.
+    bool validateToolbarItem(const QAction& item) const;
     void OnToolbarEntireScreen();
     void OnToolbarFollowCursor();
     void OnToolbarRegion();

@@ -164,6 +164,11 @@ void AppDelegate::chooseSource(VideoSource primary, Secondary secondary)
     Refresh_Preview_Window();
 }
 
+bool AppDelegate::validateToolbarItem(const QAction& item) const
+{
+    return item.isEnabled();
+}
+
 void AppDelegate::OnToolbarEntireScreen()
 {
     capture.i_Type_Screen_Capture = EntireScreen;
@@ -204,9 +209,9 @@ void AppDelegate::OnToolbarWindowExclusive()
 
 void AppDelegate::runRegionSelector()
 {
-    Window_Transparent_Region selector(capture, *platform_.overlay);
-    keepInFront(selector, window_);
-    selector.runModal();
+    Window_Transparent_Region windowTransparentRegion(capture, *platform_.overlay);
+    keepInFront(windowTransparentRegion, window_);
+    windowTransparentRegion.runModal();
 }
 
 void AppDelegate::chooseFirstWindow()

@@ -56,7 +56,10 @@ void connectCommands(Window_Main& window, AppDelegate& app)
             (app.*command)();
             app.showSummary();
         });
-    QObject::connect(window.summary, &RecordingSummary::settingsWanted, window.toolbarPreferences, &QAction::trigger);
+    QObject::connect(window.summary, &RecordingSummary::settingsWanted, &app, [&] {
+        if (app.validateToolbarItem(*window.toolbarPreferences))
+            app.OnToolbarSettings();
+    });
 }
 
 } // namespace lumavex
