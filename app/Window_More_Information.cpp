@@ -3,11 +3,16 @@
 
 #include "ui_Window_More_Information.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QCloseEvent>
+#include <QKeyEvent>
+#include <QTextBlock>
+#include <QtMath>
 
 namespace lumavex {
 
-Window_More_Information::Window_More_Information() : ui_(std::make_unique<Ui::Window_More_Information>())
+Window_More_Information::Window_More_Information(QWidget* owner)
+    : QWidget(owner, Qt::Window), ui_(std::make_unique<Ui::Window_More_Information>())
 {
     ui_->setupUi(this);
     setAttribute(Qt::WA_ShowWithoutActivating);
@@ -22,12 +27,33 @@ void Window_More_Information::windowDidLoad()
         "Lumavex is above the CPU usage limit.\n\nIf recording stop.\n\nOpen Lumavex settings.\n\nSet screen capture "
         "frame-rate to 1.\n\nDisconnect camera.\n\nClick OK.\n\nIf you need the camera on video then set camera "
         "resolution to 320x240.\n\nSet camera capture frame-rate to 24 and connect it.\n\nClick OK.\n\n"));
+    fitToText();
+}
+
+void Window_More_Information::fitToText()
+{
+    // Readable without scrolling, whatever the font; a line to spare keeps the scroll bar from taking width.
+    const QPlainTextEdit* text = ui_->textView;
+    const QTextDocument* document = text->document();
+    const double line = document->documentLayout()->blockBoundingRect(document->begin()).height();
+    const int around = 2 * qCeil(document->documentMargin()) + 2 * text->frameWidth() + 2;
+    const int width = text->fontMetrics().size(0, text->toPlainText()).width();
+    ui_->textView->setMinimumSize(QSize(width, qCeil(line * (document->blockCount() + 1))) + QSize(around, around));
+    adjustSize();
 }
 
 void Window_More_Information::showWindow()
 {
     show();
     raise();
+}
+
+void Window_More_Information::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Escape)
+        close();
+    else
+        QWidget::keyPressEvent(event);
 }
 
 void Window_More_Information::closeEvent(QCloseEvent* event)
