@@ -6,16 +6,21 @@
 #include <QAbstractTextDocumentLayout>
 #include <QCloseEvent>
 #include <QKeyEvent>
+#include <QScreen>
 #include <QTextBlock>
 #include <QtMath>
+
+#include <algorithm>
+#include <limits>
 
 namespace lumavex {
 
 Window_More_Information::Window_More_Information(QWidget* owner)
-    : QWidget(owner, Qt::Window), ui_(std::make_unique<Ui::Window_More_Information>())
+    : QWidget(owner, Qt::Dialog), ui_(std::make_unique<Ui::Window_More_Information>())
 {
     ui_->setupUi(this);
     setAttribute(Qt::WA_ShowWithoutActivating);
+    ui_->textView->viewport()->setAutoFillBackground(false); // nothing is to be typed here
     windowDidLoad();
 }
 
@@ -42,8 +47,32 @@ void Window_More_Information::fitToText()
     adjustSize();
 }
 
+void Window_More_Information::placeBesideOwner()
+{
+    // Always in front of the owner, it is to leave free what is needed to stop: of the places above, below and beside
+    // it, moved onto the screen, the one that covers least.
+    constexpr int frame = 32; // what a title bar and borders take, about
+    const QRect owner = parentWidget()->frameGeometry();
+    const QRect room = parentWidget()->screen()->availableGeometry();
+    const QSize needed = size() + QSize(frame, frame);
+    const QPoint places[] = {owner.topLeft() - QPoint(0, needed.height()), owner.bottomLeft() + QPoint(0, 1),
+                             owner.topRight() + QPoint(1, 0), owner.topLeft() - QPoint(needed.width(), 0)};
+    int leastCovered = std::numeric_limits<int>::max();
+    for (const QPoint& wanted : places) {
+        const QPoint place(std::max(room.left(), std::min(wanted.x(), room.right() + 1 - needed.width())),
+                           std::max(room.top(), std::min(wanted.y(), room.bottom() + 1 - needed.height())));
+        const QRect covered = QRect(place, needed) & owner;
+        if (covered.width() * covered.height() >= leastCovered)
+            continue;
+        leastCovered = covered.width() * covered.height();
+        move(place);
+    }
+}
+
 void Window_More_Information::showWindow()
 {
+    if (!isVisible())
+        placeBesideOwner();
     show();
     raise();
 }

@@ -15,7 +15,7 @@ namespace lumavex {
 class Window_More_Information final : public QWidget {
     Q_OBJECT
 public:
-    /// Stays in front of `owner`, which may float above all other windows.
+    /// Stays in front of `owner`, which may float above all other windows, and opens beside it.
     explicit Window_More_Information(QWidget* owner);
     ~Window_More_Information() override;
 
@@ -33,6 +33,7 @@ protected:
 private:
     void windowDidLoad();
     void fitToText();
+    void placeBesideOwner();
 
     std::unique_ptr<Ui::Window_More_Information> ui_;
 };

@@ -10,7 +10,7 @@ import sys
 import time
 import unittest
 
-from lumavex_e2e import PREVIEW, EndToEndTest, Gui, Process, output_of, press, screenshot, wait_for
+from lumavex_e2e import PREVIEW, EndToEndTest, Gui, Process, output_of, place_of, press, screenshot, wait_for
 
 INFORMATION = "Processor Load"
 MEASUREMENT = 3
@@ -32,8 +32,10 @@ class LoadTest(EndToEndTest):
         gui = self.start(Gui(home, ignore_load=False))
         gui.wait_for_window(PREVIEW)
         information = gui.wait_for_window(INFORMATION, 40)
-        # In front of the main window, which floats above all others, and with something to read.
+        # With something to read, and beside the main window, which floats above all others.
         self.assertGreater(screenshot(information).std(), 5)
+        place, main = place_of(information), place_of(gui.main)
+        self.assertTrue(place.y >= main.y + main.height or place.y + place.height <= main.y, "it covers the buttons")
         self.assertNotEqual(output_of("xdotool", "getactivewindow").strip(), information)  # it takes no keyboard
         gui.record()
         time.sleep(1.5)

@@ -118,7 +118,7 @@ TEST_F(ProcessorLoadTest, AClosedWindowIsShownAgainWhileTheLoadStaysHigh)
     EXPECT_EQ(app->application.p_Window_Can_Not_Record, nullptr);
 }
 
-TEST_F(ProcessorLoadTest, TheWindowsTextIsReadWithoutScrolling)
+TEST_F(ProcessorLoadTest, TheWindowOpensBesideTheMainOneAndIsReadWithoutScrolling)
 {
     ASSERT_TRUE(launch());
     app->Show_Window_Can_Not_Record();
@@ -131,6 +131,7 @@ TEST_F(ProcessorLoadTest, TheWindowsTextIsReadWithoutScrolling)
     QApplication::processEvents();
     EXPECT_EQ(text->verticalScrollBar()->maximum(), 0);
     EXPECT_EQ(text->horizontalScrollBar()->maximum(), 0);
+    EXPECT_FALSE(app->application.p_Window_Can_Not_Record->frameGeometry().intersects(window->frameGeometry()));
 }
 
 TEST_F(ProcessorLoadTest, AnOverloadedMachineIsRefusedUntilTheLoadEnds)
