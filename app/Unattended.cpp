@@ -69,6 +69,21 @@ bool UnattendedRun::showsCamera() const
     return app_.compose.i_Video_Source_Primary == 2 || app_.compose.i_Show_Secondary == 1;
 }
 
+bool UnattendedRun::showsScreen() const
+{
+    return app_.compose.i_Video_Source_Primary != 2 || app_.compose.i_Show_Secondary == 1;
+}
+
+bool UnattendedRun::waitForScreen()
+{
+    const Nanoseconds patience = runLoop_.now() + snapshotPatience;
+    runLoop_.runUntil([&] {
+        app_.grabScreen();
+        return !app_.capture.imgScreenCapture.isNull() || ended_ || runLoop_.now() > patience;
+    });
+    return !app_.capture.imgScreenCapture.isNull() || ended_;
+}
+
 void UnattendedRun::waitForCamera()
 {
     if (!showsCamera())
@@ -87,6 +102,12 @@ void UnattendedRun::takePicture()
                          .arg(snapshotPatience.count()));
         return;
     }
+    if (showsScreen() && !waitForScreen()) {
+        finished({}, tr("The screen could not be read within %1 seconds.").arg(snapshotPatience.count()));
+        return;
+    }
+    if (ended_)
+        return;
     app_.Timer_Open_Preview_Window_Routine(); // frames are made only while there is a preview, in sight or not
     app_.OnToolbarTakePicture();
     // At once, however low the rate.

@@ -39,7 +39,9 @@ public:
 
 private:
     bool showsCamera() const;
+    bool showsScreen() const;
     void waitForCamera();
+    bool waitForScreen();
     void record();
     void takePicture();
     void showProgress();

@@ -101,6 +101,13 @@ class SnapshotTest(EndToEndTest):
         self.assertTrue(list(home.root.rglob(taken.name)))
         self.assertFalse(taken.exists())
 
+        # Ended while a picture is being written, the next start finds nothing in its way.
+        again.key("ctrl+t", "ctrl+q")
+        self.assertEqual(again.wait(10), 0)
+        last = self.gui_again(home)
+        self.assertEqual(self.pictures(home), [])
+        self.assertTrue(last.is_running())
+
     def gui_again(self, home):
         gui = self.start(Gui(home))
         gui.wait_for_window(PREVIEW)

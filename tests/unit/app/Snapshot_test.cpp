@@ -268,6 +268,21 @@ TEST_F(SnapshotTest, TheEndOfTheProgramWaitsForThePictureThatIsBeingWritten)
     EXPECT_TRUE(dialogs->savePanels.empty());
 }
 
+TEST_F(SnapshotTest, UnattendedAScreenThatCannotBeReadGivesNoPicture)
+{
+    options.snapshot = home.filePath(QStringLiteral("picture.png"));
+    platform.dialogs = std::make_unique<UnattendedDialogs>(options);
+    ASSERT_TRUE(launch());
+    screen->setTrouble(QStringLiteral("The screen is gone."));
+    UnattendedRun run(*app, *loop, options);
+    testing::internal::CaptureStderr();
+    run.begin();
+    loop->advance(2s);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("The screen could not be read"), std::string::npos);
+    EXPECT_FALSE(QFile::exists(options.snapshot));
+    EXPECT_TRUE(kept().isEmpty());
+}
+
 TEST_F(SnapshotTest, UnattendedItIsTakenAtOnceAndNotWithoutTheCamerasPicture)
 {
     FakeCamera camera;
@@ -278,8 +293,7 @@ TEST_F(SnapshotTest, UnattendedItIsTakenAtOnceAndNotWithoutTheCamerasPicture)
     store->texts[settingKey("s_Camera_Name")] = cameraName;
     store->texts[settingKey("i_Show_Secondary")] = QStringLiteral("1");
     options.snapshot = home.filePath(QStringLiteral("picture.png"));
-    auto made = std::make_unique<UnattendedDialogs>(options);
-    platform.dialogs = std::move(made);
+    platform.dialogs = std::make_unique<UnattendedDialogs>(options);
 
     for (const bool sends : {false, true}) {
         ASSERT_TRUE(launch());
