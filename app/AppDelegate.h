@@ -14,6 +14,7 @@
 #include "settings_dialog/DialogSettings.h"
 
 #include <QObject>
+#include <QThreadPool>
 
 #include <memory>
 #include <optional>
@@ -174,6 +175,8 @@ Q_SIGNALS:
     /// The recording is where it stays, but Stop has not returned. `path` is where the movie was saved; empty when it
     /// was not. `problem` is empty when all went well or the user discarded it, else what went wrong and what was kept.
     void recordingFinished(const QString& path, const QString& problem);
+    /// A snapshot was saved as `path`. Empty: it was not, and the user knows why.
+    void pictureFinished(const QString& path);
 
 private:
     enum class Preview { Shown, Hidden };
@@ -215,6 +218,8 @@ private:
     void setUpSourceControls();
     void setUpOutputSize();
     void applyCaptureOptions();
+    void applyColourOptions();
+    void applyOverlayOption();
     QString chooseWindowByText(const QString& text);
     void showMainWindow();
     void emptyWorkingFolders();
@@ -228,8 +233,17 @@ private:
     void watchFreeSpace();
     void composePreview(const FrameInputs& inputs);
     void composeOutput(const FrameInputs& inputs, bool record);
+    /// A snapshot that has not been offered to the user yet.
+    struct TakenPicture {
+        QString path;               ///< in the picture folder
+        CVPixelBufferRef unwritten; ///< its pixels when it could not be written there; else null
+    };
+    /// Null: there was no memory for the frame.
     void savePicture(const CVPixelBufferRef& frame);
-    void pictureWritten(const QString& problem);
+    void pictureWritten(const TakenPicture& picture, const QString& problem, Nanoseconds due);
+    QString offerPicture(const TakenPicture& picture);
+    QString placePicture(const TakenPicture& picture, const QString& path);
+    void tellPictureSaved(const QString& path);
 
     void beginProgress();
     void setProgress(float percentage);
@@ -255,6 +269,9 @@ private:
     QString screenTrouble_;                   ///< what the user was told about the screen; empty while it can be read
     QString stopReason_;                      ///< why the program itself ends the recording; empty when the user does
     std::vector<RescuedRecording> rescued_;   ///< of an earlier run, until finishRescue
+    QThreadPool pictureWriter_;
+    std::vector<TakenPicture> takenPictures_; ///< not offered to the user yet, the newest last
+    bool offersPicture_ = false;
 };
 
 } // namespace lumavex

@@ -19,7 +19,7 @@ void AppDelegate::createPreviewWindow(Preview preview)
     previewShown_.reset();
     // Opening must not take the keyboard from the window the user works in.
     compose.windowPreview->setAttribute(Qt::WA_ShowWithoutActivating);
-    if (preview == Preview::Hidden || options_.recordSeconds)
+    if (preview == Preview::Hidden || options_.isUnattended())
         return;
     compose.windowPreview->show();
     window_.menuPreviewShowHide->setText(QStringLiteral("Hide"));
@@ -137,7 +137,7 @@ void AppDelegate::composeOutput(const FrameInputs& inputs, bool record)
     }
     const CVPixelBufferRef frame =
         compositor_.outputPass(inputs, record ? recording.size_Movie : compose.size_Video_Output);
-    if (compose.b_Take_Picture && frame)
+    if (compose.b_Take_Picture)
         savePicture(frame);
     compose.b_Take_Picture = false;
     if (record && frame) {

@@ -2,6 +2,7 @@
 #include "app/AppDelegate.h"
 
 #include "app/ProcessorUsage.h"
+#include "app/Window_Main.h"
 #include "app/Window_More_Information.h"
 
 #include <cstdio>
@@ -30,10 +31,10 @@ void AppDelegate::updateInfo()
 
 void AppDelegate::Show_Window_Can_Not_Record()
 {
-    if (options_.recordSeconds)
+    if (options_.isUnattended())
         return; // nobody is there to read it; the refusal itself is reported
     if (!application.p_Window_Can_Not_Record) {
-        application.p_Window_Can_Not_Record = std::make_unique<Window_More_Information>();
+        application.p_Window_Can_Not_Record = std::make_unique<Window_More_Information>(&window_);
         // The user's closing forgets the window; it is deleted later, outside its own event.
         connect(application.p_Window_Can_Not_Record.get(), &Window_More_Information::windowWillClose, this,
                 [this] { application.p_Window_Can_Not_Record.release()->deleteLater(); });

@@ -7,19 +7,22 @@
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QStandardPaths>
-#include <QThreadPool>
+
+#include <algorithm>
 
 namespace lumavex {
 
 namespace {
 
 /// Writes the picture in one step, for the user alone. Empty, or why not.
-QString writePng(const QImage& picture, const QString& path)
+QString writePng(const CVPixelBufferRef& frame, const QString& path)
 {
+    if (!frame)
+        return AppDelegate::tr("There is not enough memory to compose it.");
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner))
         return file.errorString();
-    if (!picture.save(&file, "PNG"))
+    if (!imageFromPixelBuffer(*frame).save(&file, "PNG"))
         return file.errorString();
     return file.commit() ? QString() : file.errorString();
 }
@@ -43,50 +46,99 @@ void AppDelegate::savePicture(const CVPixelBufferRef& frame)
 {
     compose.s_Saved_Take_Picture =
         pathIn(application.s_Picture_Folder, dateStamp(QDateTime::currentDateTime()) + QStringLiteral(".png"));
-    // Compressing takes longer than a frame lasts, so it is done beside the main thread.
-    QThreadPool::globalInstance()->start([this, frame, path = compose.s_Saved_Take_Picture] {
-        const QString problem = writePng(imageFromPixelBuffer(*frame), path);
+    // A user sees for a second what has been taken.
+    const Nanoseconds due =
+        platform_.runLoop->now() + (options_.isUnattended() ? Nanoseconds(0) : std::chrono::seconds(1));
+    // Compressing takes longer than a frame lasts, so it is done beside the main thread, one picture after the other:
+    // of two with the same name the later one is to stay.
+    pictureWriter_.setMaxThreadCount(1);
+    pictureWriter_.start([this, frame, path = compose.s_Saved_Take_Picture, due] {
+        const QString problem = writePng(frame, path);
+        const TakenPicture picture{path, problem.isEmpty() ? nullptr : frame};
         QMetaObject::invokeMethod(
-            this, [this, problem] { pictureWritten(problem); }, Qt::QueuedConnection);
+            this, [this, picture, problem, due] { pictureWritten(picture, problem, due); }, Qt::QueuedConnection);
     });
 }
 
-void AppDelegate::pictureWritten(const QString& problem)
+void AppDelegate::pictureWritten(const TakenPicture& picture, const QString& problem, Nanoseconds due)
 {
     if (!problem.isEmpty()) {
-        platform_.dialogs->runAlert(
-            {tr("Error"), tr("The picture could not be written. %1").arg(problem), {tr("Close")}});
-        return;
+        const Alert alert{tr("Error"), tr("The picture could not be written. %1").arg(problem),
+                          picture.unwritten ? QStringList{tr("Save Elsewhere…"), tr("Close")}
+                                            : QStringList{tr("Close")}};
+        if (platform_.dialogs->runAlert(alert) != 0 || !picture.unwritten) {
+            Q_EMIT pictureFinished({});
+            return;
+        }
     }
+    std::erase_if(takenPictures_, [&](const TakenPicture& each) { return each.path == picture.path; });
+    takenPictures_.push_back(picture);
     compose.timer_Save_Picture =
         platform_.runLoop->scheduleOnce({1, 1}, [this](const TimerFiring&) { Timer_Save_Picture_Routine(); });
+    platform_.runLoop->setNextDeadline(compose.timer_Save_Picture, due);
 }
 
 void AppDelegate::Timer_Save_Picture_Routine()
 {
-    const QString picture = compose.s_Saved_Take_Picture;
+    if (offersPicture_)
+        return; // the panel that is open is followed by those for the pictures taken meanwhile
+    offersPicture_ = true;
+    while (!takenPictures_.empty()) {
+        const TakenPicture newest = takenPictures_.back();
+        takenPictures_.pop_back();
+        Q_EMIT pictureFinished(offerPicture(newest));
+    }
+    offersPicture_ = false;
+}
+
+QString AppDelegate::offerPicture(const TakenPicture& picture)
+{
     SavePanel panel;
     panel.title = QStringLiteral("Select a folder to save the captured image");
-    panel.nameField = QFileInfo(picture).fileName();
+    panel.nameField = QFileInfo(picture.path).fileName();
     panel.filter = tr("Pictures (*.png)");
     panel.directory = picturesFolder();
-    const std::optional<QString> path = platform_.dialogs->runSavePanel(panel);
-    if (!path)
-        return;
-    const MoveResult moved = moveFile(picture, *path, ExistingDestination::Replace);
-    if (moved.outcome != MoveOutcome::Moved) {
-        platform_.dialogs->runAlert({tr("Error"),
-                                     tr("The picture could not be saved there. %1 It stays in %2 until Lumavex is "
-                                        "started again.")
-                                         .arg(moved.error, picture),
-                                     {tr("Close")}});
-        return;
+    for (;;) {
+        const std::optional<QString> path = platform_.dialogs->runSavePanel(panel);
+        if (!path)
+            return {};
+        const QString problem = placePicture(picture, *path);
+        if (problem.isEmpty()) {
+            tellPictureSaved(*path);
+            return *path;
+        }
+        const QString kept = picture.unwritten
+                                 ? QString()
+                                 : u' ' + tr("It stays as %1 until Lumavex is started again.").arg(picture.path);
+        const Alert alert{tr("Error"),
+                          tr("The picture could not be saved there. %1").arg(problem) + kept,
+                          {tr("Save Elsewhere…"), tr("Close")}};
+        if (platform_.dialogs->runAlert(alert) != 0)
+            return {};
     }
+}
+
+QString AppDelegate::placePicture(const TakenPicture& picture, const QString& path)
+{
+    if (isInWorkingFolder(path))
+        return tr("Lumavex empties this folder at every start.");
+    QString problem;
+    if (picture.unwritten)
+        problem = writePng(picture.unwritten, path);
+    else
+        problem = moveFile(picture.path, path, ExistingDestination::Replace).error;
+    if (problem.isEmpty())
+        giveOrdinaryMode(path);
+    return problem;
+}
+
+void AppDelegate::tellPictureSaved(const QString& path)
+{
     const int answer = platform_.dialogs->runAlert({QStringLiteral("Success"),
                                                     QStringLiteral("Image file saved successfully."),
                                                     {QStringLiteral("View Image File"), QStringLiteral("Close")}});
     if (answer == 0)
-        openPage(QUrl::fromLocalFile(*path));
+        openPage(QUrl::fromLocalFile(path));
 }
 
 } // namespace lumavex

@@ -8,7 +8,6 @@
 #include <QAction>
 #include <QCoreApplication>
 #include <QStandardPaths>
-#include <QThreadPool>
 
 #include <algorithm>
 #include <cstdio>
@@ -24,7 +23,7 @@ AppDelegate::AppDelegate(Platform& platform, Window_Main& window, const LaunchOp
 
 AppDelegate::~AppDelegate()
 {
-    QThreadPool::globalInstance()->waitForDone(); // a picture that is being written reports to this object
+    pictureWriter_.waitForDone(); // a picture that is being written reports to this object
 }
 
 void AppDelegate::awakeFromNib()
@@ -65,6 +64,7 @@ bool AppDelegate::applicationDidFinishLaunching()
     FillSubMenuRegionFrame();
     application.sffmpegPath = QStandardPaths::findExecutable(QStringLiteral("ffmpeg"));
 
+    applyColourOptions();
     startCameraOfSettings();
     recording.i_fps_of_Recording = nominalRate();
     createRefreshTimers();
@@ -85,7 +85,8 @@ bool AppDelegate::applicationDidFinishLaunching()
     application.updateTimer = platform_.runLoop->scheduleRepeating({3, 1}, RunLoopMode::Default, TimerOrder::Other,
                                                                    [this](const TimerFiring&) { updateInfo(); });
     applyCaptureOptions();
-    if (!options_.recordSeconds)
+    applyOverlayOption();
+    if (!options_.isUnattended())
         showMainWindow();
     return true;
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/CommandLine.h"
 
+#include "app/LaunchOptionRules.h"
+#include "app/OptionValues.h"
 #include "capture/CaptureState.h"
 
 #include <QCoreApplication>
@@ -156,6 +158,8 @@ const Option optionTable[] = {
          options.output = value;
          return value.isEmpty() ? translated("must name a file") : QString();
      }},
+    {"snapshot", "FILE", QT_TRANSLATE_NOOP("CommandLine", "Save one picture (PNG) without a user and end."),
+     [](const QString& value, LaunchOptions& options) { return readPictureFile(value, options.snapshot); }},
     {"fps", "N", QT_TRANSLATE_NOOP("CommandLine", "Frames a second."), applyRate},
     {"size", "WxH|screen", QT_TRANSLATE_NOOP("CommandLine", "Size of the movie's frames."), applySize},
     {"sound", "yes|no", QT_TRANSLATE_NOOP("CommandLine", "Record the system's current sound input."),
@@ -181,6 +185,25 @@ const Option optionTable[] = {
      }},
     {"camera-size", "CODE", QT_TRANSLATE_NOOP("CommandLine", "The camera's resolution, a code of --list-sizes."),
      applyCameraSize},
+    {"saturation", "N", QT_TRANSLATE_NOOP("CommandLine", "Of the camera's colours, 0 to 20; 10 changes nothing."),
+     [](const QString& value, LaunchOptions& options) { return readSaturation(value, options.saturation); }},
+    {"brightness", "N", QT_TRANSLATE_NOOP("CommandLine", "Of the camera's colours, -10 to 10; 0 changes nothing."),
+     [](const QString& value, LaunchOptions& options) { return readBrightness(value, options.brightness); }},
+    {"contrast", "N", QT_TRANSLATE_NOOP("CommandLine", "Of the camera's colours, 0 to 20; 10 changes nothing."),
+     [](const QString& value, LaunchOptions& options) { return readContrast(value, options.contrast); }},
+    {"secondary-position", "N", QT_TRANSLATE_NOOP("CommandLine", "Place of the small picture, 0 to 8 (see below)."),
+     [](const QString& value, LaunchOptions& options) { return readPosition(value, options.secondaryPosition); }},
+    {"secondary-size", "N", QT_TRANSLATE_NOOP("CommandLine", "Size of the small picture, 0 to 4 (see below)."),
+     [](const QString& value, LaunchOptions& options) { return readSecondarySize(value, options.secondarySize); }},
+    {"overlay", "FILE", QT_TRANSLATE_NOOP("CommandLine", "Draw this picture over everything."),
+     [](const QString& value, LaunchOptions& options) {
+         options.overlay = value;
+         return value.isEmpty() ? translated("must name a picture file") : QString();
+     }},
+    {"overlay-position", "N", QT_TRANSLATE_NOOP("CommandLine", "Place of that picture, 0 to 8 (see below)."),
+     [](const QString& value, LaunchOptions& options) { return readPosition(value, options.overlayPosition); }},
+    {"overlay-size", "N", QT_TRANSLATE_NOOP("CommandLine", "Width of that picture in tens of pixels, 1 to 1638."),
+     [](const QString& value, LaunchOptions& options) { return readOverlaySize(value, options.overlaySize); }},
     {"hide-own-windows", nullptr, QT_TRANSLATE_NOOP("CommandLine", "Leave Lumavex's own windows out of the picture."),
      [](const QString&, LaunchOptions& options) {
          options.hideOwnWindows = true;
@@ -220,8 +243,15 @@ QString helpText()
     line(QStringLiteral("--help"), translated("Show this text and end."));
     line(QStringLiteral("--version"), translated("Show the version and end."));
     return text
-           + translated("\nThe exit status is 0 when the movie was saved (its path is printed), 1 when it was not,\n"
-                        "2 when the options are wrong. SIGINT and SIGTERM end a recording early and save it.\n");
+           + translated("\nPlaces in the picture:\n"
+                        "  0 top left      1 top centre      2 top right\n"
+                        "  3 middle left   4 centre          5 middle right\n"
+                        "  6 bottom left   7 bottom centre   8 bottom right\n"
+                        "Sizes of the small picture, of the movie's width:\n"
+                        "  0 an eighth   1 a quarter   2 a third   3 a half   4 all of it\n")
+           + translated(
+               "\nThe exit status is 0 when the movie or picture was saved (its path is printed), 1 when not,\n"
+               "2 when the options are wrong. SIGINT and SIGTERM end a recording early and save it.\n");
 }
 
 CommandLine mistake(const QString& what)
@@ -235,34 +265,6 @@ const Option* findOption(const QString& name)
         if (name == QLatin1String(option.name))
             return &option;
     return nullptr;
-}
-
-} // namespace
-
-namespace {
-
-/// An option of one capture type chooses that type; options of two do not go together.
-QString completeType(LaunchOptions& options)
-{
-    const struct {
-        bool given;
-        std::int64_t type;
-        const char* name;
-    } hints[] = {{options.follow.has_value(), FollowCursor, "--follow"},
-                 {options.region.has_value(), Region, "--region"},
-                 {!options.window.isEmpty(), WindowExclusive, "--window"}};
-    for (const auto& hint : hints) {
-        if (!hint.given)
-            continue;
-        if (options.captureType.value_or(hint.type) != hint.type)
-            return translated("%1 does not go with the capture type chosen.").arg(QLatin1String(hint.name));
-        options.captureType = hint.type;
-    }
-    if (options.recordSeconds && options.captureType == Region && !options.region)
-        return translated("--type region needs --region X,Y,W,H with --record.");
-    if (options.recordSeconds && options.captureType == WindowExclusive && options.window.isEmpty())
-        return translated("--type window needs --window TEXT with --record.");
-    return {};
 }
 
 } // namespace
@@ -294,27 +296,23 @@ CommandLine parseCommandLine(const QStringList& arguments)
         if (const QString problem = option->apply(value, result.options); !problem.isEmpty())
             return mistake(QStringLiteral("%1 %2.").arg(name, problem));
     }
-    if (const QString problem = completeType(result.options); !problem.isEmpty())
+    if (const QString problem = completeOptions(result.options); !problem.isEmpty())
         return mistake(problem);
-    if (result.options.recordSeconds && result.options.output.isEmpty())
-        return mistake(translated("--record needs --output FILE."));
-    if (!result.options.recordSeconds && !result.options.output.isEmpty())
-        return mistake(translated("--output is of use with --record only."));
     return result;
 }
 
 QString outputProblem(const LaunchOptions& options)
 {
-    const QFileInfo output(options.output);
+    const QFileInfo output(options.file());
     const QFileInfo folder(output.absolutePath());
     if (output.isDir())
-        return translated("%1 is a folder; name a file in it.").arg(options.output);
+        return translated("%1 is a folder; name a file in it.").arg(options.file());
     if (!folder.isDir())
-        return translated("There is no folder %1 to save the movie in.").arg(folder.filePath());
+        return translated("There is no folder %1 to save the file in.").arg(folder.filePath());
     if (!folder.isWritable())
         return translated("The folder %1 cannot be written to.").arg(folder.filePath());
     if (output.exists() && options.existing == LaunchOptions::Existing::Refuse)
-        return translated("%1 exists already; add --overwrite to replace it.").arg(options.output);
+        return translated("%1 exists already; add --overwrite to replace it.").arg(options.file());
     return {};
 }
 

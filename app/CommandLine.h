@@ -19,7 +19,8 @@ struct CommandLine {
 /// Reads the arguments, without the program's name. Knows no display: help works everywhere.
 CommandLine parseCommandLine(const QStringList& arguments);
 
-/// Why the output file cannot be written, in the user's words; empty when it can. Looks at the file system only.
+/// Why the movie or the picture cannot be written where it is to go, in the user's words; empty when it can. Looks at
+/// the file system only.
 QString outputProblem(const LaunchOptions& options);
 
 } // namespace lumavex

@@ -14,6 +14,7 @@ namespace lumavex {
 struct LaunchOptions {
     std::optional<double> recordSeconds; ///< record this long without a user, then end
     QString output;                      ///< where the movie goes
+    QString snapshot;                    ///< take one picture without a user, save it here, then end
     enum class Existing { Refuse, Overwrite } existing = Existing::Refuse;
     enum class Load { Refuse, Ignore } load = Load::Refuse; ///< what an overloaded machine does to a recording
 
@@ -39,9 +40,23 @@ struct LaunchOptions {
     QString camera;                         ///< name of the camera
     std::optional<std::int64_t> cameraSize; ///< resolution code 0 to 7
 
+    QString overlay;                               ///< file of the overlay picture, which is then drawn; empty: none
+    std::optional<std::int64_t> overlayPosition;   ///< 0 to 8, row by row from the top left
+    std::optional<std::int64_t> overlaySize;       ///< its width in tens of the movie's pixels
+    std::optional<std::int64_t> secondaryPosition; ///< of whichever source is the small picture, 0 to 8
+    std::optional<std::int64_t> secondarySize;     ///< size code 0 to 4
+    std::optional<float> saturation;               ///< a colour control, ten times its value; switches them on
+    std::optional<float> brightness;
+    std::optional<float> contrast;
+
     enum class List { Nothing, Cameras, Windows, Sizes } list = List::Nothing; ///< print these and end
 
     bool needsCamera() const { return source && *source != Source::Screen; }
+    bool adjustsColours() const { return saturation || brightness || contrast; }
+    /// Nobody is there to see windows or to answer.
+    bool isUnattended() const { return recordSeconds || !snapshot.isEmpty(); }
+    /// Where the movie or the picture of an unattended run goes.
+    const QString& file() const { return snapshot.isEmpty() ? output : snapshot; }
 };
 
 } // namespace lumavex

@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <QFileInfo>
 
+#include <chrono>
 #include <cstdio>
 #include <unistd.h>
 
@@ -19,6 +20,9 @@ void print(std::FILE* stream, const QString& line)
     std::fflush(stream);
 }
 
+using namespace std::chrono_literals;
+
+constexpr std::chrono::seconds snapshotPatience = 10s; ///< with a camera that is only starting
 constexpr const char* eraseLine = "\r\033[K";
 
 } // namespace
@@ -32,31 +36,87 @@ int UnattendedDialogs::runAlert(const Alert& alert)
 
 std::optional<QString> UnattendedDialogs::runSavePanel(const SavePanel&)
 {
-    const QFileInfo wanted(QFileInfo(options_.output).absoluteFilePath());
+    const QFileInfo wanted(QFileInfo(options_.file()).absoluteFilePath());
     const QString suffix = wanted.suffix().isEmpty() ? QString() : u'.' + wanted.suffix();
     QString path = wanted.filePath();
-    // The file was not there when the recording began: somebody else's by now, and not to be replaced.
+    // The file was not there when the program began: somebody else's by now, and not to be replaced.
     for (int n = 2; options_.existing == LaunchOptions::Existing::Refuse && QFileInfo::exists(path); ++n)
         path = QStringLiteral("%1/%2-%3%4").arg(wanted.path(), wanted.completeBaseName(), QString::number(n), suffix);
     return path;
 }
 
-UnattendedRecording::UnattendedRecording(AppDelegate& app, RunLoop& runLoop, const LaunchOptions& options)
+UnattendedRun::UnattendedRun(AppDelegate& app, RunLoop& runLoop, const LaunchOptions& options)
     : app_(app), runLoop_(runLoop), options_(options), terminal_(isatty(STDERR_FILENO) == 1)
 {
-    connect(&app_, &AppDelegate::recordingFinished, this, &UnattendedRecording::finished);
+    connect(&app_, &AppDelegate::recordingFinished, this, &UnattendedRun::finished);
+    connect(&app_, &AppDelegate::pictureFinished, this, [this](const QString& path) { finished(path, {}); });
 }
 
-void UnattendedRecording::begin()
+void UnattendedRun::begin()
 {
     if (!app_.launchProblem.isEmpty()) {
         finished({}, app_.launchProblem);
         return;
     }
-    // A camera's size, which the movie may take, is known with its first picture.
-    const Nanoseconds patience = runLoop_.now() + std::chrono::seconds(3);
-    if (options_.needsCamera())
-        runLoop_.runUntil([&] { return app_.camera.size_Camera.width > 0 || runLoop_.now() > patience; });
+    waitForCamera();
+    if (ended_)
+        return;
+    options_.recordSeconds ? record() : takePicture();
+}
+
+bool UnattendedRun::showsCamera() const
+{
+    return app_.compose.i_Video_Source_Primary == 2 || app_.compose.i_Show_Secondary == 1;
+}
+
+bool UnattendedRun::showsScreen() const
+{
+    return app_.compose.i_Video_Source_Primary != 2 || app_.compose.i_Show_Secondary == 1;
+}
+
+bool UnattendedRun::waitForScreen()
+{
+    const Nanoseconds patience = runLoop_.now() + snapshotPatience;
+    runLoop_.runUntil([&] {
+        app_.grabScreen();
+        return !app_.capture.imgScreenCapture.isNull() || ended_ || runLoop_.now() > patience;
+    });
+    return !app_.capture.imgScreenCapture.isNull() || ended_;
+}
+
+void UnattendedRun::waitForCamera()
+{
+    if (!showsCamera())
+        return;
+    // The camera's size, which the movie may take, is known with its first picture. A recording may begin without it, a
+    // picture not.
+    const Nanoseconds patience = runLoop_.now() + (options_.recordSeconds ? 3s : snapshotPatience);
+    runLoop_.runUntil([&] { return ended_ || app_.camera.size_Camera.width > 0 || runLoop_.now() > patience; });
+}
+
+void UnattendedRun::takePicture()
+{
+    if (showsCamera() && app_.camera.imgDeviceCapture.isNull()) {
+        finished({}, tr("The camera %1 sent no picture within %2 seconds.")
+                         .arg(app_.camera.s_Camera_Name)
+                         .arg(snapshotPatience.count()));
+        return;
+    }
+    if (showsScreen() && !waitForScreen()) {
+        finished({}, tr("The screen could not be read within %1 seconds.").arg(snapshotPatience.count()));
+        return;
+    }
+    if (ended_)
+        return;
+    app_.Timer_Open_Preview_Window_Routine(); // frames are made only while there is a preview, in sight or not
+    app_.OnToolbarTakePicture();
+    // At once, however low the rate.
+    for (const TimerId timer : {app_.application.timerVideoRefresh, app_.compose.timerViewRefresh})
+        runLoop_.setNextDeadline(timer, runLoop_.now());
+}
+
+void UnattendedRun::record()
+{
     app_.OnToolbarRecord();
     if (app_.recording.m_RecordStatus != Recording)
         return;
@@ -70,17 +130,19 @@ void UnattendedRecording::begin()
                                                     [this](const TimerFiring&) { showProgress(); });
 }
 
-void UnattendedRecording::endEarly()
+void UnattendedRun::endEarly()
 {
     if (app_.recording.stopping)
         return; // it is being saved already
-    if (app_.recording.m_RecordStatus == Idle)
+    if (app_.recording.m_RecordStatus == Idle) {
+        ended_ = true;
         QCoreApplication::exit(1);
-    else
+    } else {
         app_.OnToolbarStop();
+    }
 }
 
-void UnattendedRecording::showProgress()
+void UnattendedRun::showProgress()
 {
     if (app_.recording.m_RecordStatus != Recording)
         return;
@@ -90,7 +152,7 @@ void UnattendedRecording::showProgress()
     std::fprintf(stderr, "%s%s", eraseLine, qUtf8Printable(line));
 }
 
-void UnattendedRecording::finished(const QString& path, const QString& problem)
+void UnattendedRun::finished(const QString& path, const QString& problem)
 {
     runLoop_.invalidate(progressTimer_);
     if (terminal_)

@@ -25,19 +25,25 @@ private:
     const LaunchOptions options_;
 };
 
-/// One recording without a user, through the same commands as the buttons: starts it, shows its progress on a terminal,
-/// stops it when its time is over and ends the program with status 0 and the movie's path, or with status 1 and a
-/// message.
-class UnattendedRecording final : public QObject {
+/// One recording or one picture without a user, through the same commands as the buttons. A recording shows its
+/// progress on a terminal and is stopped when its time is over. Ends the program with status 0 and the path of what was
+/// saved, or with status 1 and a message.
+class UnattendedRun final : public QObject {
     Q_OBJECT
 public:
-    UnattendedRecording(AppDelegate& app, RunLoop& runLoop, const LaunchOptions& options);
+    UnattendedRun(AppDelegate& app, RunLoop& runLoop, const LaunchOptions& options);
 
     void begin();
-    /// Stops early and saves. Before the recording began it ends the program; while it is being saved nothing happens.
+    /// Stops early and saves. Before a recording began it ends the program; while it is being saved nothing happens.
     void endEarly();
 
 private:
+    bool showsCamera() const;
+    bool showsScreen() const;
+    void waitForCamera();
+    bool waitForScreen();
+    void record();
+    void takePicture();
     void showProgress();
     void finished(const QString& path, const QString& problem);
 
@@ -45,6 +51,7 @@ private:
     RunLoop& runLoop_;
     const LaunchOptions options_;
     bool terminal_;
+    bool ended_ = false;
     TimerId progressTimer_ = 0;
 };
 

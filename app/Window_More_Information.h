@@ -15,7 +15,8 @@ namespace lumavex {
 class Window_More_Information final : public QWidget {
     Q_OBJECT
 public:
-    Window_More_Information();
+    /// Stays in front of `owner`, which may float above all other windows, and opens beside it.
+    explicit Window_More_Information(QWidget* owner);
     ~Window_More_Information() override;
 
     /// Shows the window in front of the others, without taking the keyboard from the one in use.
@@ -26,10 +27,13 @@ Q_SIGNALS:
     void windowWillClose();
 
 protected:
+    void keyPressEvent(QKeyEvent* event) override; ///< Escape closes
     void closeEvent(QCloseEvent* event) override;
 
 private:
     void windowDidLoad();
+    void fitToText();
+    void placeBesideOwner();
 
     std::unique_ptr<Ui::Window_More_Information> ui_;
 };

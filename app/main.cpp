@@ -3,12 +3,12 @@
 #include "app/CommandLine.h"
 #include "app/Icons.h"
 #include "app/Lists.h"
-#include "app/SettingsTable.h"
 #include "app/Signals.h"
 #include "app/SingleInstance.h"
 #include "app/Unattended.h"
 #include "app/Window_Main.h"
 #include "app/connectCommands.h"
+#include "app/layeredSettings.h"
 
 #include <QApplication>
 #include <QTimer>
@@ -21,7 +21,7 @@ namespace {
 
 using namespace lumavex;
 
-/// A recording without a user shares its standard error with the user's terminal.
+/// A run without a user shares its standard error with the user's terminal.
 bool logsTroubleOnly = false;
 
 /// Qt ends the program by itself when it cannot reach the display; the user gets words instead of an abort.
@@ -40,43 +40,6 @@ void onMessage(QtMsgType type, const QMessageLogContext&, const QString& message
         std::abort();
 }
 
-/// Lays the settings of the command line over the stored ones, for this run.
-std::unique_ptr<LayeredUserDefaults> layOver(UserDefaults& stored, const LaunchOptions& options, CameraSource& cameras)
-{
-    auto layer = std::make_unique<LayeredUserDefaults>(stored);
-    const auto lay = [&layer](const char* name, std::int64_t value) {
-        layer->lay(QString::number(value), settingKey(name));
-    };
-    if (options.framesPerSecond) {
-        lay("i_Screen_Capture_FPS", *options.framesPerSecond);
-        lay("i_Camera_Capture_FPS", *options.framesPerSecond);
-    }
-    if (options.sound)
-        lay("b_Record_Include_Audio", *options.sound ? 1 : 0);
-    if (options.cursor)
-        lay("b_Screen_Include_Mouse", *options.cursor ? 1 : 0);
-    if (options.source) {
-        const bool cameraLarge = *options.source == LaunchOptions::Source::Camera
-                                 || *options.source == LaunchOptions::Source::BothCameraLarge;
-        const bool both =
-            *options.source == LaunchOptions::Source::Both || *options.source == LaunchOptions::Source::BothCameraLarge;
-        lay("i_Video_Source_Primary", cameraLarge ? 2 : 1);
-        lay("i_Show_Secondary", both ? 1 : 0);
-    }
-    if (options.cameraSize)
-        lay("i_Camera_CRP", *options.cameraSize);
-    const QString nameKey = settingKey("s_Camera_Name");
-    if (!options.camera.isEmpty()) {
-        layer->lay(options.camera, nameKey);
-    } else if (options.needsCamera()
-               && stored.stringForKey(nameKey).value_or(doNotConnectToCamera) == doNotConnectToCamera) {
-        // Whoever asks for the camera without a name means the one there is.
-        if (const QStringList names = cameras.names(); !names.isEmpty())
-            layer->lay(names.first(), nameKey);
-    }
-    return layer;
-}
-
 int fail(const QString& message)
 {
     std::fprintf(stderr, "lumavex: %s\n", qUtf8Printable(message));
@@ -85,7 +48,7 @@ int fail(const QString& message)
 
 int run(const LaunchOptions& options, Platform& platform, SingleInstance& instance)
 {
-    const bool unattended = options.recordSeconds.has_value();
+    const bool unattended = options.isUnattended();
     if (unattended)
         platform.dialogs = std::make_unique<UnattendedDialogs>(options);
     if (const QString trouble = platform.screen->trouble(); !trouble.isEmpty()) {
@@ -94,7 +57,7 @@ int run(const LaunchOptions& options, Platform& platform, SingleInstance& instan
         return fail(trouble);
     }
     const std::unique_ptr<UserDefaults> stored = std::move(platform.userDefaults);
-    auto layered = layOver(*stored, options, *platform.cameras);
+    auto layered = layeredSettings(*stored, options, *platform.cameras);
     LayeredUserDefaults& settings = *layered;
     platform.userDefaults = std::move(layered);
 
@@ -107,12 +70,12 @@ int run(const LaunchOptions& options, Platform& platform, SingleInstance& instan
     settings.startingIsOver();
 
     TerminationSignals signals;
-    std::unique_ptr<UnattendedRecording> recording;
+    std::unique_ptr<UnattendedRun> unattendedRun;
     if (unattended) {
-        recording = std::make_unique<UnattendedRecording>(app, *platform.runLoop, options);
-        QTimer::singleShot(0, recording.get(), &UnattendedRecording::begin);
-        QObject::connect(&signals, &TerminationSignals::terminationRequested, recording.get(),
-                         &UnattendedRecording::endEarly);
+        unattendedRun = std::make_unique<UnattendedRun>(app, *platform.runLoop, options);
+        QTimer::singleShot(0, unattendedRun.get(), &UnattendedRun::begin);
+        QObject::connect(&signals, &TerminationSignals::terminationRequested, unattendedRun.get(),
+                         &UnattendedRun::endEarly);
     } else {
         QObject::connect(&signals, &TerminationSignals::terminationRequested, &app, &AppDelegate::Terminate_App);
         QObject::connect(&instance, &SingleInstance::activated, &window, [&window] {
@@ -138,11 +101,11 @@ int main(int argc, char* argv[])
         return *commandLine.exitStatus;
     }
     const LaunchOptions& options = commandLine.options;
-    if (options.recordSeconds)
+    if (options.isUnattended())
         if (const QString problem = outputProblem(options); !problem.isEmpty())
             return fail(problem);
 
-    logsTroubleOnly = options.recordSeconds.has_value();
+    logsTroubleOnly = options.isUnattended();
     ignoreWriteSignals();
     qInstallMessageHandler(onMessage);
     // Screen and windows are read through X11, so the program's own windows live there too.
@@ -166,6 +129,8 @@ int main(int argc, char* argv[])
             return fail(QStringLiteral("Another Lumavex runs already, but does not answer."));
         if (options.recordSeconds)
             return fail(QStringLiteral("Lumavex runs already. End it first, or record with its window."));
+        if (options.isUnattended())
+            return fail(QStringLiteral("Lumavex runs already. End it first, or take the picture with its window."));
         return 0;
     }
     Platform platform = createPlatform();

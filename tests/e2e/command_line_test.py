@@ -13,7 +13,7 @@ from pathlib import Path
 
 from lumavex_e2e import FRAME, PREVIEW, EndToEndTest, Gui, Lumavex, Movie, Scene, output_of, place_of, takes_of, wait_for
 
-OPTIONS = ("record", "output", "fps", "size", "sound", "cursor", "hide-own-windows", "overwrite", "ignore-load")
+OPTIONS = ("record", "output", "snapshot", "overlay", "saturation", "fps", "size", "sound", "cursor", "hide-own-windows", "overwrite", "ignore-load")
 
 
 class CommandLineTest(EndToEndTest):

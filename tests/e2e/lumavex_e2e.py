@@ -30,6 +30,7 @@ SCENE_BITS = 16
 SCENE_SQUARE = 16
 SCENE_SIZE = (256, 96)
 PREVIEW = "Preview"
+PICTURE_PANEL = "Select a folder to save the captured image"
 SAVE_PANEL = "Select a folder to save the video file recorded"
 BEAT = 0.5
 TONE = 0.1
@@ -229,9 +230,9 @@ class Lumavex(Process):
 class Gui(Lumavex):
     """The program with its main window; its buttons are clicked where they are seen."""
 
-    def __init__(self, home, *options, **environment):
+    def __init__(self, home, *options, ignore_load=True, **environment):
         output_of("xdotool", "mousemove", "0", "0")  # a button under the pointer would look different
-        super().__init__(home, "--ignore-load", *options, **environment)
+        super().__init__(home, *(["--ignore-load"] if ignore_load else []), *options, **environment)
         self.main = self.wait_for_window("Lumavex")
         # Where the whole of it is seen, whatever the window manager thinks of a full screen.
         output_of("xdotool", "windowmove", self.main, "250", "300")
@@ -269,22 +270,25 @@ class Gui(Lumavex):
         output_of("xdotool", "windowactivate", "--sync", self.main)
         press(*keys)
 
+    def take_picture(self):
+        self.click_button(10)
+
     def wait_for_recording(self):
         return wait_for("a recording", self.home.growing_movie)
 
-    def wait_for_save_panel(self, seconds=WAIT_SECONDS):
-        panel = self.wait_for_window(SAVE_PANEL, seconds)
+    def wait_for_save_panel(self, seconds=WAIT_SECONDS, title=SAVE_PANEL):
+        panel = self.wait_for_window(title, seconds)
         output_of("xdotool", "windowactivate", "--sync", panel)
         return panel
 
-    def save_as(self, path):
-        self.wait_for_save_panel()
+    def save_as(self, path, title=SAVE_PANEL):
+        self.wait_for_save_panel(title=title)
         press("ctrl+a")
         output_of("xdotool", "type", "--delay", "5", str(path))
         press("Return")
 
-    def cancel_save_panel(self):
-        panel = self.wait_for_save_panel()
+    def cancel_save_panel(self, title=SAVE_PANEL):
+        panel = self.wait_for_save_panel(title=title)
         press("Escape")
         wait_for("the end of the save panel", lambda: panel not in self.windows())
 
@@ -295,10 +299,10 @@ class Gui(Lumavex):
     def wait_for_alert(self, seconds=WAIT_SECONDS):
         return wait_for(f"an alert ({self.stderr})", self.alert, seconds)
 
-    def close_alert(self):
+    def close_alert(self, key="Escape"):
         alert = self.wait_for_alert()
         output_of("xdotool", "windowactivate", "--sync", alert)
-        press("Escape")
+        press(key)
         wait_for("the end of the alert", lambda: alert not in self.windows())
 
 
@@ -372,6 +376,13 @@ class Movie:
         video = self.stream("video")
         data = output_of("ffmpeg", "-nostdin", "-v", "error", "-ss", str(seconds), "-i", self.path, "-frames:v", "1",
                          "-pix_fmt", "rgb24", "-f", "rawvideo", "-", binary=True)  # fmt: skip
+        return numpy.frombuffer(data, numpy.uint8).reshape(video["height"], video["width"], 3)
+
+    def frame(self, number):
+        """height x width x 3 values of the frame of that number, found by counting."""
+        video = self.stream("video")
+        data = output_of("ffmpeg", "-nostdin", "-v", "error", "-i", self.path, "-map", "0:v", "-vf", rf"select=eq(n\,{number})",
+                         "-frames:v", "1", "-pix_fmt", "rgb24", "-f", "rawvideo", "-", binary=True)  # fmt: skip
         return numpy.frombuffer(data, numpy.uint8).reshape(video["height"], video["width"], 3)
 
     def scene_times(self):

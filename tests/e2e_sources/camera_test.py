@@ -21,6 +21,12 @@ def is_colour(picture, colour):
     return (abs(picture.astype(int) - colour) < NEARLY).all(-1)
 
 
+def picture_of(path):
+    data = output_of("convert", str(path), "-depth", "8", "ppm:-", binary=True)
+    header = re.match(rb"P6\s+(\d+)\s+(\d+)\s+255\s", data)
+    return numpy.frombuffer(data, numpy.uint8, offset=header.end()).reshape(int(header.group(2)), int(header.group(1)), 3)
+
+
 def edges_of(filled):
     """First and last column, first and last row that are filled for the most part of what is filled at all."""
     columns, rows = filled.sum(0), filled.sum(1)
@@ -74,6 +80,43 @@ class CameraTest(EndToEndTest):
 
     def assert_edges(self, found, layout):
         self.assertLessEqual(numpy.abs(numpy.array(found) - numpy.rint(layout)).max(), 1, f"{found} for {layout}")
+
+    def snapshot(self, *options):
+        home = self.home().make_settings(i_Screen_Capture_FPS=1)
+        path = home.root / "picture.png"
+        program = self.lumavex(home, "--snapshot", path, "--cursor", "no", *options)
+        self.assertEqual((program.wait(), program.stdout, program.stderr), (0, f"{path}\n", ""))
+        self.assertIn("i_Size_Camera_Secondary_02=1\n", home.settings_file.read_text())  # nothing is stored
+        return picture_of(path)
+
+    def test_options_place_the_small_picture_and_colour_the_camera(self):
+        self.start(PictureWindow(plain(ORANGE), "backdrop", background=True))
+        self.plug_in("Bars")
+        width, height = SCREEN
+        margin = width / 60
+        # Whichever source is the small picture: middle left, a half; top centre, an eighth.
+        for source, is_small in (("both", lambda each: ~is_colour(each, ORANGE)),
+                                 ("both-camera", lambda each: is_colour(each, ORANGE))):  # fmt: skip
+            for place, size, divisor in ((3, 3, 2), (1, 0, 8)):
+                with self.subTest(source=source, place=place):
+                    picture = self.snapshot("--source", source, "--size", "screen", "--camera-size", 5,
+                                            "--secondary-position", place, "--secondary-size", size)  # fmt: skip
+                    self.assertEqual(picture.shape[:2], (height, width))
+                    w = width / divisor
+                    h = w * 3 / 4  # the screen's shape and the camera's
+                    left = margin if place == 3 else (width - w) / 2
+                    top = (height - h) / 2 if place == 3 else margin
+                    self.assert_edges(edges_of(is_small(picture)), (left, left + w, top, top + h))
+
+        self.assert_bars(self.snapshot("--source", "camera", "--camera-size", 5))
+        grey = self.snapshot("--source", "camera", "--camera-size", 5, "--saturation", 0).astype(int)
+        self.assertEqual(grey.shape, (480, 640, 3))
+        self.assertEqual((grey.max(2) - grey.min(2)).max(), 0)
+        self.assertGreater(grey.max() - grey.min(), 100)
+        flat = self.snapshot("--source", "camera", "--camera-size", 5, "--contrast", 0, "--brightness", 5)
+        self.assertEqual(len(numpy.unique(flat.reshape(-1, 3), axis=0)), 1)
+        bright = self.snapshot("--source", "camera", "--camera-size", 5, "--brightness", 10)
+        self.assertTrue((bright == 255).all())
 
     def test_every_source_stands_where_the_layout_puts_it(self):
         self.start(PictureWindow(plain(ORANGE), "backdrop", background=True))

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/MessageStrip.h"
 #include "app/SettingsTable.h"
-#include "app/Window_More_Information.h"
 #include "tests/unit/app/Program.h"
 
 #include <QAction>
@@ -9,7 +8,6 @@
 #include <QDir>
 #include <QLabel>
 #include <QMenu>
-#include <QThreadPool>
 
 using namespace lumavex;
 using namespace std::chrono_literals;
@@ -203,50 +201,6 @@ TEST_F(Program, PausedAndIdleNothingIsAppendedAndControlsFollowTheState)
     EXPECT_EQ(states(), QStringLiteral("11000011 hidden"));
     EXPECT_EQ(window->textDurationTime->text(), QStringLiteral("00:00:00"));
     EXPECT_TRUE(window->submenuVideoOutputFrame->isEnabled());
-}
-
-TEST_F(Program, AnOverloadedMachineIsRefusedOnceAndNothingIsTouched)
-{
-    ASSERT_TRUE(launch());
-    load->counters = {500, 0, 100, 0, 500, 0, 100, 0};
-    loop->advance(3s);
-    ASSERT_GT(app->application.fCPUUsage, 0.98F);
-    window->btnRecord->trigger();
-    EXPECT_EQ(app->recording.m_RecordStatus, Idle);
-    EXPECT_TRUE(QDir(videoFolder()).isEmpty());
-    const auto* first = app->application.p_Window_Can_Not_Record.get();
-    ASSERT_NE(first, nullptr);
-    window->btnRecord->trigger();
-    EXPECT_EQ(app->application.p_Window_Can_Not_Record.get(), first);
-    app->application.p_Window_Can_Not_Record->close();
-    EXPECT_EQ(app->application.p_Window_Can_Not_Record, nullptr);
-    load->counters[2] += 1000;
-    load->counters[6] += 1000;
-    loop->advance(3s);
-    EXPECT_EQ(app->application.p_Window_Can_Not_Record, nullptr);
-}
-
-TEST_F(Program, ASnapshotIsOneOutputFrameWhetherRecordingOrNotAndIsSavedASecondLater)
-{
-    ASSERT_TRUE(launch());
-    loop->advance(1500ms);
-    app->setVideoOutputSize({320, 240});
-    const QString saved = home.filePath(QStringLiteral("picture.png"));
-    dialogs->savePaths = {saved};
-    window->toolbarTakePicture->trigger();
-    window->menuTakePicture->trigger();
-    loop->advance(1s);
-    EXPECT_FALSE(app->compose.b_Take_Picture);
-    ASSERT_TRUE(QThreadPool::globalInstance()->waitForDone(5000));
-    QApplication::processEvents();
-    loop->advance(1s);
-    ASSERT_EQ(dialogs->savePanels.size(), 1U);
-    EXPECT_EQ(dialogs->savePanels[0].nameField, QFileInfo(app->compose.s_Saved_Take_Picture).fileName());
-    const QImage picture(saved);
-    EXPECT_EQ(picture.size(), QSize(320, 240));
-    EXPECT_EQ(picture.pixelColor(300, 10), QColor(Qt::red));
-    EXPECT_TRUE(QDir(home.filePath(QStringLiteral("Documents/LumavexPicture"))).isEmpty());
-    EXPECT_EQ(dialogs->alerts.back().informativeText, QStringLiteral("Image file saved successfully."));
 }
 
 TEST_F(Program, RecordingNeedsNoPreviewInSightAndWithoutBothTheScreenIsLeftAlone)

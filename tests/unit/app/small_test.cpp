@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/CommandLine.h"
-#include "app/ProcessorUsage.h"
 #include "app/SettingsTable.h"
 #include "app/Unattended.h"
 #include "platform/fake/FakeUserDefaults.h"
@@ -54,32 +53,6 @@ TEST(SettingsTable, OnlyTheDefaultingRuleWritesAndTheLayerIsNeverStored)
     EXPECT_EQ(store.texts.value(settingKey("c")), QStringLiteral("1")) << "a first run stores all its defaults";
 }
 
-TEST(ProcessorUsage, BusyFractionsOverHalfTheProcessors)
-{
-    using Ticks = std::vector<std::int32_t>;
-    const auto busy = [](int processors, int busyOnes) {
-        Ticks ticks;
-        for (int i = 0; i < processors; ++i)
-            for (const int value : {50, 30, 0, 20})
-                ticks.push_back(i < busyOnes ? value : value == 0 ? 100 : 0);
-        return ticks;
-    };
-    const auto usage = [&](int processors, int busyOnes) {
-        const Ticks before(static_cast<std::size_t>(4 * processors), 0);
-        return processorUsage(busy(processors, busyOnes), before, static_cast<std::uint32_t>(processors));
-    };
-    EXPECT_EQ(usage(8, 0), 0.0F);
-    EXPECT_EQ(usage(8, 4), 1.0F);
-    EXPECT_EQ(usage(2, 1), 1.0F);
-    EXPECT_EQ(usage(4, 1), 0.5F);
-    EXPECT_EQ(usage(1, 1), 2.0F);
-    EXPECT_EQ(usage(8, 8), 2.0F);
-    // Counters that wrap, and a sample with fewer processors than counted at start-up.
-    EXPECT_EQ(processorUsage({INT32_MIN + 9, 0, 10, 0}, {INT32_MAX, 0, 0, 0}, 2), 0.5F);
-    // No tick at all since the sample before.
-    EXPECT_EQ(processorUsage({5, 5, 5, 5}, {5, 5, 5, 5}, 1), 0.0F);
-}
-
 TEST(CommandLine, OptionsInBothFormsAndMistakesInTheUsersWords)
 {
     const auto parse = [](const QString& line) { return parseCommandLine(line.split(u' ', Qt::SkipEmptyParts)); };
@@ -96,6 +69,21 @@ TEST(CommandLine, OptionsInBothFormsAndMistakesInTheUsersWords)
     EXPECT_EQ(parse(QStringLiteral("--region 1,2,30,40")).options.captureType, 2);
     EXPECT_EQ(parse(QStringLiteral("--follow 320x240")).options.captureType, 1);
     EXPECT_TRUE(parse(QStringLiteral("--source both-camera")).options.needsCamera());
+    const LaunchOptions looks =
+        parse(QStringLiteral("--overlay a.tif --overlay-position 0 --overlay-size 1638 --secondary-position 8 "
+                             "--secondary-size 4 --source both --saturation 0 --brightness -2.5 --contrast 20 "
+                             "--snapshot a.PNG"))
+            .options;
+    EXPECT_EQ(looks.overlay, QStringLiteral("a.tif"));
+    EXPECT_EQ(looks.overlayPosition, 0);
+    EXPECT_EQ(looks.overlaySize, 1638);
+    EXPECT_EQ(looks.secondaryPosition, 8);
+    EXPECT_EQ(looks.secondarySize, 4);
+    EXPECT_EQ(looks.saturation, 0.0F);
+    EXPECT_EQ(looks.brightness, -2.5F);
+    EXPECT_EQ(looks.contrast, 20.0F);
+    EXPECT_TRUE(looks.isUnattended());
+    EXPECT_EQ(looks.file(), QStringLiteral("a.PNG"));
 
     for (const char* wrong : {"--record",
                               "--record 0 --output a",
@@ -117,6 +105,26 @@ TEST(CommandLine, OptionsInBothFormsAndMistakesInTheUsersWords)
                               "--follow 6x4 --window a",
                               "--record 1 --output a --type region",
                               "--record 1 --output a --type window",
+                              "--overlay=",
+                              "--overlay-position 3",
+                              "--overlay-size 3",
+                              "--overlay a.png --overlay-position 9",
+                              "--overlay a.png --overlay-position -1",
+                              "--overlay a.png --overlay-size 0",
+                              "--overlay a.png --overlay-size 1639",
+                              "--secondary-position x",
+                              "--secondary-size 5",
+                              "--secondary-size 1 --source camera",
+                              "--secondary-position 1 --source screen",
+                              "--saturation -1",
+                              "--saturation nan",
+                              "--brightness 10.1",
+                              "--contrast 21",
+                              "--contrast 5 --source screen",
+                              "--snapshot a.jpg",
+                              "--snapshot a.png --record 1 --output a",
+                              "--snapshot a.png --output a",
+                              "--snapshot a.png --type region",
                               "file.mov",
                               "--output a.mov"}) {
         const CommandLine result = parse(QLatin1String(wrong));

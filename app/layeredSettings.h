@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/LaunchOptions.h"
+#include "app/SettingsTable.h"
+#include "platform/CameraSource.h"
+
+#include <memory>
+
+namespace lumavex {
+
+/// The stored settings with those of the command line laid over them, for this run. `stored` must outlive the result;
+/// `cameras` is asked for a camera nobody named.
+std::unique_ptr<LayeredUserDefaults> layeredSettings(UserDefaults& stored, const LaunchOptions& options,
+                                                     CameraSource& cameras);
+
+} // namespace lumavex
