@@ -7,7 +7,7 @@
 
 namespace lumavex {
 
-/// Gives a compressor the quantisation of every movie.
+/// Gives a compressor that has the defaults the quantisation and the Huffman codes of every movie.
 void setJpegTables(jpeg_compress_struct& compress);
 
 } // namespace lumavex
