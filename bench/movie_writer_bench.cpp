@@ -77,18 +77,18 @@ private:
     const double start_ = processorSeconds();
 };
 
-void encodeRows(benchmark::State& state, Content content)
+void encodeRows(benchmark::State& state, Content content, JpegEncoder::Colours colours = JpegEncoder::Colours::Fastest)
 {
     static double whole = 0;
     const CVPixelBufferRef pixels = bufferOf(content);
     const int rows = static_cast<int>(state.range(0));
     const int all = allMacroblockRows(kHeight).count;
-    JpegEncoder encoder;
+    JpegEncoder encoder(colours);
     JpegRows jpeg;
     Ratio ratio(whole);
     for (auto _ : state)
         benchmark::DoNotOptimize(encoder.encode(*pixels, {(all - rows) / 2, rows}, jpeg));
-    ratio.report(state, content == Content::Screen && rows == all);
+    ratio.report(state, content == Content::Screen && rows == all && colours == JpegEncoder::Colours::Fastest);
     state.counters["bytes"] = static_cast<double>(jpeg.bytes().size());
 }
 
@@ -177,6 +177,10 @@ BENCHMARK_CAPTURE(encodeRows, screen, Content::Screen)
     ->Arg(3)
     ->Arg(1);
 BENCHMARK_CAPTURE(encodeRows, noise, Content::Noise)->Unit(benchmark::kMicrosecond)->ArgName("rows")->Arg(68);
+BENCHMARK_CAPTURE(encodeRows, libraryColours, Content::Screen, JpegEncoder::Colours::Library)
+    ->Unit(benchmark::kMicrosecond)
+    ->ArgName("rows")
+    ->Arg(68);
 BENCHMARK(joinChangedRows)->Unit(benchmark::kMicrosecond)->ArgName("rows")->Arg(1)->Arg(34);
 BENCHMARK_CAPTURE(writeWhole, screen, Content::Screen)
     ->Unit(benchmark::kMicrosecond)

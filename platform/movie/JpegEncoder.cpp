@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/movie/JpegEncoder.h"
 
+#include "platform/movie/ColourPlanes.h"
 #include "platform/movie/JpegArena.h"
 #include "platform/movie/JpegTables.h"
 
@@ -32,6 +33,8 @@ struct JpegEncoder::Library : JpegArena {
     jpeg_destination_mgr destination{};
     std::jmp_buf failed{};
     JpegBuffer* output = nullptr;
+    ColourPlanes planes;
+    bool usesPlanes = false;
     bool usable = false;
 
     static Library& of(void* client) { return static_cast<Library&>(*static_cast<JpegArena*>(client)); }
@@ -66,6 +69,7 @@ struct JpegEncoder::Library : JpegArena {
 
     bool encodeRun(const CVPixelBuffer& pixels, MacroblockRows rows, JpegRows& jpeg);
     void writeRow(const CVPixelBuffer& pixels, int macroblockRow);
+    void writePixels(const CVPixelBuffer& pixels, int macroblockRow);
 };
 
 // As a picture of its own. The bounds become places from where on the rows' markers are to be found.
@@ -91,6 +95,16 @@ bool JpegEncoder::Library::encodeRun(const CVPixelBuffer& pixels, MacroblockRows
 }
 
 void JpegEncoder::Library::writeRow(const CVPixelBuffer& pixels, int macroblockRow)
+{
+    if (!usesPlanes) {
+        writePixels(pixels, macroblockRow);
+        return;
+    }
+    planes.convert(pixels, macroblockRow);
+    jpeg_write_raw_data(&compress, planes.planes(), kMacroblockHeight);
+}
+
+void JpegEncoder::Library::writePixels(const CVPixelBuffer& pixels, int macroblockRow)
 {
     std::array<JSAMPROW, kMacroblockHeight> lines{};
     const int top = macroblockRow * kMacroblockHeight;
@@ -144,7 +158,7 @@ void fitIntoPicture(int pictureHeight, MacroblockRows rows, JpegRows& jpeg)
 
 } // namespace
 
-JpegEncoder::JpegEncoder() : library_(std::make_unique<Library>())
+JpegEncoder::JpegEncoder(Colours colours) : library_(std::make_unique<Library>())
 {
     Library& library = *library_;
     library.compress.err = jpeg_std_error(&library.errors);
@@ -164,7 +178,9 @@ JpegEncoder::JpegEncoder() : library_(std::make_unique<Library>())
     library.compress.input_components = 4;
     jpeg_set_defaults(&library.compress); // full-range JFIF colours, 4:2:0, the common Huffman codes
     setJpegTables(library.compress);
-    library.compress.dct_method = JDCT_ISLOW;
+    library.usesPlanes = colours == Colours::Fastest && ColourPlanes::isFast();
+    library.compress.raw_data_in = library.usesPlanes ? TRUE : FALSE;
+    library.compress.dct_method = JDCT_ISLOW; // where there are vectors, it is no slower than the others
     library.compress.optimize_coding = FALSE;
     library.compress.restart_in_rows = 1;
     library.usable = true;
@@ -178,7 +194,8 @@ JpegEncoder::~JpegEncoder()
 bool JpegEncoder::encode(const CVPixelBuffer& pixels, MacroblockRows rows, JpegRows& jpeg)
 {
     jpeg.bounds.resize(static_cast<std::size_t>(rows.count) + 1);
-    if (!library_->usable || !library_->encodeRun(pixels, rows, jpeg))
+    if (!library_->usable || (library_->usesPlanes && !library_->planes.prepare(pixels.width))
+        || !library_->encodeRun(pixels, rows, jpeg))
         return false;
     fitIntoPicture(pixels.height, rows, jpeg);
     return true;

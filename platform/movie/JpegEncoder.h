@@ -16,7 +16,10 @@ inline constexpr int kLargestJpegSide = 65500;
 /// Once it has encoded a picture it takes no more memory for others of that size. One thread at a time.
 class JpegEncoder {
 public:
-    JpegEncoder();
+    /// Who makes planes of the pixels: both are exact to the rounding, and every encoder of a movie must use the same.
+    enum class Colours { Fastest, Library };
+
+    explicit JpegEncoder(Colours colours = Colours::Fastest);
     ~JpegEncoder();
     JpegEncoder(const JpegEncoder&) = delete;
     JpegEncoder& operator=(const JpegEncoder&) = delete;

@@ -80,19 +80,21 @@ TEST(JpegRows, AnyRunEncodedAloneIsThatRunOfTheWhole)
         ChangingPicture picture(width, height);
         picture.change(picture.randomRows());
         const auto pixels = picture.pixels();
-        JpegEncoder encoder;
-        JpegRows whole;
-        const int rows = allMacroblockRows(height).count;
-        ASSERT_TRUE(encoder.encode(*pixels, {0, rows}, whole));
-        ASSERT_EQ(whole.count(), static_cast<std::size_t>(rows));
-        ASSERT_EQ(whole.bytes().size(), whole.buffer.bytes().size());
-        JpegRows run;
-        for (int first = 0; first < rows; ++first) {
-            for (int count = 1; first + count <= rows; ++count) {
-                ASSERT_TRUE(encoder.encode(*pixels, {first, count}, run));
-                ASSERT_EQ(copyOf(run.bytes()),
-                          copyOf(whole.rows(static_cast<std::size_t>(first), static_cast<std::size_t>(count))))
-                    << first << " + " << count;
+        for (const auto colours : {JpegEncoder::Colours::Fastest, JpegEncoder::Colours::Library}) {
+            JpegEncoder encoder(colours);
+            JpegRows whole;
+            const int rows = allMacroblockRows(height).count;
+            ASSERT_TRUE(encoder.encode(*pixels, {0, rows}, whole));
+            ASSERT_EQ(whole.count(), static_cast<std::size_t>(rows));
+            ASSERT_EQ(whole.bytes().size(), whole.buffer.bytes().size());
+            JpegRows run;
+            for (int first = 0; first < rows; ++first) {
+                for (int count = 1; first + count <= rows; ++count) {
+                    ASSERT_TRUE(encoder.encode(*pixels, {first, count}, run));
+                    ASSERT_EQ(copyOf(run.bytes()),
+                              copyOf(whole.rows(static_cast<std::size_t>(first), static_cast<std::size_t>(count))))
+                        << first << " + " << count;
+                }
             }
         }
     }
