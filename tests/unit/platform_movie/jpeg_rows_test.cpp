@@ -100,6 +100,35 @@ TEST(JpegRows, AnyRunEncodedAloneIsThatRunOfTheWhole)
     }
 }
 
+TEST(JpegRows, AnyDecoderReadsTheCodes)
+{
+    // Noise of every strength, so that every symbol occurs that can.
+    QImage picture(640, 512, QImage::Format_RGB32);
+    std::mt19937 random(3);
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            const int strength = 1 + (y / 16) * 8;
+            const int value = 128 + (static_cast<int>(random() % 65536) * strength >> 16) - strength / 2;
+            picture.setPixel(x, y, x % 64 < 40 ? qRgb(value, value, value) : qRgb(value, 255 - value, value));
+        }
+    }
+    const auto pixels = pixelBufferOf(picture);
+    const QImage decoded = QImage::fromData(encodedWhole(*pixels), "jpeg").convertToFormat(QImage::Format_RGB32);
+    ASSERT_EQ(decoded.size(), picture.size());
+    EXPECT_GT(psnrOf(decoded, picture), 19) << "half of the colours are lost, but a code read wrongly spoils the rest";
+
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("movie.mov"));
+    const auto writer = createJpegMovieWriter(path, {640, 512});
+    ASSERT_EQ(writer->startWriting(), QString());
+    ASSERT_TRUE(appendWhenReady(*writer, pixels, CMTimeMake(1, 30)));
+    ASSERT_EQ(finishAndWait(*writer, CMTimeMake(2, 30)).error, QString());
+    const auto pictures = picturesOf(path, 640, 512);
+    ASSERT_EQ(pictures.size(), 1U);
+    EXPECT_GT(psnrOf(pictures[0], picture), 19);
+    EXPECT_EQ(gstreamerTimesOf(path).size(), 1U);
+}
+
 TEST(JpegRows, ChangedPixelRowsBecomeRunsOfMacroblocks)
 {
     const auto runsOf = [](const std::vector<RowRange>& changed) {
