@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a frame costs: encoding alone, encoding and writing, and writing a repetition of the previous one.
+// What a frame costs: encoding alone, and encoding and writing; whole, by the rows that changed, and repeated. The
+// processor time is that of all threads, and "of_whole" its ratio to a whole frame's in the same run; the real time of
+// writing is what the appending thread waits.
 #include "platform/movie/JpegEncoder.h"
 #include "platform/movie/JpegMovieWriter.h"
 
@@ -7,6 +9,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <ctime>
 #include <future>
 #include <semaphore>
 #include <vector>
@@ -18,8 +21,11 @@ using namespace lumavex;
 constexpr int kWidth = 1920;
 constexpr int kHeight = 1080;
 
-/// Something like a screen: even areas, lines as of text, and a photograph's worth of gradients and noise.
-std::vector<std::uint8_t> screenLikePixels()
+enum class Content { Screen, Noise };
+
+/// Something like a screen: even areas, lines as of text, and a photograph's worth of gradients and noise. Or noise
+/// alone, the most there can be to encode.
+std::vector<std::uint8_t> pixelsOf(Content content)
 {
     std::vector<std::uint8_t> bytes;
     std::uint32_t noise = 1;
@@ -28,7 +34,8 @@ std::vector<std::uint8_t> screenLikePixels()
             noise = noise * 1664525 + 1013904223;
             const bool photograph = x > 1200 && y > 500;
             const bool ink = !photograph && y % 20 < 12 && x % 700 < 500 && noise >> 30 == 0;
-            const int level = photograph ? (x + y) / 12 + static_cast<int>(noise >> 29) : ink ? 40 : 245;
+            const int grey = photograph ? (x + y) / 12 + static_cast<int>(noise >> 29) : ink ? 40 : 245;
+            const int level = content == Content::Noise ? static_cast<int>(noise >> 24) : grey;
             for (const int value : {255, level, photograph ? level / 2 + 30 : level, level})
                 bytes.push_back(static_cast<std::uint8_t>(value));
         }
@@ -36,28 +43,77 @@ std::vector<std::uint8_t> screenLikePixels()
     return bytes;
 }
 
-CVPixelBufferRef screenLikeBuffer()
+CVPixelBufferRef bufferOf(Content content)
 {
-    static const std::vector<std::uint8_t> pixels = screenLikePixels();
+    static const std::vector<std::uint8_t> screen = pixelsOf(Content::Screen);
+    static const std::vector<std::uint8_t> noise = pixelsOf(Content::Noise);
+    const auto& pixels = content == Content::Screen ? screen : noise;
     return std::make_shared<CVPixelBuffer>(kWidth, kHeight, kCVPixelFormatType_32ARGB, pixels.data(), 4 * kWidth,
                                            nullptr, nullptr);
 }
 
-void encodeFrame(benchmark::State& state)
+double processorSeconds()
 {
-    const CVPixelBufferRef pixels = screenLikeBuffer();
-    JpegEncoder encoder;
-    JpegBuffer jpeg;
+    timespec now{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
+}
+
+/// The processor time of an iteration, against that of a whole frame of screen content, which must be measured first.
+class Ratio {
+public:
+    explicit Ratio(double& whole) : whole_(whole) {}
+    void report(benchmark::State& state, bool isWhole)
+    {
+        const double each = (processorSeconds() - start_) / static_cast<double>(state.iterations());
+        if (isWhole)
+            whole_ = each;
+        if (whole_ > 0)
+            state.counters["of_whole"] = each / whole_;
+    }
+
+private:
+    double& whole_;
+    const double start_ = processorSeconds();
+};
+
+void encodeRows(benchmark::State& state, Content content, JpegEncoder::Colours colours = JpegEncoder::Colours::Fastest)
+{
+    static double whole = 0;
+    const CVPixelBufferRef pixels = bufferOf(content);
+    const int rows = static_cast<int>(state.range(0));
+    const int all = allMacroblockRows(kHeight).count;
+    JpegEncoder encoder(colours);
+    JpegRows jpeg;
+    Ratio ratio(whole);
     for (auto _ : state)
-        benchmark::DoNotOptimize(encoder.encode(*pixels, jpeg));
+        benchmark::DoNotOptimize(encoder.encode(*pixels, {(all - rows) / 2, rows}, jpeg));
+    ratio.report(state, content == Content::Screen && rows == all && colours == JpegEncoder::Colours::Fastest);
     state.counters["bytes"] = static_cast<double>(jpeg.bytes().size());
 }
 
-enum class Frames { Encoded, Repeated };
-
-// The processor time is that of all threads; the real time is what the appending thread waits.
-void writeFrames(benchmark::State& state, Frames frames)
+/// Joining the rows in the middle with a picture that is there.
+void joinChangedRows(benchmark::State& state)
 {
+    const CVPixelBufferRef pixels = bufferOf(Content::Screen);
+    const int rows = static_cast<int>(state.range(0));
+    const MacroblockRows all = allMacroblockRows(kHeight);
+    JpegEncoder encoder;
+    JpegRows previous;
+    std::vector<JpegStrip> strips(1);
+    strips[0] = {{(all.count - rows) / 2, rows}, std::make_unique<JpegRows>()};
+    if (!encoder.encode(*pixels, all, previous) || !encoder.encode(*pixels, strips[0].rows, *strips[0].jpeg))
+        state.SkipWithError("cannot encode");
+    JpegRows picture;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(joinRows(&previous, strips, picture));
+}
+
+/// A movie of some length, appended as fast as the writer takes it.
+void writeFrames(benchmark::State& state, Content content,
+                 const std::function<bool(PixelBufferAdaptor&, CVPixelBufferRef, CMTime)>& append, bool isWhole = false)
+{
+    static double whole = 0;
     const QTemporaryDir folder;
     const auto writer = createJpegMovieWriter(folder.filePath(QStringLiteral("movie.mov")), {kWidth, kHeight});
     std::counting_semaphore<> ready(0);
@@ -66,16 +122,15 @@ void writeFrames(benchmark::State& state, Frames frames)
         state.SkipWithError("cannot write");
         return;
     }
-    const CVPixelBufferRef pixels = screenLikeBuffer();
+    const CVPixelBufferRef pixels = bufferOf(content);
     auto& adaptor = writer->adaptor();
     std::int64_t frame = 1;
     adaptor.appendPixelBuffer_withPresentationTime(pixels, CMTimeMake(frame++, 30));
+    Ratio ratio(whole);
     for (auto _ : state) {
         while (!writer->input().isReadyForMoreMediaData())
             ready.acquire();
-        const CMTime time = CMTimeMake(frame++, 30);
-        if (!(frames == Frames::Encoded ? adaptor.appendPixelBuffer_withPresentationTime(pixels, time)
-                                        : adaptor.appendPrevious_withPresentationTime(time)))
+        if (!append(adaptor, pixels, CMTimeMake(frame++, 30)))
             state.SkipWithError("refused");
     }
     writer->input().observeReadiness({});
@@ -84,20 +139,70 @@ void writeFrames(benchmark::State& state, Frames frames)
     writer->finishWritingWithCompletionHandler(CMTimeMake(frame, 30),
                                                [finished](const auto&) { finished->set_value(); });
     future.get();
+    ratio.report(state, isWhole);
     state.counters["bytes_per_frame"] = static_cast<double>(writer->bytesWritten()) / static_cast<double>(frame);
 }
 
-BENCHMARK(encodeFrame)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(writeFrames, encoded, Frames::Encoded)
-    ->Unit(benchmark::kMillisecond)
-    ->MeasureProcessCPUTime()
-    ->UseRealTime()
-    ->Iterations(600);
-BENCHMARK_CAPTURE(writeFrames, repeated, Frames::Repeated)
+void writeWhole(benchmark::State& state, Content content)
+{
+    const auto append = [](PixelBufferAdaptor& adaptor, CVPixelBufferRef pixels, CMTime time) {
+        return adaptor.appendPixelBuffer_withPresentationTime(std::move(pixels), time);
+    };
+    writeFrames(state, content, append, content == Content::Screen);
+}
+
+void writeChangedRows(benchmark::State& state)
+{
+    const int rows = static_cast<int>(state.range(0));
+    const int first = (allMacroblockRows(kHeight).count - rows) / 2;
+    const std::vector<RowRange> changed = {{first * kMacroblockHeight, rows * kMacroblockHeight}};
+    writeFrames(state, Content::Screen, [&](PixelBufferAdaptor& adaptor, CVPixelBufferRef pixels, CMTime time) {
+        return adaptor.appendChangedRows_withPresentationTime(std::move(pixels), changed, time);
+    });
+}
+
+void writeRepeated(benchmark::State& state)
+{
+    writeFrames(state, Content::Screen, [](PixelBufferAdaptor& adaptor, const CVPixelBufferRef&, CMTime time) {
+        return adaptor.appendPrevious_withPresentationTime(time);
+    });
+}
+
+BENCHMARK_CAPTURE(encodeRows, screen, Content::Screen)
+    ->Unit(benchmark::kMicrosecond)
+    ->ArgName("rows")
+    ->Arg(68)
+    ->Arg(34)
+    ->Arg(10)
+    ->Arg(3)
+    ->Arg(1);
+BENCHMARK_CAPTURE(encodeRows, noise, Content::Noise)->Unit(benchmark::kMicrosecond)->ArgName("rows")->Arg(68);
+BENCHMARK_CAPTURE(encodeRows, libraryColours, Content::Screen, JpegEncoder::Colours::Library)
+    ->Unit(benchmark::kMicrosecond)
+    ->ArgName("rows")
+    ->Arg(68);
+BENCHMARK(joinChangedRows)->Unit(benchmark::kMicrosecond)->ArgName("rows")->Arg(1)->Arg(34);
+BENCHMARK_CAPTURE(writeWhole, screen, Content::Screen)
     ->Unit(benchmark::kMicrosecond)
     ->MeasureProcessCPUTime()
     ->UseRealTime()
-    ->Iterations(30000);
+    ->Iterations(300);
+BENCHMARK_CAPTURE(writeWhole, noise, Content::Noise)
+    ->Unit(benchmark::kMicrosecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime()
+    ->Iterations(100);
+BENCHMARK(writeChangedRows)
+    ->Unit(benchmark::kMicrosecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime()
+    ->Iterations(600)
+    ->ArgName("rows")
+    ->Arg(34)
+    ->Arg(10)
+    ->Arg(3)
+    ->Arg(1);
+BENCHMARK(writeRepeated)->Unit(benchmark::kMicrosecond)->MeasureProcessCPUTime()->UseRealTime()->Iterations(10000);
 
 } // namespace
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/movie/BoxWriter.h"
 
+#include <algorithm>
+
 namespace lumavex {
 
 BoxWriter::Box::Box(BoxWriter& writer, std::string_view type) : writer_(writer), start_(writer.size())
@@ -53,6 +55,11 @@ void BoxWriter::setU32At(std::size_t offset, std::uint32_t value)
 {
     for (std::size_t i = 0; i < 4; ++i)
         bytes_[offset + i] = static_cast<std::uint8_t>(value >> (24 - 8 * i));
+}
+
+void BoxWriter::setTextAt(std::size_t offset, std::string_view text)
+{
+    std::copy(text.begin(), text.end(), bytes_.begin() + static_cast<std::ptrdiff_t>(offset));
 }
 
 } // namespace lumavex

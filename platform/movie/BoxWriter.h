@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -32,9 +33,14 @@ public:
     void text(std::string_view text); ///< the characters alone: no length, no terminator
     void zeros(std::size_t count) { bytes_.insert(bytes_.end(), count, 0); }
 
+    /// Starts anew in the memory that there is.
+    void clear() { bytes_.clear(); }
+
     std::size_t size() const { return bytes_.size(); }
+    std::span<const std::uint8_t> bytes() const { return bytes_; }
     std::uint32_t u32At(std::size_t offset) const;
     void setU32At(std::size_t offset, std::uint32_t value);
+    void setTextAt(std::size_t offset, std::string_view text);
 
     std::vector<std::uint8_t> take() { return std::move(bytes_); }
 

@@ -13,17 +13,31 @@ namespace {
 constexpr unsigned int kMostWorkers = 8;
 // Encoded frames are small; this many ride out a disk that stands still for a second or two.
 constexpr std::size_t kSlots = 64;
+// As many again wait to be written, and a frame may be of several strips.
+constexpr std::size_t kMostSpare = 3 * kSlots;
+// A picture that is larger, one of 4K say, is shared by the workers; joining strips costs a copy.
+constexpr int kMostStripPixels = 4 << 20;
 
 unsigned int workerCount()
 {
     return std::clamp(std::thread::hardware_concurrency(), 1U, kMostWorkers);
 }
 
+// Of about the same size.
+void cutIntoStrips(MacroblockRows run, int mostRows, std::vector<JpegStrip>& strips)
+{
+    for (int left = (run.count - 1) / mostRows + 1; left > 0; --left) {
+        const int count = run.count / left;
+        strips.push_back({{run.first, count}, nullptr});
+        run = {run.first + count, run.count - count};
+    }
+}
+
 } // namespace
 
 EncoderWorkers::EncoderWorkers() : mostUnencoded_(2 * std::size_t{workerCount()} + 2), ring_(kSlots)
 {
-    spare_.reserve(kSlots);
+    spare_.reserve(kMostSpare);
     for (unsigned int i = 0; i < workerCount(); ++i)
         workers_.emplace_back([this] { work(); });
 }
@@ -49,23 +63,29 @@ EncoderWorkers::Slot& EncoderWorkers::put(std::int64_t start)
     Slot& slot = ring_[put_ % ring_.size()];
     ++put_;
     slot.frame.start = start;
+    slot.frame.strips.clear();
     slot.frame.failed = false;
+    slot.begun = 0;
+    slot.unencoded = 0;
     return slot;
 }
 
-bool EncoderWorkers::encode(CVPixelBufferRef pixels, std::int64_t start)
+bool EncoderWorkers::encode(CVPixelBufferRef pixels, std::span<const MacroblockRows> runs, std::int64_t start)
 {
+    const int mostRows = std::max(kMostStripPixels / (kMacroblockHeight * pixels->width), 1);
     {
         const std::lock_guard lock(mutex_);
         if (closed_ || !isReadyLocked())
             return false;
         Slot& slot = put(start);
+        for (const MacroblockRows run : runs)
+            cutIntoStrips(run, mostRows, slot.frame.strips);
+        slot.unencoded = slot.frame.strips.size();
         slot.pixels = std::move(pixels);
-        slot.done = false;
         ++unencoded_;
         wasFull_ = !isReadyLocked();
     }
-    toEncode_.notify_one();
+    toEncode_.notify_all();
     return true;
 }
 
@@ -75,7 +95,7 @@ bool EncoderWorkers::repeat(std::int64_t start)
         const std::lock_guard lock(mutex_);
         if (closed_ || !isReadyLocked())
             return false;
-        put(start).done = true;
+        put(start);
         wasFull_ = !isReadyLocked();
     }
     toTake_.notify_one();
@@ -95,9 +115,12 @@ void EncoderWorkers::close(Rest rest)
 
 EncoderWorkers::Slot* EncoderWorkers::nextToEncode()
 {
-    while (!discarded_ && claimed_ < put_) {
-        Slot& slot = ring_[claimed_++ % ring_.size()];
-        if (!slot.done)
+    if (discarded_)
+        return nullptr;
+    // Repetitions are taken without a look from here, and their slots filled again.
+    for (claimed_ = std::max(claimed_, taken_); claimed_ < put_; ++claimed_) {
+        Slot& slot = ring_[claimed_ % ring_.size()];
+        if (slot.begun < slot.frame.strips.size())
             return &slot;
     }
     return nullptr;
@@ -115,27 +138,29 @@ void EncoderWorkers::work()
         });
         if (!slot)
             return;
-        CVPixelBufferRef pixels = std::move(slot->pixels);
-        std::unique_ptr<JpegBuffer> jpeg;
-        if (!spare_.empty()) {
-            jpeg = std::move(spare_.back());
-            spare_.pop_back();
-        }
-        lock.unlock();
-
-        if (!jpeg)
-            jpeg = std::make_unique<JpegBuffer>();
-        const bool encoded = encoder.encode(*pixels, *jpeg);
-        pixels.reset();
-
-        lock.lock();
-        slot->frame.jpeg = std::move(jpeg);
-        slot->frame.failed = !encoded;
-        slot->done = true;
-        --unencoded_;
-        toTake_.notify_one();
-        notifyIfBecameReady(lock);
+        encodeStrip(encoder, *slot, lock);
     }
+}
+
+void EncoderWorkers::encodeStrip(JpegEncoder& encoder, Slot& slot, std::unique_lock<std::mutex>& lock)
+{
+    JpegStrip& strip = slot.frame.strips[slot.begun++];
+    const bool isLast = slot.begun == slot.frame.strips.size();
+    CVPixelBufferRef pixels = isLast ? std::move(slot.pixels) : slot.pixels;
+    std::unique_ptr<JpegRows> jpeg = spareLocked();
+    lock.unlock();
+
+    const bool encoded = encoder.encode(*pixels, strip.rows, *jpeg);
+    pixels.reset();
+
+    lock.lock();
+    strip.jpeg = std::move(jpeg);
+    slot.frame.failed = slot.frame.failed || !encoded;
+    if (--slot.unencoded > 0)
+        return;
+    --unencoded_;
+    toTake_.notify_one();
+    notifyIfBecameReady(lock);
 }
 
 void EncoderWorkers::notifyIfBecameReady(std::unique_lock<std::mutex>& lock)
@@ -162,24 +187,39 @@ EncoderWorkers::Taken EncoderWorkers::take(Frame& frame, std::chrono::steady_clo
 {
     std::unique_lock lock(mutex_);
     const auto somethingToTell = [this] {
-        return discarded_ || (taken_ < put_ ? ring_[taken_ % ring_.size()].done : closed_);
+        return discarded_ || (taken_ < put_ ? ring_[taken_ % ring_.size()].unencoded == 0 : closed_);
     };
     if (!toTake_.wait_until(lock, deadline, somethingToTell))
         return Taken::TimedOut;
     if (discarded_ || taken_ == put_)
         return Taken::NoMore;
-    frame = std::move(ring_[taken_ % ring_.size()].frame);
+    std::swap(frame, ring_[taken_ % ring_.size()].frame);
     ++taken_;
     notifyIfBecameReady(lock);
     return Taken::Frame;
 }
 
-void EncoderWorkers::giveBack(std::unique_ptr<JpegBuffer> jpeg)
+std::unique_ptr<JpegRows> EncoderWorkers::spareLocked()
+{
+    if (spare_.empty())
+        return std::make_unique<JpegRows>();
+    std::unique_ptr<JpegRows> jpeg = std::move(spare_.back());
+    spare_.pop_back();
+    return jpeg;
+}
+
+std::unique_ptr<JpegRows> EncoderWorkers::spare()
+{
+    const std::lock_guard lock(mutex_);
+    return spareLocked();
+}
+
+void EncoderWorkers::giveBack(std::unique_ptr<JpegRows> jpeg)
 {
     if (!jpeg)
         return;
     const std::lock_guard lock(mutex_);
-    if (spare_.size() < kSlots)
+    if (spare_.size() < kMostSpare)
         spare_.push_back(std::move(jpeg));
 }
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/MovieWriter.h"
-#include "platform/movie/JpegBuffer.h"
+#include "platform/movie/JpegRows.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -10,10 +10,13 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <thread>
 #include <vector>
 
 namespace lumavex {
+
+class JpegEncoder;
 
 /// A bounded queue of frames that several threads encode, and that comes out in the order in which it went in:
 ///
@@ -22,14 +25,16 @@ namespace lumavex {
 ///                     JPEG │ ▼
 ///                     worker threads
 ///
-/// A frame's pixel buffer is released, on a worker's thread, as soon as it is encoded. Buffers of JPEG bytes go round:
-/// who has taken one gives it back.
+/// Of a frame those rows are encoded that are asked for, in strips that the workers share: none waits for another's,
+/// nor for another frame's. Who takes the frame joins them, in order. A frame's pixel buffer is released, on a worker's
+/// thread, as soon as it is encoded. Buffers of JPEG bytes go round: who has taken one gives it back. In the long run
+/// nothing here takes memory anew.
 class EncoderWorkers {
 public:
     struct Frame {
-        std::int64_t start = 0;           ///< as it was handed over
-        std::unique_ptr<JpegBuffer> jpeg; ///< null for a repetition of the previous frame
-        bool failed = false;              ///< it could not be encoded
+        std::int64_t start = 0;        ///< as it was handed over
+        std::vector<JpegStrip> strips; ///< growing, not overlapping; none for a repetition of the previous frame
+        bool failed = false;           ///< it could not be encoded
     };
     enum class Taken { Frame, TimedOut, NoMore };
     enum class Rest { Keep, Discard };
@@ -41,8 +46,9 @@ public:
     EncoderWorkers(const EncoderWorkers&) = delete;
     EncoderWorkers& operator=(const EncoderWorkers&) = delete;
 
-    /// False, and nothing done, when the queue is full or closed.
-    bool encode(CVPixelBufferRef pixels, std::int64_t start);
+    /// Encodes `runs` (at least one; growing, not overlapping). False, and nothing done, when the queue is full or
+    /// closed.
+    bool encode(CVPixelBufferRef pixels, std::span<const MacroblockRows> runs, std::int64_t start);
     bool repeat(std::int64_t start);
     /// Lets no more frames in. Those that are in can still be taken, or are discarded.
     void close(Rest rest);
@@ -53,21 +59,25 @@ public:
     void observeReadiness(std::function<void()> becameReady);
 
     /// Waits for the next frame until `deadline`. NoMore once the queue is closed and empty, or its frames are
-    /// discarded.
+    /// discarded. What `frame` held is let go of, but for the room it took.
     Taken take(Frame& frame, std::chrono::steady_clock::time_point deadline);
-    void giveBack(std::unique_ptr<JpegBuffer> jpeg); ///< null is allowed
+    std::unique_ptr<JpegRows> spare();             ///< never null; what it holds is of no use
+    void giveBack(std::unique_ptr<JpegRows> jpeg); ///< null is allowed
 
 private:
     struct Slot {
         Frame frame;
-        CVPixelBufferRef pixels; ///< until it is encoded
-        bool done = false;
+        CVPixelBufferRef pixels;   ///< until the last strip is begun
+        std::size_t begun = 0;     ///< strips
+        std::size_t unencoded = 0; ///< strips
     };
 
     bool isReadyLocked() const;
+    std::unique_ptr<JpegRows> spareLocked();
     Slot* nextToEncode();
     Slot& put(std::int64_t start);
     void work();
+    void encodeStrip(JpegEncoder& encoder, Slot& slot, std::unique_lock<std::mutex>& lock);
     void notifyIfBecameReady(std::unique_lock<std::mutex>& lock);
 
     const std::size_t mostUnencoded_;
@@ -79,11 +89,11 @@ private:
     std::uint64_t taken_ = 0;   ///< number of the next slot to take
     std::uint64_t claimed_ = 0; ///< of the next one to look at for encoding
     std::uint64_t put_ = 0;     ///< of the next one to fill
-    std::size_t unencoded_ = 0;
+    std::size_t unencoded_ = 0; ///< frames
     bool wasFull_ = false;
     bool closed_ = false;
     bool discarded_ = false;
-    std::vector<std::unique_ptr<JpegBuffer>> spare_;
+    std::vector<std::unique_ptr<JpegRows>> spare_;
 
     std::mutex observerMutex_; ///< held while the observer runs; never locked while mutex_ is held
     std::function<void()> observer_;

@@ -14,7 +14,7 @@ constexpr std::size_t kMostBytes = std::size_t{48} << 20;
 
 } // namespace
 
-std::error_code FragmentQueue::add(std::int64_t start, std::unique_ptr<JpegBuffer> jpeg, TimePoint now)
+std::error_code FragmentQueue::add(std::int64_t start, std::unique_ptr<JpegRows> jpeg, TimePoint now)
 {
     if (samples_.empty())
         oldest_ = now;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/movie/HybridMp4File.h"
-#include "platform/movie/JpegBuffer.h"
+#include "platform/movie/JpegRows.h"
 
 #include <chrono>
 #include <cstdint>
@@ -19,14 +19,17 @@ namespace lumavex {
 /// One thread.
 class FragmentQueue {
 public:
-    using GiveBack = std::function<void(std::unique_ptr<JpegBuffer>)>;
+    using GiveBack = std::function<void(std::unique_ptr<JpegRows>)>;
     using TimePoint = std::chrono::steady_clock::time_point;
 
     /// Buffers that are written and done with go to `giveBack`.
     FragmentQueue(HybridMp4File& file, GiveBack giveBack) : file_(file), giveBack_(std::move(giveBack)) {}
 
     /// Starts must grow. A null `jpeg` repeats the previous frame, of which there must be one.
-    std::error_code add(std::int64_t start, std::unique_ptr<JpegBuffer> jpeg, TimePoint now);
+    std::error_code add(std::int64_t start, std::unique_ptr<JpegRows> jpeg, TimePoint now);
+    /// The newest picture, which a null `jpeg` would repeat; null before the first. Until the next call of another
+    /// member.
+    const JpegRows* newest() const { return pictures_.empty() ? nullptr : pictures_.back().get(); }
     /// When writeAll is due; TimePoint::max() when nothing waits.
     TimePoint deadline() const;
     std::error_code writeAll();
@@ -40,7 +43,7 @@ private:
     HybridMp4File& file_;
     const GiveBack giveBack_;
     std::vector<FragmentSample> samples_;
-    std::vector<std::unique_ptr<JpegBuffer>> pictures_; ///< of samples_; also the last written one, for a repetition
+    std::vector<std::unique_ptr<JpegRows>> pictures_; ///< of samples_; also the last written one, for a repetition
     std::vector<std::span<const std::uint8_t>> parts_;
     std::size_t pictureBytes_ = 0;
     std::int64_t lastDuration_ = kMovieTimescale / 30;

@@ -5,6 +5,7 @@
 #include <array>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 namespace lumavex {
 
@@ -121,7 +122,7 @@ struct Extent {
 };
 
 // One trun.
-bool readRun(BoxReader& reader, const Extent& extent, std::int64_t& start, SampleTable& table)
+bool readRun(BoxReader& reader, const Extent& extent, std::int64_t& start, std::vector<MovieSample>& samples)
 {
     reader.skip(4); // version and flags
     const std::uint32_t count = reader.u32();
@@ -129,7 +130,7 @@ bool readRun(BoxReader& reader, const Extent& extent, std::int64_t& start, Sampl
     for (std::uint32_t i = 0; i < count && reader.good(); ++i) {
         const std::uint32_t duration = reader.u32();
         const std::uint32_t size = reader.u32();
-        table.append({start, offset, size});
+        samples.push_back({start, offset, size});
         start += duration;
         offset += size;
         if (offset > extent.end || duration == 0)
@@ -149,16 +150,16 @@ bool readFragment(std::span<const std::uint8_t> moof, const Extent& extent, Samp
         return false;
     reader.skip(4);
     auto start = static_cast<std::int64_t>(reader.u64());
-    SampleTable fragment;
+    std::vector<MovieSample> fragment;
     while (reader.good() && !reader.atEnd()) {
         reader.skip(4);
         if (!reader.is("trun") || !readRun(reader, extent, start, fragment))
             return false;
     }
-    const std::int64_t earliest = table.samples().empty() ? 0 : table.samples().back().start + 1;
-    if (!reader.good() || fragment.samples().empty() || fragment.samples().front().start < earliest)
+    const std::int64_t earliest = table.count() == 0 ? 0 : table.lastStart() + 1;
+    if (!reader.good() || fragment.empty() || fragment.front().start < earliest)
         return false;
-    for (const MovieSample& sample : fragment.samples())
+    for (const MovieSample& sample : fragment)
         table.append(sample);
     table.setEnd(start);
     return true;

@@ -47,16 +47,15 @@ std::error_code HybridMp4File::adopt(FileDescriptor file, const MovieTrack& trac
     return file_.truncate(mediaEnd);
 }
 
-std::error_code HybridMp4File::appendSealed(std::vector<std::uint8_t>& head,
-                                            std::span<const std::span<const std::uint8_t>> rest)
+std::error_code HybridMp4File::appendSealed(std::span<const std::span<const std::uint8_t>> rest)
 {
     const std::int64_t start = size_;
     std::array<std::uint8_t, kNameSize> name{};
-    std::copy_n(head.begin() + kNameOffset, kNameSize, name.begin());
-    std::copy(kHidden.begin(), kHidden.end(), head.begin() + kNameOffset);
+    std::copy_n(boxes_.bytes().begin() + kNameOffset, kNameSize, name.begin());
+    boxes_.setTextAt(kNameOffset, kHidden);
 
-    std::error_code error = file_.writeAll(head, start);
-    auto position = start + static_cast<std::int64_t>(head.size());
+    std::error_code error = file_.writeAll(boxes_.bytes(), start);
+    auto position = start + static_cast<std::int64_t>(boxes_.size());
     for (const std::span<const std::uint8_t> part : rest) {
         if (error)
             break;
@@ -78,31 +77,32 @@ std::error_code HybridMp4File::appendSealed(std::vector<std::uint8_t>& head,
 // Without it some players take a file that was never finished for one of a second's length.
 std::error_code HybridMp4File::updateDuration()
 {
-    BoxWriter duration;
-    duration.u64(static_cast<std::uint64_t>(table_.end()));
-    return file_.writeAll(duration.take(), durationOffset_);
+    boxes_.clear();
+    boxes_.u64(static_cast<std::uint64_t>(table_.end()));
+    return file_.writeAll(boxes_.bytes(), durationOffset_);
 }
 
 std::error_code HybridMp4File::appendFragment(std::span<const FragmentSample> samples, std::int64_t end,
                                               std::span<const std::span<const std::uint8_t>> pictures)
 {
-    std::vector<std::uint32_t> sizes;
+    pictureSizes_.clear();
     for (const auto& picture : pictures)
-        sizes.push_back(static_cast<std::uint32_t>(picture.size()));
-    std::vector<std::uint8_t> head = fragmentHead(fragments_ + 1, samples, end, sizes);
+        pictureSizes_.push_back(static_cast<std::uint32_t>(picture.size()));
+    boxes_.clear();
+    writeFragmentHead(boxes_, fragments_ + 1, samples, end, pictureSizes_);
 
-    std::vector<std::int64_t> offsets;
-    std::int64_t offset = size_ + static_cast<std::int64_t>(head.size());
-    for (const std::uint32_t size : sizes) {
-        offsets.push_back(offset);
+    pictureOffsets_.clear();
+    std::int64_t offset = size_ + static_cast<std::int64_t>(boxes_.size());
+    for (const std::uint32_t size : pictureSizes_) {
+        pictureOffsets_.push_back(offset);
         offset += size;
     }
-    if (const auto error = appendSealed(head, pictures))
+    if (const auto error = appendSealed(pictures))
         return error;
 
     ++fragments_;
     for (const FragmentSample& sample : samples)
-        table_.append({sample.start, offsets[sample.picture], sizes[sample.picture]});
+        table_.append({sample.start, pictureOffsets_[sample.picture], pictureSizes_[sample.picture]});
     table_.setEnd(end);
     return updateDuration();
 }
@@ -111,8 +111,9 @@ std::error_code HybridMp4File::finish(std::int64_t end)
 {
     table_.setEnd(end);
     const std::vector<std::uint8_t> head = finishedHead(size_);
-    std::vector<std::uint8_t> moov = completeMoov(track_, table_);
-    if (const auto error = appendSealed(moov, {}))
+    boxes_.clear();
+    writeCompleteMoov(boxes_, track_, table_);
+    if (const auto error = appendSealed({}))
         return error;
     // The disk must hold the moov before anything points to it.
     if (const auto error = file_.flushToDisk())

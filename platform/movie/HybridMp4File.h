@@ -45,13 +45,14 @@ public:
     /// Makes the file an ordinary one that ends at `end` and flushes it to the disk. On an error it is still playable.
     std::error_code finish(std::int64_t end);
 
-    std::size_t sampleCount() const { return table_.samples().size(); }
+    std::size_t sampleCount() const { return table_.count(); }
     std::int64_t end() const { return table_.end(); } ///< of the last sample, ticks
     std::int64_t bytesWritten() const { return size_.load(std::memory_order_relaxed); }
 
 private:
-    /// Appends the parts, the first of which begins with a box that is to be seen only when everything is in the file.
-    std::error_code appendSealed(std::vector<std::uint8_t>& head, std::span<const std::span<const std::uint8_t>> rest);
+    /// Appends what is in boxes_, the first box of which is to be seen only when everything is in the file, and the
+    /// rest.
+    std::error_code appendSealed(std::span<const std::span<const std::uint8_t>> rest);
     std::error_code updateDuration();
 
     FileDescriptor file_;
@@ -60,6 +61,11 @@ private:
     std::int64_t durationOffset_ = 0;
     std::atomic<std::int64_t> size_ = 0; ///< where the next box goes
     std::uint32_t fragments_ = 0;
+
+    // Kept between fragments for their memory alone.
+    BoxWriter boxes_;
+    std::vector<std::uint32_t> pictureSizes_;
+    std::vector<std::int64_t> pictureOffsets_;
 };
 
 } // namespace lumavex

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/movie/JpegEncoder.h"
 
+#include "platform/movie/ColourPlanes.h"
+#include "platform/movie/JpegArena.h"
+#include "platform/movie/JpegTables.h"
+
 #include <algorithm>
 #include <array>
 #include <csetjmp>
@@ -13,36 +17,27 @@ namespace lumavex {
 
 namespace {
 
-// ISO/IEC 11172-2, the default matrix of intra pictures, row by row. At 3/8 it is a sixth smaller than the common JPEG
-// matrix at equal likeness on screen contents.
-constexpr std::array<unsigned int, DCTSIZE2> kIntraMatrix = {
-    8,  16, 19, 22, 26, 27, 29, 34, //
-    16, 16, 22, 24, 27, 29, 34, 37, //
-    19, 22, 26, 27, 29, 34, 34, 38, //
-    22, 22, 26, 27, 29, 34, 37, 40, //
-    22, 26, 27, 29, 32, 35, 40, 48, //
-    26, 27, 29, 32, 35, 40, 48, 58, //
-    26, 27, 29, 34, 38, 46, 56, 69, //
-    27, 29, 35, 38, 46, 56, 69, 83,
-};
-constexpr unsigned int kQuantiserScale = 3; // in eighths
-// The mean of a block is kept to one grey level, scale or not: coarser steps show as bands in even areas.
-constexpr unsigned int kMeanStep = 8;
-
 constexpr std::size_t kFirstCapacity = 256 * 1024;
-constexpr JDIMENSION kRowsAtOnce = 16;
+
+// ISO/IEC 10918-1, table B.1: the second bytes of markers.
+constexpr std::uint8_t kStartOfFrame = 0xC0;
+constexpr std::uint8_t kStartOfScan = 0xDA;
+constexpr std::uint8_t kFirstRestart = 0xD0;
+constexpr int kRestarts = 8;
 
 } // namespace
 
-struct JpegEncoder::Library {
+struct JpegEncoder::Library : JpegArena {
     jpeg_compress_struct compress{};
     jpeg_error_mgr errors{};
     jpeg_destination_mgr destination{};
     std::jmp_buf failed{};
     JpegBuffer* output = nullptr;
+    ColourPlanes planes;
+    bool usesPlanes = false;
     bool usable = false;
 
-    static Library& of(void* client) { return *static_cast<Library*>(client); }
+    static Library& of(void* client) { return static_cast<Library&>(*static_cast<JpegArena*>(client)); }
 
     // The library must not return from here.
     [[noreturn]] static void fail(j_common_ptr common) { std::longjmp(of(common->client_data).failed, 1); }
@@ -71,18 +66,109 @@ struct JpegEncoder::Library {
         Library& self = of(compress->client_data);
         self.output->setSize(self.output->capacity() - self.destination.free_in_buffer);
     }
+
+    bool encodeRun(const CVPixelBuffer& pixels, MacroblockRows rows, JpegRows& jpeg);
+    void writeRow(const CVPixelBuffer& pixels, int macroblockRow);
+    void writePixels(const CVPixelBuffer& pixels, int macroblockRow);
 };
 
-JpegEncoder::JpegEncoder() : library_(std::make_unique<Library>())
+// As a picture of its own. The bounds become places from where on the rows' markers are to be found.
+bool JpegEncoder::Library::encodeRun(const CVPixelBuffer& pixels, MacroblockRows rows, JpegRows& jpeg)
+{
+    output = &jpeg.buffer;
+    const int top = rows.first * kMacroblockHeight;
+    compress.image_width = static_cast<JDIMENSION>(pixels.width);
+    compress.image_height = static_cast<JDIMENSION>(std::min(rows.count * kMacroblockHeight, pixels.height - top));
+    // Nothing with a destructor may live in this function: an error comes back here by a jump.
+    if (setjmp(failed) != 0) {
+        jpeg_abort_compress(&compress);
+        return false;
+    }
+    jpeg_start_compress(&compress, TRUE);
+    for (int row = 0; row < rows.count; ++row) {
+        writeRow(pixels, rows.first + row);
+        jpeg.bounds[static_cast<std::size_t>(row) + 1] =
+            static_cast<std::size_t>(destination.next_output_byte - output->data());
+    }
+    jpeg_finish_compress(&compress);
+    return true;
+}
+
+void JpegEncoder::Library::writeRow(const CVPixelBuffer& pixels, int macroblockRow)
+{
+    if (!usesPlanes) {
+        writePixels(pixels, macroblockRow);
+        return;
+    }
+    planes.convert(pixels, macroblockRow);
+    jpeg_write_raw_data(&compress, planes.planes(), kMacroblockHeight);
+}
+
+void JpegEncoder::Library::writePixels(const CVPixelBuffer& pixels, int macroblockRow)
+{
+    std::array<JSAMPROW, kMacroblockHeight> lines{};
+    const int top = macroblockRow * kMacroblockHeight;
+    const int count = std::min(kMacroblockHeight, pixels.height - top);
+    for (int i = 0; i < count; ++i) {
+        const std::ptrdiff_t offset = std::ptrdiff_t{pixels.bytesPerRow} * (top + i);
+        lines[static_cast<std::size_t>(i)] = const_cast<JSAMPROW>(pixels.baseAddress + offset); // only read
+    }
+    jpeg_write_scanlines(&compress, lines.data(), static_cast<JDIMENSION>(count));
+}
+
+namespace {
+
+// The scan's first byte. Headers are a marker each, all but the first with a length behind it.
+std::size_t findScan(std::span<std::uint8_t> jpeg, int pictureHeight)
+{
+    std::size_t at = 2;
+    for (;;) {
+        const std::uint8_t marker = jpeg[at + 1];
+        if (marker == kStartOfFrame) {
+            jpeg[at + 5] = static_cast<std::uint8_t>(pictureHeight >> 8);
+            jpeg[at + 6] = static_cast<std::uint8_t>(pictureHeight & 0xFF);
+        }
+        at += 2 + static_cast<std::size_t>(jpeg[at + 2] << 8 | jpeg[at + 3]);
+        if (marker == kStartOfScan)
+            return at;
+    }
+}
+
+// Makes of a picture of some rows the rows as they are in the whole picture: its height, its numbers of markers.
+void fitIntoPicture(int pictureHeight, MacroblockRows rows, JpegRows& jpeg)
+{
+    const std::span bytes(jpeg.buffer.data(), jpeg.buffer.bytes().size());
+    const std::size_t scan = findScan(bytes, pictureHeight);
+    jpeg.bounds.front() = rows.first == 0 ? 0 : scan;
+    jpeg.bounds.back() = bytes.size();
+    const int last = allMacroblockRows(pictureHeight).end() - 1;
+    for (int k = 0; k < rows.count; ++k) {
+        std::size_t& bound = jpeg.bounds[static_cast<std::size_t>(k) + 1];
+        if (k + 1 < rows.count) {
+            // The row's last bits and its marker come with the next row's first bits. In a scan, 0xFF is followed by
+            // zero unless it begins a marker.
+            while (bytes[bound] != 0xFF || bytes[bound + 1] == 0)
+                ++bound;
+            bound += 2;
+        }
+        if (rows.first + k != last)
+            bytes[bound - 1] = static_cast<std::uint8_t>(kFirstRestart + (rows.first + k) % kRestarts);
+    }
+}
+
+} // namespace
+
+JpegEncoder::JpegEncoder(Colours colours) : library_(std::make_unique<Library>())
 {
     Library& library = *library_;
     library.compress.err = jpeg_std_error(&library.errors);
     library.errors.error_exit = Library::fail;
     library.errors.output_message = Library::beSilent;
-    library.compress.client_data = &library;
+    library.compress.client_data = static_cast<JpegArena*>(&library);
     if (setjmp(library.failed) != 0)
         return;
     jpeg_create_compress(&library.compress);
+    library.serve(library.compress);
     library.destination.init_destination = Library::begin;
     library.destination.empty_output_buffer = Library::growOutput;
     library.destination.term_destination = Library::end;
@@ -91,13 +177,10 @@ JpegEncoder::JpegEncoder() : library_(std::make_unique<Library>())
     library.compress.in_color_space = JCS_EXT_ARGB;
     library.compress.input_components = 4;
     jpeg_set_defaults(&library.compress); // full-range JFIF colours, 4:2:0, the common Huffman codes
-    std::array<unsigned int, DCTSIZE2> steps = kIntraMatrix;
-    for (unsigned int& step : steps)
-        step = step * kQuantiserScale / 8;
-    steps[0] = kMeanStep;
-    jpeg_add_quant_table(&library.compress, 0, steps.data(), 100, TRUE);
-    jpeg_add_quant_table(&library.compress, 1, steps.data(), 100, TRUE);
-    library.compress.dct_method = JDCT_ISLOW;
+    setJpegTables(library.compress);
+    library.usesPlanes = colours == Colours::Fastest && ColourPlanes::isFast();
+    library.compress.raw_data_in = library.usesPlanes ? TRUE : FALSE;
+    library.compress.dct_method = JDCT_ISLOW; // where there are vectors, it is no slower than the others
     library.compress.optimize_coding = FALSE;
     library.compress.restart_in_rows = 1;
     library.usable = true;
@@ -108,32 +191,13 @@ JpegEncoder::~JpegEncoder()
     jpeg_destroy_compress(&library_->compress);
 }
 
-bool JpegEncoder::encode(const CVPixelBuffer& pixels, JpegBuffer& jpeg)
+bool JpegEncoder::encode(const CVPixelBuffer& pixels, MacroblockRows rows, JpegRows& jpeg)
 {
-    Library& library = *library_;
-    if (!library.usable)
+    jpeg.bounds.resize(static_cast<std::size_t>(rows.count) + 1);
+    if (!library_->usable || (library_->usesPlanes && !library_->planes.prepare(pixels.width))
+        || !library_->encodeRun(pixels, rows, jpeg))
         return false;
-    jpeg_compress_struct& compress = library.compress;
-    library.output = &jpeg;
-    compress.image_width = static_cast<JDIMENSION>(pixels.width);
-    compress.image_height = static_cast<JDIMENSION>(pixels.height);
-    // Nothing with a destructor may live in this function: an error comes back here by a jump.
-    if (setjmp(library.failed) != 0) {
-        jpeg_abort_compress(&compress);
-        return false;
-    }
-    jpeg_start_compress(&compress, TRUE);
-    std::array<JSAMPROW, kRowsAtOnce> rows{};
-    while (compress.next_scanline < compress.image_height) {
-        const JDIMENSION count = std::min(kRowsAtOnce, compress.image_height - compress.next_scanline);
-        for (JDIMENSION i = 0; i < count; ++i) {
-            const auto offset =
-                std::ptrdiff_t{pixels.bytesPerRow} * static_cast<std::ptrdiff_t>(compress.next_scanline + i);
-            rows[i] = const_cast<JSAMPROW>(pixels.baseAddress + offset); // only read
-        }
-        jpeg_write_scanlines(&compress, rows.data(), count);
-    }
-    jpeg_finish_compress(&compress);
+    fitIntoPicture(pixels.height, rows, jpeg);
     return true;
 }
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/MovieWriter.h"
-#include "platform/movie/JpegBuffer.h"
+#include "platform/movie/JpegRows.h"
 
 #include <memory>
 
@@ -11,18 +11,22 @@ namespace lumavex {
 /// The largest width and height of a picture that the JPEG library takes.
 inline constexpr int kLargestJpegSide = 65500;
 
-/// Encodes pictures as JFIF: full range, 4:2:0, one restart marker per row of macroblocks. The quantisation is that of
-/// MPEG-1 intra pictures at a scale of 3 in 8. Every picture of one size uses the same tables (no optimised Huffman
-/// codes, no smoothing), so that rows of macroblocks can be exchanged between pictures. One thread at a time.
+/// Encodes pictures as JFIF: full range, 4:2:0, one restart marker per row of macroblocks. Every picture of one size
+/// uses the same tables (JpegTables.h) and no smoothing, so that rows of macroblocks can be exchanged between pictures.
+/// Once it has encoded a picture it takes no more memory for others of that size. One thread at a time.
 class JpegEncoder {
 public:
-    JpegEncoder();
+    /// Who makes planes of the pixels: both are exact to the rounding, and every encoder of a movie must use the same.
+    enum class Colours { Fastest, Library };
+
+    explicit JpegEncoder(Colours colours = Colours::Fastest);
     ~JpegEncoder();
     JpegEncoder(const JpegEncoder&) = delete;
     JpegEncoder& operator=(const JpegEncoder&) = delete;
 
-    /// Alpha is ignored. False when there is no memory; `jpeg` holds nothing of use then.
-    bool encode(const CVPixelBuffer& pixels, JpegBuffer& jpeg);
+    /// Encodes some rows of the picture, to the byte as they are in the whole picture. Alpha is ignored. False when
+    /// there is no memory; `jpeg` holds nothing of use then.
+    bool encode(const CVPixelBuffer& pixels, MacroblockRows rows, JpegRows& jpeg);
 
 private:
     struct Library;

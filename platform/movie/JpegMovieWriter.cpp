@@ -45,13 +45,17 @@ private:
                                                 CMTime time) override;
     bool appendPrevious_withPresentationTime(CMTime time) override;
 
+    bool append(CVPixelBufferRef buffer, std::span<const MacroblockRows> runs, CMTime time);
+    bool fits(const CVPixelBufferRef& buffer) const;
     std::optional<std::int64_t> acceptedTime(CMTime time) const;
     std::int64_t startOf(std::int64_t time) const { return lastTime_ ? time : 0; }
     void accept(std::int64_t time);
 
     // The file thread.
     void writeFrames();
-    void writeFrame(EncoderWorkers::Frame frame);
+    void writeFrame(EncoderWorkers::Frame& frame);
+    bool isWhole(const JpegStrip& strip) const { return strip.rows == allMacroblockRows(height_); }
+    std::unique_ptr<JpegRows> pictureOf(EncoderWorkers::Frame& frame);
     void note(std::error_code error);
     void fail(const QString& error);
     Result finish();
@@ -64,10 +68,11 @@ private:
     State state_ = State::Idle;
     std::optional<std::int64_t> lastTime_; ///< ticks, as handed over
     std::int64_t lastStart_ = 0;           ///< ticks, as it lies in the file
+    std::vector<MacroblockRows> changedRuns_;
 
     // The file thread, from startWriting on.
     HybridMp4File file_;
-    FragmentQueue fragments_{file_, [this](std::unique_ptr<JpegBuffer> jpeg) { frames_.giveBack(std::move(jpeg)); }};
+    FragmentQueue fragments_{file_, [this](std::unique_ptr<JpegRows> jpeg) { frames_.giveBack(std::move(jpeg)); }};
 
     // Set before the queue is closed, read by the file thread after.
     CMTime end_;
@@ -129,22 +134,39 @@ void JpegMovieWriter::accept(std::int64_t time)
     lastTime_ = time;
 }
 
-bool JpegMovieWriter::appendPixelBuffer_withPresentationTime(CVPixelBufferRef buffer, CMTime time)
+bool JpegMovieWriter::fits(const CVPixelBufferRef& buffer) const
 {
-    if (!buffer || buffer->width != width_ || buffer->height != height_
-        || buffer->pixelFormat != kCVPixelFormatType_32ARGB || buffer->bytesPerRow < 4 * width_)
-        return false;
+    return buffer && buffer->width == width_ && buffer->height == height_
+           && buffer->pixelFormat == kCVPixelFormatType_32ARGB && buffer->bytesPerRow >= 4 * width_;
+}
+
+bool JpegMovieWriter::append(CVPixelBufferRef buffer, std::span<const MacroblockRows> runs, CMTime time)
+{
     const auto accepted = acceptedTime(time);
-    if (!accepted || !frames_.encode(std::move(buffer), startOf(*accepted)))
+    if (!accepted || !frames_.encode(std::move(buffer), runs, startOf(*accepted)))
         return false;
     accept(*accepted);
     return true;
 }
 
-bool JpegMovieWriter::appendChangedRows_withPresentationTime(CVPixelBufferRef buffer,
-                                                             const std::vector<RowRange>& /*changed*/, CMTime time)
+bool JpegMovieWriter::appendPixelBuffer_withPresentationTime(CVPixelBufferRef buffer, CMTime time)
 {
-    return appendPixelBuffer_withPresentationTime(std::move(buffer), time);
+    if (!fits(buffer))
+        return false;
+    const MacroblockRows all = allMacroblockRows(height_);
+    return append(std::move(buffer), {&all, 1}, time);
+}
+
+bool JpegMovieWriter::appendChangedRows_withPresentationTime(CVPixelBufferRef buffer,
+                                                             const std::vector<RowRange>& changed, CMTime time)
+{
+    if (!lastTime_)
+        return appendPixelBuffer_withPresentationTime(std::move(buffer), time);
+    if (!fits(buffer))
+        return false;
+    findChangedRuns(changed, height_, changedRuns_);
+    return changedRuns_.empty() ? appendPrevious_withPresentationTime(time)
+                                : append(std::move(buffer), changedRuns_, time);
 }
 
 bool JpegMovieWriter::appendPrevious_withPresentationTime(CMTime time)
@@ -172,11 +194,11 @@ void JpegMovieWriter::finishWritingWithCompletionHandler(CMTime end, std::functi
 
 void JpegMovieWriter::writeFrames()
 {
+    EncoderWorkers::Frame frame;
     for (;;) {
-        EncoderWorkers::Frame frame;
         switch (frames_.take(frame, fragments_.deadline())) {
         case EncoderWorkers::Taken::Frame:
-            writeFrame(std::move(frame));
+            writeFrame(frame);
             break;
         case EncoderWorkers::Taken::TimedOut:
             note(fragments_.writeAll());
@@ -189,15 +211,30 @@ void JpegMovieWriter::writeFrames()
     }
 }
 
-void JpegMovieWriter::writeFrame(EncoderWorkers::Frame frame)
+void JpegMovieWriter::writeFrame(EncoderWorkers::Frame& frame)
+{
+    std::unique_ptr<JpegRows> picture;
+    // Nothing may follow a frame that is missing, least of all one that shares rows with it.
+    if (error().isEmpty() && !frame.strips.empty()) {
+        picture = pictureOf(frame);
+        if (!picture)
+            fail(MovieText::tr("There is not enough memory to encode the movie."));
+    }
+    for (JpegStrip& strip : frame.strips)
+        frames_.giveBack(std::move(strip.jpeg));
+    if (error().isEmpty())
+        note(fragments_.add(frame.start, std::move(picture), std::chrono::steady_clock::now()));
+}
+
+// Null when there is no memory.
+std::unique_ptr<JpegRows> JpegMovieWriter::pictureOf(EncoderWorkers::Frame& frame)
 {
     if (frame.failed)
-        fail(MovieText::tr("There is not enough memory to encode the movie."));
-    if (!error().isEmpty()) {
-        frames_.giveBack(std::move(frame.jpeg)); // nothing may follow a frame that is missing
-        return;
-    }
-    note(fragments_.add(frame.start, std::move(frame.jpeg), std::chrono::steady_clock::now()));
+        return nullptr;
+    if (isWhole(frame.strips.front()))
+        return std::move(frame.strips.front().jpeg);
+    auto picture = frames_.spare();
+    return joinRows(fragments_.newest(), frame.strips, *picture) ? std::move(picture) : nullptr;
 }
 
 void JpegMovieWriter::note(std::error_code error)

@@ -26,7 +26,7 @@ QString repairMovie(const QString& path)
     case MovieKind::Growing:
         break;
     }
-    if (movie.table.samples().empty())
+    if (movie.table.count() == 0)
         return MovieText::tr("The movie holds no frames.");
     HybridMp4File completed;
     const std::int64_t end = movie.table.end();

@@ -14,6 +14,7 @@ constexpr std::uint32_t kFixedOne = 0x00010000;               // 1.0 as 16.16
 constexpr std::uint32_t kDependsOnNoOtherSample = 0x02000000; // sample_depends_on of 2
 constexpr std::uint32_t kDefaultBaseIsMoof = 0x020000;
 constexpr std::uint32_t kRunHasOffsetDurationsSizes = 0x000001 | 0x000100 | 0x000200;
+constexpr std::size_t kRunOffsetAt = 16; // behind the header, version and flags, and the number of samples
 constexpr std::uint32_t kMediaHeaderSize = 8;
 
 void writeMatrix(BoxWriter& writer)
@@ -187,26 +188,19 @@ std::vector<std::uint8_t> finishedHead(std::int64_t mediaEnd)
     return writer.take();
 }
 
-std::vector<std::uint8_t> completeMoov(const MovieTrack& track, const SampleTable& table)
+void writeCompleteMoov(BoxWriter& writer, const MovieTrack& track, const SampleTable& table)
 {
-    BoxWriter writer;
-    {
-        const Box moov(writer, "moov");
-        writeMovieHeader(writer, track, table.end());
-        writeTrack(writer, track, table);
-    }
-    return writer.take();
+    const Box moov(writer, "moov");
+    writeMovieHeader(writer, track, table.end());
+    writeTrack(writer, track, table);
 }
 
-std::vector<std::uint8_t> fragmentHead(std::uint32_t sequenceNumber, std::span<const FragmentSample> samples,
-                                       std::int64_t end, std::span<const std::uint32_t> pictureSizes)
+void writeFragmentHead(BoxWriter& writer, std::uint32_t sequenceNumber, std::span<const FragmentSample> samples,
+                       std::int64_t end, std::span<const std::uint32_t> pictureSizes)
 {
-    std::vector<std::uint32_t> pictureOffsets{0}; // within the mdat's content; one more than there are pictures
-    for (const std::uint32_t size : pictureSizes)
-        pictureOffsets.push_back(pictureOffsets.back() + size);
-
-    BoxWriter writer;
-    std::vector<std::size_t> dataOffsets; // where the runs' offsets stand, to be counted from the moof in the end
+    std::size_t firstRun = 0;
+    std::size_t picture = 0;
+    std::uint32_t pictureOffset = 0; // of that picture, within the mdat's content
     {
         const Box moof(writer, "moof");
         {
@@ -222,22 +216,26 @@ std::vector<std::uint8_t> fragmentHead(std::uint32_t sequenceNumber, std::span<c
             const Box box(writer, "tfdt", 1, 0);
             writer.u64(static_cast<std::uint64_t>(samples.front().start));
         }
+        firstRun = writer.size();
         // The samples of a run lie one behind the other, so that a repeated picture begins a run of its own.
         for (std::size_t i = 0; i < samples.size();) {
             const std::size_t first = i++;
             while (i < samples.size() && samples[i].picture == samples[i - 1].picture + 1)
                 ++i;
-            dataOffsets.push_back(writer.size() + 16);
+            for (; picture < samples[first].picture; ++picture)
+                pictureOffset += pictureSizes[picture];
             writeRun(writer, samples.subspan(first, i - first), i < samples.size() ? samples[i].start : end,
-                     pictureSizes, pictureOffsets[samples[first].picture]);
+                     pictureSizes, pictureOffset);
         }
     }
+    // Now that the moof's size is known, the runs' offsets can be counted from its start.
     const auto moofSize = static_cast<std::uint32_t>(writer.size());
-    for (const std::size_t offset : dataOffsets)
-        writer.setU32At(offset, writer.u32At(offset) + moofSize + kMediaHeaderSize);
-    writer.u32(kMediaHeaderSize + pictureOffsets.back());
+    for (std::size_t run = firstRun; run < moofSize; run += writer.u32At(run))
+        writer.setU32At(run + kRunOffsetAt, writer.u32At(run + kRunOffsetAt) + moofSize + kMediaHeaderSize);
+    for (; picture < pictureSizes.size(); ++picture)
+        pictureOffset += pictureSizes[picture];
+    writer.u32(kMediaHeaderSize + pictureOffset);
     writer.text("mdat");
-    return writer.take();
 }
 
 } // namespace lumavex

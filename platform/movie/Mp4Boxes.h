@@ -33,17 +33,18 @@ GrowingHead growingHead(const MovieTrack& track);
 std::vector<std::uint8_t> finishedHead(std::int64_t mediaEnd);
 
 /// The moov of a finished movie. There is no edit list: the timeline is the media's own.
-std::vector<std::uint8_t> completeMoov(const MovieTrack& track, const SampleTable& table);
+void writeCompleteMoov(BoxWriter& writer, const MovieTrack& track, const SampleTable& table);
 
-/// One frame of a fragment; `picture` counts the JPEG pictures in the fragment's mdat. Frames may share a picture.
+/// One frame of a fragment; `picture` counts the JPEG pictures in the fragment's mdat. It grows by one or, when frames
+/// share a picture, by none.
 struct FragmentSample {
     std::int64_t start = 0; ///< ticks
     std::size_t picture = 0;
 };
 
-/// The moof of a fragment and the header of the mdat behind it, which is to hold pictures of the given sizes.
-/// `end` is when the last sample ends.
-std::vector<std::uint8_t> fragmentHead(std::uint32_t sequenceNumber, std::span<const FragmentSample> samples,
-                                       std::int64_t end, std::span<const std::uint32_t> pictureSizes);
+/// The moof of a fragment and the header of the mdat behind it, which is to hold pictures of the given sizes, for an
+/// empty writer. `end` is when the last sample ends.
+void writeFragmentHead(BoxWriter& writer, std::uint32_t sequenceNumber, std::span<const FragmentSample> samples,
+                       std::int64_t end, std::span<const std::uint32_t> pictureSizes);
 
 } // namespace lumavex

@@ -5,22 +5,34 @@
 
 namespace lumavex {
 
+void SampleTable::append(const MovieSample& sample)
+{
+    if (count_ > 0) {
+        const std::size_t last = count_ - 1;
+        blocks_[last / kEntriesPerBlock][last % kEntriesPerBlock].duration =
+            static_cast<std::uint32_t>(sample.start - lastStart_);
+    }
+    if (count_ % kEntriesPerBlock == 0)
+        blocks_.emplace_back();
+    blocks_.back()[count_ % kEntriesPerBlock] = {sample.offset, sample.size, 0};
+    ++count_;
+    lastStart_ = sample.start;
+}
+
 void SampleTable::setEnd(std::int64_t end)
 {
-    const std::int64_t start = samples_.empty() ? 0 : samples_.back().start;
-    end_ = samples_.empty() ? 0 : std::clamp(end, start + 1, start + kLongestSample);
+    end_ = count_ == 0 ? 0 : std::clamp(end, lastStart_ + 1, lastStart_ + kLongestSample);
 }
 
 std::uint32_t SampleTable::durationOf(std::size_t index) const
 {
-    const std::int64_t next = index + 1 < samples_.size() ? samples_[index + 1].start : end_;
-    return static_cast<std::uint32_t>(next - samples_[index].start);
+    return index + 1 < count_ ? at(index).duration : static_cast<std::uint32_t>(end_ - lastStart_);
 }
 
 // A chunk is a run of samples that lie one behind the other, so that a repeated frame begins one of its own.
 bool SampleTable::beginsChunk(std::size_t index) const
 {
-    return index == 0 || samples_[index].offset != samples_[index - 1].offset + samples_[index - 1].size;
+    return index == 0 || at(index).offset != at(index - 1).offset + at(index - 1).size;
 }
 
 void SampleTable::writeTimeToSample(BoxWriter& writer) const
@@ -29,10 +41,10 @@ void SampleTable::writeTimeToSample(BoxWriter& writer) const
     const std::size_t countAt = writer.size();
     writer.u32(0);
     std::uint32_t entries = 0;
-    for (std::size_t i = 0; i < samples_.size(); ++entries) {
+    for (std::size_t i = 0; i < count_; ++entries) {
         const std::size_t first = i;
         const std::uint32_t duration = durationOf(first);
-        while (i < samples_.size() && durationOf(i) == duration)
+        while (i < count_ && durationOf(i) == duration)
             ++i;
         writer.u32(static_cast<std::uint32_t>(i - first));
         writer.u32(duration);
@@ -48,9 +60,9 @@ void SampleTable::writeSampleToChunk(BoxWriter& writer) const
     std::uint32_t entries = 0;
     std::uint32_t chunk = 0;
     std::size_t previousLength = 0;
-    for (std::size_t i = 0; i < samples_.size();) {
+    for (std::size_t i = 0; i < count_;) {
         const std::size_t first = i++;
-        while (i < samples_.size() && !beginsChunk(i))
+        while (i < count_ && !beginsChunk(i))
             ++i;
         ++chunk;
         if (i - first != previousLength) {
@@ -68,9 +80,9 @@ void SampleTable::writeSampleSizes(BoxWriter& writer) const
 {
     const BoxWriter::Box box(writer, "stsz", 0, 0);
     writer.u32(0); // no common size
-    writer.u32(static_cast<std::uint32_t>(samples_.size()));
-    for (const MovieSample& sample : samples_)
-        writer.u32(sample.size);
+    writer.u32(static_cast<std::uint32_t>(count_));
+    for (std::size_t i = 0; i < count_; ++i)
+        writer.u32(at(i).size);
 }
 
 void SampleTable::writeChunkOffsets(BoxWriter& writer) const
@@ -79,10 +91,10 @@ void SampleTable::writeChunkOffsets(BoxWriter& writer) const
     const std::size_t countAt = writer.size();
     writer.u32(0);
     std::uint32_t entries = 0;
-    for (std::size_t i = 0; i < samples_.size(); ++i) {
+    for (std::size_t i = 0; i < count_; ++i) {
         if (!beginsChunk(i))
             continue;
-        writer.u64(static_cast<std::uint64_t>(samples_[i].offset));
+        writer.u64(static_cast<std::uint64_t>(at(i).offset));
         ++entries;
     }
     writer.setU32At(countAt, entries);

@@ -3,9 +3,11 @@
 
 #include "platform/movie/BoxWriter.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <limits>
-#include <vector>
 
 namespace lumavex {
 
@@ -19,16 +21,17 @@ struct MovieSample {
 /// The longest that a sample can last, in ticks: durations are stored in 32 bits.
 inline constexpr std::int64_t kLongestSample = std::numeric_limits<std::uint32_t>::max();
 
-/// All samples of the file, in the order of their times, from which the sample tables of a complete moov are made.
-/// A plain value.
+/// All samples of the file, in the order of their times, from which the sample tables of a complete moov are made. It
+/// takes 16 bytes a sample. A plain value.
 class SampleTable {
 public:
-    /// The sample lasts until the start of the next one, or until end().
-    void append(const MovieSample& sample) { samples_.push_back(sample); }
+    /// Starts must grow, by kLongestSample at most. The sample lasts until the start of the next one, or until end().
+    void append(const MovieSample& sample);
     /// When the last sample ends, brought within what a sample can last.
     void setEnd(std::int64_t end);
 
-    const std::vector<MovieSample>& samples() const { return samples_; }
+    std::size_t count() const { return count_; }
+    std::int64_t lastStart() const { return lastStart_; } ///< ticks; 0 when there is no sample
     std::int64_t end() const { return end_; }
 
     void writeTimeToSample(BoxWriter& writer) const;  ///< stts
@@ -37,10 +40,22 @@ public:
     void writeChunkOffsets(BoxWriter& writer) const;  ///< co64
 
 private:
+    struct Entry {
+        std::int64_t offset;
+        std::uint32_t size;
+        std::uint32_t duration; ///< of the last one not yet known
+    };
+    // One array would, each time it grows, be there twice and half of it empty.
+    static constexpr std::size_t kEntriesPerBlock = 4096;
+    using Block = std::array<Entry, kEntriesPerBlock>;
+
+    const Entry& at(std::size_t index) const { return blocks_[index / kEntriesPerBlock][index % kEntriesPerBlock]; }
     std::uint32_t durationOf(std::size_t index) const;
     bool beginsChunk(std::size_t index) const;
 
-    std::vector<MovieSample> samples_;
+    std::deque<Block> blocks_;
+    std::size_t count_ = 0;
+    std::int64_t lastStart_ = 0;
     std::int64_t end_ = 0;
 };
 

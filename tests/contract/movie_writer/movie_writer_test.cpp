@@ -138,6 +138,27 @@ TEST_P(MovieWriterContract, RefusesWhatDoesNotFit)
     EXPECT_EQ(writer->error(), QString()) << "a refusal is not a failure";
 }
 
+TEST_P(MovieWriterContract, TakesFramesAsTheRowsThatChanged)
+{
+    auto writer = make();
+    auto& adaptor = writer->adaptor();
+    EXPECT_FALSE(adaptor.appendChangedRows_withPresentationTime(pixels(), {{0, 1}}, CMTimeMake(0, 1))) << "not started";
+    ASSERT_EQ(writer->startWriting(), QString());
+    const std::vector<RowRange> someRows = {{0, 3}, {100, 1}, {kHeight - 1, 1}};
+    EXPECT_TRUE(adaptor.appendChangedRows_withPresentationTime(pixels(), someRows, CMTimeMake(1, 30))) << "the first";
+    EXPECT_TRUE(adaptor.appendChangedRows_withPresentationTime(pixels(), someRows, CMTimeMake(2, 30)));
+    EXPECT_TRUE(adaptor.appendChangedRows_withPresentationTime(pixels(), {}, CMTimeMake(3, 30))) << "a repetition";
+    EXPECT_TRUE(adaptor.appendChangedRows_withPresentationTime(pixels(), {{0, kHeight}}, CMTimeMake(4, 30)));
+    EXPECT_FALSE(adaptor.appendChangedRows_withPresentationTime(pixels(kWidth, 8), {{0, 1}}, CMTimeMake(5, 30)));
+    EXPECT_FALSE(adaptor.appendChangedRows_withPresentationTime(nullptr, {}, CMTimeMake(5, 30)));
+    EXPECT_FALSE(adaptor.appendChangedRows_withPresentationTime(pixels(), {}, CMTimeMake(4, 30))) << "the same time";
+    const auto result = finish(*writer, CMTimeMake(5, 30));
+    EXPECT_EQ(result.error, QString());
+    EXPECT_EQ(result.frames, 4);
+    writer.reset();
+    EXPECT_EQ(released_, 7) << "those of repetitions and refusals too";
+}
+
 TEST_P(MovieWriterContract, TellsWhyItCannotStart)
 {
     for (const double width : {0.0, -4.0, std::nan("")})

@@ -40,11 +40,11 @@ protected:
     std::error_code appendFragment(int fragment)
     {
         JpegEncoder encoder;
-        std::vector<JpegBuffer> pictures(kFramesPerFragment / 3);
+        std::vector<JpegRows> pictures(kFramesPerFragment / 3);
         std::vector<std::span<const std::uint8_t>> parts;
         for (std::size_t i = 0; i < pictures.size(); ++i) {
             const auto pixels = pixelBufferOf(testPicture(kWidth, kHeight, fragment * 8 + static_cast<int>(i)));
-            EXPECT_TRUE(encoder.encode(*pixels, pictures[i]));
+            EXPECT_TRUE(encoder.encode(*pixels, allMacroblockRows(kHeight), pictures[i]));
             parts.push_back(pictures[i].bytes());
         }
         std::vector<FragmentSample> samples;
