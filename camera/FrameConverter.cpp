@@ -6,6 +6,7 @@
 #include <libyuv.h>
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 namespace lumavex {
@@ -13,8 +14,9 @@ namespace {
 
 /// Rows unpacked at a time, so that the colour controls find them in the processor's cache. Even, for halved planes.
 constexpr int kBand = 16;
-/// Against sizes that cannot be meant.
+/// Against sizes that cannot be meant: a damaged JPEG header may name any, and would be believed with gigabytes.
 constexpr int kLargestSide = 16384;
+constexpr std::int64_t kMostPixels = 64 << 20;
 
 const libyuv::YuvConstants* constantsOf(const CameraFrame& frame)
 {
@@ -38,9 +40,13 @@ QSize pictureSize(const QSize& frame, const QSize& wanted)
 void copyOpaque(const std::uint8_t* from, int fromStride, std::uint8_t* to, int stride, int width, int rows)
 {
     for (int y = 0; y < rows; ++y) {
-        const auto* source = reinterpret_cast<const std::uint32_t*>(from + std::ptrdiff_t(y) * fromStride);
+        const std::uint8_t* source = from + std::ptrdiff_t(y) * fromStride;
         auto* target = reinterpret_cast<std::uint32_t*>(to + std::ptrdiff_t(y) * stride);
-        std::transform(source, source + width, target, [](std::uint32_t pixel) { return pixel | 0xFF000000U; });
+        for (int x = 0; x < width; ++x) {
+            std::uint32_t pixel = 0; // the camera's rows may begin at any byte
+            std::memcpy(&pixel, source + std::ptrdiff_t(x) * 4, sizeof pixel);
+            target[x] = pixel | 0xFF000000U;
+        }
     }
 }
 
@@ -70,7 +76,8 @@ QImage FrameConverter::convert(const CameraFrame& frame, const std::optional<Col
     CameraFrame known = frame;
     if (frame.pixels == CameraPixels::Mjpeg)
         known.size = jpeg_->open(frame.planes[0], frame.bytes);
-    if (known.size.isEmpty() || known.size.width() > kLargestSide || known.size.height() > kLargestSide)
+    if (known.size.isEmpty() || known.size.width() > kLargestSide || known.size.height() > kLargestSide
+        || std::int64_t(known.size.width()) * known.size.height() > kMostPixels)
         return {};
     static const std::optional<ColorMatrix> none;
     const auto& used = controls && !controls->isNeutral() ? controls : none;

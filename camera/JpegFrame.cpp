@@ -31,9 +31,10 @@ bool JpegFrame::decode(std::uint8_t* to, int stride, const QSize& size)
 {
     if (!data_)
         return false;
-    // BGRA rather than BGRX: only then is the fourth byte promised to be 255.
-    const int result =
-        tjDecompress2(handle_.get(), data_, bytes_, to, size.width(), stride, size.height(), TJPF_BGRA, 0);
+    // BGRA rather than BGRX: only then is the fourth byte promised to be 255. A small picture of very many scans could
+    // keep the thread for minutes.
+    const int result = tjDecompress2(handle_.get(), data_, bytes_, to, size.width(), stride, size.height(), TJPF_BGRA,
+                                     TJFLAG_LIMITSCANS);
     return result == 0 || tjGetErrorCode(handle_.get()) == TJERR_WARNING;
 }
 

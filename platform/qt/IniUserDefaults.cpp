@@ -2,28 +2,18 @@
 #include "platform/qt/IniUserDefaults.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
-#include <QList>
-#include <QRegularExpression>
+#include <QFileInfo>
+#include <QSaveFile>
 #include <QStandardPaths>
 
 namespace lumavex {
 
 namespace {
 
-/// QSettings judges a section only once it is read, and the lines before the first section never.
-bool isIniText(const QByteArray& text)
-{
-    const QList<QByteArray> lines = text.split('\n');
-    for (const QByteArray& each : lines) {
-        const QByteArray line = each.trimmed();
-        const bool remark = line.isEmpty() || line.startsWith(';') || line.startsWith('#');
-        const bool section = line.startsWith('[') && line.endsWith(']');
-        if (!remark && !section && !line.contains('='))
-            return false;
-    }
-    return !text.contains('\0');
-}
+/// A hundred times what the program ever writes.
+constexpr qint64 kMostBytes = 1 << 20;
 
 } // namespace
 
@@ -33,66 +23,57 @@ QString userDefaultsPath()
            + QStringLiteral("/lumavex/lumavex.ini");
 }
 
-IniUserDefaults::IniUserDefaults(const QString& path)
-    : path_(path), settings_(std::make_unique<QSettings>(path, QSettings::IniFormat))
+IniUserDefaults::IniUserDefaults(const QString& path) : path_(path)
 {
     QFile file(path_);
     if (!file.exists())
         return;
-    if (!file.open(QIODevice::ReadOnly)) {
+    if (!QFileInfo(path_).isFile() || !file.open(QIODevice::ReadOnly)) {
         trouble_ = QCoreApplication::translate("UserDefaults",
                                                "The settings file %1 cannot be read. Default settings are used.")
                        .arg(path_);
-    } else if (!isIniText(file.readAll()) || settings_->status() == QSettings::FormatError) {
-        salvage();
+        return;
     }
+    IniText ini = readIni(file.read(kMostBytes));
+    values_ = std::move(ini.values);
+    if (ini.damaged || !file.atEnd())
+        keepDamaged();
 }
 
-void IniUserDefaults::salvage()
+void IniUserDefaults::keepDamaged()
 {
     const QString damaged = path_ + QStringLiteral(".damaged");
-    settings_.reset();
     QFile::remove(damaged);
     if (!QFile::rename(path_, damaged)) {
         trouble_ =
             QCoreApplication::translate("UserDefaults", "The settings file %1 is damaged and cannot be replaced.")
                 .arg(path_);
-        settings_ = std::make_unique<QSettings>(path_, QSettings::IniFormat);
         return;
     }
     trouble_ = QCoreApplication::translate(
                    "UserDefaults", "The settings file was damaged. What could be read of it is used; please check "
                                    "the settings. The damaged file was kept as %1.")
                    .arg(damaged);
+    save();
+}
 
-    settings_ = std::make_unique<QSettings>(path_, QSettings::IniFormat);
-    QFile file(damaged);
-    if (!file.open(QIODevice::ReadOnly))
-        return;
-    static const QRegularExpression line(QStringLiteral("^(\\w+)=\"?([^\"\\r\\n]*)\"?\\r?$"),
-                                         QRegularExpression::MultilineOption);
-    auto matches = line.globalMatch(QString::fromUtf8(file.readAll()));
-    while (matches.hasNext()) {
-        const auto match = matches.next();
-        settings_->setValue(match.captured(1), match.captured(2));
-    }
-    settings_->sync();
+bool IniUserDefaults::save() const
+{
+    QDir().mkpath(QFileInfo(path_).absolutePath());
+    QSaveFile file(path_);
+    return file.open(QIODevice::WriteOnly) && file.write(writeIni(values_)) >= 0 && file.commit();
 }
 
 std::optional<QString> IniUserDefaults::stringForKey(const QString& key) const
 {
-    const QVariant value = settings_->value(key);
-    // A text with commas in a file edited by hand reads as a list.
-    if (value.typeId() == QMetaType::QStringList)
-        return value.toStringList().join(QStringLiteral(", "));
-    return value.isValid() ? std::optional(value.toString()) : std::nullopt;
+    const auto it = values_.constFind(key);
+    return it != values_.constEnd() ? std::optional(*it) : std::nullopt;
 }
 
 void IniUserDefaults::setObject_forKey(const QString& text, const QString& key)
 {
-    settings_->setValue(key, text);
-    settings_->sync();
-    if (settings_->status() == QSettings::AccessError)
+    values_.insert(key, text);
+    if (!save())
         trouble_ = QCoreApplication::translate("UserDefaults", "The settings cannot be saved in %1.").arg(path_);
 }
 

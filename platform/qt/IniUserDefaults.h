@@ -2,10 +2,7 @@
 #pragma once
 
 #include "platform/UserDefaults.h"
-
-#include <QSettings>
-
-#include <memory>
+#include "platform/qt/IniText.h"
 
 namespace lumavex {
 
@@ -20,10 +17,11 @@ public:
     QString trouble() const override { return trouble_; }
 
 private:
-    void salvage();
+    void keepDamaged();
+    bool save() const;
 
     QString path_;
-    std::unique_ptr<QSettings> settings_;
+    IniValues values_;
     QString trouble_;
 };
 

@@ -3,7 +3,9 @@
 
 #include "platform/fake/FakeCameraFrame.h"
 
+#include <QBuffer>
 #include <QColor>
+#include <QImageWriter>
 
 #include <gtest/gtest.h>
 #include <turbojpeg.h>
@@ -217,6 +219,42 @@ TEST(FrameConverter, DamagedFramesGiveNoPictureOrWhatIsThere)
     EXPECT_TRUE(converter.convert(empty, kNoControls).isNull());
     empty.size = {-5, 100000};
     EXPECT_TRUE(converter.convert(empty, kNoControls).isNull());
+}
+
+TEST(FrameConverter, AJpegHeaderThatAsksForTooMuchIsNotBelieved)
+{
+    FrameConverter converter;
+    const FakeCameraFrame packed(solid({64, 48}, qRgb(20, 200, 20)), CameraPixels::Mjpeg);
+    QByteArray bytes(reinterpret_cast<const char*>(packed.frame().planes[0]), qsizetype(packed.frame().bytes));
+    const qsizetype sizeAt = bytes.indexOf("\xff\xc0") + 5; // of the SOF0 segment, height before width
+    bytes.replace(sizeAt, 4, "\x30\x00\x30\x00", 4);        // 12288 each
+    CameraFrame frame = packed.frame();
+    frame.planes[0] = reinterpret_cast<const std::uint8_t*>(bytes.constData());
+    EXPECT_TRUE(converter.convert(frame, kNoControls).isNull());
+    frame.picture = {64, 48};
+    EXPECT_TRUE(converter.convert(frame, kNoControls).isNull());
+}
+
+TEST(FrameConverter, AJpegPictureOfVeryManyScansIsGivenUp)
+{
+    QBuffer buffer;
+    QImageWriter writer(&buffer, "jpg");
+    writer.setProgressiveScanWrite(true);
+    ASSERT_TRUE(writer.write(solid({64, 48}, qRgb(20, 200, 20))));
+    QByteArray bytes = buffer.data();
+    FrameConverter converter;
+    const auto convert = [&] {
+        CameraFrame frame;
+        frame.pixels = CameraPixels::Mjpeg;
+        frame.planes[0] = reinterpret_cast<const std::uint8_t*>(bytes.constData());
+        frame.bytes = std::size_t(bytes.size());
+        return converter.convert(frame, kNoControls);
+    };
+    EXPECT_FALSE(convert().isNull());
+    const qsizetype lastScan = bytes.lastIndexOf("\xff\xda");
+    const QByteArray scan = bytes.mid(lastScan, bytes.size() - 2 - lastScan);
+    bytes.insert(lastScan, scan.repeated(600));
+    EXPECT_TRUE(convert().isNull());
 }
 
 TEST(FrameConverter, LargerFramesAreCutToTheShapeAndScaledOnce)

@@ -2,6 +2,7 @@
 #include "platform/qt/IniUserDefaults.h"
 
 #include <QFile>
+#include <QSettings>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -33,6 +34,49 @@ TEST(IniUserDefaults, AWriteIsOnDiskAtOnceAndAbsentIsNotEmpty)
     EXPECT_EQ(again.trouble(), QString());
 }
 
+TEST(IniUserDefaults, EveryTextComesBackAndQSettingsReadsTheSame)
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("lumavex.ini"));
+    for (const QString& text :
+         {QStringLiteral(" spaces "), QStringLiteral("@Variant(\\0\\x9)"), QStringLiteral("@@at"),
+          QStringLiteral("a\nb\t\x01"
+                         "7f"),
+          QStringLiteral("C:\\x41 \"quoted\"; # = ,"), QStringLiteral("Ünï 📷"), QString(QChar(0xD83D))}) {
+        IniUserDefaults(path).setObject_forKey(text, QStringLiteral("k"));
+        EXPECT_EQ(IniUserDefaults(path).stringForKey(QStringLiteral("k")), text) << text.toStdString();
+        EXPECT_EQ(QSettings(path, QSettings::IniFormat).value(QStringLiteral("k")).toString(), text)
+            << text.toStdString();
+        EXPECT_EQ(IniUserDefaults(path).trouble(), QString());
+    }
+}
+
+TEST(IniUserDefaults, WhatQSettingsWroteAndWhatIsWrittenByHandIsRead)
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("lumavex.ini"));
+    const QString text = QStringLiteral("@Cam, \"the\" = \\ ü\x02"
+                                        "a");
+    QSettings(path, QSettings::IniFormat).setValue(QStringLiteral("k"), text);
+    EXPECT_EQ(IniUserDefaults(path).stringForKey(QStringLiteral("k")), text);
+
+    write(path, "; remark\r\nbefore = 1\r\n[Other]\nbefore=2\n[General]\nname = Cam, the second \n");
+    const IniUserDefaults byHand(path);
+    EXPECT_EQ(byHand.trouble(), QString());
+    EXPECT_EQ(byHand.stringForKey(QStringLiteral("before")), QStringLiteral("1"));
+    EXPECT_EQ(byHand.stringForKey(QStringLiteral("name")), QStringLiteral("Cam, the second"));
+}
+
+TEST(IniUserDefaults, AValueThatClaimsToBeAnObjectIsText)
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("lumavex.ini"));
+    write(path, "[General]\na=@Variant(\\0\\0\\0\\x46\\x7f\\xff\\xff\\xff)\nb=2\n");
+    const IniUserDefaults defaults(path);
+    EXPECT_TRUE(defaults.stringForKey(QStringLiteral("a"))->startsWith(QStringLiteral("@Variant(")));
+    EXPECT_EQ(defaults.stringForKey(QStringLiteral("b")), QStringLiteral("2"));
+}
+
 TEST(IniUserDefaults, ADamagedFileIsKeptItsReadableLinesAreUsedAndTheUserIsTold)
 {
     QTemporaryDir folder;
@@ -50,7 +94,8 @@ TEST(IniUserDefaults, ADamagedFileIsKeptItsReadableLinesAreUsedAndTheUserIsTold)
 
 TEST(IniUserDefaults, WhateverTheDamageTheFileIsKept)
 {
-    for (const QByteArray& damaged : {QByteArray("abc"), QByteArray("[General]\na=1\nabc\n"), QByteArray(4096, '\0')}) {
+    for (const QByteArray& damaged : {QByteArray("abc"), QByteArray("[General]\na=1\nabc\n"), QByteArray(4096, '\0'),
+                                      QByteArray("a=").append(QByteArray(2 << 20, 'x'))}) {
         QTemporaryDir folder;
         const QString path = folder.filePath(QStringLiteral("lumavex.ini"));
         write(path, damaged);
