@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
-#include <QImageReader>
+#include "platform/PictureFile.h"
 
 namespace lumavex {
 
@@ -19,13 +19,11 @@ void AppDelegate::applyOverlayOption()
 {
     if (options_.overlay.isEmpty())
         return;
-    QImageReader reader(options_.overlay);
-    reader.setAutoTransform(true); // photographs say which side is up
-    const QImage picture = reader.read();
+    const QImage picture = readPictureFile(options_.overlay);
     if (picture.isNull()) {
         if (launchProblem.isEmpty())
-            launchProblem =
-                tr("The overlay %1 cannot be read as a picture. %2").arg(options_.overlay, reader.errorString());
+            launchProblem = tr("The overlay %1 cannot be read as a picture. Choose a bmp, gif, jpeg, png or tiff file.")
+                                .arg(options_.overlay);
         return;
     }
     compose.imgOverlay = picture;

@@ -2,11 +2,11 @@
 #include "settings_dialog/Window_Configurations.h"
 
 #include "platform/Dialogs.h"
+#include "platform/PictureFile.h"
 
 #include "ui_Window_Configurations.h"
 
 #include <QCloseEvent>
-#include <QImageReader>
 
 #include <algorithm>
 #include <cmath>
@@ -292,9 +292,7 @@ void Window_Configurations::OnBrowseForImage()
     const std::optional<QString> path = dialogs_.runOpenPanel(tr("Choose the overlay picture"), overlayTypes);
     if (!path)
         return;
-    QImageReader reader(*path);
-    reader.setAutoTransform(true); // photographs say which side is up
-    live_.imgOverlay = reader.read();
+    live_.imgOverlay = readPictureFile(*path);
     ui_->imageviewOverlay->setPicture(live_.imgOverlay, tr("This file cannot be read as a picture."));
     Q_EMIT liveSettingsChanged();
     showValues();
