@@ -35,6 +35,18 @@ bool SampleTable::beginsChunk(std::size_t index) const
     return index == 0 || at(index).offset != at(index - 1).offset + at(index - 1).size;
 }
 
+std::vector<MovieSample> SampleTable::samples() const
+{
+    std::vector<MovieSample> all(count_);
+    std::int64_t start = lastStart_;
+    for (std::size_t i = count_; i-- > 0;) {
+        if (i + 1 < count_)
+            start -= at(i).duration;
+        all[i] = {start, at(i).offset, at(i).size};
+    }
+    return all;
+}
+
 void SampleTable::writeTimeToSample(BoxWriter& writer) const
 {
     const BoxWriter::Box box(writer, "stts", 0, 0);
