@@ -146,6 +146,10 @@ public:
     /// Tells what an earlier, killed run left and completes it.
     void finishRescue();
 
+    // --- Statistics: AppDelegate_Statistics.cpp ---
+    /// Makes the file that the options name, if any. Empty, or why it cannot be written, in the user's words.
+    QString openStatistics();
+
     // --- Processor load: AppDelegate_ProcessorLoad.cpp ---
     void updateInfo();
     void Show_Window_Can_Not_Record();
@@ -204,6 +208,10 @@ private:
     void composeOutput(const FrameInputs& inputs, bool record);
     void savePicture(const CVPixelBufferRef& frame);
     void pictureWritten(const QString& problem);
+
+    RecordingStatistics statistics() const; ///< only after a recording was started
+    void beginStatistics();
+    void writeStatistics();
 
     void beginProgress();
     void setProgress(float percentage);

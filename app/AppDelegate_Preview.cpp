@@ -105,8 +105,10 @@ void AppDelegate::TimerRefreshViewRoutine(const TimerFiring& firing)
     // The machine could not keep up: this frame's time has passed, so the previous picture stands for it, which costs
     // next to nothing and keeps the rate constant. A snapshot needs a frame of its own.
     if (firing.overtaken && !compose.b_Take_Picture && (!record || lastAppended_)) {
-        if (record)
+        if (record) {
+            ++recording.frameCounts.late;
             appendFrame(nullptr);
+        }
         return;
     }
     const FrameInputs inputs = frameInputs();
@@ -142,6 +144,7 @@ void AppDelegate::composeOutput(const FrameInputs& inputs, bool record)
     compose.b_Take_Picture = false;
     if (record && frame) {
         lastAppended_ = inputs;
+        ++recording.frameCounts.composed;
         appendFrame(frame);
     } else if (record) {
         stopBecause(tr("There is not enough memory to compose the movie's frames."));
@@ -158,6 +161,7 @@ void AppDelegate::TimerDebug1SecondRoutine()
         recording.i_fps_of_Recording, recording.i_debug_number_of_view_refresh, recording.i_Actual_FPS_while_Recording);
     recording.i_debug_number_of_view_refresh = 0;
     watchFreeSpace();
+    writeStatistics();
 }
 
 } // namespace lumavex

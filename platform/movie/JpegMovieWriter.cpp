@@ -33,6 +33,7 @@ public:
     QString startWriting() override;
     QString error() const override;
     std::int64_t bytesWritten() const override { return file_.bytesWritten(); }
+    MovieWriterStatistics statistics() const override;
     void finishWritingWithCompletionHandler(CMTime end, std::function<void(const Result&)> handler) override;
 
 private:
@@ -64,6 +65,7 @@ private:
     State state_ = State::Idle;
     std::optional<std::int64_t> lastTime_; ///< ticks, as handed over
     std::int64_t lastStart_ = 0;           ///< ticks, as it lies in the file
+    MovieWriterStatistics counts_;         ///< without what the queue and the file tell
 
     // The file thread, from startWriting on.
     HybridMp4File file_;
@@ -138,6 +140,7 @@ bool JpegMovieWriter::appendPixelBuffer_withPresentationTime(CVPixelBufferRef bu
     if (!accepted || !frames_.encode(std::move(buffer), startOf(*accepted)))
         return false;
     accept(*accepted);
+    ++counts_.encoded;
     return true;
 }
 
@@ -153,7 +156,16 @@ bool JpegMovieWriter::appendPrevious_withPresentationTime(CMTime time)
     if (!accepted || !lastTime_ || !frames_.repeat(startOf(*accepted)))
         return false;
     accept(*accepted);
+    ++counts_.repeated;
     return true;
+}
+
+MovieWriterStatistics JpegMovieWriter::statistics() const
+{
+    MovieWriterStatistics now = counts_;
+    now.queued = static_cast<std::int64_t>(frames_.queued());
+    now.bytes = bytesWritten();
+    return now;
 }
 
 void JpegMovieWriter::finishWritingWithCompletionHandler(CMTime end, std::function<void(const Result&)> handler)
