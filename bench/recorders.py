@@ -11,6 +11,7 @@ import os
 import resource
 import shutil
 import subprocess
+import sys
 import tempfile
 import time
 from dataclasses import dataclass
@@ -18,7 +19,8 @@ from pathlib import Path
 
 CAMERA_SIZE = (640, 480)
 TICKS = os.sysconf("SC_CLK_TCK")
-OVERLAY = Path(__file__).resolve().parent.parent / "resources" / "images" / "SelectImage.png"
+ROOT = Path(__file__).resolve().parent.parent
+OVERLAY = ROOT / "resources" / "images" / "SelectImage.png"
 
 
 @dataclass
@@ -29,6 +31,7 @@ class Recording:
     frames: int  # made of new pictures
     late: int  # repeated because the machine could not keep up
     movie: str
+    lateness: tuple = ()  # seconds by which the latest picture was taken too late, of each second; of ours alone
 
     def per_frame(self):
         return 1000 * self.own / max(1, self.frames)
@@ -103,6 +106,17 @@ def frames_and_seconds(movie):
 def of_other(usage, movie, seconds):
     frames, _ = frames_and_seconds(movie)
     return Recording(*usage, seconds, frames, 0, movie)
+
+
+def on_display(size, script, options, arguments):
+    """Runs the script again, with --inside, on a screen of this size with a sound server and cameras; its status."""
+    support = ROOT / "tests" / "support"
+    command = [support / "with-display", "--size", f"{size}x24", support / "with-sound", support / "with-camera",
+               sys.executable, script, "--inside", options.build, *arguments]  # fmt: skip
+    if options.json:
+        command += ["--json", Path(options.json).resolve()]
+    environment = dict(os.environ, LUMAVEX=f"{options.build}/lumavex", LUMAVEX_SCENE="")
+    return subprocess.run(list(map(str, command)), env=environment, check=False).returncode
 
 
 class Bench:
@@ -213,7 +227,7 @@ class Bench:
     def of_ours(self, usage, stats, movie):
         lines = [json.loads(line) for line in Path(stats).read_text(encoding="ascii").splitlines()]
         frames, late = (sum(line[name] for line in lines) for name in ("composed", "late"))
-        return Recording(*usage, lines[-1]["time"], frames, late, movie)
+        return Recording(*usage, lines[-1]["time"], frames, late, movie, tuple(line["lateness"] for line in lines))
 
     # --- The others ---
 

@@ -1,7 +1,10 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """The rows of bench/recorder-cost's table. Each measures in turns within one run and gives ratios."""
 
+import dataclasses
+import json
 import statistics
+import sys
 from dataclasses import dataclass, field
 
 import quality
@@ -22,6 +25,19 @@ class Figure:
     @property
     def holds(self):
         return None if self.value is None else self.value <= self.limit
+
+
+def show(figure, json_file):
+    """Prints the figure, and adds it to the file if there is one."""
+    value = "skipped" if figure.value is None else f"{figure.value:.3f}"
+    verdict = {None: "", True: "holds", False: "DOES NOT HOLD"}[figure.holds]
+    print(f"{figure.row:>3}  {figure.what:<82} {value:>8}  at most {figure.limit:.2f}  {verdict}")
+    for note in figure.notes:
+        print(f"       {note}")
+    sys.stdout.flush()
+    if json_file:
+        with open(json_file, "a", encoding="ascii") as file:
+            file.write(json.dumps({**dataclasses.asdict(figure), "holds": figure.holds}) + "\n")
 
 
 def median(values):
@@ -64,15 +80,14 @@ def composed(bench, rounds, wanted):
 
 
 def sustained(record, seconds):
-    """Frames a second really made at the highest offered rate that was kept, and what became of the next one."""
-    best, after = 0.0, ""
+    """The most frames a second really made while rising rates are offered until one is not kept, and which that is."""
+    best = 0.0
     for rate in OFFERED_RATES:
         frames = record(rate).frames / seconds
+        best = max(best, frames)
         if frames < KEPT * rate:
-            after = f", {frames:.1f} of {rate} offered"
-            break
-        best = frames
-    return best, after
+            return best, f", {rate} offered were not kept"
+    return best, f", all that was offered up to {OFFERED_RATES[-1]}"
 
 
 def highest_rate(bench, rounds, _wanted):
@@ -87,8 +102,8 @@ def highest_rate(bench, rounds, _wanted):
             rate, after = sustained(lambda r: bench.ffmpeg(r, seconds=seconds, threads=("-threads", "2")), seconds)
             theirs.append(rate)
             notes.append(f"ffmpeg {rate:.1f} a second{after}")
-    value = median(theirs) / median(ours) if median(ours) else None
-    yield Figure("3", "highest sustained rate of ffmpeg -threads 2, bare screen / ours, composed", 0.40, value, notes)
+    what = "highest sustained rate of ffmpeg -threads 2, bare screen / ours, composed"
+    yield Figure("3", what, 0.40, median(theirs) / median(ours), notes)
 
 
 def share_of_full_cost(bench, figure, rounds, rate, options):
