@@ -136,6 +136,10 @@ public:
     /// Whether the refresh that was due at `deadline` belongs to the running recording.
     bool isRecordingAt(Nanoseconds deadline) const;
 
+    // --- Statistics: AppDelegate_Statistics.cpp ---
+    /// Makes the file that the options name, if any. Empty, or why it cannot be written, in the user's words.
+    QString openStatistics();
+
     // --- Finishing: AppDelegate_Finishing.cpp ---
     void OnToolbarStop();
     /// Stop as if pressed at `stoppedAt`, which has passed: what was recorded since is left out.
@@ -145,10 +149,6 @@ public:
     void stopBecause(const QString& reason);
     /// Tells what an earlier, killed run left and completes it.
     void finishRescue();
-
-    // --- Statistics: AppDelegate_Statistics.cpp ---
-    /// Makes the file that the options name, if any. Empty, or why it cannot be written, in the user's words.
-    QString openStatistics();
 
     // --- Processor load: AppDelegate_ProcessorLoad.cpp ---
     void updateInfo();

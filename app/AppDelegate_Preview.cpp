@@ -105,10 +105,9 @@ void AppDelegate::TimerRefreshViewRoutine(const TimerFiring& firing)
     // The machine could not keep up: this frame's time has passed, so the previous picture stands for it, which costs
     // next to nothing and keeps the rate constant. A snapshot needs a frame of its own.
     if (firing.overtaken && !compose.b_Take_Picture && (!record || lastAppended_)) {
-        if (record) {
-            ++recording.frameCounts.late;
+        recording.frameCounts.late += record ? 1 : 0;
+        if (record)
             appendFrame(nullptr);
-        }
         return;
     }
     const FrameInputs inputs = frameInputs();
@@ -142,9 +141,9 @@ void AppDelegate::composeOutput(const FrameInputs& inputs, bool record)
     if (compose.b_Take_Picture && frame)
         savePicture(frame);
     compose.b_Take_Picture = false;
+    recording.frameCounts.composed += record && frame ? 1 : 0;
     if (record && frame) {
         lastAppended_ = inputs;
-        ++recording.frameCounts.composed;
         appendFrame(frame);
     } else if (record) {
         stopBecause(tr("There is not enough memory to compose the movie's frames."));

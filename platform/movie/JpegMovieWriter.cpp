@@ -63,9 +63,9 @@ private:
 
     // Main thread.
     State state_ = State::Idle;
+    MovieWriterStatistics counts_;         ///< without what the queue and the file tell
     std::optional<std::int64_t> lastTime_; ///< ticks, as handed over
     std::int64_t lastStart_ = 0;           ///< ticks, as it lies in the file
-    MovieWriterStatistics counts_;         ///< without what the queue and the file tell
 
     // The file thread, from startWriting on.
     HybridMp4File file_;
