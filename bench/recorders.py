@@ -256,7 +256,7 @@ class Bench:
         graph = f"[1]scale={self.screen[0] // 4}:-2[camera];[0][camera]overlay=W-w-32:H-h-32[both]"
         if self.knows_overlay():
             inputs += ["-loop", "1", "-framerate", "1", "-i", str(OVERLAY)]
-            graph += ";[2]scale=300:-2[picture];[both][picture]overlay=32:H-h-32"
+            graph += ";[2]scale=300:-2[picture];[both][picture]overlay=32:32"
         return self.ffmpeg(rate, "-filter_complex", graph.removesuffix("[both]"), inputs=inputs)
 
     def gstreamer(self, rate, jpeg_quality, seconds=None):

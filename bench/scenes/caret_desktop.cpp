@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// caret_desktop [BLINKS]: a desktop with a page of text on which nothing happens but a caret that blinks BLINKS times a second
-// (1 unless told; 0 stands still).
+// caret_desktop [BLINKS]: a desktop with a page of text on which nothing happens but a caret that blinks BLINKS times a
+// second (1 unless told; 0 stands still).
 #include <QApplication>
 #include <QPainter>
 #include <QPixmap>
