@@ -154,6 +154,10 @@ public:
     /// Whether the refresh that was due at `deadline` belongs to the running recording.
     bool isRecordingAt(Nanoseconds deadline) const;
 
+    // --- Statistics: AppDelegate_Statistics.cpp ---
+    /// Makes the file that the options name, if any. Empty, or why it cannot be written, in the user's words.
+    QString openStatistics();
+
     // --- Finishing: AppDelegate_Finishing.cpp ---
     void OnToolbarStop();
     /// Stop as if pressed at `stoppedAt`, which has passed: what was recorded since is left out.
@@ -244,6 +248,10 @@ private:
     QString offerPicture(const TakenPicture& picture);
     QString placePicture(const TakenPicture& picture, const QString& path);
     void tellPictureSaved(const QString& path);
+
+    RecordingStatistics statistics() const; ///< only after a recording was started
+    void beginStatistics();
+    void writeStatistics();
 
     void beginProgress();
     void setProgress(float percentage);

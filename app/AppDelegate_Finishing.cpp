@@ -40,6 +40,7 @@ void AppDelegate::stopRecording(Nanoseconds stoppedAt)
 
     beginProgress();
     QStringList problems{finishWriter(stoppedAt)};
+    writeStatistics();
     showControlsOf(Idle);
     recording.m_RecordStatus = Idle;
     recording.i_Orig_Duration_in_Seconds = static_cast<std::uint64_t>(recording.m_Seconds_of_Recording);

@@ -105,6 +105,7 @@ void AppDelegate::TimerRefreshViewRoutine(const TimerFiring& firing)
     // The machine could not keep up: this frame's time has passed, so the previous picture stands for it, which costs
     // next to nothing and keeps the rate constant. A snapshot needs a frame of its own.
     if (firing.overtaken && !compose.b_Take_Picture && (!record || lastAppended_)) {
+        recording.frameCounts.late += record ? 1 : 0;
         if (record)
             appendFrame(nullptr);
         return;
@@ -140,6 +141,7 @@ void AppDelegate::composeOutput(const FrameInputs& inputs, bool record)
     if (compose.b_Take_Picture)
         savePicture(frame);
     compose.b_Take_Picture = false;
+    recording.frameCounts.composed += record && frame ? 1 : 0;
     if (record && frame) {
         lastAppended_ = inputs;
         appendFrame(frame);
@@ -159,6 +161,7 @@ void AppDelegate::TimerDebug1SecondRoutine()
         recording.i_fps_of_Recording, recording.i_debug_number_of_view_refresh, recording.i_Actual_FPS_while_Recording);
     recording.i_debug_number_of_view_refresh = 0;
     watchFreeSpace();
+    writeStatistics();
 }
 
 } // namespace lumavex

@@ -83,6 +83,7 @@ void AppDelegate::startRecording()
     recording.m_Seconds_of_Recording = 0;
     recording.i_Frames_Appended = 0;
     lastAppended_.reset();
+    beginStatistics();
 
     if (recording.b_Record_Include_Audio == 1) {
         recording.soundRecorder = platform_.createSoundRecorder(
@@ -132,6 +133,7 @@ void AppDelegate::OnToolbarPause()
     recording.durationRemainder = runLoop.nextDeadline(recording.recordTimer) - now;
     if (recording.soundRecorder)
         recording.soundRecorder->pause(now);
+    recording.recordedBefore += now - recording.notBefore;
     recording.m_RecordStatus = Paused;
     showControlsOf(Paused);
     runLoop.invalidate(recording.recordTimer);

@@ -4,10 +4,15 @@
 #include "app/Window_Main.h"
 #include "capture/FollowCursor.h"
 
+#include <algorithm>
+
 namespace lumavex {
 
 void AppDelegate::TimerRefreshVideoRoutine(const TimerFiring& firing)
 {
+    if (isRecordingAt(firing.deadline))
+        recording.frameCounts.lateness =
+            std::max(recording.frameCounts.lateness, platform_.runLoop->now() - firing.deadline);
     // Overtaken: the next grab is due already, and its frame is the one that will be composed, unless a picture waits.
     if (isFrameWanted() && (!firing.overtaken || compose.b_Take_Picture))
         grabScreen();

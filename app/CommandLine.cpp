@@ -219,6 +219,11 @@ const Option optionTable[] = {
          options.load = LaunchOptions::Load::Ignore;
          return QString();
      }},
+    {"stats", "FILE", QT_TRANSLATE_NOOP("CommandLine", "While recording, write a line of JSON figures a second."),
+     [](const QString& value, LaunchOptions& options) {
+         options.stats = value;
+         return value.isEmpty() ? translated("must name a file") : QString();
+     }},
     {"list-cameras", nullptr, QT_TRANSLATE_NOOP("CommandLine", "Print the cameras' names and end."),
      applyList<LaunchOptions::List::Cameras>},
     {"list-windows", nullptr, QT_TRANSLATE_NOOP("CommandLine", "Print the windows' names, front to back, and end."),

@@ -18,6 +18,8 @@ struct LaunchOptions {
     enum class Existing { Refuse, Overwrite } existing = Existing::Refuse;
     enum class Load { Refuse, Ignore } load = Load::Refuse; ///< what an overloaded machine does to a recording
 
+    QString stats; ///< file for a line of JSON a second; empty for none
+
     std::optional<std::int64_t> framesPerSecond;
     std::optional<CGSize> size; ///< output size; 0 x 0 for the screen's
     std::optional<bool> sound;

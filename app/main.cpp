@@ -63,6 +63,8 @@ int run(const LaunchOptions& options, Platform& platform, SingleInstance& instan
 
     Window_Main window;
     AppDelegate app(platform, window, options);
+    if (const QString problem = app.openStatistics(); !problem.isEmpty())
+        return fail(problem);
     connectCommands(window, app);
     app.awakeFromNib();
     if (!app.applicationDidFinishLaunching())

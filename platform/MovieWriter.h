@@ -87,6 +87,15 @@ public:
     virtual bool appendPrevious_withPresentationTime(CMTime time) = 0;
 };
 
+/// What a writer was given since startWriting, as plain numbers. The first three add up to the movie's frames.
+struct MovieWriterStatistics {
+    std::int64_t encoded = 0;  ///< frames encoded whole
+    std::int64_t spliced = 0;  ///< frames of which only the changed rows were encoded
+    std::int64_t repeated = 0; ///< frames that share the bytes of the one before
+    std::int64_t queued = 0;   ///< frames on their way to the file now
+    std::int64_t bytes = 0;    ///< in the file
+};
+
 /// Writes one movie file with one Motion JPEG track, in MPEG-4 form (ISO/IEC 14496-12), so that it can be played
 /// after a crash at any time but for about the last second. Frames are encoded by worker threads, bounded and in order.
 /// The file's timeline starts at zero: the first frame is shown from zero to the second frame's time.
@@ -110,6 +119,8 @@ public:
     virtual QString error() const = 0;
     /// Bytes in the file so far. Any thread.
     virtual std::int64_t bytesWritten() const = 0;
+    /// Main thread.
+    virtual MovieWriterStatistics statistics() const = 0;
 
     /// Encodes and writes what is queued, turns the file into an ordinary one in place and flushes it to disk.
     /// `end` is when the last frame ends. Returns at once; the handler is called once, on a thread of the writer's.

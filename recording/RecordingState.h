@@ -5,6 +5,7 @@
 #include "platform/MovieWriter.h"
 #include "platform/RunLoop.h"
 #include "platform/SoundRecorder.h"
+#include "recording/RecordingStatistics.h"
 #include "recording/Window_Progress.h"
 #include "recording/WriterReadiness.h"
 
@@ -36,7 +37,11 @@ struct RecordingState {
     std::int64_t i_Frames_Appended = 0;              ///< of this recording, repeated ones among them
     CMTime m_Current_Video_Frame;                    ///< time of the next frame
     CGSize size_Movie;                               ///< what the writer was made for, whatever the output size is now
-    Nanoseconds notBefore{0}; ///< refreshes that were due earlier belong to the time before Record or Resume
+    Nanoseconds notBefore{0};      ///< refreshes that were due earlier belong to the time before Record or Resume
+    Nanoseconds recordedBefore{0}; ///< recorded time up to the latest Pause
+
+    FrameCounts frameCounts;
+    StatisticsFile statisticsFile; ///< open only when the user wants statistics
 
     QString s_Video_File_Source; ///< the writer's file
     QString s_Sound_File_Source; ///< the sound file, which exists only with sound

@@ -167,6 +167,16 @@ std::int64_t FakeMovie::bytes() const
     return static_cast<std::int64_t>(appends_.size());
 }
 
+MovieWriterStatistics FakeMovie::statistics() const
+{
+    const std::lock_guard lock(mutex_);
+    MovieWriterStatistics counts;
+    for (const Append& append : appends_)
+        ++(append.repeated ? counts.repeated : counts.encoded);
+    counts.bytes = static_cast<std::int64_t>(appends_.size());
+    return counts;
+}
+
 void FakeMovie::requestFinish(CMTime end)
 {
     const std::lock_guard lock(mutex_);
@@ -198,6 +208,7 @@ public:
     QString startWriting() override { return movie_->start(path_, settings_); }
     QString error() const override { return movie_->error(); }
     std::int64_t bytesWritten() const override { return movie_->bytes(); }
+    MovieWriterStatistics statistics() const override { return movie_->statistics(); }
     void finishWritingWithCompletionHandler(CMTime end, std::function<void(const Result&)> handler) override
     {
         movie_->requestFinish(end);

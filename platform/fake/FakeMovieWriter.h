@@ -49,6 +49,7 @@ public:
     bool accept(CMTime time, const CVPixelBuffer* pixels); ///< null for a repetition
     QString error() const;
     std::int64_t bytes() const; ///< one per accepted append
+    MovieWriterStatistics statistics() const;
     void requestFinish(CMTime end);
     MovieWriter::Result awaitFinish(); ///< blocks while finishing is held
 

@@ -58,6 +58,12 @@ bool EncoderWorkers::isReady() const
     return isReadyLocked();
 }
 
+std::size_t EncoderWorkers::queued() const
+{
+    const std::lock_guard lock(mutex_);
+    return static_cast<std::size_t>(put_ - taken_);
+}
+
 EncoderWorkers::Slot& EncoderWorkers::put(std::int64_t start)
 {
     Slot& slot = ring_[put_ % ring_.size()];

@@ -53,7 +53,8 @@ public:
     /// Lets no more frames in. Those that are in can still be taken, or are discarded.
     void close(Rest rest);
 
-    bool isReady() const; ///< any thread
+    bool isReady() const;       ///< any thread
+    std::size_t queued() const; ///< frames put in and not taken yet; any thread
     /// `becameReady` is called on the taking thread or a worker's, without a lock of the queue held. When this returns,
     /// the previous observer is not running and will not be called again. Not to be called by the observer.
     void observeReadiness(std::function<void()> becameReady);

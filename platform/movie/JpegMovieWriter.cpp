@@ -33,6 +33,7 @@ public:
     QString startWriting() override;
     QString error() const override;
     std::int64_t bytesWritten() const override { return file_.bytesWritten(); }
+    MovieWriterStatistics statistics() const override;
     void finishWritingWithCompletionHandler(CMTime end, std::function<void(const Result&)> handler) override;
 
 private:
@@ -66,6 +67,7 @@ private:
 
     // Main thread.
     State state_ = State::Idle;
+    MovieWriterStatistics counts_;         ///< without what the queue and the file tell
     std::optional<std::int64_t> lastTime_; ///< ticks, as handed over
     std::int64_t lastStart_ = 0;           ///< ticks, as it lies in the file
     std::vector<MacroblockRows> changedRuns_;
@@ -146,6 +148,7 @@ bool JpegMovieWriter::append(CVPixelBufferRef buffer, std::span<const Macroblock
     if (!accepted || !frames_.encode(std::move(buffer), runs, startOf(*accepted)))
         return false;
     accept(*accepted);
+    ++counts_.encoded;
     return true;
 }
 
@@ -175,7 +178,16 @@ bool JpegMovieWriter::appendPrevious_withPresentationTime(CMTime time)
     if (!accepted || !lastTime_ || !frames_.repeat(startOf(*accepted)))
         return false;
     accept(*accepted);
+    ++counts_.repeated;
     return true;
+}
+
+MovieWriterStatistics JpegMovieWriter::statistics() const
+{
+    MovieWriterStatistics now = counts_;
+    now.queued = static_cast<std::int64_t>(frames_.queued());
+    now.bytes = bytesWritten();
+    return now;
 }
 
 void JpegMovieWriter::finishWritingWithCompletionHandler(CMTime end, std::function<void(const Result&)> handler)

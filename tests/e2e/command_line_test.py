@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Recording from the command line: options, exit statuses, what is printed, signals."""
 
+import json
 import os
 import pty
 import re
@@ -69,6 +70,32 @@ class CommandLineTest(EndToEndTest):
         relative.wait()
         self.addCleanup(Path("relative.mov").unlink, missing_ok=True)
         self.assertEqual(relative.stdout, f"{Path('relative.mov').absolute()}\n")
+
+    def test_statistics_tell_of_every_frame(self):
+        home = self.home().make_settings()
+        movie, stats = home.videos / "movie.mov", home.videos / "stats.jsonl"
+        self.start(Scene(place=(0, 672)))
+        status, program = self.run_lumavex(home, "--record", 2.5, "--output", movie, "--stats", stats, "--ignore-load")
+        self.assertEqual((status, program.stderr), (0, ""))
+        lines = [json.loads(line) for line in stats.read_text().splitlines()]
+        self.assertEqual(len(lines), 3)
+        total = {name: sum(line[name] for line in lines) for name in lines[0] if name not in ("time", "skew")}
+        self.assertEqual(total["encoded"] + total["spliced"] + total["repeated"], len(Movie(movie).frame_times()))
+        self.assertGreaterEqual(total["composed"], total["encoded"] + total["spliced"])
+        self.assertLessEqual(total["late"], total["repeated"])
+        self.assertGreater(total["user"] + total["system"], 0)
+        self.assertGreater(total["bytes"], 0)
+        self.assertEqual([line["queue"] for line in lines[-1:]], [0])
+        for line in lines[:-1]:
+            self.assertLess(abs(line["skew"]), FRAME)
+        manual = (Path(__file__).parents[2] / "packaging" / "lumavex.1").read_text()
+        entries = re.search(r"^\.SH STATISTICS$(.*?)^\.SH ", manual, re.MULTILINE | re.DOTALL).group(1)
+        told = " ".join(re.findall(r"^\.TP\n\.IR? (.*)$", entries, re.MULTILINE)).replace('", "', " ").split()
+        self.assertEqual(sorted(told), sorted(lines[0]))
+
+        self.assert_refused(1, "The statistics cannot be written", home, "--record", 1, "--output", home.videos / "no.mov",
+                            "--stats", home.root / "nowhere" / "stats.jsonl")  # fmt: skip
+        self.assertFalse((home.videos / "no.mov").exists())
 
     def test_recording_is_as_long_as_asked(self):
         home = self.home().make_settings()

@@ -41,6 +41,7 @@ MovieWriterFactory selfEmptyingFake()
             QString startWriting() override { return writer_->startWriting(); }
             QString error() const override { return writer_->error(); }
             std::int64_t bytesWritten() const override { return writer_->bytesWritten(); }
+            MovieWriterStatistics statistics() const override { return writer_->statistics(); }
             void finishWritingWithCompletionHandler(CMTime end, std::function<void(const Result&)> handler) override
             {
                 writer_->finishWritingWithCompletionHandler(end, std::move(handler));
@@ -110,6 +111,12 @@ TEST_P(MovieWriterContract, CountsTheFramesItWasGivenAndCallsTheHandlerOnAnother
     EXPECT_EQ(result.frames, 3);
     EXPECT_NE(handlerThread_, std::this_thread::get_id());
     EXPECT_GT(writer->bytesWritten(), 0);
+    const MovieWriterStatistics counts = writer->statistics();
+    EXPECT_EQ(counts.encoded, 2);
+    EXPECT_EQ(counts.repeated, 1);
+    EXPECT_EQ(counts.spliced, 0);
+    EXPECT_EQ(counts.queued, 0);
+    EXPECT_EQ(counts.bytes, writer->bytesWritten());
     EXPECT_FALSE(adaptor.appendPixelBuffer_withPresentationTime(pixels(), CMTimeMake(5, 30))) << "finished";
     EXPECT_FALSE(adaptor.appendPrevious_withPresentationTime(CMTimeMake(5, 30)));
     writer.reset();

@@ -44,6 +44,7 @@ public:
     QString startWriting() override { return {}; }
     QString error() const override { return hasFailed_ ? QStringLiteral("disk full") : QString(); }
     std::int64_t bytesWritten() const override { return 0; }
+    MovieWriterStatistics statistics() const override { return {}; }
     void finishWritingWithCompletionHandler(CMTime, std::function<void(const Result&)>) override {}
 
 private:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A scene for bench/recorder-cost: a full screen whose every pixel moves with every frame, cheap to draw: a large
-// picture made once is shown at a place that changes 60 times a second.
+// full_screen_motion [STEPS]: a full screen whose every pixel moves STEPS times a second (60 unless told; 0 stands
+// still), cheap to draw: a large picture made once is shown at a place that changes.
 #include <QApplication>
 #include <QImage>
 #include <QPainter>
@@ -9,6 +9,7 @@
 #include <QWidget>
 
 #include <cmath>
+#include <cstdlib>
 
 namespace {
 
@@ -33,7 +34,7 @@ QPixmap scenery(const QSize& size)
 
 class Motion : public QWidget {
 public:
-    Motion()
+    explicit Motion(int stepsPerSecond)
     {
         const QSize screen = QGuiApplication::primaryScreen()->size();
         picture_ = scenery(screen + QSize(400, 400));
@@ -42,7 +43,8 @@ public:
             ++step_;
             update();
         });
-        timer_.start(16);
+        if (stepsPerSecond > 0)
+            timer_.start(1000 / stepsPerSecond);
     }
 
 protected:
@@ -63,8 +65,10 @@ private:
 int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
-    Motion motion;
-    motion.setWindowFlag(Qt::X11BypassWindowManagerHint);
-    motion.showFullScreen();
+    Motion motion(argc > 1 ? std::atoi(argv[1]) : 60);
+    // As a desktop, so that every other window lies above it, whatever the window manager.
+    motion.setAttribute(Qt::WA_X11NetWmWindowTypeDesktop);
+    motion.setGeometry(QGuiApplication::primaryScreen()->geometry());
+    motion.show();
     return QApplication::exec();
 }

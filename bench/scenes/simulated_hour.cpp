@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// simulated_hour [SECONDS]: the whole program over a clock that is turned by hand records an hour (3600 seconds) at 30
+// frames a second, with the real movie writer and a small screen that changes with every second frame. Prints the
+// frames and by how many bytes the resident memory grew from the first minute on.
+#include "app/AppDelegate.h"
+#include "app/Window_Main.h"
+#include "app/connectCommands.h"
+#include "platform/fake/FakeCameraSource.h"
+#include "platform/fake/FakeChildProcess.h"
+#include "platform/fake/FakeDialogs.h"
+#include "platform/fake/FakeProcessorLoad.h"
+#include "platform/fake/FakeRunLoop.h"
+#include "platform/fake/FakeScreenGrabber.h"
+#include "platform/fake/FakeSoundRecorder.h"
+#include "platform/fake/FakeUserDefaults.h"
+#include "platform/movie/JpegMovieWriter.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <cstdio>
+#include <cstdlib>
+#include <unistd.h>
+
+using namespace lumavex;
+
+namespace {
+
+class PlainOverlay final : public ScreenOverlay {
+public:
+    bool blendsTranslucentWindows() override { return true; }
+    void setShape(quintptr, const QRegion&) override {}
+    std::unique_ptr<PointerCatcher> catchPointer(const QRect&, PointerHandler) override { return nullptr; }
+};
+
+std::int64_t residentBytes()
+{
+    QFile file(QStringLiteral("/proc/self/statm"));
+    return file.open(QIODevice::ReadOnly) ? file.readAll().split(' ').at(1).toLongLong() * sysconf(_SC_PAGESIZE) : 0;
+}
+
+Platform simulatedPlatform(FakeClock& clock)
+{
+    Platform platform;
+    platform.runLoop = std::make_unique<FakeRunLoop>(clock);
+    platform.userDefaults = std::make_unique<FakeUserDefaults>();
+    platform.dialogs = std::make_unique<FakeDialogs>();
+    platform.screen = std::make_unique<FakeScreenGrabber>();
+    platform.overlay = std::make_unique<PlainOverlay>();
+    platform.cameras = std::make_unique<FakeCameraSource>();
+    platform.processorLoad = std::make_unique<FakeProcessorLoad>();
+    platform.createMovieWriter = createJpegMovieWriter;
+    platform.createSoundRecorder = fakeSoundRecorderFactory(std::make_shared<FakeSound>());
+    platform.createChildProcess = FakeChildProcess::factory({}, nullptr);
+    return platform;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    constexpr int framesPerSecond = 30;
+    const int seconds = argc > 1 ? std::atoi(argv[1]) : 3600;
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QTemporaryDir home;
+    qputenv("HOME", QFile::encodeName(home.path()));
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(home.path()));
+    QApplication application(argc, argv);
+
+    FakeClock clock;
+    Platform platform = simulatedPlatform(clock);
+    auto& loop = static_cast<FakeRunLoop&>(*platform.runLoop);
+    auto& screen = static_cast<FakeScreenGrabber&>(*platform.screen);
+    QImage picture(320, 240, QImage::Format_RGB32);
+    picture.fill(Qt::blue);
+    screen.setScreen(picture);
+    Window_Main window;
+    LaunchOptions options;
+    options.framesPerSecond = framesPerSecond;
+    AppDelegate app(platform, window, options);
+    connectCommands(window, app);
+    app.awakeFromNib();
+    if (!app.applicationDidFinishLaunching())
+        return EXIT_FAILURE;
+    app.recording.i_fps_of_Recording = framesPerSecond;
+    app.createRefreshTimers();
+    window.btnRecord->trigger();
+
+    std::int64_t before = 0;
+    for (int second = 0; second < seconds; ++second) {
+        if (second == 60)
+            before = residentBytes();
+        for (int frame = 0; frame < framesPerSecond; ++frame) {
+            if (frame % 2 == 0) {
+                picture.setPixel(frame, second % 240, QRgb(second * 4099 + frame));
+                screen.setScreen(picture);
+            }
+            loop.advance(Nanoseconds(std::chrono::seconds(1)) / framesPerSecond);
+        }
+    }
+    const MovieWriterStatistics movie = app.recording.assetWriter->statistics();
+    std::printf("%lld %lld\n", static_cast<long long>(movie.encoded + movie.spliced + movie.repeated),
+                static_cast<long long>(residentBytes() - before));
+    std::fflush(stdout);
+    return EXIT_SUCCESS;
+}
