@@ -83,11 +83,8 @@ void AppDelegate::startRecording()
     recording.m_Seconds_of_Recording = 0;
     lastAppended_.reset();
 
-    if (recording.b_Record_Include_Audio == 1) {
-        recording.soundRecorder = platform_.createSoundRecorder(
-            recording.s_Sound_File_Source, [this](const QString& reason) { tellSoundTrouble(reason); });
-        recording.soundRecorder->record(origin);
-    }
+    if (recording.b_Record_Include_Audio == 1)
+        startSound(origin);
     for (const TimerId timer : {application.timerVideoRefresh, compose.timerViewRefresh}) {
         if (recording.i_fps_of_Recording >= 30)
             runLoop.restart(timer, origin); // the first frame's time is one interval
@@ -163,6 +160,7 @@ void AppDelegate::showControlsOf(RecordStatus status)
         preferences->setEnabled(status == Idle);
     if (status != Idle)
         window_.textDurationTime->show();
+    showSoundLevel(status);
 }
 
 bool AppDelegate::isRecordingAt(Nanoseconds deadline) const
@@ -187,12 +185,6 @@ void AppDelegate::appendFrame(const CVPixelBufferRef& buffer)
     recording.m_Current_Video_Frame =
         CMTimeAdd(recording.m_Current_Video_Frame, CMTimeMake(1, recording.i_Actual_FPS_while_Recording));
     ++recording.i_debug_number_of_view_refresh;
-}
-
-void AppDelegate::tellSoundTrouble(const QString& reason)
-{
-    window_.showMessage(tr("The recording goes on without sound. %1").arg(reason));
-    qWarning("%s", qUtf8Printable(reason));
 }
 
 void AppDelegate::watchFreeSpace()

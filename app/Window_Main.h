@@ -9,6 +9,7 @@ class QLabel;
 
 namespace lumavex {
 
+class LevelMeter;
 class MessageStrip;
 
 /// The main window: menus, toolbar, the duration of the recording and a line for messages. It carries out nothing
@@ -20,6 +21,8 @@ public:
 
     /// Shown while a recording exists; its place in the toolbar stays free otherwise.
     QLabel* textDurationTime = nullptr;
+    /// Beside it, shown while a recording with sound exists.
+    LevelMeter* levelMeter = nullptr;
 
     /// Floating windows stay above those of other applications. A visible window keeps its place.
     enum class Level { Normal, Floating };

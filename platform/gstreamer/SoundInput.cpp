@@ -21,6 +21,7 @@ constexpr Nanoseconds kRetryInterval = 1s;
 constexpr Nanoseconds kSilenceTolerated = 3s;
 constexpr Nanoseconds kReleaseTimeout = 1s;
 constexpr Nanoseconds kBusPoll = 50ms;
+constexpr Nanoseconds kDescriptionTimeout = 1s;
 
 Nanoseconds monotonicNow()
 {
@@ -42,6 +43,7 @@ struct SoundInput::Shared {
     Nanoseconds lastSound{0};
     bool closing = false;
     bool done = false;
+    bool descriptionWanted = false;
 
     bool isClosing()
     {
@@ -74,12 +76,37 @@ struct SoundInput::Shared {
         return lastSound;
     }
 
-    QString listen(SoundPipeline& pipeline);
-    QString attempt();
+    /// No more sound from this input, but from another one at once.
+    void change()
+    {
+        const std::lock_guard lock(mutex);
+        if (!closing)
+            listener.lost();
+    }
+    void describeIfWanted();
+
+    using Reason = std::optional<QString>; ///< why there is no sound; null when there is no trouble
+    Reason listen(SoundPipeline& pipeline);
+    Reason attempt();
 };
 
-/// Hears until the sound ends; why it did.
-QString SoundInput::Shared::listen(SoundPipeline& pipeline)
+void SoundInput::Shared::describeIfWanted()
+{
+    {
+        const std::lock_guard lock(mutex);
+        if (!std::exchange(descriptionWanted, false))
+            return;
+    }
+    auto input = askSoundServer(kDescriptionTimeout);
+    if (!input)
+        input = CurrentSoundInput{.name = firstAlsaInput().value_or(QString())};
+    const std::lock_guard lock(mutex);
+    if (!closing)
+        listener.described(*input);
+}
+
+/// Hears until the sound ends or comes from another input.
+SoundInput::Shared::Reason SoundInput::Shared::listen(SoundPipeline& pipeline)
 {
     const QString none = words(QT_TRANSLATE_NOOP("SoundRecorder", "There is no sound input: no microphone is "
                                                                   "connected or switched on."));
@@ -90,20 +117,28 @@ QString SoundInput::Shared::listen(SoundPipeline& pipeline)
     const Nanoseconds begin = monotonicNow();
     if (!pipeline.play())
         return none;
+    QByteArray device = pipeline.device();
     bool silent = false;
     while (!isClosing()) {
         const Nanoseconds heard = lastHeard();
         if (pipeline.hasEndedWithin(kBusPoll))
             return heard < begin ? none : lost;
+        // The server brings another input's sound, which has other latencies: the time is to be told anew.
+        if (pipeline.takeChange()) {
+            const QByteArray before = std::exchange(device, pipeline.device());
+            if (!before.isEmpty() && !device.isEmpty() && before != device)
+                return std::nullopt;
+        }
         const bool wasSilent = std::exchange(silent, monotonicNow() - std::max(begin, heard) > kSilenceTolerated);
         if (silent && !wasSilent)
             lose(asleep);
+        describeIfWanted();
     }
-    return {};
+    return std::nullopt;
 }
 
-/// Tries the sources in turn, the first one that connects to its end; why it ended.
-QString SoundInput::Shared::attempt()
+/// Tries the sources in turn, the first one that connects to its end.
+SoundInput::Shared::Reason SoundInput::Shared::attempt()
 {
     QString reason = initGStreamer();
     if (!reason.isEmpty())
@@ -141,13 +176,23 @@ SoundInput::~SoundInput()
         thread_.detach(); // hangs in a server that does not answer; ends by itself when that does
 }
 
+void SoundInput::describe()
+{
+    const std::lock_guard lock(shared_->mutex);
+    shared_->descriptionWanted = true;
+}
+
 void SoundInput::run(const std::shared_ptr<Shared>& shared)
 {
-    do {
-        const QString reason = shared->attempt();
-        if (!reason.isEmpty())
-            shared->lose(reason);
-    } while (!shared->closesWithin(kRetryInterval));
+    for (bool closing = false; !closing;) {
+        if (const Shared::Reason reason = shared->attempt()) {
+            shared->lose(*reason);
+            closing = shared->closesWithin(kRetryInterval);
+        } else {
+            shared->change();
+            closing = shared->isClosing();
+        }
+    }
     const std::lock_guard lock(shared->mutex);
     shared->done = true;
     shared->changed.notify_all();
