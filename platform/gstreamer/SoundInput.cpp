@@ -19,6 +19,7 @@ using namespace std::chrono_literals;
 
 constexpr Nanoseconds kRetryInterval = 1s;
 constexpr Nanoseconds kSilenceTolerated = 3s;
+constexpr Nanoseconds kStandstill = 1s;
 constexpr Nanoseconds kReleaseTimeout = 1s;
 constexpr Nanoseconds kBusPoll = 50ms;
 constexpr Nanoseconds kDescriptionTimeout = 1s;
@@ -118,20 +119,22 @@ SoundInput::Shared::Reason SoundInput::Shared::listen(SoundPipeline& pipeline)
     if (!pipeline.play())
         return none;
     QByteArray device = pipeline.device();
-    bool silent = false;
-    while (!isClosing()) {
+    Nanoseconds awakeSince = begin;
+    for (Nanoseconds turn = begin; !isClosing();) {
+        const Nanoseconds before = std::exchange(turn, monotonicNow());
+        if (turn - before > kStandstill)
+            awakeSince = turn; // this process stood still, not the server
         const Nanoseconds heard = lastHeard();
         if (pipeline.hasEndedWithin(kBusPoll))
             return heard < begin ? none : lost;
         // The server brings another input's sound, which has other latencies: the time is to be told anew.
         if (pipeline.takeChange()) {
-            const QByteArray before = std::exchange(device, pipeline.device());
-            if (!before.isEmpty() && !device.isEmpty() && before != device)
+            const QByteArray formerDevice = std::exchange(device, pipeline.device());
+            if (!formerDevice.isEmpty() && !device.isEmpty() && formerDevice != device)
                 return std::nullopt;
         }
-        const bool wasSilent = std::exchange(silent, monotonicNow() - std::max(begin, heard) > kSilenceTolerated);
-        if (silent && !wasSilent)
-            lose(asleep);
+        if (turn - std::max(awakeSince, heard) > kSilenceTolerated)
+            return asleep; // a stream that goes on after a break has lost the count of its time
         describeIfWanted();
     }
     return std::nullopt;

@@ -10,9 +10,10 @@
 namespace lumavex {
 namespace {
 
-// Microseconds, as the elements want them: chunks of 10 ms, and half a second for a streaming thread that comes late.
+// Microseconds, as the elements want them: chunks of 10 ms, and room for what is heard while this process stands still
+// (the server drops what finds none, and nobody counts it). The room costs memory, not latency.
 constexpr gint64 kChunkMicroseconds = 10'000;
-constexpr gint64 kBufferMicroseconds = 500'000;
+constexpr gint64 kBufferMicroseconds = 10'000'000;
 
 constexpr GstClockTime kStartTimeout = 5 * GST_SECOND;
 
