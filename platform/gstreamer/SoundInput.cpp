@@ -133,8 +133,10 @@ SoundInput::Shared::Reason SoundInput::Shared::listen(SoundPipeline& pipeline)
             if (!formerDevice.isEmpty() && !device.isEmpty() && formerDevice != device)
                 return std::nullopt;
         }
-        if (turn - std::max(awakeSince, heard) > kSilenceTolerated)
-            return asleep; // a stream that goes on after a break has lost the count of its time
+        if (turn - std::max(awakeSince, heard) > kSilenceTolerated) {
+            lose(asleep);        // told now, since a server that does not answer lets the stream's end wait
+            return std::nullopt; // a stream that goes on after a break has lost the count of its time
+        }
         describeIfWanted();
     }
     return std::nullopt;

@@ -16,11 +16,12 @@ namespace lumavex {
 SoundPlayer::SoundPlayer(const std::vector<std::int16_t>& samples, const char* sink)
 {
     initGStreamer();
+    // Two seconds lie ready, so that a busy machine tears no hole into what is played.
     // The sink provides the pipeline's clock: nothing is resampled or skipped, and that clock tells what is heard now.
-    pipeline_.reset(
-        gst_parse_launch("appsrc name=source format=time max-bytes=0 caps=audio/x-raw,format=S16LE,"
-                         "layout=interleaved,rate=44100,channels=2 ! pulsesink name=sink client-name=player",
-                         nullptr));
+    pipeline_.reset(gst_parse_launch(
+        "appsrc name=source format=time max-bytes=0 caps=audio/x-raw,format=S16LE,"
+        "layout=interleaved,rate=44100,channels=2 ! pulsesink name=sink client-name=player buffer-time=2000000",
+        nullptr));
     const GstPtr<GstElement> source(gst_bin_get_by_name(GST_BIN(pipeline_.get()), "source"));
     const GstPtr<GstElement> output(gst_bin_get_by_name(GST_BIN(pipeline_.get()), "sink"));
     g_object_set(output.get(), "device", sink, nullptr);
