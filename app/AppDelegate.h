@@ -233,7 +233,10 @@ private:
     void resumeRecording();
     void startDurationTimer(Nanoseconds next);
     void showControlsOf(RecordStatus status);
-    void tellSoundTrouble(const QString& reason);
+    void startSound(Nanoseconds origin);
+    /// The level meter follows what the recorder hears while it records.
+    void showSoundLevel(RecordStatus status);
+    void tellSoundEvent(SoundEvent event, const QString& detail);
     void watchFreeSpace();
     void composePreview(const FrameInputs& inputs);
     void composeOutput(const FrameInputs& inputs, bool record);

@@ -85,11 +85,8 @@ void AppDelegate::startRecording()
     lastAppended_.reset();
     beginStatistics();
 
-    if (recording.b_Record_Include_Audio == 1) {
-        recording.soundRecorder = platform_.createSoundRecorder(
-            recording.s_Sound_File_Source, [this](const QString& reason) { tellSoundTrouble(reason); });
-        recording.soundRecorder->record(origin);
-    }
+    if (recording.b_Record_Include_Audio == 1)
+        startSound(origin);
     for (const TimerId timer : {application.timerVideoRefresh, compose.timerViewRefresh}) {
         if (recording.i_fps_of_Recording >= 30)
             runLoop.restart(timer, origin); // the first frame's time is one interval
@@ -166,6 +163,7 @@ void AppDelegate::showControlsOf(RecordStatus status)
         preferences->setEnabled(status == Idle);
     if (status != Idle)
         window_.textDurationTime->show();
+    showSoundLevel(status);
 }
 
 bool AppDelegate::isRecordingAt(Nanoseconds deadline) const
@@ -191,12 +189,6 @@ void AppDelegate::appendFrame(const CVPixelBufferRef& buffer)
         CMTimeAdd(recording.m_Current_Video_Frame, CMTimeMake(1, recording.i_Actual_FPS_while_Recording));
     ++recording.i_debug_number_of_view_refresh;
     ++recording.i_Frames_Appended;
-}
-
-void AppDelegate::tellSoundTrouble(const QString& reason)
-{
-    window_.showMessage(tr("The recording goes on without sound. %1").arg(reason));
-    qWarning("%s", qUtf8Printable(reason));
 }
 
 void AppDelegate::watchFreeSpace()

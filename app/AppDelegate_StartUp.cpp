@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
+#include "app/LevelMeter.h"
 #include "app/Window_Main.h"
 #include "app/Window_More_Information.h"
 #include "recording/WorkingFolders.h"
@@ -23,7 +24,8 @@ AppDelegate::AppDelegate(Platform& platform, Window_Main& window, const LaunchOp
 
 AppDelegate::~AppDelegate()
 {
-    pictureWriter_.waitForDone(); // a picture that is being written reports to this object
+    window_.levelMeter->setSource(nullptr); // which asks this object's recorder
+    pictureWriter_.waitForDone();           // a picture that is being written reports to this object
 }
 
 void AppDelegate::awakeFromNib()

@@ -2,6 +2,7 @@
 #include "app/Window_Main.h"
 
 #include "app/Icons.h"
+#include "app/LevelMeter.h"
 #include "app/MessageStrip.h"
 #include "app/RecordingSummary.h"
 
@@ -35,8 +36,14 @@ Window_Main::Window_Main() : messages_(new MessageStrip)
     auto* layout = new QHBoxLayout(place);
     layout->setContentsMargins(8, 0, 8, 0);
     layout->addWidget(textDurationTime, 0, Qt::AlignCenter);
+    levelMeter = new LevelMeter(place);
+    policy = levelMeter->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    levelMeter->setSizePolicy(policy);
+    layout->addWidget(levelMeter, 0, Qt::AlignCenter);
     toolBar->insertWidget(toolBar->actions().at(3), place);
     textDurationTime->hide();
+    levelMeter->hide();
 
     const auto tools = toolBar->findChildren<QToolButton*>();
     for (QToolButton* button : tools) {

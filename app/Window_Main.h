@@ -9,6 +9,7 @@ class QLabel;
 
 namespace lumavex {
 
+class LevelMeter;
 class MessageStrip;
 class RecordingSummary;
 
@@ -21,6 +22,8 @@ public:
 
     /// Shown while a recording exists; its place in the toolbar stays free otherwise.
     QLabel* textDurationTime = nullptr;
+    /// Beside it, shown while a recording with sound exists.
+    LevelMeter* levelMeter = nullptr;
 
     /// What will be recorded.
     RecordingSummary* summary = nullptr;

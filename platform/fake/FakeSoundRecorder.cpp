@@ -14,7 +14,7 @@ public:
         : sound_(std::move(sound)), recording_(std::move(recording))
     {
     }
-    ~FakeSoundRecorder() override { recording_->onTrouble = nullptr; }
+    ~FakeSoundRecorder() override { recording_->onEvent = nullptr; }
 
     void record(Nanoseconds from) override
     {
@@ -37,6 +37,8 @@ public:
         return sound_->stopError;
     }
 
+    SoundPeaks takePeaks() override { return std::exchange(recording_->peaks, {}); }
+
 private:
     void end(Nanoseconds at)
     {
@@ -53,10 +55,10 @@ private:
 
 SoundRecorderFactory fakeSoundRecorderFactory(std::shared_ptr<FakeSound> sound)
 {
-    return [sound = std::move(sound)](const QString& path, SoundRecorder::TroubleHandler onTrouble) {
+    return [sound = std::move(sound)](const QString& path, SoundRecorder::EventHandler onEvent) {
         auto recording = std::make_shared<FakeSound::Recording>();
         recording->path = path;
-        recording->onTrouble = std::move(onTrouble);
+        recording->onEvent = std::move(onEvent);
         sound->recordings.push_back(recording);
         return std::make_unique<FakeSoundRecorder>(sound, std::move(recording));
     };

@@ -24,7 +24,8 @@ struct FakeSound {
         Nanoseconds recorded{0}; ///< the sum of the recorded times: the length the file would have
         bool isRecording = false;
         bool isStopped = false;
-        SoundRecorder::TroubleHandler onTrouble; ///< call it to tell of trouble; emptied with its recorder
+        SoundPeaks peaks;                    ///< what takePeaks takes
+        SoundRecorder::EventHandler onEvent; ///< call it to tell something; emptied with its recorder
     };
 
     std::vector<std::shared_ptr<Recording>> recordings;

@@ -9,6 +9,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr Nanoseconds kWindow = 3s;
+constexpr Nanoseconds kArrivalWindow = 6s;
 constexpr std::size_t kReadings = 9;
 
 } // namespace
@@ -31,7 +32,7 @@ Nanoseconds CaptureClock::earliestOrigin(Nanoseconds now, Nanoseconds origin)
     while (!arrivals_.empty() && arrivals_.back().origin >= origin)
         arrivals_.pop_back();
     arrivals_.push_back({now, origin});
-    while (arrivals_.front().at < now - kWindow)
+    while (arrivals_.front().at < now - kArrivalWindow)
         arrivals_.pop_front();
     return arrivals_.front().origin;
 }

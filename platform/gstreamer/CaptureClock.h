@@ -15,7 +15,8 @@ namespace lumavex {
 /// - The device's clock as the sound server reports it knows all latencies and does not jitter. But some servers
 ///   report a clock that runs away by percents from the sound they deliver, and the first readings are off.
 /// - The times of arrival cannot run away, but are late by an unknown latency and, on a busy machine, by much more.
-///   The earliest arrival of the last three seconds, relative to the stream, is free of the latter.
+///   The earliest arrival of the last six seconds, relative to the stream, is free of the latter, also when the process
+///   stood still for some seconds and all that was heard meanwhile arrives at once.
 ///
 /// So the first readings of the device's clock tell where the stream begins. The latency is what arrivals are later
 /// than that in the first three seconds; from then on the arrivals less the latency tell the time. Pure, one thread.
@@ -32,7 +33,7 @@ private:
     };
     Nanoseconds earliestOrigin(Nanoseconds now, Nanoseconds origin);
 
-    std::deque<Arrival> arrivals_;      ///< of the last three seconds, those that may become the earliest; origins grow
+    std::deque<Arrival> arrivals_;      ///< of the last six seconds, those that may become the earliest; origins grow
     std::vector<Nanoseconds> readings_; ///< the first origins by the device's clock, sorted
     std::optional<Nanoseconds> begun_;
     Nanoseconds latency_{0};

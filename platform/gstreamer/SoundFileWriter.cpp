@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/gstreamer/SoundFileWriter.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace lumavex {
@@ -74,12 +75,15 @@ void SoundFileWriter::run(const std::stop_token& stop)
 {
     std::vector<std::int16_t> samples;
     std::condition_variable_any tick;
+    Nanoseconds now = monotonicNow();
     do {
         write(samples);
         samples.clear();
         std::unique_lock lock(mutex_);
         tick.wait_for(lock, stop, kWriteInterval, [] { return false; });
-        timeline_.advance(monotonicNow(), samples);
+        // What was heard while the process stood still is yet to come: decisions catch up at twice the pace of time.
+        now = std::min(monotonicNow(), now + 2 * kWriteInterval);
+        timeline_.advance(now, samples);
     } while (!stop.stop_requested());
     write(samples);
 }

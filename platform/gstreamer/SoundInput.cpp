@@ -19,8 +19,10 @@ using namespace std::chrono_literals;
 
 constexpr Nanoseconds kRetryInterval = 1s;
 constexpr Nanoseconds kSilenceTolerated = 3s;
+constexpr Nanoseconds kStandstill = 1s;
 constexpr Nanoseconds kReleaseTimeout = 1s;
 constexpr Nanoseconds kBusPoll = 50ms;
+constexpr Nanoseconds kDescriptionTimeout = 1s;
 
 Nanoseconds monotonicNow()
 {
@@ -42,6 +44,7 @@ struct SoundInput::Shared {
     Nanoseconds lastSound{0};
     bool closing = false;
     bool done = false;
+    bool descriptionWanted = false;
 
     bool isClosing()
     {
@@ -74,12 +77,37 @@ struct SoundInput::Shared {
         return lastSound;
     }
 
-    QString listen(SoundPipeline& pipeline);
-    QString attempt();
+    /// No more sound from this input, but from another one at once.
+    void change()
+    {
+        const std::lock_guard lock(mutex);
+        if (!closing)
+            listener.lost();
+    }
+    void describeIfWanted();
+
+    using Reason = std::optional<QString>; ///< why there is no sound; null when there is no trouble
+    Reason listen(SoundPipeline& pipeline);
+    Reason attempt();
 };
 
-/// Hears until the sound ends; why it did.
-QString SoundInput::Shared::listen(SoundPipeline& pipeline)
+void SoundInput::Shared::describeIfWanted()
+{
+    {
+        const std::lock_guard lock(mutex);
+        if (!std::exchange(descriptionWanted, false))
+            return;
+    }
+    auto input = askSoundServer(kDescriptionTimeout);
+    if (!input)
+        input = CurrentSoundInput{.name = firstAlsaInput().value_or(QString())};
+    const std::lock_guard lock(mutex);
+    if (!closing)
+        listener.described(*input);
+}
+
+/// Hears until the sound ends or comes from another input.
+SoundInput::Shared::Reason SoundInput::Shared::listen(SoundPipeline& pipeline)
 {
     const QString none = words(QT_TRANSLATE_NOOP("SoundRecorder", "There is no sound input: no microphone is "
                                                                   "connected or switched on."));
@@ -90,20 +118,32 @@ QString SoundInput::Shared::listen(SoundPipeline& pipeline)
     const Nanoseconds begin = monotonicNow();
     if (!pipeline.play())
         return none;
-    bool silent = false;
-    while (!isClosing()) {
+    QByteArray device = pipeline.device();
+    Nanoseconds awakeSince = begin;
+    for (Nanoseconds turn = begin; !isClosing();) {
+        const Nanoseconds before = std::exchange(turn, monotonicNow());
+        if (turn - before > kStandstill)
+            awakeSince = turn; // this process stood still, not the server
         const Nanoseconds heard = lastHeard();
         if (pipeline.hasEndedWithin(kBusPoll))
             return heard < begin ? none : lost;
-        const bool wasSilent = std::exchange(silent, monotonicNow() - std::max(begin, heard) > kSilenceTolerated);
-        if (silent && !wasSilent)
-            lose(asleep);
+        // The server brings another input's sound, which has other latencies: the time is to be told anew.
+        if (pipeline.takeChange()) {
+            const QByteArray formerDevice = std::exchange(device, pipeline.device());
+            if (!formerDevice.isEmpty() && !device.isEmpty() && formerDevice != device)
+                return std::nullopt;
+        }
+        if (turn - std::max(awakeSince, heard) > kSilenceTolerated) {
+            lose(asleep);        // told now, since a server that does not answer lets the stream's end wait
+            return std::nullopt; // a stream that goes on after a break has lost the count of its time
+        }
+        describeIfWanted();
     }
-    return {};
+    return std::nullopt;
 }
 
-/// Tries the sources in turn, the first one that connects to its end; why it ended.
-QString SoundInput::Shared::attempt()
+/// Tries the sources in turn, the first one that connects to its end.
+SoundInput::Shared::Reason SoundInput::Shared::attempt()
 {
     QString reason = initGStreamer();
     if (!reason.isEmpty())
@@ -141,13 +181,23 @@ SoundInput::~SoundInput()
         thread_.detach(); // hangs in a server that does not answer; ends by itself when that does
 }
 
+void SoundInput::describe()
+{
+    const std::lock_guard lock(shared_->mutex);
+    shared_->descriptionWanted = true;
+}
+
 void SoundInput::run(const std::shared_ptr<Shared>& shared)
 {
-    do {
-        const QString reason = shared->attempt();
-        if (!reason.isEmpty())
-            shared->lose(reason);
-    } while (!shared->closesWithin(kRetryInterval));
+    for (bool closing = false; !closing;) {
+        if (const Shared::Reason reason = shared->attempt()) {
+            shared->lose(*reason);
+            closing = shared->closesWithin(kRetryInterval);
+        } else {
+            shared->change();
+            closing = shared->isClosing();
+        }
+    }
     const std::lock_guard lock(shared->mutex);
     shared->done = true;
     shared->changed.notify_all();

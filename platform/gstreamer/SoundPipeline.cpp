@@ -10,9 +10,10 @@
 namespace lumavex {
 namespace {
 
-// Microseconds, as the elements want them: chunks of 10 ms, and half a second for a streaming thread that comes late.
+// Microseconds, as the elements want them: chunks of 10 ms, and room for what is heard while this process stands still
+// (the server drops what finds none, and nobody counts it). The room costs memory, not latency.
 constexpr gint64 kChunkMicroseconds = 10'000;
-constexpr gint64 kBufferMicroseconds = 500'000;
+constexpr gint64 kBufferMicroseconds = 10'000'000;
 
 constexpr GstClockTime kStartTimeout = 5 * GST_SECOND;
 
@@ -42,7 +43,7 @@ GstElement* makeSink()
 
 } // namespace
 
-SoundPipeline::SoundPipeline(SoundSource source, Consumer consumer) : consumer_(std::move(consumer))
+SoundPipeline::SoundPipeline(SoundSource source, Consumer consumer) : consumer_(std::move(consumer)), kind_(source)
 {
     const std::array elements{makeSource(source), gst_element_factory_make("audioconvert", nullptr),
                               gst_element_factory_make("audioresample", nullptr), makeSink()};
@@ -65,6 +66,8 @@ SoundPipeline::SoundPipeline(SoundSource source, Consumer consumer) : consumer_(
     callbacks.new_sample = &SoundPipeline::onSample;
     gst_app_sink_set_callbacks(GST_APP_SINK(elements.back()), &callbacks, this, nullptr);
     source_ = elements.front();
+    if (source == SoundSource::SoundServer)
+        g_signal_connect(source_, "notify::current-device", G_CALLBACK(&SoundPipeline::onDeviceNotified), this);
     pipeline_ = std::move(pipeline);
 }
 
@@ -87,6 +90,17 @@ bool SoundPipeline::play()
     return result == GST_STATE_CHANGE_SUCCESS || result == GST_STATE_CHANGE_NO_PREROLL;
 }
 
+QByteArray SoundPipeline::device() const
+{
+    if (kind_ != SoundSource::SoundServer)
+        return {};
+    gchar* name = nullptr;
+    g_object_get(source_, "current-device", &name, nullptr);
+    const QByteArray device(name);
+    g_free(name);
+    return device;
+}
+
 bool SoundPipeline::hasEndedWithin(Nanoseconds timeout)
 {
     const GstPtr<GstBus> bus(gst_element_get_bus(pipeline_.get()));
@@ -94,6 +108,11 @@ bool SoundPipeline::hasEndedWithin(Nanoseconds timeout)
         gst_bus_timed_pop_filtered(bus.get(), static_cast<GstClockTime>(timeout.count()),
                                    static_cast<GstMessageType>(GST_MESSAGE_ERROR | GST_MESSAGE_EOS)));
     return end != nullptr;
+}
+
+void SoundPipeline::onDeviceNotified(GObject*, GParamSpec*, gpointer self)
+{
+    static_cast<SoundPipeline*>(self)->changed_ = true;
 }
 
 GstFlowReturn SoundPipeline::onSample(GstAppSink* sink, gpointer self)

@@ -7,6 +7,9 @@
 
 #include <gst/app/gstappsink.h>
 
+#include <QByteArray>
+
+#include <atomic>
 #include <functional>
 #include <optional>
 
@@ -40,10 +43,16 @@ public:
     bool connect();
     /// Begins to hear. False when there is nothing to hear, or after five seconds.
     bool play();
+    /// Whether the server has changed something about the stream since the last call, its device perhaps.
+    bool takeChange() { return changed_.exchange(false); }
+    /// The server's name of the device that is heard; empty when it is not known, and without a server. Asks the
+    /// server, without a bound, so only to be called when it has just been heard of.
+    QByteArray device() const;
     /// Waits for the pipeline's end, at most so long. True when the sound has ended, by error or otherwise.
     bool hasEndedWithin(Nanoseconds timeout);
 
 private:
+    static void onDeviceNotified(GObject* source, GParamSpec* property, gpointer self);
     static GstFlowReturn onSample(GstAppSink* sink, gpointer self);
     void consume(GstSample* sample);
     std::optional<Nanoseconds> capturedAt(GstBuffer* buffer);
@@ -51,6 +60,8 @@ private:
     Consumer consumer_;
     CaptureClock clock_; // the streaming thread's
     GstPtr<GstElement> pipeline_;
+    SoundSource kind_;
+    std::atomic<bool> changed_ = false;
     GstElement* source_ = nullptr; // the pipeline's
 };
 

@@ -159,9 +159,9 @@ class Process:
 class Scene(Process):
     """The window of scene.cpp in a corner of the screen. Shows what time it is, and flashes and sounds on the beat."""
 
-    def __init__(self, sounding=True, place=(0, 0)):
+    def __init__(self, sounding=True, place=(0, 0), seconds=180):
         self.place = place
-        super().__init__([SCENE, *map(str, place), "sounding" if sounding else "silent"], os.environ)
+        super().__init__([SCENE, *map(str, place), "sounding" if sounding else "silent", str(seconds)], os.environ)
         wait_for("the scene", lambda: "ready" in self.stdout)
 
 

@@ -2,7 +2,7 @@
 // What the end-to-end tests record: a small window that shows the time as a code of black and white squares, and
 // flashes white as a tone sounds.
 //
-//     e2e_scene X Y silent|sounding
+//     e2e_scene X Y silent|sounding [SECONDS]
 //
 // Time is that of the sound: what is heard and what is seen belong to the same instant. Prints "ready" when both run,
 // and ends with a signal. tests/e2e/lumavex_e2e.py reads what this draws and plays; the figures below stand there too.
@@ -42,7 +42,7 @@ constexpr std::uint16_t kHeight = 2 * kSquare + kFlashHeight;
 constexpr int kRate = 44100;
 constexpr Nanoseconds kBeat = 500ms; // from flash to flash
 constexpr Nanoseconds kFlash = 100ms;
-constexpr int kBeats = 360;
+constexpr int kBeatsASecond = 2;
 
 /// The tone tells which beat it belongs to.
 double hertzOf(int beat)
@@ -50,12 +50,13 @@ double hertzOf(int beat)
     return 500.0 + 25.0 * (beat % 64);
 }
 
-std::vector<std::int16_t> soundtrack()
+std::vector<std::int16_t> soundtrack(int seconds)
 {
     constexpr int beatFrames = kRate / 2;
     constexpr int toneFrames = kRate / 10;
-    std::vector<std::int16_t> samples(std::size_t{2} * kBeats * beatFrames);
-    for (int beat = 0; beat < kBeats; ++beat) {
+    const int beats = seconds * kBeatsASecond;
+    std::vector<std::int16_t> samples(std::size_t{2} * static_cast<std::size_t>(beats) * beatFrames);
+    for (int beat = 0; beat < beats; ++beat) {
         for (int i = 0; i < toneFrames; ++i) {
             // Begins at its peak, so that the first sample shows where it begins.
             const double value = 12000 * std::cos(2 * std::numbers::pi * hertzOf(beat) * i / kRate);
@@ -69,10 +70,10 @@ std::vector<std::int16_t> soundtrack()
 /// The time of the scene: that of the sound, or without one the time since the start.
 class SceneClock {
 public:
-    explicit SceneClock(bool sounding)
+    SceneClock(bool sounding, int seconds)
     {
         if (sounding)
-            player_ = std::make_unique<lumavex::SoundPlayer>(soundtrack());
+            player_ = std::make_unique<lumavex::SoundPlayer>(soundtrack(seconds));
         else
             starts_.push_back(now());
     }
@@ -163,13 +164,13 @@ private:
 
 int main(int argc, char* argv[])
 {
-    if (argc != 4) {
-        std::fputs("usage: e2e_scene X Y silent|sounding\n", stderr);
+    if (argc != 4 && argc != 5) {
+        std::fputs("usage: e2e_scene X Y silent|sounding [SECONDS]\n", stderr);
         return 64;
     }
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     SceneWindow window(static_cast<std::int16_t>(std::atoi(argv[1])), static_cast<std::int16_t>(std::atoi(argv[2])));
-    SceneClock clock(std::strcmp(argv[3], "sounding") == 0);
+    SceneClock clock(std::strcmp(argv[3], "sounding") == 0, argc == 5 ? std::atoi(argv[4]) : 180);
     for (int i = 0; i < 25; ++i) { // the sink's own clock settles
         clock.listen();
         std::this_thread::sleep_for(20ms);

@@ -27,29 +27,6 @@ TEST_F(SoundServerTroubleTest, NoInputDeviceIsSaidSo)
     EXPECT_TRUE(troubles_.front().contains("no sound input")) << troubles_.front().toStdString();
 }
 
-TEST_F(SoundServerTroubleTest, SoundComesBackWithTheServer)
-{
-    startServer(Devices::Sink);
-    const auto played = noise(10 * kRate);
-    auto player = std::make_unique<SoundPlayer>(played);
-    const Nanoseconds from = record();
-    spin(1s);
-    killServer();
-    const Nanoseconds killed = now();
-    EXPECT_TRUE(spinUntilTrouble(2s));
-    player.reset();
-    startServer(Devices::Sink);
-    const Nanoseconds back = now();
-    player = std::make_unique<SoundPlayer>(played);
-    spin(2500ms);
-    const RecordedSound sound = stopAndRead(from, 2s);
-    EXPECT_EQ(troubles_.size(), 1) << troubles_.join(' ').toStdString();
-
-    EXPECT_FALSE(sound.isSilent(framesIn(killed - from) - kRate / 3, framesIn(killed - from)));
-    EXPECT_TRUE(sound.isSilent(framesIn(killed - from) + kRate / 10, framesIn(back - from)));
-    EXPECT_FALSE(sound.isSilent(framesIn(back - from) + 2 * kRate, sound.frames()));
-}
-
 TEST_F(SoundServerTroubleTest, ServerThatHangsHoldsUpNobody)
 {
     startServer(Devices::Sink);

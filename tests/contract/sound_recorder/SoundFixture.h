@@ -17,6 +17,7 @@
 
 #include <chrono>
 #include <cmath>
+#include <cstdio>
 
 namespace lumavex {
 
@@ -46,9 +47,11 @@ protected:
     std::unique_ptr<SoundRecorder> make(const QString& path)
     {
         path_ = path;
-        return createGstSoundRecorder(path, [this](const QString& reason) {
+        return createGstSoundRecorder(path, [this](SoundEvent event, const QString& detail) {
             EXPECT_EQ(QThread::currentThread(), QCoreApplication::instance()->thread());
-            troubles_.append(reason);
+            events_.emplace_back(event, detail);
+            if (event == SoundEvent::Lost)
+                troubles_.append(detail);
         });
     }
 
@@ -76,10 +79,36 @@ protected:
         return !troubles_.isEmpty();
     }
 
+    std::vector<SoundEvent> eventKinds() const
+    {
+        std::vector<SoundEvent> kinds;
+        for (const auto& [kind, detail] : events_)
+            kinds.push_back(kind);
+        return kinds;
+    }
+
+    /// By how many milliseconds the piece of noise heard at the time stands late in the file. Fails the test when it is
+    /// not there.
+    static double lateness(const RecordedSound& sound, Nanoseconds from, Nanoseconds time,
+                           const std::vector<std::int16_t>& played, Nanoseconds firstHeardAt)
+    {
+        const std::int64_t expected = framesIn(time - firstHeardAt);
+        const auto place = placeInPlayed(sound, framesIn(time - from), played, expected, kRate / 5);
+        if (!place) {
+            ADD_FAILURE() << "nothing like what was played at " << (time - from) / 1ms << " ms";
+            return 1e9;
+        }
+        const double late = static_cast<double>(expected - *place) * 1000 / kRate;
+        std::printf("sound at %lld ms is %.2f ms late in the file\n", static_cast<long long>((time - from) / 1ms),
+                    late);
+        return late;
+    }
+
     QTemporaryDir folder_;
     QString path_;
     std::unique_ptr<SoundRecorder> recorder_;
-    QStringList troubles_;
+    std::vector<std::pair<SoundEvent, QString>> events_;
+    QStringList troubles_; ///< of the losses among them
 };
 
 /// The same with a server that the test starts, stops and kills.
@@ -91,7 +120,8 @@ protected:
     {
         SoundRecorderTest::SetUp();
         outer_ = qgetenv("PULSE_SERVER");
-        socket_ = folder_.filePath("pulse.sock");
+        isPipeWire_ = ask({"info"}).contains("PipeWire");
+        socket_ = folder_.filePath("native");
         qputenv("PULSE_SERVER", QFile::encodeName("unix:" + socket_));
     }
 
@@ -102,6 +132,7 @@ protected:
         qputenv("PULSE_SERVER", outer_);
     }
 
+    /// PipeWire's is another server of PulseAudio's protocol beside the launcher's, with the launcher's sink.
     void startServer(Devices devices)
     {
         QStringList arguments{"-n",
@@ -114,16 +145,30 @@ protected:
             arguments << "-L"
                       << "module-null-sink sink_name=out rate=44100 channels=2 norewinds=1";
         server_.setProcessChannelMode(QProcess::MergedChannels);
-        server_.start("pulseaudio", arguments);
-        QProcess asked;
+        if (isPipeWire_) {
+            QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+            environment.insert("PULSE_RUNTIME_PATH", folder_.path());
+            server_.setProcessEnvironment(environment);
+            server_.start("pipewire-pulse", {});
+        } else {
+            server_.start("pulseaudio", arguments);
+        }
         for (int i = 0; i < 100; ++i) {
-            asked.start("pactl", {"info"});
-            asked.waitForFinished(2000);
-            if (asked.exitStatus() == QProcess::NormalExit && asked.exitCode() == 0)
+            if (!ask({"info"}).isEmpty())
                 return;
             spin(20ms);
         }
         FAIL() << "no server: " << server_.readAll().toStdString();
+    }
+
+    /// What pactl prints; nothing when it fails.
+    static QByteArray ask(const QStringList& command)
+    {
+        QProcess pactl;
+        pactl.start("pactl", command);
+        const bool answered =
+            pactl.waitForFinished(5000) && pactl.exitStatus() == QProcess::NormalExit && pactl.exitCode() == 0;
+        return answered ? pactl.readAllStandardOutput() : QByteArray();
     }
 
     static void control(const QStringList& command)
@@ -153,6 +198,7 @@ protected:
         return sound;
     }
 
+    bool isPipeWire_ = false;
     QByteArray outer_;
     QString socket_;
     QProcess server_;

@@ -88,5 +88,12 @@ TEST(CaptureClockTest, BusyMachineChangesNothing)
     EXPECT_LT(worst(Stream{}.errors(3000, busy), 0), 1ms);
 }
 
+TEST(CaptureClockTest, SoundThatWaitedForAStoppedProcessKeepsItsTime)
+{
+    const auto stopped = [](int i) { return i >= 400 && i < 900 ? (900 - i) * 10ms : 0ns; }; // then all at once
+    EXPECT_LT(worst(Stream{}.errors(2500, stopped), 0), 1us);
+    EXPECT_LT(worst(Stream{.ppm = 100}.errors(2500, stopped), 0), 2ms);
+}
+
 } // namespace
 } // namespace lumavex

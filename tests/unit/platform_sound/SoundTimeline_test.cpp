@@ -323,7 +323,7 @@ TEST(FakeSoundRecorderTest, CountsTheSameTimeAsTheTimeline)
     const auto sound = std::make_shared<FakeSound>();
     QString told;
     const auto recorder =
-        fakeSoundRecorderFactory(sound)("sound.wav", [&told](const QString& reason) { told = reason; });
+        fakeSoundRecorderFactory(sound)("sound.wav", [&told](SoundEvent, const QString& reason) { told = reason; });
     SoundTimeline timeline;
     for (const Nanoseconds at : {1s, 3s, 7s}) {
         recorder->record(kStart + at);
@@ -333,7 +333,7 @@ TEST(FakeSoundRecorderTest, CountsTheSameTimeAsTheTimeline)
         recorder->pause(kStart + at + 700ms);
         timeline.pause(kStart + at + 700ms);
     }
-    sound->recordings.front()->onTrouble("no microphone");
+    sound->recordings.front()->onEvent(SoundEvent::Lost, "no microphone");
     sound->stopError = "disk full";
     EXPECT_EQ(recorder->stop(kStart + 9s), "disk full");
     std::vector<std::int16_t> file;

@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/LevelMeter.h"
+#include "app/SettingsTable.h"
+#include "tests/unit/app/Program.h"
+
+#include <gmock/gmock.h>
+
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QTimer>
+
+using namespace lumavex;
+using testing::ElementsAre;
+
+namespace {
+
+/// Counts how often it is drawn.
+struct Draws final : QObject {
+    explicit Draws(QWidget& widget) { widget.installEventFilter(this); }
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        count += event->type() == QEvent::UpdateRequest || event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+    int count = 0;
+};
+
+bool spinUntil(const std::function<bool()>& done)
+{
+    QElapsedTimer limit;
+    for (limit.start(); !done() && limit.elapsed() < 5000;)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    return done();
+}
+
+void spinSomePolls()
+{
+    QEventLoop loop;
+    QTimer::singleShot(250, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+} // namespace
+
+TEST(LevelMeter, SegmentsAreDecibels)
+{
+    const std::pair<double, int> cases[] = {{0, 0},     {1e-9, 0}, {0.0011, 1}, {0.5, 11}, // -6 dB
+                                            {0.09, 8},                                     // -20 dB
+                                            {0.57, 12}, {1, 12}};
+    for (const auto& [peak, segments] : cases) {
+        LevelMeter meter;
+        meter.take({static_cast<float>(peak), 0}, 0.1);
+        EXPECT_THAT(meter.lit(), ElementsAre(segments, 0)) << peak;
+    }
+}
+
+TEST(LevelMeter, RisesAtOnceAndSinksSlowlyToNothing)
+{
+    LevelMeter meter;
+    meter.take({1, 0.01F}, 0.1);
+    EXPECT_THAT(meter.lit(), ElementsAre(12, 4));
+    EXPECT_EQ(meter.accessibleDescription(), QStringLiteral("Sound arrives"));
+    meter.take({}, 0.5);
+    EXPECT_THAT(meter.lit(), ElementsAre(10, 2)) << "10 dB in half a second";
+    meter.take({0.9F, 0}, 0.5);
+    EXPECT_THAT(meter.lit(), ElementsAre(12, 0));
+    meter.take({}, 3);
+    EXPECT_THAT(meter.lit(), ElementsAre(0, 0));
+    EXPECT_EQ(meter.accessibleDescription(), QStringLiteral("No sound"));
+}
+
+TEST(LevelMeter, IsDrawnAgainOnlyWhenASegmentChanges)
+{
+    LevelMeter meter;
+    meter.take({0.5F, 0.5F}, 0.1);
+    meter.show();
+    spinUntil([&meter] { return meter.isVisible(); });
+    QCoreApplication::processEvents();
+    Draws draws(meter);
+    for (const float peak : {0.5F, 0.49F, 0.47F, 0.5F}) {
+        meter.take({peak, 0.5F}, 0.1);
+        QCoreApplication::processEvents();
+    }
+    EXPECT_EQ(draws.count, 0);
+    meter.take({1, 1}, 0.1);
+    EXPECT_TRUE(spinUntil([&draws] { return draws.count > 0; }));
+}
+
+TEST(LevelMeter, AsksItsSourceOnlyWhileItIsSeen)
+{
+    LevelMeter meter;
+    int asked = 0;
+    meter.setSource([&asked] {
+        ++asked;
+        return SoundPeaks{1, 1};
+    });
+    const int atFirst = asked;
+    spinSomePolls();
+    EXPECT_EQ(asked, atFirst) << "hidden";
+    meter.show();
+    EXPECT_TRUE(spinUntil([&] { return meter.lit()[0] == LevelMeter::kSegments; }));
+    meter.setSource(nullptr);
+    const int asThen = asked;
+    spinSomePolls();
+    EXPECT_EQ(asked, asThen);
+    EXPECT_THAT(meter.lit(), ElementsAre(0, 0));
+}
+
+struct SoundProgram : Program {
+    void SetUp() override
+    {
+        store->texts.insert(settingKey("b_Record_Include_Audio"), QStringLiteral("1"));
+        ASSERT_TRUE(launch());
+        app->recording.b_Record_Include_Audio = 1;
+        app->OnToolbarRecord();
+        ASSERT_EQ(sound->recordings.size(), 1u);
+    }
+    FakeSound::Recording& heard() { return *sound->recordings.back(); }
+};
+
+TEST_F(SoundProgram, MeterShowsWhatTheRecorderHearsWhileItRecords)
+{
+    EXPECT_TRUE(window->levelMeter->isVisible());
+    heard().peaks = {0.5F, 0.1F};
+    EXPECT_TRUE(spinUntil([this] { return window->levelMeter->lit()[0] == 11; }));
+    app->OnToolbarPause();
+    EXPECT_TRUE(window->levelMeter->isVisible());
+    EXPECT_EQ(window->levelMeter->lit()[0], 0);
+    heard().peaks = {0.5F, 0.1F};
+    spinSomePolls();
+    EXPECT_EQ(heard().peaks.left, 0.5F) << "not asked while paused";
+    app->OnToolbarRecord();
+    heard().peaks = {0.09F, 0.09F};
+    EXPECT_TRUE(spinUntil([this] { return window->levelMeter->lit()[0] == 8; }));
+    app->OnToolbarStop();
+    EXPECT_FALSE(window->levelMeter->isVisible());
+}
+
+TEST_F(SoundProgram, EventsAreToldWithTheInputsName)
+{
+    heard().onEvent(SoundEvent::Lost, QStringLiteral("The server ended."));
+    EXPECT_EQ(message(), QStringLiteral("The recording goes on without sound. The server ended."));
+    heard().onEvent(SoundEvent::Back, {});
+    EXPECT_TRUE(message().contains(QStringLiteral("The sound is back.")));
+    heard().onEvent(SoundEvent::Silent, QStringLiteral("Headset"));
+    EXPECT_TRUE(message().startsWith(QStringLiteral("No sound arrives from \u201cHeadset\u201d. Check")));
+    heard().onEvent(SoundEvent::Muted, {});
+    EXPECT_TRUE(message().startsWith(QStringLiteral("No sound arrives from the sound input, because it is muted.")));
+}
