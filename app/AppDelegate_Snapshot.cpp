@@ -4,6 +4,7 @@
 #include "app/Window_Main.h"
 #include "recording/WorkingFolders.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QStandardPaths>
@@ -16,6 +17,8 @@ namespace {
 /// Writes the picture in one step, for the user alone. Empty, or why not.
 QString writePng(const QImage& picture, const QString& path)
 {
+    if (QFileInfo(path).isSymLink())
+        QFile::remove(path); // it would be followed
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner))
         return file.errorString();

@@ -220,8 +220,9 @@ QString helpText()
     line(QStringLiteral("--help"), translated("Show this text and end."));
     line(QStringLiteral("--version"), translated("Show the version and end."));
     return text
-           + translated("\nThe exit status is 0 when the movie was saved (its path is printed), 1 when it was not,\n"
-                        "2 when the options are wrong. SIGINT and SIGTERM end a recording early and save it.\n");
+           + translated("\nThe exit status is 0 when the movie was saved (its path is printed), 1 when there is none,\n"
+                        "2 when the options are wrong, 3 when the recording was kept, but not as asked: it ended\n"
+                        "early or lies elsewhere. SIGINT and SIGTERM end a recording early and save it.\n");
 }
 
 CommandLine mistake(const QString& what)

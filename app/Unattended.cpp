@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <unistd.h>
+#include <utility>
 
 namespace lumavex {
 
@@ -50,7 +51,7 @@ UnattendedRecording::UnattendedRecording(AppDelegate& app, RunLoop& runLoop, con
 void UnattendedRecording::begin()
 {
     if (!app_.launchProblem.isEmpty()) {
-        finished({}, app_.launchProblem);
+        finished({}, app_.launchProblem, Kept::Nothing);
         return;
     }
     // A camera's size, which the movie may take, is known with its first picture.
@@ -73,9 +74,9 @@ void UnattendedRecording::begin()
 void UnattendedRecording::endEarly()
 {
     if (app_.recording.stopping)
-        return; // it is being saved already
-    if (app_.recording.m_RecordStatus == Idle)
-        QCoreApplication::exit(1);
+        app_.cancelFinishing();
+    else if (app_.recording.m_RecordStatus == Idle)
+        finished({}, tr("The program was told to end before the recording began."), Kept::Nothing);
     else
         app_.OnToolbarStop();
 }
@@ -90,8 +91,10 @@ void UnattendedRecording::showProgress()
     std::fprintf(stderr, "%s%s", eraseLine, qUtf8Printable(line));
 }
 
-void UnattendedRecording::finished(const QString& path, const QString& problem)
+void UnattendedRecording::finished(const QString& path, const QString& problem, Kept kept)
 {
+    if (std::exchange(ended_, true))
+        return;
     runLoop_.invalidate(progressTimer_);
     if (terminal_)
         std::fputs(eraseLine, stderr);
@@ -99,10 +102,10 @@ void UnattendedRecording::finished(const QString& path, const QString& problem)
         print(stderr, QStringLiteral("lumavex: ") + problem);
     if (!path.isEmpty())
         print(stdout, path);
-    const int status = !path.isEmpty() && problem.isEmpty() ? 0 : 1;
-    const auto end = [this, status] {
+    status_ = kept == Kept::AsAsked ? 0 : kept == Kept::Otherwise ? 3 : 1;
+    const auto end = [this] {
         app_.finishRescue(); // no time was lost with an earlier run's recording before this one
-        QCoreApplication::exit(status);
+        QCoreApplication::exit(status_);
     };
     QMetaObject::invokeMethod(this, end, Qt::QueuedConnection);
 }

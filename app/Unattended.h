@@ -10,6 +10,7 @@
 namespace lumavex {
 
 class AppDelegate;
+enum class Kept;
 
 /// Answers in place of a user: the save panel with the output file, alerts with a line on standard error.
 class UnattendedDialogs final : public Dialogs {
@@ -26,26 +27,30 @@ private:
 };
 
 /// One recording without a user, through the same commands as the buttons: starts it, shows its progress on a terminal,
-/// stops it when its time is over and ends the program with status 0 and the movie's path, or with status 1 and a
-/// message.
+/// stops it when its time is over and ends the program with status 0 and the movie's path, or with a message and status
+/// 3 when the recording was kept otherwise than asked, 1 when there is none.
 class UnattendedRecording final : public QObject {
     Q_OBJECT
 public:
     UnattendedRecording(AppDelegate& app, RunLoop& runLoop, const LaunchOptions& options);
 
     void begin();
-    /// Stops early and saves. Before the recording began it ends the program; while it is being saved nothing happens.
+    /// Stops early and saves. Before the recording began it ends the program; while picture and sound are being joined
+    /// or the movie is copied it gives that up and keeps what there is.
     void endEarly();
+    int exitStatus() const { return status_; } ///< 1 until the recording has ended
 
 private:
     void showProgress();
-    void finished(const QString& path, const QString& problem);
+    void finished(const QString& path, const QString& problem, Kept kept);
 
     AppDelegate& app_;
     RunLoop& runLoop_;
     const LaunchOptions options_;
     bool terminal_;
     TimerId progressTimer_ = 0;
+    int status_ = 1;
+    bool ended_ = false;
 };
 
 } // namespace lumavex

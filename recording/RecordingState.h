@@ -5,13 +5,18 @@
 #include "platform/MovieWriter.h"
 #include "platform/RunLoop.h"
 #include "platform/SoundRecorder.h"
+#include "recording/FreeSpace.h"
+#include "recording/SavedMovie.h"
 #include "recording/Window_Progress.h"
 #include "recording/WriterReadiness.h"
 
 #include <QString>
 
+#include <atomic>
 #include <cstdint>
+#include <future>
 #include <memory>
+#include <optional>
 
 namespace lumavex {
 
@@ -22,7 +27,7 @@ enum RecordStatus : std::uint64_t {
     Paused = 2,
 };
 
-/// A recording's state. Main thread, but for writerReadiness. The objects of a recording live until the next one
+/// A recording's state. Main thread, but for what says otherwise. The objects of a recording live until the next one
 /// starts.
 struct RecordingState {
     std::uint64_t m_RecordStatus = Idle;
@@ -33,6 +38,7 @@ struct RecordingState {
     std::int32_t i_fps_of_Recording = 1;             ///< nominal frames a second, at least 1
     std::int32_t i_Actual_FPS_while_Recording = 1;   ///< the clock steps by one over this
     std::int64_t i_debug_number_of_view_refresh = 0; ///< frames appended since the last one-second tick
+    std::int64_t i_Frames_Appended = 0;              ///< of the whole recording
     CMTime m_Current_Video_Frame;                    ///< time of the next frame
     CGSize size_Movie;                               ///< what the writer was made for, whatever the output size is now
     Nanoseconds notBefore{0}; ///< refreshes that were due earlier belong to the time before Record or Resume
@@ -41,6 +47,7 @@ struct RecordingState {
     QString s_Sound_File_Source; ///< the sound file, which exists only with sound
     QString s_AV_File_Source;    ///< both joined
 
+    std::optional<FinishingReserve> reserve; ///< from Record to Stop
     std::unique_ptr<MovieWriter> assetWriter;
     MovieInput* assetInput = nullptr;                ///< assetWriter's
     PixelBufferAdaptor* assetInputAdaptor = nullptr; ///< assetWriter's
@@ -55,10 +62,13 @@ struct RecordingState {
     Nanoseconds secondRemainder{0};
     Nanoseconds durationRemainder{0};
 
-    std::unique_ptr<Window_Progress> windowProgress; ///< only during Stop
-    std::uint64_t u_Type_Progress = 0;               ///< 0: joining sound and picture
-    std::uint64_t i_Orig_Duration_in_Seconds = 0;    ///< denominator of the joining progress
-    bool terminated = false;                         ///< the encoder has ended
+    std::unique_ptr<Window_Progress> windowProgress;      ///< only during Stop
+    std::uint64_t u_Type_Progress = 0;                    ///< 0: joining sound and picture
+    std::uint64_t i_Orig_Duration_in_Seconds = 0;         ///< denominator of the joining progress
+    bool terminated = false;                              ///< the encoder has ended
+    std::atomic<bool> cancelled = false;                  ///< joining or copying is to be given up; any thread reads it
+    std::shared_future<MovieWriter::Result> writerResult; ///< valid from Stop to the next Record
+    RecordedLengths lengths;                              ///< what the saved movie is held against; from Stop on
 };
 
 } // namespace lumavex

@@ -6,6 +6,7 @@
 #include <QTimer>
 
 #include <chrono>
+#include <sys/stat.h>
 #include <utility>
 
 namespace lumavex {
@@ -33,6 +34,7 @@ QString whyNotStarted(const QString& launchPath, const QProcess& process)
 QtChildProcess::QtChildProcess() : process_(std::make_unique<QProcess>())
 {
     process_->setStandardInputFile(QProcess::nullDevice());
+    process_->setChildProcessModifier([] { ::umask(077); }); // what it writes is the user's alone
     // Queued, so that a handler may destroy this object, and that none is called from within launch.
     QObject::connect(
         process_.get(), &QProcess::readyReadStandardOutput, process_.get(), [this] { readOutput(); },
