@@ -111,7 +111,6 @@ void AppDelegate::cancelFinishing()
 
 QString AppDelegate::beginFinishing(Nanoseconds stoppedAt)
 {
-    recording.reserve.reset();
     recording.writerReadiness->waitUntilReady();
     setProgress(20);
     // The handler runs on a thread of the writer's; what it shares outlives this call, should an alert end it early.

@@ -77,7 +77,6 @@ bool AppDelegate::startWriter()
     const QString problem = recording.assetWriter->startWriting();
     if (!problem.isEmpty())
         return refuse(problem);
-    recording.reserve.emplace(folder);
     return true;
 }
 
@@ -203,8 +202,10 @@ void AppDelegate::appendFrame(const CVPixelBufferRef& buffer)
 
 void AppDelegate::tellSoundTrouble(const QString& reason)
 {
-    window_.showMessage(tr("The recording goes on without sound. %1").arg(reason));
     qWarning("%s", qUtf8Printable(reason));
+    watchFreeSpace(); // on a full disk it is the sound that fails first
+    if (stopReason_.isEmpty())
+        window_.showMessage(tr("The recording goes on without sound. %1").arg(reason));
 }
 
 void AppDelegate::watchFreeSpace()

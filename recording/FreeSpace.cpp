@@ -3,8 +3,6 @@
 
 #include <QFile>
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <sys/statvfs.h>
 
 namespace lumavex {
@@ -37,22 +35,6 @@ bool mustEndRecording(const QString& folder, const RecordingSize& recording)
 {
     const std::optional<std::int64_t> free = freeBytes(folder);
     return free && *free < bytesToFinish(recording);
-}
-
-FinishingReserve::FinishingReserve(const QString& folder)
-    : file_(::open(QFile::encodeName(folder).constData(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600))
-{
-    // The tables of nine hours at 30 frames a second.
-    constexpr off_t bytes = off_t{32} << 20;
-    if (file_.isOpen())
-        (void)::fallocate(file_.get(), 0, 0, bytes);
-}
-
-std::int64_t FinishingReserve::heldBytes() const
-{
-    struct stat about = {};
-    constexpr std::int64_t blockSize = 512; // st_blocks counts these, whatever the file system's are
-    return file_.isOpen() && ::fstat(file_.get(), &about) == 0 ? about.st_blocks * blockSize : 0;
 }
 
 } // namespace lumavex

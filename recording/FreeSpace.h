@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/FileDescriptor.h"
-
 #include <QString>
 
 #include <cstdint>
@@ -33,17 +31,5 @@ std::int64_t bytesToFinish(const RecordingSize& recording);
 
 /// Whether the recording whose files lie in `folder` must be ended now. Never when the free space is not known.
 bool mustEndRecording(const QString& folder, const RecordingSize& recording);
-
-/// Space held on a disk from the beginning of a recording, so that its tables can still be written when another program
-/// has filled the disk meanwhile. It has no name and is given back with the object, or when the program is killed.
-/// Where the file system cannot hold space nothing is held.
-class FinishingReserve {
-public:
-    explicit FinishingReserve(const QString& folder);
-    std::int64_t heldBytes() const;
-
-private:
-    FileDescriptor file_;
-};
 
 } // namespace lumavex

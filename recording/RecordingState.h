@@ -5,7 +5,6 @@
 #include "platform/MovieWriter.h"
 #include "platform/RunLoop.h"
 #include "platform/SoundRecorder.h"
-#include "recording/FreeSpace.h"
 #include "recording/SavedMovie.h"
 #include "recording/Window_Progress.h"
 #include "recording/WriterReadiness.h"
@@ -16,7 +15,6 @@
 #include <cstdint>
 #include <future>
 #include <memory>
-#include <optional>
 
 namespace lumavex {
 
@@ -47,7 +45,6 @@ struct RecordingState {
     QString s_Sound_File_Source; ///< the sound file, which exists only with sound
     QString s_AV_File_Source;    ///< both joined
 
-    std::optional<FinishingReserve> reserve; ///< from Record to Stop
     std::unique_ptr<MovieWriter> assetWriter;
     MovieInput* assetInput = nullptr;                ///< assetWriter's
     PixelBufferAdaptor* assetInputAdaptor = nullptr; ///< assetWriter's

@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Whatever the encoder does instead of joining picture and sound, both are kept."""
 
+import os
 import shutil
 import signal
 import time
@@ -17,7 +18,7 @@ class EncoderFaultsTest(EndToEndTest):
         home = self.home().make_settings()
         path = self.fake_encoder(home, script)
         program, output = self.start_recording(home, seconds, PATH=path)
-        self.assertEqual((program.wait(), program.stdout), (3, ""), program.stderr)
+        self.assertEqual((program.wait(90), program.stdout), (3, ""), program.stderr)
         self.assertIn(text, program.stderr)
         self.assertLess(len(program.stderr), 6000)
         self.assertTrue(program.stderr.isprintable() or all(each.isprintable() or each == "\n" for each in program.stderr))
@@ -62,6 +63,12 @@ class EncoderFaultsTest(EndToEndTest):
         self.assertIn("cancelled", program.stderr)
         self.assert_kept_in_two_files(home)
         self.assertNotIn(str(home.root / "bin"), output_of("ps", "ax", "-o", "args"))
+
+    @unittest.skipUnless(os.environ.get("LUMAVEX_SOAK"), "takes more than a minute")
+    def test_hangs_with_nobody_there(self):
+        begin = time.monotonic()
+        self.assert_told_and_kept(HANGS, "did not get any further for 60 seconds")
+        self.assertLess(time.monotonic() - begin, 80)
 
     def test_hangs_and_is_cancelled_in_the_window(self):
         home = self.home().make_settings()

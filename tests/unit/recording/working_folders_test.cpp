@@ -91,16 +91,6 @@ TEST_F(WorkingFoldersTest, ThatExistBecomePrivateAndMayBeLinkedButAreNobodyElses
     EXPECT_EQ(createFolder(link, error), FolderCreation::Failed);
 }
 
-TEST_F(WorkingFoldersTest, TheReserveIsHeldWithoutAName)
-{
-    EXPECT_EQ(FinishingReserve("/proc").heldBytes(), 0);
-    const FinishingReserve reserve(folder_.path());
-    if (reserve.heldBytes() == 0)
-        GTEST_SKIP() << "this file system cannot hold space";
-    EXPECT_GE(reserve.heldBytes(), 16 << 20);
-    EXPECT_TRUE(QDir(folder_.path()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
-}
-
 TEST_F(WorkingFoldersTest, EmptyingIsRecursiveButKeepsToTheFolder)
 {
     QDir(folder_.path()).mkpath("work/a/b");
