@@ -28,6 +28,9 @@ void AppDelegate::saveWithoutScreen()
 {
     const QString reason = tr("The screen is gone, so the recording was ended.");
     const bool withSound = recording.soundRecorder != nullptr;
+    // An encoder that had been started before may still write the usual file.
+    QFile::remove(recording.s_AV_File_Source);
+    recording.s_AV_File_Source = recording.s_Video_File_Source + QStringLiteral(".joined.mov");
     const QString movie = withSound ? recording.s_AV_File_Source : recording.s_Video_File_Source;
     const auto missingFrom = [this](const QString& path) {
         return whatIsMissing(platform_.readMovie(path), recording.lengths);
@@ -47,6 +50,7 @@ void AppDelegate::saveWithoutScreen()
             return;
         }
     }
+    QFile::remove(recording.s_AV_File_Source);
     const RescuedRecording kept =
         putAside(recording.s_Video_File_Source, recording.s_Sound_File_Source, application.s_Recovered_Folder);
     Q_EMIT recordingFinished({}, tr("%1 %2 It was kept as %3.").arg(reason, problem, kept.movie), Kept::Otherwise);

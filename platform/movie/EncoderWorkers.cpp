@@ -95,6 +95,9 @@ void EncoderWorkers::close(Rest rest)
 
 EncoderWorkers::Slot* EncoderWorkers::nextToEncode()
 {
+    // Repetitions wake no encoder. What was taken meanwhile must be passed over: its slots belong to later frames by
+    // now, and one of those would be found a second time under its own number.
+    claimed_ = std::max(claimed_, taken_);
     while (!discarded_ && claimed_ < put_) {
         Slot& slot = ring_[claimed_++ % ring_.size()];
         if (!slot.done)

@@ -55,7 +55,7 @@ class EncoderFaultsTest(EndToEndTest):
         program, _ = self.start_recording(home, 60, PATH=self.fake_encoder(home, HANGS))
         time.sleep(2)
         program.send(signal.SIGTERM)
-        wait_for("the joining", lambda: "finalvideo.mov" in output_of("ps", "ax", "-o", "args"))
+        wait_for("the joining", lambda: f"{home.video_folder}/finalvideo.mov" in output_of("ps", "ax", "-o", "args"))
         time.sleep(1)
         self.assertTrue(program.is_running())
         program.send(signal.SIGTERM)
