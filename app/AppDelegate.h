@@ -16,12 +16,20 @@
 #include <QObject>
 #include <QThreadPool>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 
 namespace lumavex {
 
 class Window_Main;
+
+/// What has become of a recording.
+enum class Kept {
+    Nothing,   ///< there is none, or it was discarded
+    AsAsked,   ///< all of it, where it was wanted
+    Otherwise, ///< it ended early, is in two files, or lies elsewhere
+};
 
 /// Owns the program's state and carries out its commands. One object, as long as the process; main thread only.
 ///
@@ -165,8 +173,16 @@ public:
     void OnMenuVideoStop() { OnToolbarStop(); }
     /// Ends the recording as soon as the event loop is reached, keeping it; tells the user why.
     void stopBecause(const QString& reason);
+    /// Gives up joining, or copying to another file system; what was recorded is kept. Nothing happens before or after.
+    void cancelFinishing();
     /// Tells what an earlier, killed run left and completes it.
     void finishRescue();
+
+    // --- Loss of the screen: AppDelegate_ScreenLoss.cpp ---
+    /// The screen is gone, and with it windows and the event loop: finishes the running recording, if there is one,
+    /// without them. Without a user it is saved; else the next start completes it and tells. Returns when it is done;
+    /// afterwards the process must end.
+    void finishWithoutScreen();
 
     // --- Processor load: AppDelegate_ProcessorLoad.cpp ---
     void updateInfo();
@@ -178,7 +194,7 @@ Q_SIGNALS:
     void progressChanged(float percentage);
     /// The recording is where it stays, but Stop has not returned. `path` is where the movie was saved; empty when it
     /// was not. `problem` is empty when all went well or the user discarded it, else what went wrong and what was kept.
-    void recordingFinished(const QString& path, const QString& problem);
+    void recordingFinished(const QString& path, const QString& problem, lumavex::Kept kept);
     /// A snapshot was saved as `path`. Empty: it was not, and the user knows why.
     void pictureFinished(const QString& path);
 
@@ -259,12 +275,22 @@ private:
     void beginProgress();
     void setProgress(float percentage);
     void endProgress();
+    QString beginFinishing(Nanoseconds stoppedAt);
     QString finishWriter(Nanoseconds stoppedAt);
+    QString noteLengths();
+    EncoderJob joiningJob() const;
+    std::optional<std::chrono::seconds> patience() const;
     QString joinSoundAndPicture();
     /// Whether the picture and sound files in the video folder still hold what is nowhere else.
     enum class WorkingFiles { NotNeeded, Needed };
     WorkingFiles endWithoutJoin(const QString& reason);
+    void saveWithoutScreen();
+    // AppDelegate_Saving.cpp
     WorkingFiles saveMovie(const QString& movie, const QString& problem);
+    /// Holds a movie against what was recorded.
+    QString whatIsMissingFrom(const QString& movie);
+    WorkingFiles keepWhatWasRecorded(const QString& saved, const QString& missing);
+    void tellKept(const QString& messageText, const QString& informativeText, const QString& path);
     bool isInWorkingFolder(const QString& path) const;
     MoveResult moveWithProgress(const QString& from, const QString& to);
     WorkingFiles keepMovie(const QString& movie, const QString& why);

@@ -3,17 +3,15 @@
 
 #include "app/Window_Main.h"
 #include "recording/EncoderRun.h"
-#include "recording/WorkerRun.h"
-#include "recording/WorkingFolders.h"
+#include "recording/RecordedFiles.h"
 
 #include <QAction>
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QLabel>
 #include <QMenu>
 
-#include <atomic>
+#include <algorithm>
+#include <cmath>
 
 namespace lumavex {
 
@@ -87,13 +85,16 @@ void AppDelegate::beginProgress()
 {
     recording.windowProgress = std::make_unique<Window_Progress>(&window_);
     recording.windowProgress->setDescription(QStringLiteral("Performing operation... Please wait..."));
+    recording.cancelled = false;
+    connect(recording.windowProgress.get(), &Window_Progress::cancelled, this, &AppDelegate::cancelFinishing);
     if (window_.isVisible())
         recording.windowProgress->open();
 }
 
 void AppDelegate::setProgress(float percentage)
 {
-    recording.windowProgress->setProgress(percentage);
+    if (recording.windowProgress) // none without a screen
+        recording.windowProgress->setProgress(percentage);
     Q_EMIT progressChanged(percentage);
 }
 
@@ -102,31 +103,77 @@ void AppDelegate::endProgress()
     recording.windowProgress.reset();
 }
 
-QString AppDelegate::finishWriter(Nanoseconds stoppedAt)
+void AppDelegate::cancelFinishing()
+{
+    recording.cancelled = true;
+    QMetaObject::invokeMethod(
+        this, [] {}, Qt::QueuedConnection); // wakes the loop that waits for what is cancelled
+}
+
+QString AppDelegate::beginFinishing(Nanoseconds stoppedAt)
 {
     recording.writerReadiness->waitUntilReady();
     setProgress(20);
     // The handler runs on a thread of the writer's; what it shares outlives this call, should an alert end it early.
-    struct Outcome {
-        std::atomic<bool> done{false};
-        MovieWriter::Result result;
-    };
-    const auto outcome = std::make_shared<Outcome>();
+    const auto outcome = std::make_shared<std::promise<MovieWriter::Result>>();
+    recording.writerResult = outcome->get_future().share();
     recording.assetWriter->finishWritingWithCompletionHandler(
         recording.m_Current_Video_Frame, [this, outcome](const MovieWriter::Result& result) {
-            outcome->result = result;
-            outcome->done = true;
+            outcome->set_value(result);
             QMetaObject::invokeMethod(
-                this, [] {}, Qt::QueuedConnection); // wakes the loop below
+                this, [] {}, Qt::QueuedConnection); // wakes the loop that waits for it
         });
     setProgress(30);
     QString soundProblem;
     if (recording.soundRecorder)
         soundProblem = recording.soundRecorder->stop(stoppedAt);
     setProgress(40);
-    platform_.runLoop->runUntil([&] { return outcome->done.load(); });
+    return soundProblem;
+}
+
+QString AppDelegate::finishWriter(Nanoseconds stoppedAt)
+{
+    const QString soundProblem = beginFinishing(stoppedAt);
+    platform_.runLoop->runUntil(
+        [this] { return recording.writerResult.wait_for(std::chrono::seconds(0)) == std::future_status::ready; });
     recording.writerReadiness.reset();
-    return outcome->result.error.isEmpty() ? soundProblem : outcome->result.error;
+    const QString problem = noteLengths();
+    return problem.isEmpty() ? soundProblem : problem;
+}
+
+QString AppDelegate::noteLengths()
+{
+    const MovieWriter::Result& result = recording.writerResult.get();
+    recording.lengths = {};
+    recording.lengths.frames = result.frames;
+    if (recording.soundRecorder)
+        recording.lengths.soundSeconds = soundSeconds(recording.s_Sound_File_Source);
+    if (!result.error.isEmpty())
+        return result.error;
+    recording.lengths.pictureSeconds = CMTimeGetSeconds(recording.m_Current_Video_Frame);
+    if (result.frames != recording.i_Frames_Appended)
+        return tr("Of %1 frames %2 are in the movie.").arg(recording.i_Frames_Appended).arg(result.frames);
+    constexpr double tolerance = 1; // of a second; what was not heard is silence, so that the lengths agree
+    const double apart =
+        recording.lengths.soundSeconds.value_or(*recording.lengths.pictureSeconds) - *recording.lengths.pictureSeconds;
+    return std::abs(apart) < tolerance ? QString() : tr("Sound and picture differ in length by %1 s.").arg(apart);
+}
+
+EncoderJob AppDelegate::joiningJob() const
+{
+    EncoderJob job;
+    job.sffmpegPath = application.sffmpegPath;
+    job.s_Video_File_Source = recording.s_Video_File_Source;
+    job.s_Sound_File_Source = recording.s_Sound_File_Source;
+    job.s_AV_File_Source = recording.s_AV_File_Source;
+    job.i_Orig_Duration_in_Seconds = recording.i_Orig_Duration_in_Seconds;
+    return job;
+}
+
+std::optional<std::chrono::seconds> AppDelegate::patience() const
+{
+    // With nobody there to press Cancel, work that stands still must end by itself.
+    return options_.recordSeconds ? std::optional(std::chrono::seconds(60)) : std::nullopt;
 }
 
 QString AppDelegate::joinSoundAndPicture()
@@ -134,15 +181,13 @@ QString AppDelegate::joinSoundAndPicture()
     setProgress(0);
     recording.u_Type_Progress = 0;
     recording.terminated = false;
-    EncoderJob job;
-    job.sffmpegPath = application.sffmpegPath;
-    job.s_Video_File_Source = recording.s_Video_File_Source;
-    job.s_Sound_File_Source = recording.s_Sound_File_Source;
-    job.s_AV_File_Source = recording.s_AV_File_Source;
-    job.i_Orig_Duration_in_Seconds = recording.i_Orig_Duration_in_Seconds;
-    const QString problem = runEncoder(job, platform_.createChildProcess, *platform_.runLoop,
-                                       [this](float percentage) { setProgress(percentage); });
+    recording.windowProgress->setCancelling(Window_Progress::Cancelling::Offered);
+    const EncoderWatch watch{[this](float percentage) { setProgress(percentage); },
+                             [this] { return recording.cancelled.load(); }, patience()};
+    QString problem = runEncoder(joiningJob(), platform_.createChildProcess, *platform_.runLoop, watch);
     recording.terminated = true;
+    if (problem.isEmpty())
+        problem = whatIsMissingFrom(recording.s_AV_File_Source);
     return problem;
 }
 
@@ -157,109 +202,12 @@ AppDelegate::WorkingFiles AppDelegate::endWithoutJoin(const QString& reason)
         tr("Sound and picture could not be joined. %1\n\n%2").arg(reason, (kept.error + u' ' + where).trimmed());
     const int answer = platform_.dialogs->runAlert({tr("Error"), text, {tr("Save Video Without Sound"), tr("Close")}});
     QFile::remove(recording.s_AV_File_Source); // what a failed encoder left
+    recording.lengths.soundSeconds.reset();
     if (answer == 0)
         saveMovie(kept.movie, text); // cancelled, it stays where it was kept
     else
-        Q_EMIT recordingFinished({}, text);
+        Q_EMIT recordingFinished({}, text, Kept::Otherwise);
     return kept.error.isEmpty() ? WorkingFiles::NotNeeded : WorkingFiles::Needed;
-}
-
-AppDelegate::WorkingFiles AppDelegate::saveMovie(const QString& movie, const QString& problem)
-{
-    SavePanel panel;
-    panel.title = QStringLiteral("Select a folder to save the video file recorded");
-    panel.nameField = QFileInfo(recording.s_Video_File_Source).fileName();
-    panel.filter = tr("Movies (*.mov)");
-    for (;;) {
-        const std::optional<QString> path = platform_.dialogs->runSavePanel(panel);
-        if (!path) {
-            Q_EMIT recordingFinished({}, problem);
-            return WorkingFiles::NotNeeded;
-        }
-        const MoveResult moved =
-            isInWorkingFolder(*path)
-                ? MoveResult{MoveOutcome::Failed, tr("Lumavex empties this folder at every start.")}
-                : moveWithProgress(movie, *path);
-        if (moved.outcome == MoveOutcome::Moved) {
-            Q_EMIT recordingFinished(*path, problem);
-            tellSaved(*path);
-            return WorkingFiles::NotNeeded;
-        }
-        const QString why = moved.outcome == MoveOutcome::Cancelled ? tr("Saving was cancelled.") : moved.error;
-        const int answer =
-            platform_.dialogs->runAlert({tr("Error"),
-                                         tr("The movie could not be saved there. %1 It is not lost.").arg(why),
-                                         {tr("Save Elsewhere…"), tr("Close")}});
-        if (answer != 0)
-            return keepMovie(movie, why);
-    }
-}
-
-bool AppDelegate::isInWorkingFolder(const QString& path) const
-{
-    const QString folder = QFileInfo(QFileInfo(path).absolutePath()).canonicalFilePath() + u'/';
-    for (const QString& working :
-         {application.s_Output_Folder, application.s_Video_Folder, application.s_Picture_Folder}) {
-        const QString present = QFileInfo(working).canonicalFilePath();
-        if (!present.isEmpty() && folder.startsWith(present + u'/'))
-            return true;
-    }
-    return false;
-}
-
-AppDelegate::WorkingFiles AppDelegate::keepMovie(const QString& movie, const QString& why)
-{
-    RescuedRecording kept{movie, {}, {}};
-    if (isInWorkingFolder(movie)) {
-        // The joined movie takes the picture's place and with it the stamped name, by which the next start finds it
-        // should it have to stay.
-        const bool stamped = movie == recording.s_Video_File_Source
-                             || moveFile(movie, recording.s_Video_File_Source, ExistingDestination::Replace).outcome
-                                    == MoveOutcome::Moved;
-        kept = putAside(stamped ? recording.s_Video_File_Source : movie, {}, application.s_Recovered_Folder);
-    }
-    const QString where = (kept.error + u' ' + tr("The recording was kept as %1.").arg(kept.movie)).trimmed();
-    platform_.dialogs->runAlert({tr("Error"), where, {tr("Close")}});
-    Q_EMIT recordingFinished({}, why + u' ' + where);
-    return kept.error.isEmpty() ? WorkingFiles::NotNeeded : WorkingFiles::Needed;
-}
-
-MoveResult AppDelegate::moveWithProgress(const QString& from, const QString& to)
-{
-    MoveResult result;
-    std::atomic<int> percentage{-1};
-    const auto copied = [this, &percentage](std::int64_t done, std::int64_t total) {
-        const int now = total > 0 ? static_cast<int>(done * 100 / total) : 0;
-        if (percentage.exchange(now) != now)
-            QMetaObject::invokeMethod(
-                this,
-                [this, now] {
-                    if (!recording.windowProgress)
-                        beginProgress();
-                    setProgress(static_cast<float>(now));
-                },
-                Qt::QueuedConnection);
-        return true;
-    };
-    runOnWorker(*platform_.runLoop, [&] {
-        flushToDisk(from); // written by another program, and soon the only copy
-        result = moveFile(from, to, ExistingDestination::Replace, copied);
-        if (result.outcome == MoveOutcome::Moved)
-            giveOrdinaryMode(to);
-    });
-    QCoreApplication::sendPostedEvents(this); // progress still on its way must not open the sheet again
-    if (recording.windowProgress)
-        endProgress();
-    return result;
-}
-
-void AppDelegate::tellSaved(const QString& path)
-{
-    const int answer = platform_.dialogs->runAlert({QStringLiteral("Success"),
-                                                    QStringLiteral("Video file saved successfully."),
-                                                    {QStringLiteral("Play Video File"), QStringLiteral("Close")}});
-    if (answer == 0 && !platform_.dialogs->open(QUrl::fromLocalFile(path)))
-        window_.showMessage(tr("No application is installed that opens %1.").arg(path));
 }
 
 void AppDelegate::finishRescue()
@@ -267,9 +215,30 @@ void AppDelegate::finishRescue()
     if (rescued_.empty())
         return;
     const std::vector<RescuedRecording> recordings = std::exchange(rescued_, {});
-    const auto notes = completeRescued(
-        recordings, {platform_.repairMovie, platform_.createChildProcess, application.sffmpegPath}, *platform_.runLoop);
-    platform_.dialogs->runAlert({tr("A recording was recovered"), rescueMessage(notes), {tr("Close")}});
+    // Not over the main window, in which the next recording may be begun meanwhile, and only when it takes a while.
+    Window_Progress progress(&window_);
+    progress.setWindowModality(Qt::NonModal);
+    progress.setAttribute(Qt::WA_ShowWithoutActivating);
+    progress.setDescription(tr("Completing what was recorded before Lumavex was closed…"));
+    progress.setCancelling(Window_Progress::Cancelling::Offered);
+    bool cancelled = false;
+    connect(&progress, &Window_Progress::cancelled, this, [&cancelled] { cancelled = true; });
+    const TimerId show = platform_.runLoop->scheduleOnce({1, 1}, [this, &progress](const TimerFiring&) {
+        if (window_.isVisible())
+            progress.show();
+    });
+    const auto notes = completeRescued(recordings,
+                                       {platform_.repairMovie,
+                                        platform_.readMovie,
+                                        platform_.createChildProcess,
+                                        application.sffmpegPath,
+                                        {[&progress](float percentage) { progress.setProgress(percentage); },
+                                         [&cancelled] { return cancelled; }, patience()}},
+                                       *platform_.runLoop);
+    platform_.runLoop->invalidate(show);
+    progress.hide();
+    tellKept(tr("A recording was recovered"), rescueMessage(notes), notes.front().path);
+    forgetRescued(recordings);
 }
 
 } // namespace lumavex

@@ -26,7 +26,8 @@ void AppDelegate::OnToolbarRecord()
         if (options_.load == LaunchOptions::Load::Refuse
             && static_cast<double>(application.fCPUUsage) > processorUsageLimit) {
             Show_Window_Can_Not_Record();
-            Q_EMIT recordingFinished({}, tr("The machine is too busy to record (use --ignore-load to record anyway)."));
+            Q_EMIT recordingFinished({}, tr("The machine is too busy to record (use --ignore-load to record anyway)."),
+                                     Kept::Nothing);
             return;
         }
         // Frames are made only while there is a preview, in sight or not.
@@ -45,6 +46,11 @@ void AppDelegate::OnToolbarRecord()
 
 bool AppDelegate::startWriter()
 {
+    const auto refuse = [this](const QString& problem) {
+        platform_.dialogs->runAlert({tr("Error"), problem, {tr("Close")}});
+        Q_EMIT recordingFinished({}, problem, Kept::Nothing);
+        return false;
+    };
     const QString& folder = application.s_Video_Folder;
     recording.s_Video_File_Source = pathIn(folder, dateStamp(QDateTime::currentDateTime()) + QStringLiteral(".mov"));
     recording.s_AV_File_Source = pathIn(folder, kJoinedFileName);
@@ -52,6 +58,10 @@ bool AppDelegate::startWriter()
     for (const QString& stale :
          {recording.s_Video_File_Source, recording.s_AV_File_Source, recording.s_Sound_File_Source})
         QFile::remove(stale);
+    if (mustEndRecording(folder, {}))
+        return refuse(tr("There is too little space left on the disk that holds %1: a recording needs at least %2 MB.")
+                          .arg(folder)
+                          .arg(kReserveBytes >> 20));
 
     recording.i_Actual_FPS_while_Recording = recording.i_fps_of_Recording;
     recording.m_Current_Video_Frame = CMTimeMake(1, std::max(recording.i_fps_of_Recording, 30));
@@ -65,11 +75,9 @@ bool AppDelegate::startWriter()
     recording.assetInputAdaptor = &recording.assetWriter->adaptor();
     recording.writerReadiness = std::make_unique<WriterReadiness>(*recording.assetWriter);
     const QString problem = recording.assetWriter->startWriting();
-    if (problem.isEmpty())
-        return true;
-    platform_.dialogs->runAlert({tr("Error"), problem, {tr("Close")}});
-    Q_EMIT recordingFinished({}, problem);
-    return false;
+    if (!problem.isEmpty())
+        return refuse(problem);
+    return true;
 }
 
 void AppDelegate::startRecording()
@@ -80,8 +88,9 @@ void AppDelegate::startRecording()
     const Nanoseconds origin = runLoop.now();
     recording.notBefore = origin;
     recording.i_debug_number_of_view_refresh = 0;
-    recording.m_Seconds_of_Recording = 0;
     recording.i_Frames_Appended = 0;
+    recording.writerResult = {};
+    recording.m_Seconds_of_Recording = 0;
     lastAppended_.reset();
     beginStatistics();
 

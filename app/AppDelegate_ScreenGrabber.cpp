@@ -72,6 +72,8 @@ void AppDelegate::setOutputImage(const Grab& grab)
         return;
     capture.imgScreenCapture = grab.picture;
     capture.serialScreen = grab.serial;
+    // The display's resolution can change at any time; the movie keeps its size and shows the new one fitted into it.
+    capture.size_Screen = {static_cast<double>(grab.picture.width()), static_cast<double>(grab.picture.height())};
 }
 
 ScreenPicture AppDelegate::prepareScreenPicture()

@@ -4,6 +4,7 @@
 #include "app/Window_Main.h"
 #include "recording/WorkingFolders.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QStandardPaths>
@@ -19,6 +20,8 @@ QString writePng(const CVPixelBufferRef& frame, const QString& path)
 {
     if (!frame)
         return AppDelegate::tr("There is not enough memory to compose it.");
+    if (QFileInfo(path).isSymLink())
+        QFile::remove(path); // it would be followed
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner))
         return file.errorString();

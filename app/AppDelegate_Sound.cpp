@@ -30,7 +30,9 @@ void AppDelegate::tellSoundEvent(SoundEvent event, const QString& detail)
     const QString input = detail.isEmpty() ? tr("the sound input") : QStringLiteral("\u201c%1\u201d").arg(detail);
     switch (event) {
     case SoundEvent::Lost:
-        tell(tr("The recording goes on without sound. %1").arg(detail));
+        watchFreeSpace(); // on a full disk it is the sound that fails first
+        if (stopReason_.isEmpty())
+            tell(tr("The recording goes on without sound. %1").arg(detail));
         break;
     case SoundEvent::Back:
         tell(tr("The sound is back. It stands in its place in the recording."));

@@ -255,8 +255,9 @@ QString helpText()
                         "Sizes of the small picture, of the movie's width:\n"
                         "  0 an eighth   1 a quarter   2 a third   3 a half   4 all of it\n")
            + translated(
-               "\nThe exit status is 0 when the movie or picture was saved (its path is printed), 1 when not,\n"
-               "2 when the options are wrong. SIGINT and SIGTERM end a recording early and save it.\n");
+               "\nThe exit status is 0 when the movie or picture was saved (its path is printed), 1 when there is\n"
+               "none, 2 when the options are wrong, 3 when the recording was kept, but not as asked: it ended\n"
+               "early or lies elsewhere. SIGINT and SIGTERM end a recording early and save it.\n");
 }
 
 CommandLine mistake(const QString& what)

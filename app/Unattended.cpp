@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstdio>
 #include <unistd.h>
+#include <utility>
 
 namespace lumavex {
 
@@ -49,13 +50,14 @@ UnattendedRun::UnattendedRun(AppDelegate& app, RunLoop& runLoop, const LaunchOpt
     : app_(app), runLoop_(runLoop), options_(options), terminal_(isatty(STDERR_FILENO) == 1)
 {
     connect(&app_, &AppDelegate::recordingFinished, this, &UnattendedRun::finished);
-    connect(&app_, &AppDelegate::pictureFinished, this, [this](const QString& path) { finished(path, {}); });
+    connect(&app_, &AppDelegate::pictureFinished, this,
+            [this](const QString& path) { finished(path, {}, path.isEmpty() ? Kept::Nothing : Kept::AsAsked); });
 }
 
 void UnattendedRun::begin()
 {
     if (!app_.launchProblem.isEmpty()) {
-        finished({}, app_.launchProblem);
+        finished({}, app_.launchProblem, Kept::Nothing);
         return;
     }
     waitForCamera();
@@ -97,13 +99,16 @@ void UnattendedRun::waitForCamera()
 void UnattendedRun::takePicture()
 {
     if (showsCamera() && app_.camera.imgDeviceCapture.isNull()) {
-        finished({}, tr("The camera %1 sent no picture within %2 seconds.")
-                         .arg(app_.camera.s_Camera_Name)
-                         .arg(snapshotPatience.count()));
+        finished({},
+                 tr("The camera %1 sent no picture within %2 seconds.")
+                     .arg(app_.camera.s_Camera_Name)
+                     .arg(snapshotPatience.count()),
+                 Kept::Nothing);
         return;
     }
     if (showsScreen() && !waitForScreen()) {
-        finished({}, tr("The screen could not be read within %1 seconds.").arg(snapshotPatience.count()));
+        finished({}, tr("The screen could not be read within %1 seconds.").arg(snapshotPatience.count()),
+                 Kept::Nothing);
         return;
     }
     if (ended_)
@@ -133,13 +138,11 @@ void UnattendedRun::record()
 void UnattendedRun::endEarly()
 {
     if (app_.recording.stopping)
-        return; // it is being saved already
-    if (app_.recording.m_RecordStatus == Idle) {
-        ended_ = true;
-        QCoreApplication::exit(1);
-    } else {
+        app_.cancelFinishing();
+    else if (app_.recording.m_RecordStatus == Idle)
+        finished({}, tr("The program was told to end before it began."), Kept::Nothing);
+    else
         app_.OnToolbarStop();
-    }
 }
 
 void UnattendedRun::showProgress()
@@ -152,8 +155,10 @@ void UnattendedRun::showProgress()
     std::fprintf(stderr, "%s%s", eraseLine, qUtf8Printable(line));
 }
 
-void UnattendedRun::finished(const QString& path, const QString& problem)
+void UnattendedRun::finished(const QString& path, const QString& problem, Kept kept)
 {
+    if (std::exchange(ended_, true))
+        return;
     runLoop_.invalidate(progressTimer_);
     if (terminal_)
         std::fputs(eraseLine, stderr);
@@ -161,10 +166,10 @@ void UnattendedRun::finished(const QString& path, const QString& problem)
         print(stderr, QStringLiteral("lumavex: ") + problem);
     if (!path.isEmpty())
         print(stdout, path);
-    const int status = !path.isEmpty() && problem.isEmpty() ? 0 : 1;
-    const auto end = [this, status] {
+    status_ = kept == Kept::AsAsked ? 0 : kept == Kept::Otherwise ? 3 : 1;
+    const auto end = [this] {
         app_.finishRescue(); // no time was lost with an earlier run's recording before this one
-        QCoreApplication::exit(status);
+        QCoreApplication::exit(status_);
     };
     QMetaObject::invokeMethod(this, end, Qt::QueuedConnection);
 }

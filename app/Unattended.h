@@ -10,6 +10,7 @@
 namespace lumavex {
 
 class AppDelegate;
+enum class Kept;
 
 /// Answers in place of a user: the save panel with the output file, alerts with a line on standard error.
 class UnattendedDialogs final : public Dialogs {
@@ -27,15 +28,17 @@ private:
 
 /// One recording or one picture without a user, through the same commands as the buttons. A recording shows its
 /// progress on a terminal and is stopped when its time is over. Ends the program with status 0 and the path of what was
-/// saved, or with status 1 and a message.
+/// saved, or with a message and status 3 when a recording was kept otherwise than asked, 1 when there is nothing.
 class UnattendedRun final : public QObject {
     Q_OBJECT
 public:
     UnattendedRun(AppDelegate& app, RunLoop& runLoop, const LaunchOptions& options);
 
     void begin();
-    /// Stops early and saves. Before a recording began it ends the program; while it is being saved nothing happens.
+    /// Stops early and saves. Before a recording began it ends the program; while picture and sound are being joined or
+    /// the movie is copied it gives that up and keeps what there is.
     void endEarly();
+    int exitStatus() const { return status_; } ///< 1 until the recording has ended
 
 private:
     bool showsCamera() const;
@@ -45,14 +48,15 @@ private:
     void record();
     void takePicture();
     void showProgress();
-    void finished(const QString& path, const QString& problem);
+    void finished(const QString& path, const QString& problem, Kept kept);
 
     AppDelegate& app_;
     RunLoop& runLoop_;
     const LaunchOptions options_;
     bool terminal_;
-    bool ended_ = false;
     TimerId progressTimer_ = 0;
+    int status_ = 1;
+    bool ended_ = false;
 };
 
 } // namespace lumavex

@@ -15,7 +15,9 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -24,7 +26,12 @@ using namespace lumavex;
 /// A run without a user shares its standard error with the user's terminal.
 bool logsTroubleOnly = false;
 
-/// Qt ends the program by itself when it cannot reach the display; the user gets words instead of an abort.
+/// What is to be done before Qt ends the program because the display has gone; the exit status. Empty while nothing is
+/// at stake.
+std::function<int()> onScreenLoss;
+
+/// Qt ends the program by itself when it cannot reach the display; the user gets words instead of an abort. When the
+/// display goes later Qt only says so before it ends the program, and that is the one moment to save a recording.
 void onMessage(QtMsgType type, const QMessageLogContext&, const QString& message)
 {
     if (type == QtFatalMsg && message.contains(QLatin1String("platform plugin"))) {
@@ -32,6 +39,10 @@ void onMessage(QtMsgType type, const QMessageLogContext&, const QString& message
                    "Start Lumavex in a desktop session, or set DISPLAY.\n",
                    stderr);
         std::_Exit(1);
+    }
+    if (type == QtWarningMsg && message.startsWith(QLatin1String("The X11 connection broke")) && onScreenLoss) {
+        std::fputs("lumavex: The X server is gone.\n", stderr);
+        std::_Exit(std::exchange(onScreenLoss, {})());
     }
     const bool measurement = type == QtInfoMsg;
     if (type != QtDebugMsg && !(measurement && logsTroubleOnly))
@@ -87,7 +98,13 @@ int run(const LaunchOptions& options, Platform& platform, SingleInstance& instan
             window.activateWindow();
         });
     }
-    return QApplication::exec();
+    onScreenLoss = [&app, &unattendedRun] {
+        app.finishWithoutScreen();
+        return unattendedRun ? unattendedRun->exitStatus() : 1;
+    };
+    const int status = QApplication::exec();
+    onScreenLoss = {};
+    return status;
 }
 
 } // namespace

@@ -26,7 +26,7 @@ enum ScreenCaptureType : std::int64_t {
 
 /// The screen side of the program's state. Main thread. Sizes and rectangles in device pixels, upward.
 struct CaptureState {
-    CGSize size_Screen; ///< of the main display, measured once at start-up
+    CGSize size_Screen; ///< of the main display: at start-up, then as it is grabbed
 
     std::vector<FrameDimension> arrayFrameResolution; ///< the catalogue
     std::int64_t index_size_Follow_Cursor = 0;        ///< catalogue index, as stored

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace lumavex {
@@ -132,5 +133,20 @@ using MovieWriterFactory =
 
 /// Makes an ordinary file, in place, out of one that a killed program left. Empty, or why not. Any thread.
 using MovieRepair = std::function<QString(const QString& path)>;
+
+/// What lies in a finished movie, by its own tables.
+struct MovieFacts {
+    struct Track {
+        std::int64_t samples = 0;
+        double seconds = 0;
+    };
+    QString error; ///< not empty: why it cannot be read, or that media data are missing; in the user's words
+    std::optional<Track> picture;
+    std::optional<Track> sound;
+};
+
+/// Reads a finished movie's tables, whoever wrote it, and looks whether the pictures they name are there, without
+/// decoding them. Takes as long as the disk needs. Any thread.
+using MovieReader = std::function<MovieFacts(const QString& path)>;
 
 } // namespace lumavex

@@ -32,6 +32,7 @@ struct Platform {
     SoundRecorderFactory createSoundRecorder;
     MovieWriterFactory createMovieWriter;
     MovieRepair repairMovie;
+    MovieReader readMovie;
     ChildProcessFactory createChildProcess;
 };
 

@@ -5,6 +5,7 @@
 #include "platform/gstreamer/GstCameraSource.h"
 #include "platform/gstreamer/GstSoundRecorder.h"
 #include "platform/movie/JpegMovieWriter.h"
+#include "platform/movie/MovieReader.h"
 #include "platform/qt/IniUserDefaults.h"
 #include "platform/qt/MonotonicClock.h"
 #include "platform/qt/ProcStatLoad.h"
@@ -31,6 +32,7 @@ Platform createPlatform()
     platform.createSoundRecorder = createGstSoundRecorder;
     platform.createMovieWriter = createJpegMovieWriter;
     platform.repairMovie = repairMovie;
+    platform.readMovie = readMovie;
     platform.createChildProcess = [] { return std::make_unique<QtChildProcess>(); };
     return platform;
 }

@@ -4,8 +4,13 @@
 #include "recording/EncoderProgress.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <QRegularExpression>
+
+#include <algorithm>
+#include <sys/stat.h>
 
 namespace lumavex {
 
@@ -18,6 +23,50 @@ struct Text {
 /// The encoder says what is wrong at the end; the rest of a long complaint need not be kept.
 constexpr qsizetype kKeptBytes = 4096;
 constexpr qsizetype kShownLines = 3;
+constexpr qsizetype kShownCharacters = 200;
+
+QString printable(QString line)
+{
+    std::replace_if(
+        line.begin(), line.end(), [](QChar c) { return !c.isPrint() || c == QChar::ReplacementCharacter; }, u' ');
+    line = line.simplified();
+    return line.size() > kShownCharacters ? line.left(kShownCharacters) + u'…' : line;
+}
+
+/// Notices when the joined file has not grown for too long.
+class Watchdog {
+public:
+    Watchdog(RunLoop& runLoop, const QString& path, std::optional<std::chrono::seconds> patience)
+        : runLoop_(runLoop), path_(path), patience_(patience), grown_(runLoop.now())
+    {
+        if (patience_)
+            timer_ = runLoop_.scheduleRepeating({1, 1}, RunLoopMode::Common, TimerOrder::Other,
+                                                [this](const TimerFiring&) { look(); });
+    }
+    ~Watchdog() { runLoop_.invalidate(timer_); }
+    Watchdog(const Watchdog&) = delete;
+    Watchdog& operator=(const Watchdog&) = delete;
+
+    bool hasLostPatience() const { return lost_; }
+
+private:
+    void look()
+    {
+        const std::int64_t size = QFileInfo(path_).size();
+        if (size != size_)
+            grown_ = runLoop_.now();
+        size_ = size;
+        lost_ = lost_ || runLoop_.now() - grown_ >= *patience_;
+    }
+
+    RunLoop& runLoop_;
+    const QString path_;
+    const std::optional<std::chrono::seconds> patience_;
+    TimerId timer_ = 0;
+    std::int64_t size_ = 0;
+    Nanoseconds grown_;
+    bool lost_ = false;
+};
 
 } // namespace
 
@@ -32,18 +81,19 @@ QString lastLines(const QByteArray& standardError)
     static const QRegularExpression lineEnd(QStringLiteral("[\r\n]+"));
     QStringList lines;
     for (const QString& line : QString::fromUtf8(standardError).split(lineEnd)) {
-        const QString trimmed = line.trimmed();
-        if (!trimmed.isEmpty() && !trimmed.contains(u"time="))
-            lines.append(trimmed);
+        const QString shown = printable(line);
+        if (!shown.isEmpty() && !line.contains(u"time="))
+            lines.append(shown);
     }
     return lines.mid(qMax(qsizetype{0}, lines.size() - kShownLines)).join(u'\n');
 }
 
 QString runEncoder(const EncoderJob& job, const ChildProcessFactory& createChildProcess, RunLoop& runLoop,
-                   const std::function<void(float)>& progress)
+                   const EncoderWatch& watch)
 {
     if (job.sffmpegPath.isEmpty())
         return Text::tr("The encoder ffmpeg, which joins picture and sound, is not installed.");
+    QFile::remove(job.s_AV_File_Source); // the encoder refuses to overwrite, but would follow a link to nowhere
 
     bool terminated = false;
     QString failure;
@@ -51,25 +101,45 @@ QString runEncoder(const EncoderJob& job, const ChildProcessFactory& createChild
     const std::unique_ptr<ChildProcess> encoder = createChildProcess();
     encoder->outData = [](const QByteArray&) {}; // read, so that the encoder cannot block on a full pipe
     encoder->errData = [&](const QByteArray& chunk) {
-        standardError = (standardError + chunk).right(kKeptBytes);
-        if (const auto seconds = encoderSeconds(chunk); seconds && progress)
-            progress(encoderPercentage(static_cast<std::uint64_t>(*seconds), job.i_Orig_Duration_in_Seconds));
+        standardError = (standardError + chunk.right(kKeptBytes)).right(kKeptBytes);
+        if (const auto seconds = encoderSeconds(chunk); seconds && watch.progress)
+            watch.progress(encoderPercentage(static_cast<std::uint64_t>(*seconds), job.i_Orig_Duration_in_Seconds));
     };
     encoder->terminated = [&](const QString& what) {
         failure = what;
         terminated = true;
     };
+    const Watchdog watchdog(runLoop, job.s_AV_File_Source, watch.patience);
+    const auto isCancelled = [&watch] { return watch.isCancelled && watch.isCancelled(); };
     encoder->launch(job.sffmpegPath, encoderArguments(job));
-    runLoop.runUntil([&terminated] { return terminated; });
+    runLoop.runUntil([&] { return terminated || isCancelled() || watchdog.hasLostPatience(); });
 
+    // Here an encoder that is still at work is killed, with its handle: it may be one that does not listen any more.
     if (!terminated)
-        return Text::tr("Joining picture and sound was interrupted.");
+        return isCancelled() ? Text::tr("Joining was cancelled.")
+                             : Text::tr("The encoder did not get any further for %1 seconds and was ended.")
+                                   .arg(watch.patience.value_or(std::chrono::seconds(0)).count());
     if (failure.isEmpty() && QFileInfo(job.s_AV_File_Source).size() == 0)
         failure = Text::tr("The encoder wrote no file.");
     if (failure.isEmpty())
         return {};
     const QString said = lastLines(standardError);
     return said.isEmpty() ? failure : failure + u'\n' + said;
+}
+
+QString joinWithoutEvents(const EncoderJob& job)
+{
+    constexpr int patience = 600'000; // milliseconds
+    QFile::remove(job.s_AV_File_Source);
+    QProcess encoder;
+    encoder.setStandardInputFile(QProcess::nullDevice());
+    encoder.setStandardOutputFile(QProcess::nullDevice());
+    encoder.setStandardErrorFile(QProcess::nullDevice());
+    encoder.setChildProcessModifier([] { ::umask(077); });
+    encoder.start(job.sffmpegPath, encoderArguments(job));
+    if (encoder.waitForFinished(patience) && encoder.exitStatus() == QProcess::NormalExit && encoder.exitCode() == 0)
+        return {};
+    return Text::tr("The encoder failed.");
 }
 
 } // namespace lumavex

@@ -7,8 +7,10 @@
 #include <QString>
 #include <QStringList>
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
+#include <optional>
 
 namespace lumavex {
 
@@ -17,19 +19,32 @@ struct EncoderJob {
     QString sffmpegPath; ///< empty when there is no encoder
     QString s_Video_File_Source;
     QString s_Sound_File_Source;
-    QString s_AV_File_Source;                     ///< must not exist: the encoder does not overwrite
+    QString s_AV_File_Source;                     ///< where the joined file goes
     std::uint64_t i_Orig_Duration_in_Seconds = 0; ///< what the progress is measured by
+};
+
+/// How an encoder at work is watched. Each function may be empty.
+struct EncoderWatch {
+    std::function<void(float percentage)> progress; ///< gets percentages between 0 and 100 as the encoder reports
+    std::function<bool()> isCancelled;              ///< asked after every event; true ends the encoder
+    /// The longest that the joined file may go without growing before the encoder is ended; nothing: for ever, since
+    /// somebody is there to cancel it.
+    std::optional<std::chrono::seconds> patience;
 };
 
 QStringList encoderArguments(const EncoderJob& job);
 
-/// Runs the encoder and returns when it has ended; meanwhile the run loop serves the default mode. `progress` gets
-/// percentages between 0 and 100 as the encoder reports. Empty when the joined file is there, else what went wrong, in
-/// the user's words, with the encoder's own last lines. Main thread.
+/// Runs the encoder and returns when it has ended; meanwhile the run loop serves the default mode. Whatever lies in the
+/// joined file's place is removed first, a link too. Empty when the joined file is there, else what went wrong, in the
+/// user's words, with the encoder's own last lines. Main thread.
 QString runEncoder(const EncoderJob& job, const ChildProcessFactory& createChildProcess, RunLoop& runLoop,
-                   const std::function<void(float percentage)>& progress);
+                   const EncoderWatch& watch);
 
-/// The last lines a program wrote to its standard error, without progress reports and empty lines.
+/// The same for a program that has no event loop any more: blocks, ten minutes at most, and does not tell the progress.
+QString joinWithoutEvents(const EncoderJob& job);
+
+/// The last lines a program wrote to its standard error, without progress reports and empty lines, fit to be shown:
+/// cut to a readable length, what cannot be printed as spaces.
 QString lastLines(const QByteArray& standardError);
 
 } // namespace lumavex

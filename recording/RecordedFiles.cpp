@@ -52,6 +52,7 @@ struct SoundLayout {
     quint32 riffBytes = 0;   ///< as the header says
     quint32 dataBytes = 0;   ///< as the header says
     qint64 blockAlign = 4;
+    quint32 samplesPerSecond = 44100;
 };
 
 std::optional<SoundLayout> readSoundLayout(QFile& file)
@@ -76,6 +77,7 @@ std::optional<SoundLayout> readSoundLayout(QFile& file)
             const QByteArray format = file.read(16);
             if (format.size() < 16)
                 return {};
+            layout.samplesPerSecond = std::max(1U, qFromLittleEndian<quint32>(format.constData() + 4));
             layout.blockAlign = std::max<qint64>(1, qFromLittleEndian<quint16>(format.constData() + 12));
         }
         if (!file.seek(next))
@@ -122,11 +124,20 @@ bool movieHoldsFrames(const QString& path)
 
 bool soundHoldsSamples(const QString& path)
 {
+    return soundSeconds(path).value_or(0) > 0;
+}
+
+std::optional<double> soundSeconds(const QString& path)
+{
+    const QFileInfo about(path);
     QFile file(path);
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
-        return false;
+    if (about.isSymLink() || !about.isFile() || !file.open(QIODevice::ReadOnly))
+        return {};
     const std::optional<SoundLayout> layout = readSoundLayout(file);
-    return layout && file.size() - layout->dataAt >= layout->blockAlign;
+    if (!layout)
+        return {};
+    const std::int64_t samples = std::max<std::int64_t>(0, file.size() - layout->dataAt) / layout->blockAlign;
+    return static_cast<double>(samples) / layout->samplesPerSecond;
 }
 
 QString repairSoundHeader(const QString& path)

@@ -3,6 +3,8 @@
 
 #include <QString>
 
+#include <optional>
+
 namespace lumavex {
 
 /// What a killed run left in a file. All functions: any thread.
@@ -12,8 +14,11 @@ namespace lumavex {
 /// nothing that could be shown. A file whose boxes cannot be read is kept, since a doubt must not cost a recording.
 bool movieHoldsFrames(const QString& path);
 
-/// Whether a sound file has anything behind its header.
+/// Whether a sound file has anything behind its header. A link is no sound file.
 bool soundHoldsSamples(const QString& path);
+
+/// How long a sound file plays by what it holds, whatever its header says; nothing when it cannot be told.
+std::optional<double> soundSeconds(const QString& path);
 
 /// Makes the lengths in a WAV header tell what the file holds, where a killed program left them short. A header that is
 /// right is not touched. Empty, or why not, in the user's words.

@@ -6,12 +6,15 @@
 #include "platform/RunLoop.h"
 #include "platform/SoundRecorder.h"
 #include "recording/RecordingStatistics.h"
+#include "recording/SavedMovie.h"
 #include "recording/Window_Progress.h"
 #include "recording/WriterReadiness.h"
 
 #include <QString>
 
+#include <atomic>
 #include <cstdint>
+#include <future>
 #include <memory>
 
 namespace lumavex {
@@ -23,7 +26,7 @@ enum RecordStatus : std::uint64_t {
     Paused = 2,
 };
 
-/// A recording's state. Main thread, but for writerReadiness. The objects of a recording live until the next one
+/// A recording's state. Main thread, but for what says otherwise. The objects of a recording live until the next one
 /// starts.
 struct RecordingState {
     std::uint64_t m_RecordStatus = Idle;
@@ -61,10 +64,13 @@ struct RecordingState {
     Nanoseconds secondRemainder{0};
     Nanoseconds durationRemainder{0};
 
-    std::unique_ptr<Window_Progress> windowProgress; ///< only during Stop
-    std::uint64_t u_Type_Progress = 0;               ///< 0: joining sound and picture
-    std::uint64_t i_Orig_Duration_in_Seconds = 0;    ///< denominator of the joining progress
-    bool terminated = false;                         ///< the encoder has ended
+    std::unique_ptr<Window_Progress> windowProgress;      ///< only during Stop
+    std::uint64_t u_Type_Progress = 0;                    ///< 0: joining sound and picture
+    std::uint64_t i_Orig_Duration_in_Seconds = 0;         ///< denominator of the joining progress
+    bool terminated = false;                              ///< the encoder has ended
+    std::atomic<bool> cancelled = false;                  ///< joining or copying is to be given up; any thread reads it
+    std::shared_future<MovieWriter::Result> writerResult; ///< valid from Stop to the next Record
+    RecordedLengths lengths;                              ///< what the saved movie is held against; from Stop on
 };
 
 } // namespace lumavex

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "recording/Rescue.h"
 
-#include "recording/EncoderRun.h"
 #include "recording/FileMove.h"
 #include "recording/RecordedFiles.h"
+#include "recording/SavedMovie.h"
 #include "recording/WorkerRun.h"
 #include "recording/WorkingFolders.h"
 
@@ -21,6 +21,9 @@ struct Text {
     Q_DECLARE_TR_FUNCTIONS(Rescue)
 };
 
+constexpr QLatin1StringView kMarkSuffix{".pending"};
+constexpr qint64 kMostAttempts = 2;
+
 QString joiningPath(const QString& movie)
 {
     const QFileInfo about(movie);
@@ -32,6 +35,59 @@ QString ownSoundPath(const QString& movie)
 {
     const QFileInfo about(movie);
     return pathIn(about.absolutePath(), about.completeBaseName() + QStringLiteral(".wav"));
+}
+
+/// A hidden file beside a movie that the user has not been told of. It grows by a byte with each attempt to complete
+/// the movie, so that one on which the program itself comes to grief is not tried for ever.
+QString markPath(const QString& movie)
+{
+    const QFileInfo about(movie);
+    return pathIn(about.absolutePath(), u'.' + about.completeBaseName() + kMarkSuffix);
+}
+
+void mark(const QString& movie)
+{
+    QFile file(markPath(movie));
+    if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
+        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+}
+
+/// False when the earlier attempts were enough.
+bool beginsAttempt(const QString& movie)
+{
+    QFile file(markPath(movie));
+    if (file.size() >= kMostAttempts)
+        return false;
+    if (file.open(QIODevice::Append | QIODevice::ExistingOnly))
+        file.write(".");
+    return true;
+}
+
+/// What earlier runs put aside, but did not live to tell.
+std::vector<RescuedRecording> markedRecordings(const QString& recoveredFolder)
+{
+    std::vector<RescuedRecording> recordings;
+    const QStringList marks =
+        QDir(recoveredFolder)
+            .entryList({u'*' + kMarkSuffix}, QDir::Files | QDir::Hidden | QDir::NoSymLinks, QDir::Name);
+    for (const QString& name : marks) {
+        const QString movie = pathIn(recoveredFolder, name.mid(1).chopped(kMarkSuffix.size()) + QStringLiteral(".mov"));
+        if (!QFileInfo(movie).isFile() || QFileInfo(movie).isSymLink()) {
+            QFile::remove(pathIn(recoveredFolder, name));
+            continue;
+        }
+        recordings.push_back({movie, soundHoldsSamples(ownSoundPath(movie)) ? ownSoundPath(movie) : QString(), {}});
+    }
+    return recordings;
+}
+
+/// Whether an earlier run completed the recording; only the sound file may be left over.
+bool isComplete(const RescuedRecording& recording, const RescueTools& tools)
+{
+    const MovieFacts facts = tools.readMovie(recording.movie);
+    const std::int64_t frames = facts.picture.value_or(MovieFacts::Track()).samples;
+    const std::optional<double> sound = recording.sound.isEmpty() ? std::nullopt : soundSeconds(recording.sound);
+    return whatIsMissing(facts, {frames, {}, sound}).isEmpty();
 }
 
 /// A name, without suffix, that neither a movie nor a sound file in the folder bears.
@@ -50,9 +106,15 @@ QString freeBaseName(const QString& folder, const QString& wanted)
 /// Joins into a hidden file, which then takes the movie's place. Empty, or why the two files are still two.
 QString joinInPlace(const RescuedRecording& recording, const RescueTools& tools, RunLoop& runLoop)
 {
-    const EncoderJob job{tools.sffmpegPath, recording.movie, recording.sound, joiningPath(recording.movie), 0};
-    QFile::remove(job.s_AV_File_Source); // of a run that was killed while joining
-    const QString failure = runEncoder(job, tools.createChildProcess, runLoop, {});
+    const double length = soundSeconds(recording.sound).value_or(0);
+    const EncoderJob job{tools.sffmpegPath, recording.movie, recording.sound, joiningPath(recording.movie),
+                         static_cast<std::uint64_t>(length)};
+    QString failure = runEncoder(job, tools.createChildProcess, runLoop, tools.watch);
+    if (failure.isEmpty())
+        runOnWorker(runLoop, [&] {
+            const MovieFacts::Track picture = tools.readMovie(recording.movie).picture.value_or(MovieFacts::Track());
+            failure = whatIsMissing(tools.readMovie(job.s_AV_File_Source), {picture.samples, picture.seconds, length});
+        });
     if (!failure.isEmpty()) {
         QFile::remove(job.s_AV_File_Source);
         return failure;
@@ -74,13 +136,27 @@ QString joinInPlace(const RescuedRecording& recording, const RescueTools& tools,
 void completeOne(const RescuedRecording& recording, const RescueTools& tools, RunLoop& runLoop,
                  std::vector<RescueNote>& notes)
 {
+    if (!beginsAttempt(recording.movie)) {
+        notes.push_back({recording.movie, Text::tr("It could not be completed and is as it was left.")});
+        return;
+    }
     QString repairError;
     QString soundError;
+    bool complete = false;
     runOnWorker(runLoop, [&] {
+        complete = isComplete(recording, tools);
+        if (complete)
+            return;
         repairError = tools.repairMovie(recording.movie);
         if (!recording.sound.isEmpty())
             soundError = repairSoundHeader(recording.sound);
     });
+    if (complete) {
+        if (!recording.sound.isEmpty())
+            QFile::remove(recording.sound);
+        notes.push_back({recording.movie, Text::tr("The recording was completed.")});
+        return;
+    }
     if (!repairError.isEmpty()) {
         notes.push_back({recording.movie, Text::tr("The recording could not be completed: %1").arg(repairError)});
         if (!recording.sound.isEmpty())
@@ -139,8 +215,8 @@ std::vector<RescuedRecording> rescueLeftRecordings(const QString& videoFolder, c
         if (isDateStampedMovie(name) && movieHoldsFrames(path))
             movies.append(path);
     }
+    std::vector<RescuedRecording> recordings = markedRecordings(recoveredFolder);
     const QString latestSound = pathIn(videoFolder, kSoundFileName);
-    std::vector<RescuedRecording> recordings;
     for (const QString& movie : movies) {
         QString sound;
         if (soundHoldsSamples(ownSoundPath(movie)))
@@ -148,6 +224,8 @@ std::vector<RescuedRecording> rescueLeftRecordings(const QString& videoFolder, c
         else if (movie == movies.last() && soundHoldsSamples(latestSound))
             sound = latestSound;
         recordings.push_back(putAside(movie, sound, recoveredFolder));
+        if (recordings.back().error.isEmpty())
+            mark(recordings.back().movie);
     }
     return recordings;
 }
@@ -175,6 +253,12 @@ std::vector<RescueNote> completeRescued(const std::vector<RescuedRecording>& rec
             notes.push_back({recording.sound, Text::tr("This is its sound.")});
     }
     return notes;
+}
+
+void forgetRescued(const std::vector<RescuedRecording>& recordings)
+{
+    for (const RescuedRecording& recording : recordings)
+        QFile::remove(markPath(recording.movie));
 }
 
 QString rescueMessage(const std::vector<RescueNote>& notes)

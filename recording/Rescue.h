@@ -4,6 +4,7 @@
 #include "platform/ChildProcess.h"
 #include "platform/MovieWriter.h"
 #include "platform/RunLoop.h"
+#include "recording/EncoderRun.h"
 
 #include <QString>
 
@@ -33,7 +34,8 @@ RescuedRecording putAside(const QString& movie, const QString& sound, const QStr
 /// Start-up, before the working folders are emptied: puts aside every date-stamped movie that an earlier, killed run
 /// left in the video folder, oldest first, with the sound of its own name, the latest one else with the sound file.
 /// Movies without frames and a joined file, which belongs to a recording that was finished, are left to be removed.
-/// Takes no time within one file system.
+/// Takes no time within one file system. Each is marked until forgetRescued; those still marked, because the run that
+/// was to complete them was killed too, come again.
 std::vector<RescuedRecording> rescueLeftRecordings(const QString& videoFolder, const QString& recoveredFolder);
 
 /// Whether everything worth keeping is out of the video folder.
@@ -42,8 +44,10 @@ bool allPutAside(const std::vector<RescuedRecording>& recordings);
 /// What completing needs of the system.
 struct RescueTools {
     MovieRepair repairMovie;
+    MovieReader readMovie;
     ChildProcessFactory createChildProcess;
     QString sffmpegPath;
+    EncoderWatch watch;
 };
 
 /// After the main window is shown: makes an ordinary movie of each recording put aside, joined with its sound under the
@@ -51,6 +55,9 @@ struct RescueTools {
 /// named. Main thread; the run loop is served meanwhile.
 std::vector<RescueNote> completeRescued(const std::vector<RescuedRecording>& recordings, const RescueTools& tools,
                                         RunLoop& runLoop);
+
+/// The user has been told of these: they do not come again.
+void forgetRescued(const std::vector<RescuedRecording>& recordings);
 
 /// The one message to the user; empty when there is nothing to tell.
 QString rescueMessage(const std::vector<RescueNote>& notes);

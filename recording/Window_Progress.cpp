@@ -5,6 +5,7 @@
 
 #include <QCloseEvent>
 #include <QLayout>
+#include <QPushButton>
 
 #include <algorithm>
 #include <cmath>
@@ -21,6 +22,11 @@ Window_Progress::Window_Progress(QWidget* mainWindow)
     ui_->labelPercentage->setMinimumWidth(
         ui_->labelPercentage->fontMetrics().horizontalAdvance(QStringLiteral("100 %")));
     showPercentage();
+    setCancelling(Cancelling::Impossible);
+    connect(ui_->btnCancel, &QPushButton::clicked, this, [this] {
+        ui_->btnCancel->setEnabled(false);
+        Q_EMIT cancelled();
+    });
 }
 
 Window_Progress::~Window_Progress() = default;
@@ -36,6 +42,12 @@ void Window_Progress::setProgress(float percentage)
     showPercentage();
     ui_->progressBar->repaint();
     ui_->labelPercentage->repaint();
+}
+
+void Window_Progress::setCancelling(Cancelling cancelling)
+{
+    ui_->btnCancel->setVisible(cancelling == Cancelling::Offered);
+    ui_->btnCancel->setEnabled(cancelling == Cancelling::Offered);
 }
 
 void Window_Progress::reject() {}

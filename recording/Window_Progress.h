@@ -12,7 +12,8 @@ class Window_Progress;
 namespace lumavex {
 
 /// The sheet over the main window that shows how far finishing a recording is. It blocks the main window alone, and
-/// only the program takes it away, by hiding or destroying it: neither Escape nor the window manager closes it.
+/// only the program takes it away, by hiding or destroying it: neither Escape nor the window manager closes it. Work
+/// that can be given up has a Cancel button, which only asks the program to.
 class Window_Progress : public QDialog {
     Q_OBJECT
 public:
@@ -24,7 +25,13 @@ public:
     /// about to be blocked.
     void setProgress(float percentage);
 
+    enum class Cancelling { Impossible, Offered };
+    void setCancelling(Cancelling cancelling); ///< at first impossible
+
     void reject() override;
+
+Q_SIGNALS:
+    void cancelled(); ///< the button was pressed; once, until cancelling is offered again
 
 protected:
     void closeEvent(QCloseEvent* event) override;

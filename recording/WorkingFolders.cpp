@@ -68,6 +68,25 @@ void removeContent(FileDescriptor folder, const QByteArray& path)
     }
 }
 
+/// Sees to it that nobody else can write into the folder at the path, or look into it. False when it is somebody
+/// else's. What is not a folder is not looked at.
+bool makePrivate(const QString& path)
+{
+    const QByteArray name = QFile::encodeName(path);
+    const auto isTrusted = [](const struct stat& about) { return about.st_uid == ::geteuid() || about.st_uid == 0; };
+    struct stat about = {};
+    if (::lstat(name.constData(), &about) != 0 || (S_ISLNK(about.st_mode) && !isTrusted(about)))
+        return false;
+    const FileDescriptor folder(::open(name.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder.isOpen())
+        return true;
+    if (::fstat(folder.get(), &about) != 0 || !isTrusted(about))
+        return false;
+    if ((about.st_mode & 077) != 0)
+        (void)::fchmod(folder.get(), about.st_mode & 0700); // some file systems keep no modes
+    return true;
+}
+
 /// 0, or the errno of the component that could not be made.
 int makeFolders(const QString& path)
 {
@@ -106,8 +125,12 @@ QString pathIn(const QString& folder, const QString& name)
 
 FolderCreation createFolder(const QString& path, QString& error)
 {
-    if (QFileInfo::exists(path))
-        return FolderCreation::Existed;
+    if (QFileInfo::exists(path)) {
+        if (makePrivate(path))
+            return FolderCreation::Existed;
+        error = Text::tr("The folder “%1” belongs to another user.").arg(path);
+        return FolderCreation::Failed;
+    }
     const QString absolute = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
     const int failure = makeFolders(absolute);
     if (failure == 0)

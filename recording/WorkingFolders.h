@@ -28,8 +28,10 @@ QString pathIn(const QString& folder, const QString& name);
 
 enum class FolderCreation { Existed, Created, Failed };
 
-/// Makes a folder and its missing parents, for the user alone (mode 0700). Whatever exists at the path is left alone
-/// and counts as existing, be it a folder or not. `error` is set for Failed, in the user's words.
+/// Makes a folder and its missing parents, for the user alone (mode 0700). Whatever exists at the path counts as
+/// existing, be it a folder or not; a folder of the user's is made private. It may be a link, since people link folders
+/// to larger disks, but link and folder must belong to the user or to root: in anybody else's nothing is safe. `error`
+/// is set for Failed, in the user's words.
 FolderCreation createFolder(const QString& path, QString& error);
 
 /// Removes everything inside the folder; the folder stays. A link is removed, what it points to is not, except that the

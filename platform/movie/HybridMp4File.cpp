@@ -5,6 +5,7 @@
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
+#include <filesystem>
 #include <unistd.h>
 
 namespace lumavex {
@@ -14,6 +15,8 @@ namespace {
 constexpr std::string_view kHidden = "free";
 constexpr std::size_t kNameOffset = 4;
 constexpr std::size_t kNameSize = 4;
+/// Some seconds of frames and the tables of hours.
+constexpr std::int64_t kReserveBytes = std::int64_t{32} << 20;
 
 } // namespace
 
@@ -34,6 +37,7 @@ std::error_code HybridMp4File::create(const std::string& path, const MovieTrack&
         return error;
     }
     size_ = static_cast<std::int64_t>(head.bytes.size());
+    reserve_.hold(std::filesystem::path(path).parent_path().string(), kReserveBytes);
     return {};
 }
 
@@ -49,11 +53,18 @@ std::error_code HybridMp4File::adopt(FileDescriptor file, const MovieTrack& trac
 
 std::error_code HybridMp4File::appendSealed(std::span<const std::span<const std::uint8_t>> rest)
 {
-    const std::int64_t start = size_;
     std::array<std::uint8_t, kNameSize> name{};
     std::copy_n(boxes_.bytes().begin() + kNameOffset, kNameSize, name.begin());
     boxes_.setTextAt(kNameOffset, kHidden);
+    const std::error_code error = tryAppend(name, rest);
+    const bool isFull = error == std::errc::no_space_on_device || error.value() == EDQUOT;
+    return isFull && reserve_.giveBack() ? tryAppend(name, rest) : error;
+}
 
+std::error_code HybridMp4File::tryAppend(std::span<const std::uint8_t> name,
+                                         std::span<const std::span<const std::uint8_t>> rest)
+{
+    const std::int64_t start = size_;
     std::error_code error = file_.writeAll(boxes_.bytes(), start);
     auto position = start + static_cast<std::int64_t>(boxes_.size());
     for (const std::span<const std::uint8_t> part : rest) {
@@ -109,6 +120,7 @@ std::error_code HybridMp4File::appendFragment(std::span<const FragmentSample> sa
 
 std::error_code HybridMp4File::finish(std::int64_t end)
 {
+    reserve_.giveBack();
     table_.setEnd(end);
     const std::vector<std::uint8_t> head = finishedHead(size_);
     boxes_.clear();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/FileDescriptor.h"
+#include "platform/movie/DiskReserve.h"
 #include "platform/movie/Mp4Boxes.h"
 
 #include <atomic>
@@ -29,6 +30,9 @@ namespace lumavex {
 /// everything is in the file. The bytes of a file that is overwritten in place all lie in its first 4096, which the
 /// kernel copies at a stroke.
 ///
+/// Some space is held on the disk from the beginning, so that one that another program fills costs nothing: the
+/// fragment that finds it full, those until the recording is ended, and the tables go into that space.
+///
 /// One thread at a time; bytesWritten from any thread.
 class HybridMp4File {
 public:
@@ -51,11 +55,13 @@ public:
 
 private:
     /// Appends what is in boxes_, the first box of which is to be seen only when everything is in the file, and the
-    /// rest.
+    /// rest. On a disk that has become full it tries again with the space that was held for this.
     std::error_code appendSealed(std::span<const std::span<const std::uint8_t>> rest);
+    std::error_code tryAppend(std::span<const std::uint8_t> name, std::span<const std::span<const std::uint8_t>> rest);
     std::error_code updateDuration();
 
     FileDescriptor file_;
+    DiskReserve reserve_; ///< from create to finish
     MovieTrack track_;
     SampleTable table_;
     std::int64_t durationOffset_ = 0;

@@ -14,7 +14,7 @@ namespace lumavex {
 
 QString repairMovie(const QString& path)
 {
-    FileDescriptor file(::open(QFile::encodeName(path).constData(), O_RDWR | O_CLOEXEC));
+    FileDescriptor file(::open(QFile::encodeName(path).constData(), O_RDWR | O_NOFOLLOW | O_CLOEXEC));
     if (!file.isOpen())
         return MovieText::tr("The movie cannot be opened: %1.").arg(qt_error_string(errno));
     GrowingMovie movie = readGrowingMovie(file);

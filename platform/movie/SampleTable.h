@@ -32,7 +32,7 @@ public:
     void setEnd(std::int64_t end);
 
     std::size_t count() const { return count_; }
-    std::vector<MovieSample> samples() const; ///< a copy in full, for whoever checks a table
+    std::vector<MovieSample> samples() const;             ///< a copy in full, for whoever checks a table
     std::int64_t lastStart() const { return lastStart_; } ///< ticks; 0 when there is no sample
     std::int64_t end() const { return end_; }
 

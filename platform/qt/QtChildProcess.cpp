@@ -6,6 +6,9 @@
 #include <QTimer>
 
 #include <chrono>
+#include <csignal>
+#include <sys/prctl.h>
+#include <sys/stat.h>
 #include <utility>
 
 namespace lumavex {
@@ -33,6 +36,12 @@ QString whyNotStarted(const QString& launchPath, const QProcess& process)
 QtChildProcess::QtChildProcess() : process_(std::make_unique<QProcess>())
 {
     process_->setStandardInputFile(QProcess::nullDevice());
+    process_->setChildProcessModifier([] {
+        ::umask(077); // what it writes is the user's alone
+        // One that hangs must not outlive a program that was killed. Children are started by the main thread, which
+        // lives as long as the program.
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    });
     // Queued, so that a handler may destroy this object, and that none is called from within launch.
     QObject::connect(
         process_.get(), &QProcess::readyReadStandardOutput, process_.get(), [this] { readOutput(); },

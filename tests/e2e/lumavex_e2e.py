@@ -467,6 +467,42 @@ class EndToEndTest(unittest.TestCase):
         self.addCleanup(shutil.rmtree, home.root, ignore_errors=True)
         return home
 
+    def start_recording(self, home, seconds, *options, output=None, **environment):
+        """(program, path) of a recording under way, without a user."""
+        path = output or home.videos / "movie.mov"
+        program = self.start(Lumavex(home, "--record", seconds, "--output", path, "--ignore-load", *options, **environment))
+        wait_for(f"a recording ({program.stderr})", home.growing_movie)
+        return program, path
+
+    def mount_disk(self, folder, *options):
+        """A file system of its own at the folder, where that can be had."""
+        mounted = subprocess.run(["mount", "-t", "tmpfs", "-o", ",".join(("mode=700", *options)), "tmpfs", folder],
+                                 capture_output=True, check=False)  # fmt: skip
+        if mounted.returncode != 0:
+            self.skipTest("no file system can be mounted here")
+        self.addCleanup(output_of, "umount", "--lazy", folder)
+
+    def fake_encoder(self, home, script):
+        """The PATH on which a program in the encoder's place is found first; "$REAL" is the encoder."""
+        folder = home.root / "bin"
+        folder.mkdir()
+        encoder = folder / "ffmpeg"
+        encoder.write_text(f"#!/bin/bash\nREAL={shutil.which('ffmpeg')}\nJOINED=${{!#}}\n{script}\n")
+        encoder.chmod(0o755)
+        return f"{folder}:{os.environ['PATH']}"
+
+    def assert_kept_in_two_files(self, home, seconds=None):
+        """Picture and sound, in the folder of recovered recordings and nowhere else; what was told must name both."""
+        kept = {file.suffix: file for file in home.recovered_folder.iterdir()}
+        self.assertEqual(set(kept), {".mov", ".wav"})
+        self.assertEqual(Movie(kept[".mov"]).errors(), "")
+        picture, sound = Movie(kept[".mov"]).picture_seconds(), Movie(kept[".wav"]).sound_seconds()
+        self.assertAlmostEqual(picture, sound, delta=0.5 if seconds is None else 0.04)
+        if seconds is not None:
+            self.assertAlmostEqual(picture, seconds, delta=0.04)
+        self.assertEqual(home.working_files(), [])
+        return kept
+
     def assert_movie(self, movie, seconds=None, tolerance=0.25):
         """One picture and one sound stream that decode without a complaint and agree in length within a frame."""
         self.assertEqual(sorted(each["codec_name"] for each in movie.streams()), ["mjpeg", "pcm_s16le"])

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/movie/MovieReader.h"
 #include "platform/qt/QtChildProcess.h"
 #include "recording/EncoderRun.h"
 #include "recording/Rescue.h"
@@ -49,7 +50,7 @@ protected:
     }
     QString run()
     {
-        return runEncoder(job, createChildProcess, runLoop, [this](float percentage) { last = percentage; });
+        return runEncoder(job, createChildProcess, runLoop, {[this](float percentage) { last = percentage; }, {}, {}});
     }
 
     const ChildProcessFactory createChildProcess = [] { return std::make_unique<QtChildProcess>(); };
@@ -77,7 +78,7 @@ TEST_F(EncoderTest, SaysWhyItFailed)
 
     ASSERT_TRUE(make({"sine=duration=1", "-y", job.s_Sound_File_Source}));
     ASSERT_TRUE(QFile::copy(job.s_Video_File_Source, job.s_AV_File_Source));
-    EXPECT_THAT(run().toStdString(), HasSubstr("already exists")); // it neither asks nor overwrites
+    EXPECT_EQ(run(), ""); // what was left there is in nobody's way
 
     job.sffmpegPath = folder.filePath("no-ffmpeg");
     EXPECT_THAT(run().toStdString(), HasSubstr("is not installed"));
@@ -93,7 +94,8 @@ TEST_F(EncoderTest, JoinsARescuedRecordingInPlace)
     const RescuedRecording recording = putAside(job.s_Video_File_Source, sound.fileName(), recoveredFolder);
     ASSERT_EQ(recording.error, "");
 
-    const RescueTools tools{[](const QString&) { return QString(); }, createChildProcess, job.sffmpegPath};
+    const RescueTools tools{
+        [](const QString&) { return QString(); }, readMovie, createChildProcess, job.sffmpegPath, {}};
     const std::vector<RescueNote> notes = completeRescued({recording}, tools, runLoop);
     ASSERT_EQ(notes.size(), 1U) << qPrintable(rescueMessage(notes));
     EXPECT_EQ(notes[0].path, recoveredFolder + "/2026-07-09-23-04-05.mov");

@@ -4,6 +4,7 @@
 #include <QAction>
 #include <QDir>
 #include <QFile>
+#include <QPushButton>
 
 using namespace lumavex;
 using namespace std::chrono_literals;
@@ -164,4 +165,129 @@ TEST_F(Program, AWriterThatFailsEndsTheRecordingAndKeepsWhatThereIs)
     EXPECT_EQ(app->recording.m_RecordStatus, Idle);
     EXPECT_TRUE(movie->finishRequested());
     EXPECT_TRUE(QFile::exists(home.filePath(QStringLiteral("saved.mov"))));
+}
+
+TEST_F(Program, ASavedMovieThatLacksSomethingIsToldAndEverythingKept)
+{
+    ASSERT_TRUE(launch());
+    window->btnRecord->trigger();
+    loop->advance(2s);
+    for (const QString& path : {app->recording.s_Video_File_Source, app->recording.s_Sound_File_Source}) {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+    const QString saved = home.filePath(QStringLiteral("saved.mov"));
+    dialogs->savePaths = {saved};
+    const auto frames = [this] { return std::int64_t(movie->appends().size()); };
+    // Whole when it was joined, a frame short when it was moved.
+    platform.readMovie = [&](const QString& path) {
+        MovieFacts facts;
+        facts.picture = MovieFacts::Track{frames() - (path == saved ? 1 : 0), CMTimeGetSeconds(movie->end())};
+        return facts;
+    };
+    Kept kept = Kept::Nothing;
+    QObject::connect(app.get(), &AppDelegate::recordingFinished,
+                     [&kept](const QString&, const QString&, Kept what) { kept = what; });
+    dialogs->answers = {0};
+    window->btnStop->trigger();
+    const QString recovered = home.filePath(QStringLiteral("Documents/LumavexRecovered"));
+    EXPECT_TRUE(QFile::exists(saved));
+    EXPECT_EQ(QDir(recovered).entryList(QDir::Files).size(), 2);
+    EXPECT_NE(dialogs->alerts.back().messageText, QStringLiteral("Success"));
+    EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(recovered));
+    EXPECT_EQ(dialogs->opened, std::vector<QUrl>{QUrl::fromLocalFile(recovered)});
+    EXPECT_EQ(kept, Kept::Otherwise);
+}
+
+TEST_F(Program, AnEncoderThatLeavesSomethingOutHasFailed)
+{
+    ASSERT_TRUE(launch());
+    window->btnRecord->trigger();
+    loop->advance(2s);
+    for (const QString& path : {app->recording.s_Video_File_Source, app->recording.s_Sound_File_Source}) {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+    readMovie = MovieFacts{QStringLiteral("The movie is not complete."), {}, {}};
+    window->btnStop->trigger();
+    EXPECT_TRUE(dialogs->savePanels.empty());
+    EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(QStringLiteral("not complete")));
+    EXPECT_EQ(QDir(home.filePath(QStringLiteral("Documents/LumavexRecovered"))).entryList(QDir::Files).size(), 2);
+}
+
+TEST_F(Program, CancellingAJoinThatHangsKeepsBothFiles)
+{
+    ASSERT_TRUE(launch());
+    encoder.end = FakeChildProcess::End::WhenTerminated;
+    window->show();
+    window->btnRecord->trigger();
+    loop->advance(2s);
+    for (const QString& path : {app->recording.s_Video_File_Source, app->recording.s_Sound_File_Source}) {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+    loop->scheduleOnce({3, 1}, [this](const TimerFiring&) {
+        auto* button = window->findChild<QPushButton*>(QStringLiteral("btnCancel"));
+        ASSERT_TRUE(button && button->isVisible());
+        button->click();
+    });
+    window->btnStop->trigger();
+    EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(QStringLiteral("cancelled")));
+    EXPECT_EQ(QDir(home.filePath(QStringLiteral("Documents/LumavexRecovered"))).entryList(QDir::Files).size(), 2);
+    EXPECT_FALSE(app->recording.stopping);
+}
+
+TEST_F(Program, WithoutAUserAJoinThatHangsIsGivenUp)
+{
+    options.recordSeconds = 2;
+    ASSERT_TRUE(launch());
+    encoder.end = FakeChildProcess::End::WhenTerminated;
+    window->btnRecord->trigger();
+    loop->advance(2s);
+    const Nanoseconds begin = clock.time;
+    window->btnStop->trigger();
+    EXPECT_LT(clock.time - begin, 65s);
+    EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(QStringLiteral("60 seconds")));
+}
+
+TEST_F(Program, TimesNeitherRepeatNorGoBackWhateverTheClockDoes)
+{
+    ASSERT_TRUE(launch());
+    app->recording.i_fps_of_Recording = 30;
+    app->createRefreshTimers();
+    window->btnRecord->trigger();
+    const Nanoseconds begin = clock.time;
+    loop->advance(1500ms);
+    loop->stall(40s); // stopped and continued
+    loop->advance(700ms);
+    loop->stall(3s);
+    loop->advance(2s);
+    const double recorded = std::chrono::duration<double>(clock.time - begin).count();
+    window->btnStop->trigger();
+    const auto appends = movie->appends();
+    ASSERT_FALSE(appends.empty());
+    EXPECT_GT(CMTimeGetSeconds(appends.front().time), 0);
+    for (std::size_t i = 1; i < appends.size(); ++i)
+        ASSERT_GT(CMTimeGetSeconds(appends[i].time), CMTimeGetSeconds(appends[i - 1].time)) << i;
+    EXPECT_NEAR(CMTimeGetSeconds(movie->end()), recorded, 0.04) << "nothing is lost";
+}
+
+TEST_F(Program, AnotherResolutionOfTheScreenIsFittedIntoTheRunningMovie)
+{
+    ASSERT_TRUE(launch());
+    window->btnRecord->trigger();
+    loop->advance(2s);
+    QImage upright(300, 400, QImage::Format_RGB32);
+    upright.fill(Qt::green);
+    screen->setScreen(upright);
+    loop->advance(2s);
+    QImage frame;
+    for (const FakeMovie::Append& append : movie->appends())
+        if (!append.repeated)
+            frame = append.picture;
+    ASSERT_EQ(frame.size(), QSize(640, 480));
+    EXPECT_EQ(frame.pixelColor(320, 240), QColor(Qt::green));
+    EXPECT_EQ(frame.pixelColor(320, 5), QColor(Qt::green));
+    EXPECT_EQ(frame.pixelColor(5, 240), QColor(Qt::black)) << "in its own proportions";
+    EXPECT_EQ(app->recording.m_RecordStatus, Recording);
 }

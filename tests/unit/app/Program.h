@@ -21,6 +21,8 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 namespace lumavex {
 
 /// A desktop that blends translucent windows, so that a window over the whole screen needs nothing of it.
@@ -47,6 +49,7 @@ struct Program : testing::Test {
     std::shared_ptr<FakeSound> sound = std::make_shared<FakeSound>();
     std::vector<FakeChildProcess::Launch> launches;
     FakeChildProcess::Script encoder;
+    std::optional<MovieFacts> readMovie; ///< what a saved movie holds; nothing: what was recorded
     LaunchOptions options;
     std::unique_ptr<Window_Main> window;
     std::unique_ptr<AppDelegate> app;
@@ -69,6 +72,10 @@ struct Program : testing::Test {
         platform.overlay = std::make_unique<BlendingOverlay>();
         platform.createMovieWriter = fakeMovieWriters(movie);
         platform.createSoundRecorder = fakeSoundRecorderFactory(sound);
+        platform.readMovie = [this](const QString&) {
+            return readMovie.value_or(MovieFacts{
+                {}, MovieFacts::Track{std::int64_t(movie->appends().size()), CMTimeGetSeconds(movie->end())}, {}});
+        };
         encoder.work = [](const QStringList& arguments) {
             QFile joined(arguments.last());
             if (joined.open(QIODevice::WriteOnly))

@@ -239,5 +239,23 @@ TEST_F(JpegMovie, AFullDiskKeepsWhatWasRecorded)
     EXPECT_EQ(gstreamerTimesOf(path_).size(), static_cast<std::size_t>(result.frames));
 }
 
+TEST_F(JpegMovie, AChangeAfterALongStandstillIsEncodedOnce)
+{
+    // Large enough that one frame is still being encoded when finishing wakes the other encoders.
+    start(1920, 1080);
+    const CVPixelBufferRef frames[] = {pixelBufferOf(testPicture(1920, 1080, 0)),
+                                       pixelBufferOf(testPicture(1920, 1080, 1))};
+    int frame = 0;
+    ASSERT_TRUE(appendWhenReady(*writer_, frames[0], CMTimeMake(++frame, 30)));
+    for (int i = 0; i < 300; ++i)
+        ASSERT_TRUE(repeat(CMTimeMake(++frame, 30)));
+    std::this_thread::sleep_for(std::chrono::milliseconds(50)); // all of it is written
+    ASSERT_TRUE(appendWhenReady(*writer_, frames[1], CMTimeMake(++frame, 30)));
+    const auto result = finishAndWait(*writer_, CMTimeMake(++frame, 30));
+    EXPECT_EQ(result.error, QString());
+    EXPECT_EQ(result.frames, 302);
+    EXPECT_EQ(framesDecodedFrom(path_), 302);
+}
+
 } // namespace
 } // namespace lumavex

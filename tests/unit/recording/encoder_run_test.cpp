@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/fake/FakeChildProcess.h"
+#include "platform/fake/FakeRunLoop.h"
 #include "recording/EncoderRun.h"
 #include "recording/WorkerRun.h"
 #include "tests/support/EventRunLoop.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
@@ -36,7 +38,7 @@ protected:
     QString run()
     {
         return runEncoder(job, FakeChildProcess::factory(script, &launches), runLoop_,
-                          [this](float percentage) { percentages.push_back(percentage); });
+                          {[this](float percentage) { percentages.push_back(percentage); }, {}, {}});
     }
 
     EncoderJob job;
@@ -74,6 +76,49 @@ TEST_F(EncoderRunTest, AFailureComesWithTheEncodersLastLines)
     script.work = {};
     EXPECT_EQ(run(), "The program failed.\nfirst\nav_interleaved_write_frame(): No space left on device\n"
                      "Conversion failed!");
+}
+
+TEST_F(EncoderRunTest, NonsenseIsShownShortAndPrintable)
+{
+    QByteArray nonsense(200'000, 'x');
+    nonsense += "\n\x01\xff\xfe\x1b[31mred" + QByteArray(3, '\0') + "\n";
+    script.chunks = {{FakeChildProcess::Chunk::Channel::Err, nonsense}};
+    script.failure = "The program failed.";
+    script.work = {};
+    const QString told = run();
+    EXPECT_LT(told.size(), 600);
+    for (const QChar c : told)
+        EXPECT_TRUE(c.isPrint() || c == '\n') << int(c.unicode());
+    EXPECT_TRUE(told.endsWith("[31mred"));
+}
+
+TEST_F(EncoderRunTest, OneThatHangsIsEndedWhenCancelledOrWhenTheFileDoesNotGrowAnyMore)
+{
+    FakeClock clock;
+    FakeRunLoop loop(clock);
+    script.end = FakeChildProcess::End::WhenTerminated;
+    const auto factory = FakeChildProcess::factory(script, &launches);
+    int asked = 0;
+    EXPECT_EQ(runEncoder(job, factory, loop, {{}, [&asked] { return ++asked > 10; }, {}}), "Joining was cancelled.");
+
+    const Nanoseconds begin = clock.time;
+    // Slow, but it gets on: the file grows for a while.
+    loop.scheduleRepeating({20, 1}, RunLoopMode::Common, TimerOrder::Other, [&](const TimerFiring&) {
+        QFile file(job.s_AV_File_Source);
+        if (clock.time - begin < std::chrono::seconds(100) && file.open(QIODevice::Append))
+            file.write("more");
+    });
+    EXPECT_THAT(runEncoder(job, factory, loop, {{}, {}, std::chrono::seconds(60)}).toStdString(),
+                HasSubstr("for 60 seconds"));
+    EXPECT_NEAR(std::chrono::duration<double>(clock.time - begin).count(), 80 + 60, 2);
+}
+
+TEST_F(EncoderRunTest, ALinkInTheJoinedFilesPlaceIsNotFollowed)
+{
+    const QString outside = QFileInfo(job.s_AV_File_Source).absolutePath() + "/outside";
+    ASSERT_TRUE(QFile::link(outside, job.s_AV_File_Source));
+    EXPECT_EQ(run(), "");
+    EXPECT_FALSE(QFile::exists(outside));
 }
 
 TEST_F(EncoderRunTest, SuccessWithoutAFileIsAFailure)

@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtEndian>
 
@@ -59,6 +60,16 @@ protected:
             ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::NewOnly) && file.write("joined") == 6);
         };
         tools.sffmpegPath = "/usr/bin/ffmpeg";
+        tools.readMovie = [this](const QString& path) {
+            const bool joined = read(path) == "joined";
+            MovieFacts facts;
+            facts.picture = MovieFacts::Track{joined ? framesJoined : 30, 1};
+            if (joined)
+                facts.sound = MovieFacts::Track{1000, 0.02};
+            else
+                facts.error = "It grows.";
+            return facts;
+        };
         tools.repairMovie = [this](const QString& path) {
             repaired.append(QFileInfo(path).fileName());
             return repairError;
@@ -79,7 +90,9 @@ protected:
     }
     QStringList filesRecovered() const
     {
-        return QDir(folder_.filePath("LumavexRecovered")).entryList(QDir::Files | QDir::Hidden, QDir::Name);
+        return QDir(folder_.filePath("LumavexRecovered"))
+            .entryList(QDir::Files | QDir::Hidden, QDir::Name)
+            .filter(QRegularExpression("(?<!pending)$"));
     }
     std::vector<RescuedRecording> rescue() const
     {
@@ -96,6 +109,7 @@ protected:
     std::vector<FakeChildProcess::Launch> launches;
     QStringList repaired;
     QString repairError;
+    std::int64_t framesJoined = 30;
 
 private:
     QTemporaryDir folder_;
@@ -205,6 +219,69 @@ TEST_F(RescueTest, WhatCannotBeJoinedStaysAndIsNamed)
     ASSERT_EQ(notes.size(), 2U);
     EXPECT_THAT(notes[0].whatHappened.toStdString(), HasSubstr("The program failed."));
     EXPECT_EQ(notes[1].path, recordings[0].sound);
+}
+
+TEST_F(RescueTest, AJoinedFileThatLacksFramesReplacesNothing)
+{
+    put(video("2026-07-09-10-00-00.mov"), killedMovie());
+    put(video("audio.wav"), wave(4000, QByteArray(4000, 1)));
+    framesJoined = 29;
+    const std::vector<RescuedRecording> recordings = rescue();
+    const std::vector<RescueNote> notes = complete(recordings);
+    EXPECT_THAT(notes[0].whatHappened.toStdString(), HasSubstr("29 frames of 30"));
+    EXPECT_EQ(filesRecovered(), (QStringList{"2026-07-09-10-00-00.mov", "2026-07-09-10-00-00.wav"}));
+    EXPECT_EQ(read(recordings[0].movie), killedMovie());
+}
+
+TEST_F(RescueTest, WhatTheUserWasNotToldOfComesAgainUntilTwoAttemptsHaveFailed)
+{
+    put(video("2026-07-09-10-00-00.mov"), killedMovie());
+    put(video("audio.wav"), wave(4000, QByteArray(4000, 1)));
+    rescue(); // and killed
+    std::vector<RescuedRecording> again = rescue();
+    ASSERT_EQ(again.size(), 1U);
+    EXPECT_EQ(again[0].sound, recovered("2026-07-09-10-00-00.wav"));
+    script.work = [](const QStringList&) {}; // killed while joining
+    complete(again);
+    script.work = [](const QStringList& arguments) { put(arguments.last(), "joined"); };
+    const auto told = complete(again = rescue());
+    EXPECT_THAT(told.at(0).whatHappened.toStdString(), HasSubstr("with its sound"));
+    EXPECT_EQ(filesRecovered(), QStringList{"2026-07-09-10-00-00.mov"});
+    // Killed again before it was told: the third run does not touch it.
+    again = rescue();
+    ASSERT_EQ(again.size(), 1U);
+    const std::size_t joins = launches.size();
+    EXPECT_EQ(complete(again).size(), 1U);
+    EXPECT_EQ(launches.size(), joins);
+    forgetRescued(again);
+    EXPECT_TRUE(rescue().empty());
+    EXPECT_EQ(read(recovered("2026-07-09-10-00-00.mov")), "joined");
+}
+
+TEST_F(RescueTest, AKillBetweenTheJoinedMovieAndTheRemovalOfItsSoundIsNoFault)
+{
+    put(video("2026-07-09-10-00-00.mov"), killedMovie());
+    put(video("audio.wav"), wave(4000, QByteArray(4000, 1)));
+    const auto recordings = rescue();
+    put(recordings[0].movie, "joined");
+    EXPECT_EQ(complete(rescue()).at(0).whatHappened, "The recording was completed.");
+    EXPECT_EQ(filesRecovered(), QStringList{"2026-07-09-10-00-00.mov"});
+    EXPECT_TRUE(launches.empty());
+}
+
+TEST_F(RescueTest, PlantedLinksAreNotFollowed)
+{
+    const QString outside = video("../outside.wav");
+    put(outside, wave(4, QByteArray(4000, 1)));
+    put(video("2026-07-09-10-00-00.mov"), killedMovie());
+    ASSERT_TRUE(QFile::link(outside, video("audio.wav")));
+    ASSERT_TRUE(QFile::link(video("2026-07-09-10-00-00.mov"), video("2026-07-09-11-00-00.mov")));
+    const auto recordings = rescue();
+    ASSERT_EQ(recordings.size(), 1U);
+    EXPECT_TRUE(allPutAside(recordings));
+    EXPECT_EQ(recordings[0].sound, "");
+    complete(recordings);
+    EXPECT_EQ(read(outside), wave(4, QByteArray(4000, 1)));
 }
 
 TEST_F(RescueTest, AMovieThatCannotBeCompletedIsNotJoined)

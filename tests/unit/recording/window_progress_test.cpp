@@ -3,6 +3,7 @@
 
 #include <QLabel>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -25,6 +26,25 @@ TEST(WindowProgress, OnlyTheProgramClosesIt)
     EXPECT_FALSE(sheet.windowFlags() & Qt::WindowCloseButtonHint);
     sheet.hide();
     EXPECT_FALSE(sheet.isVisible());
+}
+
+TEST(WindowProgress, CancelIsThereWhereItHelpsAndAsksOnce)
+{
+    Window_Progress sheet(nullptr);
+    sheet.show();
+    auto* button = sheet.findChild<QPushButton*>("btnCancel");
+    ASSERT_TRUE(button);
+    EXPECT_FALSE(button->isVisible());
+    int asked = 0;
+    QObject::connect(&sheet, &Window_Progress::cancelled, [&asked] { ++asked; });
+    sheet.setCancelling(Window_Progress::Cancelling::Offered);
+    EXPECT_TRUE(button->isVisible());
+    QTest::keyClick(&sheet, Qt::Key_Return); // held down from the last question, say
+    EXPECT_EQ(asked, 0);
+    button->click();
+    button->click();
+    EXPECT_EQ(asked, 1);
+    EXPECT_TRUE(sheet.isVisible()) << "the program takes it away";
 }
 
 TEST(WindowProgress, ShowsEveryPercentageAndNothingElse)

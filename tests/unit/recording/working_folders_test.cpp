@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace lumavex {
 namespace {
@@ -65,6 +66,29 @@ TEST_F(WorkingFoldersTest, AreMadeForTheUserAlone)
     EXPECT_TRUE(error.isEmpty());
     EXPECT_EQ(createFolder(folder_.filePath("file/Lumavex"), error), FolderCreation::Failed);
     EXPECT_THAT(error.toStdString(), HasSubstr("is not a folder"));
+}
+
+TEST_F(WorkingFoldersTest, ThatExistBecomePrivateAndMayBeLinkedButAreNobodyElses)
+{
+    QString error;
+    const QString real = folder_.filePath("large disk");
+    ASSERT_TRUE(QDir().mkdir(real));
+    ASSERT_EQ(::chmod(qPrintable(real), 0755), 0);
+    const QString link = folder_.filePath("LumavexVideo");
+    ASSERT_TRUE(QFile::link(real, link));
+    EXPECT_EQ(createFolder(link, error), FolderCreation::Existed);
+    EXPECT_EQ(modeOf(real), 0700U);
+
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can give a folder away";
+    constexpr uid_t somebody = 65534;
+    ASSERT_EQ(::chown(qPrintable(real), somebody, somebody), 0);
+    EXPECT_EQ(createFolder(link, error), FolderCreation::Failed);
+    EXPECT_THAT(error.toStdString(), HasSubstr("belongs to another user"));
+    EXPECT_EQ(createFolder(real, error), FolderCreation::Failed);
+    ASSERT_EQ(::chown(qPrintable(real), 0, 0), 0);
+    ASSERT_EQ(::lchown(qPrintable(link), somebody, somebody), 0);
+    EXPECT_EQ(createFolder(link, error), FolderCreation::Failed);
 }
 
 TEST_F(WorkingFoldersTest, EmptyingIsRecursiveButKeepsToTheFolder)
