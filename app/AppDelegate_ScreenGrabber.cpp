@@ -22,10 +22,14 @@ void AppDelegate::grabScreen()
     const bool exclusive = capture.i_Type_Screen_Capture == WindowExclusive;
     if (exclusive && !capture.sWindowExclusive)
         return;
-    if (exclusive)
-        tellWhetherWindowIsThere(*capture.sWindowExclusive);
-    capture.arrayWindowsMinusLumavex =
-        windowsToGrab(capture.arrayController, exclusive ? &*capture.sWindowExclusive : nullptr);
+    const std::optional<QString> chosen = exclusive ? capture.sWindowExclusive : std::nullopt;
+    if (capture.windowsMinusLumavexSerial != capture.windowsSerial || capture.windowsMinusLumavexChosen != chosen) {
+        if (chosen)
+            tellWhetherWindowIsThere(*chosen);
+        capture.arrayWindowsMinusLumavex = windowsToGrab(capture.arrayController, chosen ? &*chosen : nullptr);
+        capture.windowsMinusLumavexSerial = capture.windowsSerial;
+        capture.windowsMinusLumavexChosen = chosen;
+    }
     createMultiWindowShot(capture.arrayWindowsMinusLumavex);
 }
 
@@ -67,6 +71,7 @@ void AppDelegate::setOutputImage(const Grab& grab)
         return;
     capture.imgScreenCapture = grab.picture;
     capture.serialScreen = grab.serial;
+    capture.screenChanges = grab.changes;
 }
 
 ScreenPicture AppDelegate::prepareScreenPicture()
@@ -74,6 +79,7 @@ ScreenPicture AppDelegate::prepareScreenPicture()
     ScreenPicture picture;
     capture.imgScreenCaptureToDraw = capture.imgScreenCapture;
     picture.imgScreenCapture = {capture.imgScreenCaptureToDraw, capture.serialScreen};
+    picture.changes = capture.screenChanges;
     picture.size_Screen = capture.size_Screen;
     picture.imgMouseCursor = capture.imgMouseCursor;
 

@@ -100,7 +100,7 @@ TEST_F(WindowPreview, ViewShowsThePictureAndBlackWithoutOne)
     QImage picture(20, 10, QImage::Format_RGB32);
     picture.fill(Qt::white);
     picture.setPixel(3, 4, 0xFF0000FF);
-    view.setPicture(picture);
+    view.setPicture(picture, {});
     EXPECT_EQ(view.grab().toImage().convertToFormat(QImage::Format_RGB32), picture);
 }
 
