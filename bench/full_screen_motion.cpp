@@ -65,6 +65,8 @@ int main(int argc, char** argv)
     QApplication application(argc, argv);
     Motion motion;
     motion.setWindowFlag(Qt::X11BypassWindowManagerHint);
-    motion.showFullScreen();
+    // Nobody gives an unmanaged window the screen's size when it asks for it.
+    motion.setGeometry(QGuiApplication::primaryScreen()->geometry());
+    motion.show();
     return QApplication::exec();
 }
