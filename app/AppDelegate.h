@@ -157,8 +157,9 @@ public:
     void OnMenuVideoRecord() { OnToolbarRecord(); }
     void OnMenuVideoPause() { OnToolbarPause(); }
     void Update_Record_Duration();
-    /// Appends the frame, or when it is null the previous frame again, and moves the clock on.
-    void appendFrame(const CVPixelBufferRef& buffer);
+    /// Appends the frame, or when it is null the previous frame again, and moves the clock on. `changed` is where it
+    /// differs from the frame appended before; nothing: unknown. False when it was refused, which ends the recording.
+    bool appendFrame(const CVPixelBufferRef& buffer, const std::optional<ChangedArea>& changed);
     /// Whether the refresh that was due at `deadline` belongs to the running recording.
     bool isRecordingAt(Nanoseconds deadline) const;
 
@@ -301,11 +302,17 @@ private:
     const LaunchOptions options_;
     CameraDelegate cameraDelegate;
     Compositor compositor_;
-    std::optional<FrameInputs> previewShown_; ///< what the view shows, so that an unchanged frame is not drawn again
-    std::optional<FrameInputs> lastAppended_; ///< what the latest frame of the recording was made of
-    QString screenTrouble_;                   ///< what the user was told about the screen; empty while it can be read
-    QString stopReason_;                      ///< why the program itself ends the recording; empty when the user does
-    std::vector<RescuedRecording> rescued_;   ///< of an earlier run, until finishRescue
+    /// A frame that is in use: what it was made of, and its number among those of its pass.
+    struct Composed {
+        FrameInputs inputs;
+        std::uint64_t frame = 0;
+    };
+    std::optional<Composed> previewShown_;  ///< what the view shows, so that an unchanged frame is not drawn again
+    std::optional<Composed> lastAppended_;  ///< the latest frame of the recording
+    std::vector<RowRange> changedRows_;     ///< of the frame that is appended; here for its memory
+    QString screenTrouble_;                 ///< what the user was told about the screen; empty while it can be read
+    QString stopReason_;                    ///< why the program itself ends the recording; empty when the user does
+    std::vector<RescuedRecording> rescued_; ///< of an earlier run, until finishRescue
     QThreadPool pictureWriter_;
     std::vector<TakenPicture> takenPictures_; ///< not offered to the user yet, the newest last
     bool offersPicture_ = false;

@@ -107,7 +107,7 @@ void AppDelegate::TimerRefreshViewRoutine(const TimerFiring& firing)
     if (firing.overtaken && !compose.b_Take_Picture && (!record || lastAppended_)) {
         recording.frameCounts.late += record ? 1 : 0;
         if (record)
-            appendFrame(nullptr);
+            appendFrame(nullptr, {});
         return;
     }
     const FrameInputs inputs = frameInputs();
@@ -124,16 +124,18 @@ void AppDelegate::composePreview(const FrameInputs& inputs)
     }
     View_Preview* view = compose.windowPreview->viewPreview();
     const QSize pixels = view->pixelSize();
-    if (previewShown_ == inputs && view->pictureSize() == pixels)
+    if (previewShown_ && previewShown_->inputs == inputs && view->pictureSize() == pixels)
         return;
-    view->setPicture(compositor_.previewPass(inputs, pixels, {double(view->width()), double(view->height())}));
-    previewShown_ = inputs;
+    const QImage picture = compositor_.previewPass(inputs, pixels, {double(view->width()), double(view->height())});
+    const ChangeHistory& changes = compositor_.previewChanges();
+    view->setPicture(picture, previewShown_ ? changes.since(previewShown_->frame) : std::nullopt);
+    previewShown_ = {inputs, changes.latest()};
 }
 
 void AppDelegate::composeOutput(const FrameInputs& inputs, bool record)
 {
-    if (record && !compose.b_Take_Picture && lastAppended_ == inputs) {
-        appendFrame(nullptr); // equal inputs give equal pixels
+    if (record && !compose.b_Take_Picture && lastAppended_ && lastAppended_->inputs == inputs) {
+        appendFrame(nullptr, {}); // equal inputs give equal pixels
         return;
     }
     const CVPixelBufferRef frame =
@@ -143,8 +145,9 @@ void AppDelegate::composeOutput(const FrameInputs& inputs, bool record)
     compose.b_Take_Picture = false;
     recording.frameCounts.composed += record && frame ? 1 : 0;
     if (record && frame) {
-        lastAppended_ = inputs;
-        appendFrame(frame);
+        const ChangeHistory& changes = compositor_.outputChanges();
+        if (appendFrame(frame, lastAppended_ ? changes.since(lastAppended_->frame) : std::nullopt))
+            lastAppended_ = {inputs, changes.latest()};
     } else if (record) {
         stopBecause(tr("There is not enough memory to compose the movie's frames."));
     }

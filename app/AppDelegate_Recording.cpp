@@ -180,24 +180,33 @@ bool AppDelegate::isRecordingAt(Nanoseconds deadline) const
     return recording.m_RecordStatus == Recording && !recording.stopping && deadline >= recording.notBefore;
 }
 
-void AppDelegate::appendFrame(const CVPixelBufferRef& buffer)
+bool AppDelegate::appendFrame(const CVPixelBufferRef& buffer, const std::optional<ChangedArea>& changed)
 {
     if (recording.writerReadiness->waitUntilReady() == Readiness::Failed) {
         stopBecause(recording.assetWriter->error());
-        return;
+        return false;
     }
     PixelBufferAdaptor& adaptor = *recording.assetInputAdaptor;
-    const bool appended = buffer
-                              ? adaptor.appendPixelBuffer_withPresentationTime(buffer, recording.m_Current_Video_Frame)
-                              : adaptor.appendPrevious_withPresentationTime(recording.m_Current_Video_Frame);
+    const CMTime time = recording.m_Current_Video_Frame;
+    bool appended = false;
+    if (!buffer || (changed && changed->isEmpty())) {
+        appended = adaptor.appendPrevious_withPresentationTime(time);
+    } else if (changed) {
+        changedRows_.clear();
+        for (const QRect& rows : changed->asRows(0, buffer->width))
+            changedRows_.push_back({rows.top(), rows.height()});
+        appended = adaptor.appendChangedRows_withPresentationTime(buffer, changedRows_, time);
+    } else {
+        appended = adaptor.appendPixelBuffer_withPresentationTime(buffer, time);
+    }
     if (!appended) {
         stopBecause(recording.assetWriter->error());
-        return;
+        return false;
     }
-    recording.m_Current_Video_Frame =
-        CMTimeAdd(recording.m_Current_Video_Frame, CMTimeMake(1, recording.i_Actual_FPS_while_Recording));
+    recording.m_Current_Video_Frame = CMTimeAdd(time, CMTimeMake(1, recording.i_Actual_FPS_while_Recording));
     ++recording.i_debug_number_of_view_refresh;
     ++recording.i_Frames_Appended;
+    return true;
 }
 
 void AppDelegate::watchFreeSpace()

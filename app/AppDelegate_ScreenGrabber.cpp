@@ -27,10 +27,14 @@ void AppDelegate::grabScreen()
     const bool exclusive = capture.i_Type_Screen_Capture == WindowExclusive;
     if (exclusive && !capture.sWindowExclusive)
         return;
-    if (exclusive)
-        tellWhetherWindowIsThere(*capture.sWindowExclusive);
-    capture.arrayWindowsMinusLumavex =
-        windowsToGrab(capture.arrayController, exclusive ? &*capture.sWindowExclusive : nullptr);
+    const std::optional<QString> chosen = exclusive ? capture.sWindowExclusive : std::nullopt;
+    if (capture.windowsMinusLumavexSerial != capture.windowsSerial || capture.windowsMinusLumavexChosen != chosen) {
+        if (chosen)
+            tellWhetherWindowIsThere(*chosen);
+        capture.arrayWindowsMinusLumavex = windowsToGrab(capture.arrayController, chosen ? &*chosen : nullptr);
+        capture.windowsMinusLumavexSerial = capture.windowsSerial;
+        capture.windowsMinusLumavexChosen = chosen;
+    }
     createMultiWindowShot(capture.arrayWindowsMinusLumavex);
 }
 
@@ -72,8 +76,11 @@ void AppDelegate::setOutputImage(const Grab& grab)
         return;
     capture.imgScreenCapture = grab.picture;
     capture.serialScreen = grab.serial;
+    capture.screenChanges = grab.changes;
     // The display's resolution can change at any time; the movie keeps its size and shows the new one fitted into it.
-    capture.size_Screen = {static_cast<double>(grab.picture.width()), static_cast<double>(grab.picture.height())};
+    // A single window is stretched to the screen's size instead.
+    if (capture.i_Type_Screen_Capture != WindowExclusive)
+        capture.size_Screen = {static_cast<double>(grab.picture.width()), static_cast<double>(grab.picture.height())};
 }
 
 ScreenPicture AppDelegate::prepareScreenPicture()
@@ -81,6 +88,7 @@ ScreenPicture AppDelegate::prepareScreenPicture()
     ScreenPicture picture;
     capture.imgScreenCaptureToDraw = capture.imgScreenCapture;
     picture.imgScreenCapture = {capture.imgScreenCaptureToDraw, capture.serialScreen};
+    picture.changes = capture.screenChanges;
     picture.size_Screen = capture.size_Screen;
     picture.imgMouseCursor = capture.imgMouseCursor;
 

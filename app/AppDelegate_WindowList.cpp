@@ -15,11 +15,16 @@ constexpr int firstWindowItem = 2; ///< the refresh command and a separator stan
 
 void AppDelegate::updateWindowList()
 {
-    auto list = std::make_shared<QList<WindowEntry>>();
-    capture.windowListData = std::make_unique<WindowListApplierData>(list);
-    for (const WindowDescription& window : platform_.screen->windowDescriptions())
-        WindowListApplierFunction(window, *capture.windowListData);
-    capture.arrayController = *list;
+    // Asked before the windows are: what changes in between is then a change of the next time.
+    const std::uint64_t serial = platform_.screen->windowsSerial();
+    if (capture.windowsSerial != serial) {
+        auto list = std::make_shared<QList<WindowEntry>>();
+        capture.windowListData = std::make_unique<WindowListApplierData>(list);
+        for (const WindowDescription& window : platform_.screen->windowDescriptions())
+            WindowListApplierFunction(window, *capture.windowListData);
+        capture.arrayController = *list;
+        capture.windowsSerial = serial;
+    }
 
     // A menu that is open is not changed under the user's pointer; the flag stays for the next enumeration.
     if (capture.b_Refresh_Menu_Windows && !QApplication::activePopupWidget()) {

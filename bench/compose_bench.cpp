@@ -46,15 +46,38 @@ FrameInputs inputs(Pictures pictures)
 void output(benchmark::State& state, Pictures pictures, CGSize size)
 {
     const FrameInputs frame = inputs(pictures);
-    Compositor compositor;
+    Compositor compositor(Compositor::Painting::Whole);
     for (auto _ : state)
         benchmark::DoNotOptimize(compositor.outputPass(frame, size));
+}
+
+/// A caret's worth of the screen changes with every frame.
+void outputOfCaret(benchmark::State& state, Compositor::Painting painting, CGSize size)
+{
+    FrameInputs frame = inputs(Pictures::All);
+    Compositor compositor(painting);
+    for (auto _ : state) {
+        const std::uint64_t serial = ++frame.screen.imgScreenCapture.serial;
+        frame.screen.changes.add(serial, ChangedArea(QRect(640, 400, 2, 18)));
+        benchmark::DoNotOptimize(compositor.outputPass(frame, size));
+    }
+}
+
+/// A camera runs before a still screen.
+void outputOfCamera(benchmark::State& state, Compositor::Painting painting, CGSize size)
+{
+    FrameInputs frame = inputs(Pictures::All);
+    Compositor compositor(painting);
+    for (auto _ : state) {
+        ++frame.camera.serial;
+        benchmark::DoNotOptimize(compositor.outputPass(frame, size));
+    }
 }
 
 void preview(benchmark::State& state, Pictures pictures)
 {
     const FrameInputs frame = inputs(pictures);
-    Compositor compositor;
+    Compositor compositor(Compositor::Painting::Whole);
     for (auto _ : state)
         benchmark::DoNotOptimize(compositor.previewPass(frame, {200, 112}, {200, 112}));
 }
@@ -86,6 +109,14 @@ BENCHMARK_CAPTURE(output, All1080To1080, Pictures::All, CGSize{1920, 1080})->Uni
 BENCHMARK_CAPTURE(output, Screen1080To720, Pictures::ScreenOnly, CGSize{1280, 720})->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(output, All1080To720, Pictures::All, CGSize{1280, 720})->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(output, Screen1080To360, Pictures::ScreenOnly, CGSize{640, 360})->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(outputOfCaret, Whole1080To720, Compositor::Painting::Whole, CGSize{1280, 720})
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(outputOfCaret, Changes1080To720, Compositor::Painting::Changes, CGSize{1280, 720})
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(outputOfCamera, Whole1080To1080, Compositor::Painting::Whole, CGSize{1920, 1080})
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(outputOfCamera, Changes1080To1080, Compositor::Painting::Changes, CGSize{1920, 1080})
+    ->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(preview, Screen, Pictures::ScreenOnly)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(preview, All, Pictures::All)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(painter, To1080, QSize(1920, 1080))->Unit(benchmark::kMicrosecond);

@@ -3,6 +3,7 @@
 
 #include "capture/FrameDimension.h"
 #include "capture/WindowList.h"
+#include "platform/ChangedArea.h"
 
 #include <QImage>
 
@@ -44,6 +45,7 @@ struct CaptureState {
     QImage imgMouseCursor;
     QImage imgScreenCapture;          ///< the latest good grab; null until the first
     std::uint64_t serialScreen = 0;   ///< changes with imgScreenCapture's pixels
+    ChangeHistory screenChanges;      ///< where imgScreenCapture differs from earlier ones, by serialScreen
     QImage imgScreenCaptureToDraw;    ///< the grab that the latest frame was made of; cursor and cut are in the frame's
                                       ///< inputs
     CGRect rect_Screen_Follow_Cursor; ///< of the latest frame in follow-cursor mode
@@ -54,7 +56,10 @@ struct CaptureState {
     CGRect imageBounds; ///< area of a window composite: everything, so it is the union of the windows' bounds
 
     QList<WindowEntry> arrayController;          ///< the latest enumeration, front to back
+    std::uint64_t windowsSerial = 0;             ///< the screen's, of arrayController; 0 before the first
     QList<WindowEntry> arrayWindowsMinusLumavex; ///< the windows to grab at this tick
+    std::uint64_t windowsMinusLumavexSerial = 0; ///< what arrayWindowsMinusLumavex was chosen from, by windowsSerial
+    std::optional<QString> windowsMinusLumavexChosen; ///< and the chosen window then; nothing: no exclusive capture
     std::unique_ptr<WindowListApplierData> windowListData;
     bool b_Refresh_Menu_Windows = false;   ///< rebuild the window menu at the next enumeration
     std::int64_t i_Menu_Windows_Count = 0; ///< window items now in the menu

@@ -4,7 +4,7 @@
 namespace lumavex {
 
 void BlendedLayer::draw(const QImage& picture, std::uint64_t serial, const QRect& target, const QRect& clip,
-                        const Canvas& canvas)
+                        const QRect& part, const Canvas& canvas)
 {
     const Key key{serial, picture.size(), target.size(), clip.translated(-target.topLeft()), canvas.order};
     const auto width = std::size_t(clip.width());
@@ -15,9 +15,10 @@ void BlendedLayer::draw(const QImage& picture, std::uint64_t serial, const QRect
                         target.translated(-clip.topLeft()), QRect(QPoint(), clip.size()), kept, AlphaUse::Kept);
         key_ = key;
     }
-    const std::uint32_t* row = pixels_.data();
-    for (int y = clip.top(); y <= clip.bottom(); ++y, row += width)
-        rowFunctions().blend(canvas.at(clip.x(), y), row, width, canvas.order);
+    const QPoint inside = part.topLeft() - clip.topLeft();
+    const std::uint32_t* row = pixels_.data() + std::size_t(inside.y()) * width + std::size_t(inside.x());
+    for (int y = part.top(); y <= part.bottom(); ++y, row += width)
+        rowFunctions().blend(canvas.at(part.x(), y), row, std::size_t(part.width()), canvas.order);
 }
 
 } // namespace lumavex

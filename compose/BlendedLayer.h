@@ -16,9 +16,9 @@ namespace lumavex {
 /// Not for several threads at once.
 class BlendedLayer {
 public:
-    /// Draws the picture, of any format, into `target`, of which only `clip` is written (see Resampler::draw). `serial`
-    /// changes whenever the picture does.
-    void draw(const QImage& picture, std::uint64_t serial, const QRect& target, const QRect& clip,
+    /// Draws the picture, of any format, into `target`, of which `clip` is kept for the next time (see Resampler::draw)
+    /// and `part`, inside `clip`, is written. `serial` changes whenever the picture does.
+    void draw(const QImage& picture, std::uint64_t serial, const QRect& target, const QRect& clip, const QRect& part,
               const Canvas& canvas);
 
 private:

@@ -3,11 +3,12 @@
 
 #include "compose/BlendedLayer.h"
 #include "compose/Canvas.h"
-#include "compose/FramePlan.h"
+#include "compose/FrameChanges.h"
 #include "compose/PixelPool.h"
 #include "compose/Resampler.h"
 
 #include <cmath>
+#include <utility>
 
 namespace lumavex {
 
@@ -28,57 +29,98 @@ QSize wholePixels(const CGSize& size)
 /// What one of the two passes keeps from frame to frame.
 class Compositor::Pass {
 public:
+    explicit Pass(Painting painting) : painting_(painting) {}
+
     /// The frame painted into memory of the pool; null when there is none or the size is empty.
     PixelPool::Block* paint(const FrameInputs& inputs, const FrameTarget& target, PixelOrder order)
     {
         if (target.pixels.isEmpty())
             return nullptr;
+        noteFrame(inputs, target);
         const auto width = std::size_t(target.pixels.width());
         PixelPool::Block* block = pool_->take(width * std::size_t(target.pixels.height()));
-        if (block) {
-            const Canvas canvas{PixelPool::pixelsOf(block), target.pixels, target.pixels.width(), order};
-            for (const FrameStep& step : planFrame(inputs, target))
-                paint(inputs, step, canvas);
-        }
+        if (!block)
+            return nullptr;
+        const Canvas canvas{PixelPool::pixelsOf(block), target.pixels, target.pixels.width(), order};
+        const ChangedArea whole(QRect(QPoint(), target.pixels));
+        for (const QRect& rect : changes_.since(PixelPool::frameOf(block)).value_or(whole))
+            paint(inputs, rect, canvas);
+        PixelPool::setFrame(block, changes_.latest());
         return block;
     }
 
+    const ChangeHistory& changes() const { return changes_; }
+
 private:
-    void paint(const FrameInputs& inputs, const FrameStep& step, const Canvas& canvas)
+    void noteFrame(const FrameInputs& inputs, const FrameTarget& target)
+    {
+        const FrameContents before = std::exchange(contents_, FrameContents::of(inputs, target));
+        if (std::exchange(size_, target.pixels) != target.pixels || painting_ == Painting::Whole)
+            changes_.clear();
+        changes_.add(++lastFrame_, frameChanges(before, contents_, inputs.screen.changes));
+    }
+
+    /// Every pixel of the rectangle is written; so rectangles may be painted again.
+    void paint(const FrameInputs& inputs, const QRect& rect, const Canvas& canvas)
+    {
+        for (const FrameStep& step : contents_.plan) {
+            const QRect part = step.clip & rect;
+            if (!part.isEmpty())
+                paint(inputs, step, part, canvas);
+        }
+    }
+
+    void paint(const FrameInputs& inputs, const FrameStep& step, const QRect& part, const Canvas& canvas)
     {
         switch (step.kind) {
         case FrameStep::Kind::Clear:
             // On screen there is nothing to see through to.
-            canvas.order == PixelOrder::AlphaFirst ? canvas.fillTransparent(step.clip) : canvas.fillBlack(step.clip);
+            canvas.order == PixelOrder::AlphaFirst ? canvas.fillTransparent(part) : canvas.fillBlack(part);
             break;
         case FrameStep::Kind::Black:
-            canvas.fillBlack(step.clip);
+            canvas.fillBlack(part);
             break;
         case FrameStep::Kind::Opaque:
             opaque_.draw(step.picture == FramePicture::Screen ? inputs.screen.imgScreenCapture.image
                                                               : inputs.camera.image,
-                         step.source, step.target, step.clip, canvas, AlphaUse::Opaque);
+                         step.source, step.target, part, canvas, AlphaUse::Opaque);
             break;
         case FrameStep::Kind::Blended:
-            if (step.picture == FramePicture::Cursor) {
-                const QImage& cursor = inputs.screen.imgMouseCursor;
-                cursor_.draw(cursor, std::uint64_t(cursor.cacheKey()), step.target, step.clip, canvas);
-            } else {
-                overlay_.draw(inputs.imgOverlay.image, inputs.imgOverlay.serial, step.target, step.clip, canvas);
-            }
+            if (step.picture == FramePicture::Cursor)
+                cursor_.draw(inputs.screen.imgMouseCursor, contents_.cursor, step.target, step.clip, part, canvas);
+            else
+                overlay_.draw(inputs.imgOverlay.image, contents_.overlay, step.target, step.clip, part, canvas);
             break;
         }
     }
 
+    const Painting painting_;
     std::shared_ptr<PixelPool> pool_ = PixelPool::create();
     Resampler opaque_;
     BlendedLayer cursor_;
     BlendedLayer overlay_;
+    FrameContents contents_; ///< of the latest frame
+    QSize size_;             ///< of the latest frame
+    std::uint64_t lastFrame_ = 0;
+    ChangeHistory changes_; ///< of frames of that size
 };
 
-Compositor::Compositor() : preview_(std::make_unique<Pass>()), output_(std::make_unique<Pass>()) {}
+Compositor::Compositor(Painting painting)
+    : preview_(std::make_unique<Pass>(painting)), output_(std::make_unique<Pass>(painting))
+{
+}
 
 Compositor::~Compositor() = default;
+
+const ChangeHistory& Compositor::previewChanges() const
+{
+    return preview_->changes();
+}
+
+const ChangeHistory& Compositor::outputChanges() const
+{
+    return output_->changes();
+}
 
 QImage Compositor::previewPass(const FrameInputs& inputs, const QSize& pixels, const CGSize& units)
 {

@@ -14,10 +14,15 @@ namespace lumavex {
 /// pictures, which may happen on any thread and after the compositor has gone.
 ///
 /// Every pixel is resampled once, from the grab, the camera picture or the overlay straight to its place; where sizes
-/// agree it is copied. Frames come from a pool and go back to it when their last user lets go.
+/// agree it is copied. Frames come from a pool and go back to it when their last user lets go; a frame is painted into
+/// memory that still holds an earlier one, and only where it differs from that.
 class Compositor {
 public:
-    Compositor();
+    enum class Painting {
+        Changes,
+        Whole, ///< every frame from nothing, which gives the same pixels
+    };
+    explicit Compositor(Painting painting = Painting::Changes);
     ~Compositor();
 
     /// The picture for the preview view, `pixels` being the view's size in device pixels and `units` in view units (the
@@ -28,6 +33,11 @@ public:
     /// The output frame as a pixel buffer in the order alpha, red, green, blue, rows without gaps; colours are
     /// premultiplied, transparent black where nothing is drawn. Null when no memory is to be had or the size is empty.
     CVPixelBufferRef outputPass(const FrameInputs& inputs, const CGSize& size_Video_Output);
+
+    /// Where the latest frame of each pass may differ from earlier ones of it, by their numbers; `latest` is that
+    /// frame's. Frames of another size are not known.
+    const ChangeHistory& previewChanges() const;
+    const ChangeHistory& outputChanges() const;
 
 private:
     class Pass;

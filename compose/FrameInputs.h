@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/ChangedArea.h"
 #include "platform/Geometry.h"
 
 #include <QImage>
@@ -25,6 +26,7 @@ struct NumberedImage {
 /// says what is to be drawn; the compositor does it with one resampling.
 struct ScreenPicture {
     NumberedImage imgScreenCapture;
+    ChangeHistory changes; ///< of imgScreenCapture, by its serials; decides nothing of what a frame looks like
     CGSize size_Screen;
     QImage imgMouseCursor;         ///< 16 x 16, premultiplied; drawn with its lower-left corner at `cursor`
     std::optional<CGPoint> cursor; ///< nothing: no cursor is drawn

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "compose/PixelPool.h"
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -11,6 +12,7 @@ class alignas(64) PixelPool::Block {
 public:
     std::shared_ptr<PixelPool> pool; ///< while in use
     std::size_t pixels = 0;
+    std::uint64_t frame = 0;
 };
 
 PixelPool::~PixelPool()
@@ -30,8 +32,9 @@ PixelPool::Block* PixelPool::take(std::size_t pixels)
     }
     Block* block = nullptr;
     if (!idle_.empty()) {
-        block = idle_.back();
-        idle_.pop_back();
+        const auto youngest = std::ranges::max_element(idle_, {}, [](const Block* idle) { return idle->frame; });
+        block = *youngest;
+        idle_.erase(youngest);
     } else {
         void* memory = ::operator new (sizeof(Block) + pixels * sizeof(std::uint32_t), std::align_val_t{alignof(Block)},
                                        std::nothrow);
@@ -47,6 +50,16 @@ PixelPool::Block* PixelPool::take(std::size_t pixels)
 std::uint32_t* PixelPool::pixelsOf(Block* block)
 {
     return reinterpret_cast<std::uint32_t*>(block + 1);
+}
+
+std::uint64_t PixelPool::frameOf(const Block* block)
+{
+    return block->frame;
+}
+
+void PixelPool::setFrame(Block* block, std::uint64_t number)
+{
+    block->frame = number;
 }
 
 void PixelPool::release(Block* block)

@@ -20,9 +20,13 @@ public:
     PixelPool(const PixelPool&) = delete;
     PixelPool& operator=(const PixelPool&) = delete;
 
-    /// A block for so many pixels, with whatever is in it. Null when there is no memory. Release it with `release`.
+    /// A block for so many pixels, the idle one with the youngest frame in it. Null when there is no memory. Release it
+    /// with `release`.
     Block* take(std::size_t pixels);
     static std::uint32_t* pixelsOf(Block* block);
+    /// The number of the frame that the block holds, which its user sets; 0 for none. Kept while the block is idle.
+    static std::uint64_t frameOf(const Block* block);
+    static void setFrame(Block* block, std::uint64_t number);
     static void release(Block* block);
 
     /// Blocks that wait for their next use.

@@ -17,21 +17,58 @@ const std::uint32_t* rowOf(const QImage& picture, int x, int y)
     return reinterpret_cast<const std::uint32_t*>(picture.constScanLine(y)) + x;
 }
 
+/// How a length of source pixels is divided for a length of target pixels.
+struct Division {
+    double step;        ///< source pixels to a target pixel
+    int block;          ///< source pixels averaged to one
+    int blocksInSource; ///< the last one perhaps incomplete
+
+    Division(int sourceLength, int targetLength)
+        : step(double(sourceLength) / targetLength),
+          block(*std::ranges::find_if(blockSizes, [this](int size) { return size <= std::max(step, 1.0); })),
+          blocksInSource((sourceLength + block - 1) / block)
+    {
+    }
+    /// Where a target pixel's middle lies, in blocks, 0 being the middle of the source's first.
+    double centre(int pixel) const { return std::clamp((pixel + 0.5) * step / block - 0.5, 0.0, blocksInSource - 1.0); }
+};
+
+struct Span {
+    int first;
+    int count;
+};
+
+/// The pixels of one axis that reached() is about. A pixel mixes the block before its middle and the one behind.
+Span reachedAlong(Span source, Span target, Span part)
+{
+    const int first = std::max(part.first - source.first, 0);
+    const int last = std::min(part.first + part.count, source.first + source.count) - source.first - 1;
+    if (first > last)
+        return {target.first, 0};
+    if (source.count == target.count)
+        return {target.first + first, last - first + 1};
+    const Division division(source.count, target.count);
+    const int firstBlock = first / division.block;
+    const int lastBlock = last / division.block;
+    // One more on either side for what rounding may do.
+    const double perBlock = division.block / division.step;
+    const int begin = firstBlock <= 1 ? 0 : int(std::floor((firstBlock - 0.5) * perBlock - 0.5)) - 1;
+    const int end = lastBlock >= division.blocksInSource - 2 ? target.count
+                                                             : int(std::ceil((lastBlock + 1.5) * perBlock - 0.5)) + 2;
+    const int from = std::clamp(begin, 0, target.count);
+    return {target.first + from, std::clamp(end, from, target.count) - from};
+}
+
 } // namespace
 
 void Resampler::Axis::prepare(int sourceStart, int sourceLength, int targetStart, int targetLength, int clipStart,
                               int clipLength)
 {
-    const double step = double(sourceLength) / targetLength;
-    const auto* largest = std::find_if(std::begin(blockSizes), std::end(blockSizes),
-                                       [step](int size) { return size <= std::max(step, 1.0); });
-    block = *largest;
-
     // Blocks begin at the source's edge, so that what is drawn does not depend on the clip.
-    const int blocksInSource = (sourceLength + block - 1) / block;
-    const auto centre = [&](int pixel) { // in blocks, 0 being the middle of the source's first
-        return std::clamp((pixel - targetStart + 0.5) * step / block - 0.5, 0.0, blocksInSource - 1.0);
-    };
+    const Division division(sourceLength, targetLength);
+    const auto centre = [&](int pixel) { return division.centre(pixel - targetStart); };
+    const int blocksInSource = division.blocksInSource;
+    block = division.block;
     const int firstBlock = int(centre(clipStart));
     const int lastBlock = std::min(int(centre(clipStart + clipLength - 1)) + 1, blocksInSource - 1);
     count = lastBlock - firstBlock + 1;
@@ -94,6 +131,16 @@ const std::uint32_t* Resampler::sourceRow(const QImage& picture, int block)
     result.resize(count);
     rows.divideSums(result.data(), sums_.data(), count, rows_.block * columns_.block);
     return result.data();
+}
+
+QRect Resampler::reached(const QRect& source, const QRect& target, const QRect& part)
+{
+    // At equal size, and only when both sides are, pixels are copied.
+    const Span columns =
+        reachedAlong({source.x(), source.width()}, {target.x(), target.width()}, {part.x(), part.width()});
+    const Span rows =
+        reachedAlong({source.y(), source.height()}, {target.y(), target.height()}, {part.y(), part.height()});
+    return {columns.first, rows.first, columns.count, rows.count};
 }
 
 void Resampler::draw(const QImage& picture, const QRect& source, const QRect& target, const QRect& clip,

@@ -22,6 +22,9 @@ public:
     void draw(const QImage& picture, const QRect& source, const QRect& target, const QRect& clip, const Canvas& canvas,
               AlphaUse alpha);
 
+    /// The pixels of `target` whose colours depend on the given part of the picture, or a few more; inside `target`.
+    static QRect reached(const QRect& source, const QRect& target, const QRect& part);
+
 private:
     /// One axis: where the pixels of the clip take their colour from.
     struct Axis {

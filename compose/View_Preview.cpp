@@ -10,10 +10,18 @@ View_Preview::View_Preview(QWidget* parent) : QWidget(parent)
     setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
-void View_Preview::setPicture(const QImage& picture)
+void View_Preview::setPicture(const QImage& picture, const std::optional<ChangedArea>& changed)
 {
+    const bool pixelForPixel = picture_.size() == picture.size() && picture.size() == pixelSize();
     picture_ = picture;
-    update();
+    if (!changed || !pixelForPixel) {
+        update();
+        return;
+    }
+    // The view may lie on the captured screen: what is drawn there is captured again.
+    const qreal scale = devicePixelRatioF();
+    for (const QRect& part : *changed)
+        update(QRectF(part.x() / scale, part.y() / scale, part.width() / scale, part.height() / scale).toAlignedRect());
 }
 
 QSize View_Preview::pixelSize() const

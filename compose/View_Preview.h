@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/ChangedArea.h"
+
 #include <QImage>
 #include <QPaintEvent>
 #include <QWidget>
+
+#include <optional>
 
 namespace lumavex {
 
@@ -15,8 +19,9 @@ public:
     explicit View_Preview(QWidget* parent = nullptr);
 
     /// The picture to show from now on, as large as pixelSize() to be shown pixel for pixel; one of another size (the
-    /// view was resized meanwhile) is stretched. A null picture shows black.
-    void setPicture(const QImage& picture);
+    /// view was resized meanwhile) is stretched. A null picture shows black. `changed` is where it differs from the one
+    /// shown before; nothing: unknown.
+    void setPicture(const QImage& picture, const std::optional<ChangedArea>& changed);
     /// The view's size in device pixels.
     QSize pixelSize() const;
     /// The size of the picture that is shown; empty for none.

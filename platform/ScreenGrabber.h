@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/ChangedArea.h"
 #include "platform/Geometry.h"
 
 #include <QImage>
@@ -38,8 +39,11 @@ struct Grab {
     /// Format_RGB32, first row on top, stride may exceed 4 x width; the fourth byte of a pixel is UNDEFINED.
     /// Treat as immutable: the memory may be shared with the window system and is recycled when the last copy goes.
     QImage picture;
-    /// Equal serials of the same kind of grab mean equal pixels. Never 0 for Success.
+    /// Equal serials mean equal pixels. Never 0 for Success.
     std::uint64_t serial = 0;
+    /// Where the picture may differ from those that earlier grabs of the same kind gave, by their serials; `latest` is
+    /// this one's. Empty when nothing is known. A part that was drawn to, but looks as before, is left out.
+    ChangeHistory changes = {};
 };
 
 /// Reads the main display and its windows. Main thread only; every call answers at once (about a millisecond).
@@ -69,6 +73,10 @@ public:
     /// Where the mouse pointer is, in pixels from the LOWER-left corner of the main display, y upward: the pixel in the
     /// lower-left corner is (0, 0). Outside the main display it is outside of its rectangle.
     virtual CGPoint mouseLocation() = 0;
+
+    /// Changes whenever windowDescriptions would give another answer, at the latest with the next call of any other
+    /// function after that. Asks nobody. Never 0.
+    virtual std::uint64_t windowsSerial() = 0;
 
     /// All windows front to back, override-redirect ones included; the desktop background is the last one, named
     /// "Desktop", with the bounds of the main display.

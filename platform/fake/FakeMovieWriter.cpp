@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/fake/FakeMovieWriter.h"
 
+#include <cstring>
 #include <thread>
 
 namespace lumavex {
@@ -17,6 +18,15 @@ QImage pictureOf(const CVPixelBuffer& pixels)
             row[x] = qRgba(source[1], source[2], source[3], source[0]);
     }
     return picture;
+}
+
+/// The picture before with the given rows of the one now.
+QImage updated(QImage before, const QImage& now, const std::vector<RowRange>& rows)
+{
+    for (const RowRange& range : rows)
+        for (int y = range.first; y < range.first + range.count; ++y)
+            std::memcpy(before.scanLine(y), now.constScanLine(y), static_cast<std::size_t>(now.bytesPerLine()));
+    return before;
 }
 
 } // namespace
@@ -137,7 +147,7 @@ void FakeMovie::observe(std::function<void()> observer)
     observer_ = std::move(observer);
 }
 
-bool FakeMovie::accept(CMTime time, const CVPixelBuffer* pixels)
+bool FakeMovie::accept(CMTime time, const CVPixelBuffer* pixels, const std::vector<RowRange>* changed)
 {
     const std::lock_guard lock(mutex_);
     if (!started_ || finishRequested_ || !error_.isEmpty() || !isReadyLocked() || !(time.flags & kCMTimeFlags_Valid))
@@ -145,12 +155,19 @@ bool FakeMovie::accept(CMTime time, const CVPixelBuffer* pixels)
     if (appends_.empty() ? !pixels || CMTimeCompare(time, CMTimeMake(0, 1)) < 0
                          : CMTimeCompare(time, appends_.back().time) <= 0)
         return false;
+    if (changed && appends_.empty())
+        return false;
     if (pixels
         && (pixels->width != static_cast<int>(settings_.AVVideoWidthKey)
             || pixels->height != static_cast<int>(settings_.AVVideoHeightKey)
             || pixels->pixelFormat != kCVPixelFormatType_32ARGB))
         return false;
-    appends_.push_back({time, !pixels, pixels && keepsPictures_ ? pictureOf(*pixels) : QImage()});
+    Append append{time, !pixels, {}, pixels && !changed ? pixels->height : 0};
+    for (const RowRange& range : changed ? *changed : std::vector<RowRange>())
+        append.rows += range.count;
+    if (pixels && keepsPictures_)
+        append.picture = picture_ = changed ? updated(picture_, pictureOf(*pixels), *changed) : pictureOf(*pixels);
+    appends_.push_back(append);
     ++appendsSinceReady_;
     return true;
 }
@@ -223,10 +240,10 @@ private:
     {
         return buffer && movie_->accept(time, buffer.get());
     }
-    bool appendChangedRows_withPresentationTime(CVPixelBufferRef buffer, const std::vector<RowRange>& /*changed*/,
+    bool appendChangedRows_withPresentationTime(CVPixelBufferRef buffer, const std::vector<RowRange>& changed,
                                                 CMTime time) override
     {
-        return appendPixelBuffer_withPresentationTime(std::move(buffer), time);
+        return buffer && movie_->accept(time, buffer.get(), &changed);
     }
     bool appendPrevious_withPresentationTime(CMTime time) override { return movie_->accept(time, nullptr); }
 

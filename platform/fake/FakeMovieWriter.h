@@ -21,6 +21,7 @@ public:
         CMTime time;
         bool repeated = false;
         QImage picture; ///< null for a repetition, and when pictures are not kept
+        int rows = 0;   ///< that were said to have changed; all of them when that was not said
     };
 
     // Before the writer starts.
@@ -46,7 +47,9 @@ public:
     QString start(const QString& path, const MovieWriterSettings& settings);
     bool isReady() const;
     void observe(std::function<void()> observer);
-    bool accept(CMTime time, const CVPixelBuffer* pixels); ///< null for a repetition
+    /// Null pixels for a repetition. Rows outside of `changed`, when it is given, are those accepted before, whatever
+    /// the pixels say.
+    bool accept(CMTime time, const CVPixelBuffer* pixels, const std::vector<RowRange>* changed = nullptr);
     QString error() const;
     std::int64_t bytes() const; ///< one per accepted append
     MovieWriterStatistics statistics() const;
@@ -70,6 +73,7 @@ private:
     bool started_ = false;
     CMTime end_;
     std::vector<Append> appends_;
+    QImage picture_; ///< accepted last
 
     std::mutex observerMutex_; ///< held while the observer runs
     std::function<void()> observer_;

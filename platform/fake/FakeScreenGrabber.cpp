@@ -4,6 +4,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <utility>
 
 namespace lumavex {
 
@@ -14,13 +15,36 @@ QRect boundsOf(const WindowDescription& description)
     return QRectF(description.x, description.y, description.width, description.height).toRect();
 }
 
+/// The smallest rectangle around the pixels that differ; all of `now` when the sizes do.
+QRect difference(const QImage& before, const QImage& now)
+{
+    if (before.size() != now.size())
+        return now.rect();
+    QRect found;
+    for (int y = 0; y < now.height(); ++y)
+        for (int x = 0; x < now.width(); ++x)
+            if (before.pixel(x, y) != now.pixel(x, y))
+                found |= QRect(x, y, 1, 1);
+    return found;
+}
+
 } // namespace
 
 void FakeScreenGrabber::setScreen(const QImage& picture)
 {
-    screen_ = picture.convertToFormat(QImage::Format_RGB32);
-    screenSerial_ = ++lastSerial_;
-    lastComposite_ = {};
+    const QImage before = std::exchange(screen_, picture.convertToFormat(QImage::Format_RGB32));
+    if (before.size() != screen_.size())
+        ++windowsSerial_; // the desktop is one of them
+    noteChange(screenChanges_, before, screen_);
+}
+
+void FakeScreenGrabber::noteChange(ChangeHistory& history, const QImage& before, const QImage& now)
+{
+    if (before.size() != now.size())
+        history.clear();
+    const QRect changed = difference(before, now);
+    if (history.latest() == 0 || !changed.isEmpty())
+        history.add(++lastSerial_, ChangedArea(changed));
 }
 
 void FakeScreenGrabber::setWindows(std::vector<Window> windows)
@@ -30,13 +54,12 @@ void FakeScreenGrabber::setWindows(std::vector<Window> windows)
         window.description.width = window.picture.width();
         window.description.height = window.picture.height();
     }
-    lastComposite_ = {};
+    ++windowsSerial_;
 }
 
 void FakeScreenGrabber::setDesktop(const QImage& picture)
 {
     desktop_ = picture;
-    lastComposite_ = {};
 }
 
 CGSize FakeScreenGrabber::sizeOfMainDisplay()
@@ -62,7 +85,7 @@ Grab FakeScreenGrabber::grabMainDisplay()
         return {outcome, {}, 0};
     if (screen_.isNull())
         return {};
-    return {GrabOutcome::Success, screen_, screenSerial_};
+    return {GrabOutcome::Success, screen_, screenChanges_.latest(), screenChanges_};
 }
 
 Grab FakeScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBack)
@@ -70,13 +93,11 @@ Grab FakeScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBac
     grabsOfWindows_.push_back(frontToBack);
     if (const GrabOutcome outcome = nextOutcome(); outcome != GrabOutcome::Success)
         return {outcome, {}, 0};
-    if (lastComposite_.serial == 0 || lastComposed_ != frontToBack) {
-        lastComposite_ = compose(frontToBack);
-        lastComposed_ = frontToBack;
-        if (lastComposite_.outcome == GrabOutcome::Success)
-            lastComposite_.serial = ++lastSerial_;
-    }
-    return lastComposite_;
+    const Grab composite = compose(frontToBack);
+    if (composite.outcome != GrabOutcome::Success)
+        return composite;
+    noteChange(compositeChanges_, std::exchange(lastComposite_, composite.picture), composite.picture);
+    return {GrabOutcome::Success, lastComposite_, compositeChanges_.latest(), compositeChanges_};
 }
 
 Grab FakeScreenGrabber::compose(const std::vector<std::uint32_t>& frontToBack) const
@@ -111,6 +132,7 @@ Grab FakeScreenGrabber::compose(const std::vector<std::uint32_t>& frontToBack) c
 
 std::vector<WindowDescription> FakeScreenGrabber::windowDescriptions()
 {
+    ++windowEnumerations_;
     std::vector<WindowDescription> descriptions;
     for (const Window& window : windows_)
         descriptions.push_back(window.description);

@@ -16,9 +16,10 @@ public:
         QImage picture;
     };
 
-    /// What the main display shows, its size included; a new serial. `windows` are not drawn into it.
+    /// What the main display shows, its size included. `windows` are not drawn into it. Grabs tell the
+    /// smallest rectangle around the pixels that differ from what it showed before.
     void setScreen(const QImage& picture);
-    /// Front to back, the desktop's background not among them; new serials for composites.
+    /// Front to back, the desktop's background not among them.
     void setWindows(std::vector<Window> windows);
     /// The background behind all windows and its entry, the last one of windowDescriptions.
     void setDesktop(const QImage& picture);
@@ -29,6 +30,7 @@ public:
     void addOutcome(GrabOutcome outcome) { outcomes_.push_back(outcome); }
 
     int grabsOfMainDisplay() const { return grabsOfMainDisplay_; }
+    int windowEnumerations() const { return windowEnumerations_; }
     /// The list of each call of grabWindows.
     const std::vector<std::vector<std::uint32_t>>& grabsOfWindows() const { return grabsOfWindows_; }
 
@@ -37,12 +39,14 @@ public:
     Grab grabMainDisplay() override;
     Grab grabWindows(const std::vector<std::uint32_t>& frontToBack) override;
     CGPoint mouseLocation() override { return mouseLocation_; }
+    std::uint64_t windowsSerial() override { return windowsSerial_; }
     std::vector<WindowDescription> windowDescriptions() override;
 
     static constexpr std::uint32_t kDesktopNumber = 1;
 
 private:
     GrabOutcome nextOutcome();
+    void noteChange(ChangeHistory& history, const QImage& before, const QImage& now);
     Grab compose(const std::vector<std::uint32_t>& frontToBack) const;
 
     QString trouble_;
@@ -52,11 +56,13 @@ private:
     CGPoint mouseLocation_;
     std::deque<GrabOutcome> outcomes_;
     int grabsOfMainDisplay_ = 0;
+    int windowEnumerations_ = 0;
     std::vector<std::vector<std::uint32_t>> grabsOfWindows_;
     std::uint64_t lastSerial_ = 0;
-    std::uint64_t screenSerial_ = 0;
-    Grab lastComposite_; ///< of lastComposed_; serial 0 when windows changed since
-    std::vector<std::uint32_t> lastComposed_;
+    std::uint64_t windowsSerial_ = 1;
+    ChangeHistory screenChanges_; ///< its latest is the screen's serial
+    QImage lastComposite_;
+    ChangeHistory compositeChanges_; ///< its latest is the composite's serial
 };
 
 } // namespace lumavex

@@ -29,7 +29,7 @@ DesktopBackground::Change DesktopBackground::takeChange(const QRect& area, const
     const bool sizeChanged = partsSeenSize_ != rootSize;
     if (sizeChanged)
         preparePartsSeen(rootSize);
-    const bool drawn = damage_.changedWithin(area);
+    const bool drawn = !damage_.takeChanges(area).isEmpty();
     if (sizeChanged || wallpaperWasStale || (drawn && !changedParts()))
         return Change::All;
     return drawn ? Change::Part : Change::None;

@@ -40,16 +40,16 @@ const QRect& MainDisplay::root()
     return root_;
 }
 
-void MainDisplay::note(const xcb_generic_event_t& event)
+bool MainDisplay::note(const xcb_generic_event_t& event)
 {
     const int type = event.response_type & 0x7f;
-    if (type == XCB_CONFIGURE_NOTIFY
-        && reinterpret_cast<const xcb_configure_notify_event_t&>(event).window == connection_.root())
-        stale_ = true;
-    if (connection_.extensions().randr
-        && (type == connection_.extensions().randrEvent + XCB_RANDR_SCREEN_CHANGE_NOTIFY
-            || type == connection_.extensions().randrEvent + XCB_RANDR_NOTIFY))
-        stale_ = true;
+    const std::uint8_t randr = connection_.extensions().randrEvent;
+    const bool resized = type == XCB_CONFIGURE_NOTIFY
+                         && reinterpret_cast<const xcb_configure_notify_event_t&>(event).window == connection_.root();
+    const bool rearranged = connection_.extensions().randr
+                            && (type == randr + XCB_RANDR_SCREEN_CHANGE_NOTIFY || type == randr + XCB_RANDR_NOTIFY);
+    stale_ = stale_ || resized || rearranged;
+    return resized || rearranged;
 }
 
 void MainDisplay::refresh()

@@ -17,8 +17,8 @@ public:
     const QRect& rect();
     /// The whole root window as it is now.
     const QRect& root();
-    /// Takes notice of changes of outputs and of the root's size.
-    void note(const xcb_generic_event_t& event);
+    /// Takes notice of changes of outputs and of the root's size; true when this is one.
+    bool note(const xcb_generic_event_t& event);
 
 private:
     void refresh();

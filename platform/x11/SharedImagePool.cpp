@@ -8,8 +8,9 @@
 #include <sys/shm.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
-#include <functional>
+#include <cstring>
 #include <mutex>
 #include <vector>
 
@@ -20,6 +21,18 @@ namespace {
 /// Free segments kept for the next grabs: the latest picture, the one being encoded and one in between are usually out.
 constexpr std::size_t kFreeSegmentsKept = 2;
 constexpr int kBytesPerPixel = 4;
+
+std::size_t bytesOf(const QRect& part)
+{
+    return std::size_t{kBytesPerPixel} * static_cast<std::size_t>(part.width())
+           * static_cast<std::size_t>(part.height());
+}
+
+/// Where whole rows stand in their picture.
+std::size_t offsetOf(const QRect& rows)
+{
+    return std::size_t{kBytesPerPixel} * static_cast<std::size_t>(rows.width()) * static_cast<std::size_t>(rows.top());
+}
 
 } // namespace
 
@@ -39,9 +52,12 @@ struct SharedImagePool::Segment {
     Segment(const Segment&) = delete;
     Segment& operator=(const Segment&) = delete;
 
-    const xcb_shm_seg_t id;
+    uchar* pixels() const { return static_cast<uchar*>(memory); }
+
+    const xcb_shm_seg_t id; ///< 0: memory of our own, which the server does not see
     void* const memory;
     const std::size_t bytes;
+    std::uint64_t number = 0; ///< of the picture in it
 
 private:
     std::atomic<int>& counter_;
@@ -68,17 +84,53 @@ struct SharedImagePool::Shelf {
     }
 };
 
-/// A segment lent to a picture.
+/// A segment lent to somebody.
 struct SharedImagePool::Loan {
     std::shared_ptr<Shelf> shelf;
     std::unique_ptr<Segment> segment;
 
-    static void giveBack(void* loan)
+    Loan(std::shared_ptr<Shelf> home, std::unique_ptr<Segment> lent) : shelf(std::move(home)), segment(std::move(lent))
     {
-        const std::unique_ptr<Loan> ended(static_cast<Loan*>(loan));
-        ended->shelf->put(std::move(ended->segment));
     }
+    Loan(const Loan&) = delete;
+    Loan& operator=(const Loan&) = delete;
+    ~Loan() { shelf->put(std::move(segment)); }
 };
+
+SharedImagePool::Memory::Memory(std::unique_ptr<Loan> loan, const QSize& size) : loan_(loan.release()), size_(size) {}
+
+void SharedImagePool::Memory::LoanDeleter::operator()(Loan* loan) const
+{
+    delete loan;
+}
+
+const SharedImagePool::Segment& SharedImagePool::Memory::segment() const
+{
+    return *loan_->segment;
+}
+
+const uchar* SharedImagePool::Memory::pixels() const
+{
+    return loan_->segment->pixels();
+}
+
+std::uint64_t SharedImagePool::Memory::number() const
+{
+    return loan_->segment->number;
+}
+
+void SharedImagePool::Memory::setNumber(std::uint64_t number)
+{
+    loan_->segment->number = number;
+}
+
+QImage SharedImagePool::Memory::toImage() &&
+{
+    const uchar* const first = pixels();
+    const auto giveBack = [](void* loan) { delete static_cast<Loan*>(loan); };
+    return {first,    size_.width(),  size_.height(), kBytesPerPixel * size_.width(), QImage::Format_RGB32,
+            giveBack, loan_.release()};
+}
 
 SharedImagePool::SharedImagePool(const XcbConnection& connection)
     : connection_(connection), shelf_(std::make_shared<Shelf>()), shared_(connection.extensions().shm)
@@ -103,44 +155,60 @@ int SharedImagePool::segmentCount() const
     return shelf_->segments;
 }
 
-QImage SharedImagePool::read(xcb_drawable_t drawable, const QRect& rect)
+SharedImagePool::Memory SharedImagePool::take(const QSize& size, const ChangeHistory& history)
 {
-    if (rect.isEmpty())
+    if (size.isEmpty())
         return {};
-    if (shared_) {
-        const std::size_t bytes = std::size_t{kBytesPerPixel} * static_cast<std::size_t>(rect.width())
-                                  * static_cast<std::size_t>(rect.height());
-        if (auto segment = take(bytes))
-            return readShared(std::move(segment), drawable, rect);
-        shared_ = false;
-    }
-    return readThroughConnection(drawable, rect);
-}
-
-std::unique_ptr<SharedImagePool::Segment> SharedImagePool::take(std::size_t bytes)
-{
-    // Main display and window composites take turns, so segments of another size are kept too, but not many.
+    const std::size_t bytes =
+        std::size_t{kBytesPerPixel} * static_cast<std::size_t>(size.width()) * static_cast<std::size_t>(size.height());
     auto waiting = shelf_->takeAll();
-    std::unique_ptr<Segment> found;
+    const auto age = [&](const Segment& segment) { return history.knows(segment.number) ? segment.number + 1 : 1; };
+    std::unique_ptr<Segment>* best = nullptr;
+    for (auto& segment : waiting) {
+        if (segment->bytes == bytes && (!best || age(*segment) > age(**best)))
+            best = &segment;
+    }
+    std::unique_ptr<Segment> found = best ? std::move(*best) : nullptr;
+    // Main display and window composites take turns, so segments of another size are kept too, but not many.
     std::size_t kept = 0;
     for (auto& segment : waiting) {
-        if (!found && segment->bytes == bytes)
-            found = std::move(segment);
-        else if (kept++ < kFreeSegmentsKept)
+        if (segment && kept++ < kFreeSegmentsKept)
             shelf_->put(std::move(segment));
-        else
+        else if (segment)
             detach(std::move(segment));
     }
-    return found ? std::move(found) : create(bytes);
+    if (!found)
+        found = create(bytes);
+    return found ? Memory(std::make_unique<Loan>(shelf_, std::move(found)), size) : Memory();
+}
+
+bool SharedImagePool::read(Memory& memory, xcb_drawable_t drawable, const QPoint& corner, const ChangedArea& rows)
+{
+    const Segment& segment = memory.segment();
+    const bool complete = segment.id ? readShared(segment, drawable, corner, rows)
+                                     : readThroughConnection(segment, drawable, corner, rows);
+    if (!complete)
+        memory.setNumber(0);
+    return complete;
 }
 
 std::unique_ptr<SharedImagePool::Segment> SharedImagePool::create(std::size_t bytes)
 {
-    if (connection_.extensions().shmDescriptors) {
-        if (auto segment = createFromDescriptor(bytes))
-            return segment;
-    }
-    return createSystemV(bytes);
+    std::unique_ptr<Segment> segment;
+    if (shared_ && connection_.extensions().shmDescriptors)
+        segment = createFromDescriptor(bytes);
+    if (shared_ && !segment)
+        segment = createSystemV(bytes);
+    shared_ = segment != nullptr;
+    return segment ? std::move(segment) : createOwn(bytes);
+}
+
+std::unique_ptr<SharedImagePool::Segment> SharedImagePool::createOwn(std::size_t bytes)
+{
+    void* const memory = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED)
+        return nullptr;
+    return std::make_unique<Segment>(shelf_->segments, xcb_shm_seg_t{XCB_NONE}, memory, bytes, munmap);
 }
 
 bool SharedImagePool::attached(xcb_void_cookie_t cookie) const
@@ -192,39 +260,47 @@ std::unique_ptr<SharedImagePool::Segment> SharedImagePool::createSystemV(std::si
 
 void SharedImagePool::detach(std::unique_ptr<Segment> segment)
 {
-    xcb_shm_detach(connection_.get(), segment->id);
+    if (segment->id)
+        xcb_shm_detach(connection_.get(), segment->id);
 }
 
-QImage SharedImagePool::readShared(std::unique_ptr<Segment> segment, xcb_drawable_t drawable, const QRect& rect)
+bool SharedImagePool::readShared(const Segment& segment, xcb_drawable_t drawable, const QPoint& corner,
+                                 const ChangedArea& rows) const
 {
     xcb_connection_t* const c = connection_.get();
-    const auto cookie =
-        xcb_shm_get_image(c, drawable, static_cast<std::int16_t>(rect.x()), static_cast<std::int16_t>(rect.y()),
-                          static_cast<std::uint16_t>(rect.width()), static_cast<std::uint16_t>(rect.height()), ~0U,
-                          XCB_IMAGE_FORMAT_Z_PIXMAP, segment->id, 0);
-    const XcbOwned<xcb_shm_get_image_reply_t> reply(xcb_shm_get_image_reply(c, cookie, nullptr));
-    if (!reply || reply->size < segment->bytes) {
-        shelf_->put(std::move(segment));
-        return {};
+    std::array<xcb_shm_get_image_cookie_t, ChangedArea::capacity> cookies;
+    std::size_t sent = 0;
+    for (const QRect& part : rows) {
+        const QPoint from = corner + part.topLeft();
+        cookies[sent++] =
+            xcb_shm_get_image(c, drawable, static_cast<std::int16_t>(from.x()), static_cast<std::int16_t>(from.y()),
+                              static_cast<std::uint16_t>(part.width()), static_cast<std::uint16_t>(part.height()), ~0U,
+                              XCB_IMAGE_FORMAT_Z_PIXMAP, segment.id, static_cast<std::uint32_t>(offsetOf(part)));
     }
-    auto* const pixels = static_cast<const uchar*>(segment->memory);
-    auto loan = std::make_unique<Loan>(Loan{shelf_, std::move(segment)});
-    return QImage(pixels, rect.width(), rect.height(), kBytesPerPixel * rect.width(), QImage::Format_RGB32,
-                  &Loan::giveBack, loan.release());
+    bool complete = true;
+    std::size_t answered = 0;
+    for (const QRect& part : rows) {
+        const XcbOwned<xcb_shm_get_image_reply_t> reply(xcb_shm_get_image_reply(c, cookies[answered++], nullptr));
+        complete = complete && reply && reply->size >= bytesOf(part);
+    }
+    return complete;
 }
 
-QImage SharedImagePool::readThroughConnection(xcb_drawable_t drawable, const QRect& rect)
+bool SharedImagePool::readThroughConnection(const Segment& segment, xcb_drawable_t drawable, const QPoint& corner,
+                                            const ChangedArea& rows) const
 {
     xcb_connection_t* const c = connection_.get();
-    const auto cookie = xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, drawable, static_cast<std::int16_t>(rect.x()),
-                                      static_cast<std::int16_t>(rect.y()), static_cast<std::uint16_t>(rect.width()),
-                                      static_cast<std::uint16_t>(rect.height()), ~0U);
-    XcbOwned<xcb_get_image_reply_t> reply(xcb_get_image_reply(c, cookie, nullptr));
-    if (!reply || xcb_get_image_data_length(reply.get()) < kBytesPerPixel * rect.width() * rect.height())
-        return {};
-    const uchar* const pixels = xcb_get_image_data(reply.get());
-    return QImage(pixels, rect.width(), rect.height(), kBytesPerPixel * rect.width(), QImage::Format_RGB32, &std::free,
-                  reply.release());
+    for (const QRect& part : rows) {
+        const QPoint from = corner + part.topLeft();
+        const auto cookie = xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, drawable, static_cast<std::int16_t>(from.x()),
+                                          static_cast<std::int16_t>(from.y()), static_cast<std::uint16_t>(part.width()),
+                                          static_cast<std::uint16_t>(part.height()), ~0U);
+        const XcbOwned<xcb_get_image_reply_t> reply(xcb_get_image_reply(c, cookie, nullptr));
+        if (!reply || static_cast<std::size_t>(xcb_get_image_data_length(reply.get())) < bytesOf(part))
+            return false;
+        std::memcpy(segment.pixels() + offsetOf(part), xcb_get_image_data(reply.get()), bytesOf(part));
+    }
+    return true;
 }
 
 } // namespace lumavex

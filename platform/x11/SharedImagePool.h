@@ -1,50 +1,85 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/ChangedArea.h"
 #include "platform/x11/XcbConnection.h"
 
 #include <QImage>
 #include <QRect>
+#include <QSize>
 
 #include <memory>
 
 namespace lumavex {
 
-/// Reads pixels of the server's drawables into memory shared with it, so that a grab is one copy made by the server and
-/// none by us. The memory comes back to the pool when the last copy of the picture goes, on whatever thread that is,
-/// and also after the pool's end. Without MIT-SHM, or where server and program share no memory, pixels come through the
-/// connection.
+/// Memory shared with the server, so that reading pixels is one copy made by the server and none by us. It comes back
+/// to the pool when its last user goes, on whatever thread that is, and also after the pool's end, and remembers which
+/// picture it holds, so that the next reading can be of what changed since. Without MIT-SHM, or where server and
+/// program share no memory, it is memory of our own and pixels come through the connection.
 class SharedImagePool {
+    struct Segment;
+    struct Shelf;
+    struct Loan;
+
 public:
     explicit SharedImagePool(const XcbConnection& connection);
     ~SharedImagePool(); ///< before its connection
     SharedImagePool(const SharedImagePool&) = delete;
     SharedImagePool& operator=(const SharedImagePool&) = delete;
 
-    /// The pixels inside the rectangle of a drawable with 32 bits per pixel, as they are, in a Format_RGB32 picture.
-    /// Null when the server refuses: the drawable is gone, or the rectangle reaches beyond it.
-    QImage read(xcb_drawable_t drawable, const QRect& rect);
+    /// A number for the next picture of a series; those of the series that share the pool differ.
+    std::uint64_t newNumber() { return ++lastNumber_; }
+
+    /// Memory for one picture with 32 bits per pixel, rows without gaps, that nobody else uses.
+    class Memory {
+    public:
+        Memory() = default;
+        Memory(std::unique_ptr<Loan> loan, const QSize& size); ///< the pool's
+        explicit operator bool() const { return loan_ != nullptr; }
+        const QSize& size() const { return size_; }
+        const uchar* pixels() const;
+        /// Which picture it holds; 0: none, or nobody knows.
+        std::uint64_t number() const;
+        void setNumber(std::uint64_t number);
+        /// Hands it over to a Format_RGB32 picture.
+        QImage toImage() &&;
+        const Segment& segment() const; ///< for the pool
+
+    private:
+        struct LoanDeleter {
+            void operator()(Loan* loan) const;
+        };
+        std::unique_ptr<Loan, LoanDeleter> loan_;
+        QSize size_;
+    };
+
+    /// If possible with the youngest picture in it that `history` knows. None when there is no memory.
+    Memory take(const QSize& size, const ChangeHistory& history);
+
+    /// Reads the given parts, relative to `corner` in the drawable, each into its place. They must be whole rows and
+    /// inside the memory's size. False when the server refuses: the drawable is gone, or does not reach so far; the
+    /// memory then holds no picture.
+    bool read(Memory& memory, xcb_drawable_t drawable, const QPoint& corner, const ChangedArea& rows);
 
     /// Segments that exist now, in use or not.
     int segmentCount() const;
 
 private:
-    struct Segment;
-    struct Shelf;
-    struct Loan;
-
-    std::unique_ptr<Segment> take(std::size_t bytes);
     std::unique_ptr<Segment> create(std::size_t bytes);
     std::unique_ptr<Segment> createFromDescriptor(std::size_t bytes);
     std::unique_ptr<Segment> createSystemV(std::size_t bytes);
+    std::unique_ptr<Segment> createOwn(std::size_t bytes);
     void detach(std::unique_ptr<Segment> segment);
-    QImage readShared(std::unique_ptr<Segment> segment, xcb_drawable_t drawable, const QRect& rect);
-    QImage readThroughConnection(xcb_drawable_t drawable, const QRect& rect);
+    bool readShared(const Segment& segment, xcb_drawable_t drawable, const QPoint& corner,
+                    const ChangedArea& rows) const;
+    bool readThroughConnection(const Segment& segment, xcb_drawable_t drawable, const QPoint& corner,
+                               const ChangedArea& rows) const;
     bool attached(xcb_void_cookie_t cookie) const;
 
     const XcbConnection& connection_;
     const std::shared_ptr<Shelf> shelf_;
     bool shared_;
+    std::uint64_t lastNumber_ = 0;
 };
 
 } // namespace lumavex

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/x11/WindowComposite.h"
 
+#include "platform/x11/ServerRegion.h"
+
 #include <xcb/shape.h>
 
 #include <algorithm>
@@ -14,7 +16,7 @@ constexpr std::uint8_t kCanvasDepth = 32; ///< every server with Render has it, 
 } // namespace
 
 WindowComposite::WindowComposite(const XcbConnection& connection, SharedImagePool& pool)
-    : connection_(connection), pool_(pool), formats_(connection)
+    : connection_(connection), series_(pool, PixelLayout()), formats_(connection)
 {
     if (!connection_.extensions().fixes)
         return;
@@ -24,25 +26,29 @@ WindowComposite::WindowComposite(const XcbConnection& connection, SharedImagePoo
     xcb_xfixes_create_region(connection_.get(), windowParts_.id(), 0, nullptr);
 }
 
-std::optional<WindowComposite::Result> WindowComposite::compose(const CompositeRequest& request)
+Grab WindowComposite::compose(const CompositeRequest& request)
 {
     redirectExactly(request.frontToBack);
     Arrangement wanted = arrange(request);
     if (wanted.canvas.isEmpty() || (wanted.backToFront.empty() && !wanted.desktop))
-        return std::nullopt;
+        return {};
     Extent extent = takeChanges(request, wanted);
-    if (previous_.isNull() || wanted != shown_)
+    if (wanted != shown_)
         extent = Extent::All;
-    if (extent == Extent::Nothing)
-        return Result{previous_, false};
-
-    prepareCanvas(wanted.canvas.size());
-    paint(wanted, extent);
-    previous_ = pool_.read(canvas_.id(), QRect(QPoint(0, 0), canvasSize_));
-    shown_ = std::move(wanted);
-    if (previous_.isNull())
-        return std::nullopt;
-    return Result{previous_, true};
+    const QRect whole(QPoint(0, 0), wanted.canvas.size());
+    ChangedArea changed;
+    if (extent != Extent::Nothing) {
+        prepareCanvas(whole.size());
+        paint(wanted, extent);
+        shown_ = std::move(wanted);
+        changed.add(whole);
+    }
+    if (extent == Extent::Part)
+        changed = fetchArea(connection_, changedParts_.id(), whole).value_or(changed);
+    const Grab grab = series_.next(canvas_.id(), whole, changed);
+    if (grab.outcome != GrabOutcome::Success)
+        shown_.reset();
+    return grab;
 }
 
 void WindowComposite::release()
@@ -52,8 +58,8 @@ void WindowComposite::release()
     canvasPicture_ = {};
     canvas_ = {};
     canvasSize_ = {};
-    previous_ = {};
-    shown_ = {};
+    series_.forget();
+    shown_.reset();
 }
 
 void WindowComposite::note(const xcb_generic_event_t& event)

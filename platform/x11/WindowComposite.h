@@ -2,13 +2,13 @@
 #pragma once
 
 #include "platform/x11/DesktopBackground.h"
+#include "platform/x11/GrabSeries.h"
 #include "platform/x11/RedirectedWindow.h"
 #include "platform/x11/RenderFormats.h"
 #include "platform/x11/SharedImagePool.h"
 #include "platform/x11/WindowTree.h"
 #include "platform/x11/XcbConnection.h"
 
-#include <QImage>
 #include <QRect>
 
 #include <memory>
@@ -31,16 +31,11 @@ struct CompositeRequest {
 /// Paints chosen windows, and nothing that covers them, into one picture inside the server and reads that. Main thread.
 class WindowComposite {
 public:
-    struct Result {
-        QImage picture;
-        bool changed = true; ///< false: it is the previous one again
-    };
-
     /// The arguments outlive this.
     WindowComposite(const XcbConnection& connection, SharedImagePool& pool);
 
-    /// Nothing when no window of the request can be read at the moment.
-    std::optional<Result> compose(const CompositeRequest& request);
+    /// Retry when no window of the request can be read at the moment.
+    Grab compose(const CompositeRequest& request);
     /// Lets the server show all windows in its usual way again.
     void release();
     void note(const xcb_generic_event_t& event);
@@ -74,17 +69,16 @@ private:
     void paintWindow(const Layer& layer, const Arrangement& arrangement, Extent extent);
 
     const XcbConnection& connection_;
-    SharedImagePool& pool_;
+    GrabSeries series_; ///< of the canvas
     const RenderFormats formats_;
     std::unique_ptr<DesktopBackground> desktop_; ///< made when first asked for
     std::unordered_map<xcb_window_t, std::unique_ptr<RedirectedWindow>> redirected_;
     PixmapHandle canvas_;
     PictureHandle canvasPicture_;
     QSize canvasSize_;
-    RegionHandle changedParts_; ///< in the canvas
-    RegionHandle windowParts_;  ///< of one window, while they are gathered
-    Arrangement shown_;
-    QImage previous_;
+    RegionHandle changedParts_;        ///< in the canvas
+    RegionHandle windowParts_;         ///< of one window, while they are gathered
+    std::optional<Arrangement> shown_; ///< in the canvas; nothing: it is to be painted anew
 };
 
 } // namespace lumavex

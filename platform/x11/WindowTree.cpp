@@ -33,34 +33,33 @@ const std::vector<TopLevel>& WindowTree::topToBottom()
     return topToBottom_;
 }
 
-void WindowTree::note(const xcb_generic_event_t& event)
+bool WindowTree::note(const xcb_generic_event_t& event)
 {
     switch (event.response_type & 0x7f) {
     case XCB_MAP_NOTIFY:
         forget(reinterpret_cast<const xcb_map_notify_event_t&>(event).window);
-        break;
+        return true;
     case XCB_UNMAP_NOTIFY:
         forget(reinterpret_cast<const xcb_unmap_notify_event_t&>(event).window);
-        break;
+        return true;
     case XCB_DESTROY_NOTIFY:
         forget(reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window);
-        break;
+        return true;
     case XCB_REPARENT_NOTIFY: {
         const auto& reparented = reinterpret_cast<const xcb_reparent_notify_event_t&>(event);
         forget(reparented.window);
         forget(reparented.parent);
-        break;
+        return true;
     }
     case XCB_CREATE_NOTIFY:
     case XCB_CONFIGURE_NOTIFY:
     case XCB_CIRCULATE_NOTIFY:
         stale_ = true;
-        break;
+        return true;
     case XCB_PROPERTY_NOTIFY:
-        noteProperty(reinterpret_cast<const xcb_property_notify_event_t&>(event));
-        break;
+        return noteProperty(reinterpret_cast<const xcb_property_notify_event_t&>(event));
     default:
-        break;
+        return false;
     }
 }
 
@@ -70,7 +69,7 @@ void WindowTree::forget(xcb_window_t window)
     stale_ = true;
 }
 
-void WindowTree::noteProperty(const xcb_property_notify_event_t& event)
+bool WindowTree::noteProperty(const xcb_property_notify_event_t& event)
 {
     // Titles change all the time; only the properties that facts are made of matter.
     const auto is = [&](Atom atom) { return event.atom == connection_.atom(atom); };
@@ -83,6 +82,7 @@ void WindowTree::noteProperty(const xcb_property_notify_event_t& event)
         known_.clear();
         stale_ = true;
     }
+    return matters;
 }
 
 void WindowTree::refresh()

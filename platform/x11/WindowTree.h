@@ -36,7 +36,8 @@ public:
     const std::vector<TopLevel>& topToBottom();
     /// Whether a compositing manager shows the windows' transparency, at the time of topToBottom().
     bool compositingManagerRuns() const { return compositingManager_; }
-    void note(const xcb_generic_event_t& event);
+    /// True when the windows may differ from now on.
+    bool note(const xcb_generic_event_t& event);
 
 private:
     struct Known {
@@ -50,7 +51,7 @@ private:
     void learnFacts();
     std::unordered_map<xcb_window_t, xcb_window_t> findClients(const std::vector<xcb_window_t>& tops) const;
     void inheritOwners();
-    void noteProperty(const xcb_property_notify_event_t& event);
+    bool noteProperty(const xcb_property_notify_event_t& event);
     void forget(xcb_window_t window);
 
     const XcbConnection& connection_;

@@ -2,6 +2,7 @@
 #include "platform/x11/XcbScreenGrabber.h"
 
 #include "platform/x11/DamageTracker.h"
+#include "platform/x11/GrabSeries.h"
 #include "platform/x11/MainDisplay.h"
 #include "platform/x11/PixelLayout.h"
 #include "platform/x11/SharedImagePool.h"
@@ -29,6 +30,7 @@ public:
     Grab grabMainDisplay() override;
     Grab grabWindows(const std::vector<std::uint32_t>& frontToBack) override;
     CGPoint mouseLocation() override;
+    std::uint64_t windowsSerial() override;
     std::vector<WindowDescription> windowDescriptions() override;
 
 private:
@@ -36,7 +38,7 @@ private:
     struct Parts {
         Parts(const XcbConnection& connection, const PixelLayout& screenLayout)
             : layout(screenLayout), display(connection), damage(connection), tree(connection), pool(connection),
-              composite(connection, pool)
+              series(pool, screenLayout), composite(connection, pool)
         {
         }
         PixelLayout layout;
@@ -44,6 +46,7 @@ private:
         DamageTracker damage;
         WindowTree tree;
         SharedImagePool pool;
+        GrabSeries series; ///< of the main display
         WindowComposite composite;
     };
 
@@ -56,10 +59,7 @@ private:
     XcbConnection connection_;
     QString screenTrouble_;
     std::unique_ptr<Parts> parts_; ///< null: the screen cannot be recorded
-    Grab lastMain_;                ///< of lastMainRect_; serial 0 when there is none
-    QRect lastMainRect_;
-    std::uint64_t lastSerial_ = 0;
-    std::uint64_t compositeSerial_ = 0;
+    std::uint64_t windowsSerial_ = 1;
 };
 
 XcbScreenGrabber::XcbScreenGrabber()
@@ -86,8 +86,10 @@ QString XcbScreenGrabber::trouble() const
 void XcbScreenGrabber::listen()
 {
     connection_.drain([this](const xcb_generic_event_t& event) {
-        parts_->display.note(event);
-        parts_->tree.note(event);
+        const bool otherDisplay = parts_->display.note(event);
+        const bool otherWindows = parts_->tree.note(event);
+        if (otherDisplay || otherWindows)
+            ++windowsSerial_;
         parts_->composite.note(event);
     });
 }
@@ -108,18 +110,10 @@ Grab XcbScreenGrabber::grabMainDisplay()
         return {GrabOutcome::GiveUp, {}, 0};
     parts_->composite.release();
     // The damage's answer is also the round trip after which every earlier event is here.
-    const bool changed = parts_->damage.changedWithin(lastMainRect_);
+    const ChangedArea changed = parts_->damage.takeChanges(parts_->series.rect());
     listen();
-    const QRect rect = parts_->display.rect();
-    if (!changed && lastMain_.serial != 0 && rect == lastMainRect_)
-        return lastMain_;
-    lastMain_ = {};
-    lastMainRect_ = rect;
-    const QImage picture = parts_->layout.toRgb32(parts_->pool.read(connection_.root(), rect));
-    if (picture.isNull())
-        return {failure(), {}, 0};
-    lastMain_ = {GrabOutcome::Success, picture, ++lastSerial_};
-    return lastMain_;
+    const Grab grab = parts_->series.next(connection_.root(), parts_->display.rect(), changed);
+    return grab.outcome == GrabOutcome::Success ? grab : Grab{failure(), {}, 0};
 }
 
 Grab XcbScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBack)
@@ -135,12 +129,8 @@ Grab XcbScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBack
     }
     connection_.sync();
     listen();
-    const auto result = parts_->composite.compose(requestFor(frontToBack));
-    if (!result)
-        return {failure(), {}, 0};
-    if (result->changed)
-        compositeSerial_ = ++lastSerial_;
-    return {GrabOutcome::Success, result->picture, compositeSerial_};
+    const Grab grab = parts_->composite.compose(requestFor(frontToBack));
+    return grab.outcome == GrabOutcome::Success ? grab : Grab{failure(), {}, 0};
 }
 
 CompositeRequest XcbScreenGrabber::requestFor(const std::vector<std::uint32_t>& frontToBack)
@@ -180,6 +170,13 @@ CGPoint XcbScreenGrabber::mouseLocation()
     listen();
     const QRect& rect = parts_->display.rect();
     return {static_cast<double>(pointer->root_x - rect.left()), static_cast<double>(rect.bottom() - pointer->root_y)};
+}
+
+std::uint64_t XcbScreenGrabber::windowsSerial()
+{
+    if (usable())
+        listen();
+    return usable() ? windowsSerial_ : ~windowsSerial_;
 }
 
 std::vector<WindowDescription> XcbScreenGrabber::windowDescriptions()

@@ -42,11 +42,11 @@ public:
         publish();
         return windows_.back().description.number;
     }
-    void recolor(std::uint32_t number, QRgb color) override
+    void draw(std::uint32_t number, const QRect& part, QRgb color) override
     {
         for (auto& window : windows_) {
             if (window.description.number == number)
-                window.picture.fill(color);
+                QPainter(&window.picture).fillRect(part, QColor(color));
         }
         publish();
     }
@@ -83,10 +83,7 @@ public:
     }
     ScreenGrabber& grabber() override { return *grabber_; }
     std::uint32_t show(const QRect& bounds, QRgb color) override { return client_.show(bounds, color); }
-    void recolor(std::uint32_t window, QRgb color) override
-    {
-        client_.fill(window, QRect(QPoint(0, 0), kScreen), color);
-    }
+    void draw(std::uint32_t window, const QRect& part, QRgb color) override { client_.fill(window, part, color); }
     void movePointer(int x, int y) override { client_.movePointer(x, y); }
 
 private:

@@ -20,7 +20,9 @@ public:
     virtual ScreenGrabber& grabber() = 0;
     /// A window on top of all others; its number. y downward.
     virtual std::uint32_t show(const QRect& bounds, QRgb color) = 0;
-    virtual void recolor(std::uint32_t window, QRgb color) = 0;
+    void recolor(std::uint32_t window, QRgb color) { draw(window, {0, 0, 640, 480}, color); }
+    /// `part` in the window, cut at its edges.
+    virtual void draw(std::uint32_t window, const QRect& part, QRgb color) = 0;
     virtual void movePointer(int x, int y) = 0;
 };
 

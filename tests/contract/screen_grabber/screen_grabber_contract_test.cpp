@@ -4,7 +4,12 @@
 
 #include <gmock/gmock.h>
 
+#include <QPainter>
+
 #include <algorithm>
+#include <functional>
+#include <utility>
+#include <vector>
 
 namespace lumavex::test {
 namespace {
@@ -17,6 +22,17 @@ constexpr QRgb kBlack = 0xff000000;
 QRgb at(const Grab& grab, int x, int y)
 {
     return grab.picture.pixel(x, y) | 0xff000000U;
+}
+
+/// Where pictures of the same size differ, whatever their fourth bytes hold.
+QRect difference(const QImage& a, const QImage& b)
+{
+    QRect found;
+    for (int y = 0; y < a.height(); ++y)
+        for (int x = 0; x < a.width(); ++x)
+            if ((a.pixel(x, y) ^ b.pixel(x, y)) & 0xffffffU)
+                found |= QRect(x, y, 1, 1);
+    return found;
 }
 
 class ScreenGrabberContract : public testing::TestWithParam<StageKind> {
@@ -82,6 +98,108 @@ TEST_P(ScreenGrabberContract, SerialsTellWhetherPixelsChanged)
         eventually([&] { return grabber.grabWindows({window}).serial == grabber.grabWindows({window}).serial; }));
     stage->recolor(window, kBlue);
     EXPECT_NE(windowsShowing({window}, 0, 0, kBlue).serial, composite.serial);
+}
+
+TEST_P(ScreenGrabberContract, ChangesTellWherePicturesDiffer)
+{
+    const QRect bounds(100, 60, 300, 200);
+    const std::uint32_t window = stage->show(bounds, kBlue);
+    QImage model(bounds.size(), QImage::Format_RGB32);
+    model.fill(kBlue);
+    std::vector<std::pair<QRect, QRgb>> drawn;
+    const bool nobodyElseDraws = GetParam() != StageKind::ManagedServer && GetParam() != StageKind::CompositedServer;
+    const auto wholeScreen = [&] { return grabber.grabMainDisplay(); };
+    const auto composite = [&] { return grabber.grabWindows({window}); };
+    unsigned random = 7;
+    const auto next = [&](int below) { return static_cast<int>((random = random * 1103515245 + 12345) >> 16) % below; };
+    for (const bool main : {true, false}) {
+        const std::function<Grab()> grabNow = main ? std::function<Grab()>(wholeScreen) : composite;
+        const QRect place = main ? bounds : QRect(QPoint(0, 0), bounds.size());
+        std::vector<Grab> kept;
+        for (int round = 0; round < 40; ++round) {
+            const QRect part(next(280), next(190), 1 + next(40), 1 + next(30));
+            const QRgb color = qRgb(next(4) * 60, next(4) * 60, 200);
+            drawn.emplace_back(part, color);
+            stage->draw(window, part, color);
+            QPainter(&model).fillRect(part, QColor(color));
+            Grab grab;
+            int tries = 0;
+            ASSERT_TRUE(eventually([&] {
+                // A compositing manager that takes over a window may lose what was drawn into it.
+                if (++tries % 50 == 0) {
+                    kept.clear();
+                    for (const auto& [earlierPart, earlierColor] : drawn)
+                        stage->draw(window, earlierPart, earlierColor);
+                }
+                grab = grabNow();
+                return grab.outcome == GrabOutcome::Success && difference(grab.picture.copy(place), model).isNull();
+            })) << main
+                << round;
+            if (!kept.empty() && nobodyElseDraws) {
+                const auto changed = grab.changes.since(kept.back().serial);
+                ASSERT_TRUE(changed);
+                for (const QRect& rect : *changed)
+                    EXPECT_TRUE((part & model.rect()).translated(place.topLeft()).contains(rect)) << main << round;
+            }
+            for (const Grab& earlier : kept) {
+                const auto changed = grab.changes.since(earlier.serial);
+                if (!changed)
+                    continue;
+                QImage updated = earlier.picture.copy();
+                for (const QRect& rect : *changed)
+                    QPainter(&updated).drawImage(rect, grab.picture, rect);
+                EXPECT_EQ(difference(updated, grab.picture), QRect()) << main << round;
+            }
+            // Some pictures stay in use, so that memory of several ages comes back.
+            if (kept.size() > 4)
+                kept.erase(kept.begin() + next(4));
+            kept.push_back(grab);
+        }
+    }
+}
+
+TEST_P(ScreenGrabberContract, WhatLooksAsBeforeIsNoChange)
+{
+    const std::uint32_t window = stage->show({100, 60, 300, 200}, kBlue);
+    mainDisplayShowing(150, 100, kBlue);
+    Grab before;
+    ASSERT_TRUE(eventually([&] {
+        before = grabber.grabMainDisplay();
+        return grabber.grabMainDisplay().serial == before.serial;
+    }));
+    for (int i = 0; i < 20; ++i) { // more often than changes are remembered
+        stage->draw(window, {10, 10, 50, 50}, kBlue);
+        grabber.grabMainDisplay();
+    }
+    stage->draw(window, {20, 30, 1, 1}, kRed);
+    const auto changed = mainDisplayShowing(120, 90, kRed).changes.since(before.serial);
+    ASSERT_TRUE(changed);
+    EXPECT_THAT(std::vector<QRect>(changed->begin(), changed->end()), testing::ElementsAre(QRect(120, 90, 1, 1)));
+}
+
+TEST_P(ScreenGrabberContract, WindowsHaveASerial)
+{
+    const auto settled = [&] {
+        std::uint64_t serial = 0;
+        eventually([&] {
+            grabber.sizeOfMainDisplay(); // whatever was announced is here
+            return std::exchange(serial, grabber.windowsSerial()) == grabber.windowsSerial();
+        });
+        return serial;
+    };
+    const std::uint64_t before = settled();
+    EXPECT_NE(before, 0U);
+    const std::uint32_t window = stage->show({10, 10, 50, 50}, kRed);
+    const std::uint64_t shown = settled();
+    EXPECT_NE(shown, before);
+    stage->recolor(window, kGreen);
+    stage->movePointer(3, 4);
+    grabber.grabMainDisplay();
+    grabber.windowDescriptions();
+    // The fake's stage puts all its windows anew, and a compositing manager makes windows of its own.
+    if (GetParam() != StageKind::Fake && GetParam() != StageKind::CompositedServer) {
+        EXPECT_EQ(settled(), shown);
+    }
 }
 
 TEST_P(ScreenGrabberContract, CompositeIsAsLargeAsTheUnionAndBlackBetween)

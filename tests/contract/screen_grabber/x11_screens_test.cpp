@@ -3,9 +3,13 @@
 #include "tests/contract/screen_grabber/TestClient.h"
 #include "tests/contract/screen_grabber/TestServer.h"
 
+#include <QPainter>
+
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <thread>
+#include <utility>
 #include <vector>
 
 // Screens of other kinds and sizes, and screens that change or vanish.
@@ -148,6 +152,49 @@ TEST(X11Screens, PicturesMayEndOnOtherThreadsAndAfterTheGrabber)
     grabber.reset();
     for (std::thread& worker : workers)
         worker.join();
+}
+
+TEST(X11Screens, ChangesMissNothingThatIsDrawnMeanwhile)
+{
+    TestServer server(TestServer::Options{});
+    TestClient client;
+    const auto window = client.show({0, 0, 640, 480}, 0xff000000);
+    std::atomic<bool> enough = false;
+    const auto grabber = createXcbScreenGrabber();
+    const std::vector<std::uint32_t> windows{window};
+    for (const bool main : {true, false}) {
+        const auto grabNow = [&] { return main ? grabber->grabMainDisplay() : grabber->grabWindows(windows); };
+        const auto reference = createXcbScreenGrabber();
+        enough = false;
+        QImage followed;
+        std::uint64_t serial = 0;
+        std::thread painter([&] {
+            TestClient other;
+            for (unsigned i = 1; !enough; ++i) {
+                const QRect part(static_cast<int>(i * 37 % 600), static_cast<int>(i * 71 % 460),
+                                 1 + static_cast<int>(i % 30), 1 + static_cast<int>(i % 20));
+                other.fill(window, part, 0xff000000U | i * 0x9e3779U);
+            }
+        });
+        const auto follow = [&] {
+            const Grab grab = grabNow();
+            const auto changed = grab.changes.since(std::exchange(serial, grab.serial));
+            const ChangedArea area = changed.value_or(ChangedArea(grab.picture.rect()));
+            if (followed.isNull())
+                followed = grab.picture.copy();
+            for (const QRect& rect : area)
+                QPainter(&followed).drawImage(rect, grab.picture, rect);
+        };
+        for (int i = 0; i < 300; ++i)
+            follow();
+        enough = true;
+        painter.join();
+        follow();
+        const QImage truth = reference->grabMainDisplay().picture; // the window covers the screen
+        for (int y = 0; y < truth.height(); ++y)
+            for (int x = 0; x < truth.width(); ++x)
+                ASSERT_EQ(followed.pixel(x, y) & 0xffffffU, truth.pixel(x, y) & 0xffffffU) << main << x << ' ' << y;
+    }
 }
 
 TEST(WithDisplay, GivesAPrivateScreenAndTheCommandsStatus)

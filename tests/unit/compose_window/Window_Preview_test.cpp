@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "compose/Window_Preview.h"
 
+#include <QPaintEvent>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -91,6 +92,45 @@ TEST_F(WindowPreview, StandsBesideTheMainWindowAndMovesWithIt)
     EXPECT_EQ(higher.height(), 200);
 }
 
+/// Gathers what a widget is asked to paint.
+class PaintedRegion : public QObject {
+public:
+    QRegion region;
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint)
+            region += static_cast<QPaintEvent*>(event)->region();
+        return false;
+    }
+};
+
+TEST_F(WindowPreview, ViewDrawsOnlyWhatChanged)
+{
+    View_Preview view;
+    view.resize(200, 112);
+    view.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
+    PaintedRegion painted;
+    view.installEventFilter(&painted);
+    const auto paintedBy = [&](const QSize& size, const std::optional<ChangedArea>& changed) {
+        QTest::qWait(50);
+        painted.region = {};
+        QImage picture(size, QImage::Format_RGB32);
+        picture.fill(Qt::white);
+        view.setPicture(picture, changed);
+        QTest::qWait(50);
+        return painted.region;
+    };
+    const QSize size = view.pixelSize();
+    EXPECT_EQ(paintedBy(size, ChangedArea(QRect(1, 1, 1, 1))), view.rect()) << "there was no picture before";
+    EXPECT_EQ(paintedBy(size, {}), view.rect());
+    EXPECT_EQ(paintedBy(size, ChangedArea()), QRegion());
+    ChangedArea two(QRect(10, 20, 5, 6));
+    two.add(QRect(100, 50, 1, 1));
+    EXPECT_EQ(paintedBy(size, two), QRegion(10, 20, 5, 6) + QRegion(100, 50, 1, 1));
+    EXPECT_EQ(paintedBy(size / 2, ChangedArea(QRect(1, 1, 1, 1))), view.rect());
+}
+
 TEST_F(WindowPreview, ViewShowsThePictureAndBlackWithoutOne)
 {
     View_Preview view;
@@ -100,7 +140,7 @@ TEST_F(WindowPreview, ViewShowsThePictureAndBlackWithoutOne)
     QImage picture(20, 10, QImage::Format_RGB32);
     picture.fill(Qt::white);
     picture.setPixel(3, 4, 0xFF0000FF);
-    view.setPicture(picture);
+    view.setPicture(picture, {});
     EXPECT_EQ(view.grab().toImage().convertToFormat(QImage::Format_RGB32), picture);
 }
 

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/ChangedArea.h"
+#include "platform/x11/XcbConnection.h"
+
+#include <QRect>
+
+#include <optional>
+
+namespace lumavex {
+
+/// What of a region inside the server lies in the rectangle, relative to the rectangle's corner. Nothing when the
+/// server does not answer. One round trip.
+std::optional<ChangedArea> fetchArea(const XcbConnection& connection, xcb_xfixes_region_t region, const QRect& within);
+
+} // namespace lumavex
