@@ -80,7 +80,8 @@ public:
     /// format.
     virtual bool appendPixelBuffer_withPresentationTime(CVPixelBufferRef buffer, CMTime time) = 0;
     /// The same, told that all rows outside of `changed` (growing, not overlapping) hold the pixels appended before, by
-    /// whatever append that was. The movie is to the byte what it would be without being told; it costs less.
+    /// whatever append that was. The movie is to the byte what it would be without being told; it costs less. When no
+    /// row changed it is a repetition; when nothing has been appended yet, all rows count as changed.
     virtual bool appendChangedRows_withPresentationTime(CVPixelBufferRef buffer, const std::vector<RowRange>& changed,
                                                         CMTime time) = 0;
     /// The same as appending the pixels of the previous append again, without encoding them again. False like above,

@@ -79,6 +79,7 @@ EncoderWorkers::Slot& EncoderWorkers::put(std::int64_t start)
 bool EncoderWorkers::encode(CVPixelBufferRef pixels, std::span<const MacroblockRows> runs, std::int64_t start)
 {
     const int mostRows = std::max(kMostStripPixels / (kMacroblockHeight * pixels->width), 1);
+    std::size_t strips = 0;
     {
         const std::lock_guard lock(mutex_);
         if (closed_ || !isReadyLocked())
@@ -86,12 +87,16 @@ bool EncoderWorkers::encode(CVPixelBufferRef pixels, std::span<const MacroblockR
         Slot& slot = put(start);
         for (const MacroblockRows run : runs)
             cutIntoStrips(run, mostRows, slot.frame.strips);
-        slot.unencoded = slot.frame.strips.size();
+        strips = slot.frame.strips.size();
+        slot.unencoded = strips;
         slot.pixels = std::move(pixels);
         ++unencoded_;
         wasFull_ = !isReadyLocked();
     }
-    toEncode_.notify_all();
+    if (strips == 1)
+        toEncode_.notify_one();
+    else
+        toEncode_.notify_all();
     return true;
 }
 

@@ -2,6 +2,7 @@
 #include "platform/movie/JpegRows.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -57,7 +58,8 @@ bool joinRows(const JpegRows* previous, std::span<const JpegStrip> strips, JpegR
     std::size_t capacity = previous ? previous->bytes().size() : 0;
     for (const JpegStrip& strip : strips)
         capacity += strip.jpeg->bytes().size();
-    if (!picture.buffer.grow(capacity))
+    // Pictures grow by little; their buffers must not be moved each time.
+    if (!picture.buffer.grow(std::bit_ceil(capacity)))
         return false;
 
     picture.bounds.assign(1, 0);
