@@ -64,9 +64,14 @@ QString SoundFileWriter::finish(Nanoseconds at)
     thread_.request_stop();
     thread_.join();
     std::vector<std::int16_t> rest;
-    timeline_.finish(rest);
+    std::int64_t length = 0;
+    {
+        const std::lock_guard lock(mutex_); // sound goes on coming until the input is closed
+        timeline_.finish(rest);
+        length = timeline_.length();
+    }
     write(rest);
-    file_.truncate(timeline_.length());
+    file_.truncate(length);
     file_.close();
     return file_.error();
 }
