@@ -156,12 +156,14 @@ bool FakeMovie::accept(CMTime time, const CVPixelBuffer* pixels, const std::vect
                          : CMTimeCompare(time, appends_.back().time) <= 0)
         return false;
     if (changed && appends_.empty())
-        return false;
+        changed = nullptr; // on the first append all rows count as changed
     if (pixels
         && (pixels->width != static_cast<int>(settings_.AVVideoWidthKey)
             || pixels->height != static_cast<int>(settings_.AVVideoHeightKey)
             || pixels->pixelFormat != kCVPixelFormatType_32ARGB))
         return false;
+    if (changed && changed->empty())
+        pixels = nullptr; // the same again
     Append append{time, !pixels, {}, pixels && !changed ? pixels->height : 0};
     for (const RowRange& range : changed ? *changed : std::vector<RowRange>())
         append.rows += range.count;
@@ -189,7 +191,9 @@ MovieWriterStatistics FakeMovie::statistics() const
     const std::lock_guard lock(mutex_);
     MovieWriterStatistics counts;
     for (const Append& append : appends_)
-        ++(append.repeated ? counts.repeated : counts.encoded);
+        ++(append.repeated                                              ? counts.repeated
+           : append.rows < static_cast<int>(settings_.AVVideoHeightKey) ? counts.spliced
+                                                                        : counts.encoded);
     counts.bytes = static_cast<std::int64_t>(appends_.size());
     return counts;
 }

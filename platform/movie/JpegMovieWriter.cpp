@@ -148,7 +148,8 @@ bool JpegMovieWriter::append(CVPixelBufferRef buffer, std::span<const Macroblock
     if (!accepted || !frames_.encode(std::move(buffer), runs, startOf(*accepted)))
         return false;
     accept(*accepted);
-    ++counts_.encoded;
+    const bool whole = runs.size() == 1 && runs.front() == allMacroblockRows(height_);
+    ++(whole ? counts_.encoded : counts_.spliced);
     return true;
 }
 

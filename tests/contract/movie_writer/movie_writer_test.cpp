@@ -162,6 +162,10 @@ TEST_P(MovieWriterContract, TakesFramesAsTheRowsThatChanged)
     const auto result = finish(*writer, CMTimeMake(5, 30));
     EXPECT_EQ(result.error, QString());
     EXPECT_EQ(result.frames, 4);
+    const MovieWriterStatistics counts = writer->statistics();
+    EXPECT_EQ(counts.encoded, 2) << "the first, and the one that changed everywhere";
+    EXPECT_EQ(counts.spliced, 1);
+    EXPECT_EQ(counts.repeated, 1);
     writer.reset();
     EXPECT_EQ(released_, 7) << "those of repetitions and refusals too";
 }

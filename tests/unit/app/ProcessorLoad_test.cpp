@@ -6,11 +6,11 @@
 #include <QAction>
 #include <QDir>
 #include <QPlainTextEdit>
-
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
 
+#include <array>
 #include <climits>
 
 using namespace lumavex;
@@ -25,8 +25,8 @@ Ticks ticksOf(int processors, int busyOnes)
 {
     Ticks ticks;
     for (int i = 0; i < processors; ++i)
-        ticks.insert(ticks.end(), i < busyOnes ? std::initializer_list<std::int32_t>{150, 90, 0, 60}
-                                               : std::initializer_list<std::int32_t>{0, 0, 300, 0});
+        for (const std::int32_t count : i < busyOnes ? std::array{150, 90, 0, 60} : std::array{0, 0, 300, 0})
+            ticks.push_back(count);
     return ticks;
 }
 
