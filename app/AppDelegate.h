@@ -24,13 +24,6 @@ namespace lumavex {
 
 class Window_Main;
 
-/// What has become of a recording.
-enum class Kept {
-    Nothing,   ///< there is none, or it was discarded
-    AsAsked,   ///< all of it, where it was wanted
-    Otherwise, ///< it ended early, is in two files, or lies elsewhere
-};
-
 /// Owns the program's state and carries out its commands. One object, as long as the process; main thread only.
 ///
 /// Each section below is defined in the source file it names. A command has one action; toolbar item, menu item,
@@ -220,7 +213,6 @@ private:
     void showScreenAlone();
     LiveSettings liveSettings() const;
     void adoptLiveSettings(const LiveSettings& live);
-
     QString soundInputText() const;
     void openSoundSettings();
     void connectCamera();
@@ -257,11 +249,6 @@ private:
     void watchFreeSpace();
     void composePreview(const FrameInputs& inputs);
     void composeOutput(const FrameInputs& inputs, bool record);
-    /// A snapshot that has not been offered to the user yet.
-    struct TakenPicture {
-        QString path;               ///< in the picture folder
-        CVPixelBufferRef unwritten; ///< its pixels when it could not be written there; else null
-    };
     /// Null: there was no memory for the frame.
     void savePicture(const CVPixelBufferRef& frame);
     void pictureWritten(const TakenPicture& picture, const QString& problem, Nanoseconds due);
@@ -302,20 +289,11 @@ private:
     const LaunchOptions options_;
     CameraDelegate cameraDelegate;
     Compositor compositor_;
-    /// A frame that is in use: what it was made of, and its number among those of its pass.
-    struct Composed {
-        FrameInputs inputs;
-        std::uint64_t frame = 0;
-    };
-    std::optional<Composed> previewShown_;  ///< what the view shows, so that an unchanged frame is not drawn again
-    std::optional<Composed> lastAppended_;  ///< the latest frame of the recording
     std::vector<RowRange> changedRows_;     ///< of the frame that is appended; here for its memory
     QString screenTrouble_;                 ///< what the user was told about the screen; empty while it can be read
     QString stopReason_;                    ///< why the program itself ends the recording; empty when the user does
     std::vector<RescuedRecording> rescued_; ///< of an earlier run, until finishRescue
     QThreadPool pictureWriter_;
-    std::vector<TakenPicture> takenPictures_; ///< not offered to the user yet, the newest last
-    bool offersPicture_ = false;
 };
 
 } // namespace lumavex

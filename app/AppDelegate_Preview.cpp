@@ -16,7 +16,7 @@ void AppDelegate::createPreviewWindow(Preview preview)
         compose.b_windowPreview_Visible = false;
         window_.menuPreviewShowHide->setText(QStringLiteral("Show"));
     });
-    previewShown_.reset();
+    compose.previewShown.reset();
     // Opening must not take the keyboard from the window the user works in.
     compose.windowPreview->setAttribute(Qt::WA_ShowWithoutActivating);
     if (preview == Preview::Hidden || options_.isUnattended())
@@ -98,13 +98,13 @@ FrameInputs AppDelegate::frameInputs()
 void AppDelegate::TimerRefreshViewRoutine(const TimerFiring& firing)
 {
     if (!isFrameWanted()) {
-        previewShown_.reset();
+        compose.previewShown.reset();
         return;
     }
     const bool record = isRecordingAt(firing.deadline);
     // The machine could not keep up: this frame's time has passed, so the previous picture stands for it, which costs
     // next to nothing and keeps the rate constant. A snapshot needs a frame of its own.
-    if (firing.overtaken && !compose.b_Take_Picture && (!record || lastAppended_)) {
+    if (firing.overtaken && !compose.b_Take_Picture && (!record || compose.lastAppended)) {
         recording.frameCounts.late += record ? 1 : 0;
         if (record)
             appendFrame(nullptr, {});
@@ -119,22 +119,22 @@ void AppDelegate::TimerRefreshViewRoutine(const TimerFiring& firing)
 void AppDelegate::composePreview(const FrameInputs& inputs)
 {
     if (!isPreviewInSight()) {
-        previewShown_.reset();
+        compose.previewShown.reset();
         return;
     }
     View_Preview* view = compose.windowPreview->viewPreview();
     const QSize pixels = view->pixelSize();
-    if (previewShown_ && previewShown_->inputs == inputs && view->pictureSize() == pixels)
+    if (compose.previewShown && compose.previewShown->inputs == inputs && view->pictureSize() == pixels)
         return;
     const QImage picture = compositor_.previewPass(inputs, pixels, {double(view->width()), double(view->height())});
     const ChangeHistory& changes = compositor_.previewChanges();
-    view->setPicture(picture, previewShown_ ? changes.since(previewShown_->frame) : std::nullopt);
-    previewShown_ = {inputs, changes.latest()};
+    view->setPicture(picture, compose.previewShown ? changes.since(compose.previewShown->frame) : std::nullopt);
+    compose.previewShown = {inputs, changes.latest()};
 }
 
 void AppDelegate::composeOutput(const FrameInputs& inputs, bool record)
 {
-    if (record && !compose.b_Take_Picture && lastAppended_ && lastAppended_->inputs == inputs) {
+    if (record && !compose.b_Take_Picture && compose.lastAppended && compose.lastAppended->inputs == inputs) {
         appendFrame(nullptr, {}); // equal inputs give equal pixels
         return;
     }
@@ -146,8 +146,8 @@ void AppDelegate::composeOutput(const FrameInputs& inputs, bool record)
     recording.frameCounts.composed += record && frame ? 1 : 0;
     if (record && frame) {
         const ChangeHistory& changes = compositor_.outputChanges();
-        if (appendFrame(frame, lastAppended_ ? changes.since(lastAppended_->frame) : std::nullopt))
-            lastAppended_ = {inputs, changes.latest()};
+        if (appendFrame(frame, compose.lastAppended ? changes.since(compose.lastAppended->frame) : std::nullopt))
+            compose.lastAppended = {inputs, changes.latest()};
     } else if (record) {
         stopBecause(tr("There is not enough memory to compose the movie's frames."));
     }

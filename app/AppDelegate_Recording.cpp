@@ -91,7 +91,7 @@ void AppDelegate::startRecording()
     recording.i_Frames_Appended = 0;
     recording.writerResult = {};
     recording.m_Seconds_of_Recording = 0;
-    lastAppended_.reset();
+    compose.lastAppended.reset();
     beginStatistics();
 
     if (recording.b_Record_Include_Audio == 1)

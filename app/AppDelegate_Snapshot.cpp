@@ -74,8 +74,8 @@ void AppDelegate::pictureWritten(const TakenPicture& picture, const QString& pro
             return;
         }
     }
-    std::erase_if(takenPictures_, [&](const TakenPicture& each) { return each.path == picture.path; });
-    takenPictures_.push_back(picture);
+    std::erase_if(compose.takenPictures, [&](const TakenPicture& each) { return each.path == picture.path; });
+    compose.takenPictures.push_back(picture);
     compose.timer_Save_Picture =
         platform_.runLoop->scheduleOnce({1, 1}, [this](const TimerFiring&) { Timer_Save_Picture_Routine(); });
     platform_.runLoop->setNextDeadline(compose.timer_Save_Picture, due);
@@ -83,15 +83,15 @@ void AppDelegate::pictureWritten(const TakenPicture& picture, const QString& pro
 
 void AppDelegate::Timer_Save_Picture_Routine()
 {
-    if (offersPicture_)
+    if (compose.offersPicture)
         return; // the panel that is open is followed by those for the pictures taken meanwhile
-    offersPicture_ = true;
-    while (!takenPictures_.empty()) {
-        const TakenPicture newest = takenPictures_.back();
-        takenPictures_.pop_back();
+    compose.offersPicture = true;
+    while (!compose.takenPictures.empty()) {
+        const TakenPicture newest = compose.takenPictures.back();
+        compose.takenPictures.pop_back();
         Q_EMIT pictureFinished(offerPicture(newest));
     }
-    offersPicture_ = false;
+    compose.offersPicture = false;
 }
 
 QString AppDelegate::offerPicture(const TakenPicture& picture)

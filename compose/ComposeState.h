@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "compose/FrameInputs.h"
 #include "compose/Window_Preview.h"
 #include "platform/Geometry.h"
+#include "platform/MovieWriter.h"
 #include "platform/RunLoop.h"
 
 #include <QImage>
@@ -11,10 +13,23 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <vector>
 
 class QAction;
 
 namespace lumavex {
+
+/// A frame that is in use: what it was made of, and its number among those of its pass.
+struct ComposedFrame {
+    FrameInputs inputs;
+    std::uint64_t frame = 0;
+};
+
+/// A snapshot that has not been offered to the user yet.
+struct TakenPicture {
+    QString path;               ///< in the picture folder
+    CVPixelBufferRef unwritten; ///< its pixels when it could not be written there; else null
+};
 
 /// What a frame is composed of and where it is shown. Main thread.
 struct ComposeState {
@@ -42,6 +57,11 @@ struct ComposeState {
     bool b_Take_Picture = false;            ///< a snapshot is wanted of the next frame
     QString s_Saved_Take_Picture;           ///< path of the latest snapshot
     TimerId timer_Save_Picture = 0;
+    std::vector<TakenPicture> takenPictures; ///< the newest last
+    bool offersPicture = false;              ///< one of them is being offered
+
+    std::optional<ComposedFrame> previewShown; ///< what the view shows, so that an unchanged frame is not drawn again
+    std::optional<ComposedFrame> lastAppended; ///< the latest frame of the recording
 
     TimerId timerViewRefresh = 0;
     TimerId timerdebug1Second = 0;

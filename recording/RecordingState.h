@@ -26,6 +26,13 @@ enum RecordStatus : std::uint64_t {
     Paused = 2,
 };
 
+/// What has become of a recording.
+enum class Kept {
+    Nothing,   ///< there is none, or it was discarded
+    AsAsked,   ///< all of it, where it was wanted
+    Otherwise, ///< it ended early, is in two files, or lies elsewhere
+};
+
 /// A recording's state. Main thread, but for what says otherwise. The objects of a recording live until the next one
 /// starts.
 struct RecordingState {

@@ -11,6 +11,8 @@ using namespace std::chrono_literals;
 
 constexpr Nanoseconds kWriteInterval = 200ms;
 constexpr Nanoseconds kWaitForLastSound = 500ms;
+constexpr Nanoseconds kBetweenTries = 50ms;
+constexpr int kTriesOnAFullDisk = 20;
 
 Nanoseconds monotonicNow()
 {
@@ -71,6 +73,11 @@ QString SoundFileWriter::finish(Nanoseconds at)
         length = timeline_.length();
     }
     write(rest);
+    // A disk that has become full gets room again when the movie gives its reserve back.
+    for (int tries = 0; file_.mayBeWrittenLater() && tries < kTriesOnAFullDisk; ++tries) {
+        std::this_thread::sleep_for(kBetweenTries);
+        file_.append({});
+    }
     file_.truncate(length);
     file_.close();
     return file_.error();

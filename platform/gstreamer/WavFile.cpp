@@ -89,15 +89,33 @@ WavFile::~WavFile()
 
 void WavFile::append(std::span<const std::int16_t> samples)
 {
-    if (file_ < 0 || !error_.isEmpty() || samples.empty())
+    if (file_ < 0 || (!error_.isEmpty() && unwritten_.empty()) || (samples.empty() && unwritten_.empty()))
         return;
+    if (unwritten_.empty()) {
+        unwritten_ = write(samples);
+        return;
+    }
+    const std::size_t room = kMostUnwritten - std::min(kMostUnwritten, unwritten_.size());
+    unwritten_.insert(unwritten_.end(), samples.begin(), samples.begin() + std::min(room, samples.size()));
+    unwritten_ = write(unwritten_);
+    if (unwritten_.empty())
+        error_.clear();
+}
+
+std::vector<std::int16_t> WavFile::write(std::span<const std::int16_t> samples)
+{
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(samples.data());
     std::size_t done = 0;
     const int trouble = writeAll(file_, bytes, samples.size_bytes(), kWavHeaderSize + dataBytes_, done);
-    dataBytes_ += done - done % kBytesPerSoundFrame;
+    done -= done % kBytesPerSoundFrame;
+    dataBytes_ += done;
     writeHeader();
-    if (trouble)
-        fail(trouble);
+    if (!trouble)
+        return {};
+    fail(trouble);
+    const bool mayPass = trouble == ENOSPC || trouble == EDQUOT;
+    const auto rest = samples.subspan(done / sizeof(std::int16_t));
+    return mayPass ? std::vector<std::int16_t>(rest.begin(), rest.end()) : std::vector<std::int16_t>();
 }
 
 void WavFile::truncate(std::int64_t frames)

@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdint>
 #include <span>
+#include <vector>
 
 namespace lumavex {
 
@@ -26,18 +27,25 @@ public:
     WavFile(const WavFile&) = delete;
     WavFile& operator=(const WavFile&) = delete;
 
-    /// Appends interleaved frames. After an error nothing more is written; what is there stays readable.
+    /// Appends interleaved frames. On a full disk they are kept, half a minute of them at most, and written with the
+    /// next append that finds room; after any other error nothing more is written. What is there stays readable.
     void append(std::span<const std::int16_t> samples);
+    /// Whether there are frames that wait for room; an append of nothing tries again.
+    bool mayBeWrittenLater() const { return !unwritten_.empty(); }
     /// Takes away what is beyond so many frames.
     void truncate(std::int64_t frames);
     /// Closes the file; an error of the last writes is found here at the latest.
     void close();
-    /// Empty, or the first thing that went wrong, in the user's words.
+    /// Empty while all is in the file, or the first thing that went wrong, in the user's words.
     const QString& error() const { return error_; }
     /// Whole frames in the file.
     std::int64_t frames() const { return static_cast<std::int64_t>(dataBytes_ / kBytesPerSoundFrame); }
 
 private:
+    static constexpr std::size_t kMostUnwritten = std::size_t{30} * kSoundRate * kSoundChannels;
+
+    /// What did not reach the file and may later.
+    std::vector<std::int16_t> write(std::span<const std::int16_t> samples);
     void writeHeader();
     void fail(int errorNumber);
 
@@ -45,6 +53,7 @@ private:
     int file_ = -1;
     std::uint64_t dataBytes_ = 0;
     QString error_;
+    std::vector<std::int16_t> unwritten_; ///< interleaved; whole frames
 };
 
 } // namespace lumavex

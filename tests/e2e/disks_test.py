@@ -54,7 +54,7 @@ class DisksTest(EndToEndTest):
         movie = Movie(path)
         self.assertEqual(movie.errors(), "")
         self.assertGreater(movie.picture_seconds(), 2)
-        self.assertAlmostEqual(movie.picture_seconds(), movie.sound_seconds(), delta=1)
+        self.assertAlmostEqual(movie.picture_seconds(), movie.sound_seconds(), delta=0.05)
         self.assertEqual(home.working_files(), [])
 
     def test_disk_that_is_full_when_picture_and_sound_are_joined(self):
