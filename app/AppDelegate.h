@@ -282,6 +282,7 @@ private:
     bool isInWorkingFolder(const QString& path) const;
     MoveResult moveWithProgress(const QString& from, const QString& to);
     WorkingFiles keepMovie(const QString& movie, const QString& why);
+    static QString whereItIs(const RescuedRecording& kept);
     void tellSaved(const QString& path);
 
     Platform& platform_;

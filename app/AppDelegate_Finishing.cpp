@@ -59,7 +59,7 @@ void AppDelegate::stopRecording(Nanoseconds stoppedAt)
     const WorkingFiles files =
         joinProblem.isEmpty()
             ? saveMovie(withSound ? recording.s_AV_File_Source : recording.s_Video_File_Source, problem)
-            : endWithoutJoin(joinProblem);
+            : endWithoutJoin((joinProblem + u' ' + problem).trimmed());
     if (files == WorkingFiles::NotNeeded) {
         QFile::remove(recording.s_Video_File_Source);
         QFile::remove(recording.s_Sound_File_Source);
@@ -138,7 +138,7 @@ QString AppDelegate::finishWriter(Nanoseconds stoppedAt)
         [this] { return recording.writerResult.wait_for(std::chrono::seconds(0)) == std::future_status::ready; });
     recording.writerReadiness.reset();
     const QString problem = noteLengths();
-    return problem.isEmpty() ? soundProblem : problem;
+    return (problem + u' ' + soundProblem).trimmed();
 }
 
 QString AppDelegate::noteLengths()
@@ -156,7 +156,9 @@ QString AppDelegate::noteLengths()
     constexpr double tolerance = 1; // of a second; what was not heard is silence, so that the lengths agree
     const double apart =
         recording.lengths.soundSeconds.value_or(*recording.lengths.pictureSeconds) - *recording.lengths.pictureSeconds;
-    return std::abs(apart) < tolerance ? QString() : tr("Sound and picture differ in length by %1 s.").arg(apart);
+    return std::abs(apart) < tolerance
+               ? QString()
+               : tr("Sound and picture differ in length by %1 s.").arg(std::abs(apart), 0, 'f', 1);
 }
 
 EncoderJob AppDelegate::joiningJob() const
@@ -173,7 +175,7 @@ EncoderJob AppDelegate::joiningJob() const
 std::optional<std::chrono::seconds> AppDelegate::patience() const
 {
     // With nobody there to press Cancel, work that stands still must end by itself.
-    return options_.recordSeconds ? std::optional(std::chrono::seconds(60)) : std::nullopt;
+    return options_.isUnattended() ? std::optional(std::chrono::seconds(60)) : std::nullopt;
 }
 
 QString AppDelegate::joinSoundAndPicture()
@@ -195,11 +197,7 @@ AppDelegate::WorkingFiles AppDelegate::endWithoutJoin(const QString& reason)
 {
     const RescuedRecording kept =
         putAside(recording.s_Video_File_Source, recording.s_Sound_File_Source, application.s_Recovered_Folder);
-    const QString where = kept.sound.isEmpty()
-                              ? tr("The picture was kept as %1.").arg(kept.movie)
-                              : tr("Picture and sound were kept as %1 and %2.").arg(kept.movie, kept.sound);
-    const QString text =
-        tr("Sound and picture could not be joined. %1\n\n%2").arg(reason, (kept.error + u' ' + where).trimmed());
+    const QString text = tr("Sound and picture could not be joined. %1\n\n%2").arg(reason, whereItIs(kept));
     const int answer = platform_.dialogs->runAlert({tr("Error"), text, {tr("Save Video Without Sound"), tr("Close")}});
     QFile::remove(recording.s_AV_File_Source); // what a failed encoder left
     recording.lengths.soundSeconds.reset();

@@ -32,7 +32,7 @@ AppDelegate::WorkingFiles AppDelegate::saveMovie(const QString& movie, const QSt
         if (moved.outcome == MoveOutcome::Moved) {
             const QString missing = whatIsMissingFrom(*path);
             if (!missing.isEmpty())
-                return keepWhatWasRecorded(*path, missing);
+                return keepWhatWasRecorded(*path, (missing + u' ' + problem).trimmed());
             Q_EMIT recordingFinished(*path, problem, problem.isEmpty() ? Kept::AsAsked : Kept::Otherwise);
             tellSaved(*path);
             return WorkingFiles::NotNeeded;
@@ -45,7 +45,7 @@ AppDelegate::WorkingFiles AppDelegate::saveMovie(const QString& movie, const QSt
                                              .arg(why, application.s_Recovered_Folder),
                                          {tr("Save Elsewhere…"), tr("Close")}});
         if (answer != 0)
-            return keepMovie(movie, why);
+            return keepMovie(movie, (problem + u' ' + why).trimmed());
     }
 }
 
@@ -61,6 +61,14 @@ bool AppDelegate::isInWorkingFolder(const QString& path) const
     return false;
 }
 
+QString AppDelegate::whereItIs(const RescuedRecording& kept)
+{
+    const QString files = kept.sound.isEmpty()
+                              ? tr("The recording was kept as %1.").arg(kept.movie)
+                              : tr("Picture and sound were kept as %1 and %2.").arg(kept.movie, kept.sound);
+    return (kept.error + u' ' + files).trimmed();
+}
+
 AppDelegate::WorkingFiles AppDelegate::keepMovie(const QString& movie, const QString& why)
 {
     RescuedRecording kept{movie, {}, {}};
@@ -72,7 +80,7 @@ AppDelegate::WorkingFiles AppDelegate::keepMovie(const QString& movie, const QSt
                                     == MoveOutcome::Moved;
         kept = putAside(stamped ? recording.s_Video_File_Source : movie, {}, application.s_Recovered_Folder);
     }
-    const QString where = (kept.error + u' ' + tr("The recording was kept as %1.").arg(kept.movie)).trimmed();
+    const QString where = whereItIs(kept);
     tellKept(tr("Error"), where, kept.movie);
     Q_EMIT recordingFinished({}, why + u' ' + where, Kept::Otherwise);
     return kept.error.isEmpty() ? WorkingFiles::NotNeeded : WorkingFiles::Needed;
@@ -95,8 +103,7 @@ AppDelegate::WorkingFiles AppDelegate::keepWhatWasRecorded(const QString& saved,
         const RescuedRecording kept =
             putAside(recording.s_Video_File_Source, recording.s_Sound_File_Source, application.s_Recovered_Folder);
         files = kept.error.isEmpty() ? WorkingFiles::NotNeeded : WorkingFiles::Needed;
-        text +=
-            u' ' + tr("Picture and sound, as they were recorded, were kept as %1 and %2.").arg(kept.movie, kept.sound);
+        text += u' ' + whereItIs(kept);
         shown = kept.movie;
     }
     tellKept(tr("Error"), text, shown);

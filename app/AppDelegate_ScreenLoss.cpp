@@ -53,7 +53,7 @@ void AppDelegate::saveWithoutScreen()
     QFile::remove(recording.s_AV_File_Source);
     const RescuedRecording kept =
         putAside(recording.s_Video_File_Source, recording.s_Sound_File_Source, application.s_Recovered_Folder);
-    Q_EMIT recordingFinished({}, tr("%1 %2 It was kept as %3.").arg(reason, problem, kept.movie), Kept::Otherwise);
+    Q_EMIT recordingFinished({}, QStringList{reason, problem, whereItIs(kept)}.join(u' '), Kept::Otherwise);
 }
 
 } // namespace lumavex

@@ -31,6 +31,13 @@ public:
     BusyPointer& operator=(const BusyPointer&) = delete;
 };
 
+/// A rate of the command line that the dialog does not offer holds for this run, unless another one is chosen.
+std::int64_t heldRate(std::int64_t chosen, std::int64_t held, const LaunchOptions& options)
+{
+    const bool offered = held <= Window_Configurations::fastestRate;
+    return chosen == 1 && !offered && options.framesPerSecond == held ? held : chosen;
+}
+
 } // namespace
 
 DialogSettings AppDelegate::dialogSettings() const
@@ -59,7 +66,8 @@ void AppDelegate::storeSettings(const DialogSettings& settings)
     application.i_Top_Other_Windows = settings.i_Top_Other_Windows;
     storeInteger("i_Top_Other_Windows", settings.i_Top_Other_Windows);
     capture.b_Lumavex_Invisible_To_Capture = settings.b_Lumavex_Invisible_To_Capture;
-    capture.m_i_Screen_Capture_FPS = settings.m_i_Screen_Capture_FPS;
+    capture.m_i_Screen_Capture_FPS =
+        heldRate(settings.m_i_Screen_Capture_FPS, capture.m_i_Screen_Capture_FPS, options_);
     compose.i_Position_Screen_Secondary = settings.i_Position_Screen_Secondary;
     compose.i_Size_Screen_Secondary = settings.i_Size_Screen_Secondary;
     capture.b_Screen_Include_Mouse = settings.b_Screen_Include_Mouse;
@@ -67,17 +75,17 @@ void AppDelegate::storeSettings(const DialogSettings& settings)
     compose.bOverlay = settings.bOverlay;
     compose.i_Position_Overlay = settings.i_Position_Overlay;
     compose.i_Size_Overlay = settings.i_Size_Overlay;
-    camera.m_i_Camera_Capture_FPS = settings.m_i_Camera_Capture_FPS;
+    camera.m_i_Camera_Capture_FPS = heldRate(settings.m_i_Camera_Capture_FPS, camera.m_i_Camera_Capture_FPS, options_);
     camera.s_Camera_Name = settings.s_Camera_Name;
     camera.i_Camera_CRP = settings.i_Camera_CRP;
     compose.i_Position_Camera_Secondary = settings.i_Position_Camera_Secondary;
     compose.i_Size_Camera_Secondary = settings.i_Size_Camera_Secondary;
     recording.b_Record_Include_Audio = settings.b_Record_Include_Audio;
 
-    storeInteger("i_Screen_Capture_FPS", settings.m_i_Screen_Capture_FPS);
+    storeInteger("i_Screen_Capture_FPS", capture.m_i_Screen_Capture_FPS);
     storeInteger("i_Size_Screen_Secondary", settings.i_Size_Screen_Secondary);
     storeInteger("i_Position_Screen_Secondary", settings.i_Position_Screen_Secondary);
-    storeInteger("i_Camera_Capture_FPS", settings.m_i_Camera_Capture_FPS);
+    storeInteger("i_Camera_Capture_FPS", camera.m_i_Camera_Capture_FPS);
     storeText("s_Camera_Name", settings.s_Camera_Name);
     storeInteger("i_Camera_CRP", settings.i_Camera_CRP);
     storeInteger("i_Size_Camera_Secondary", settings.i_Size_Camera_Secondary);

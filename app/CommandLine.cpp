@@ -159,7 +159,7 @@ const Option optionTable[] = {
          return value.isEmpty() ? translated("must name a file") : QString();
      }},
     {"snapshot", "FILE", QT_TRANSLATE_NOOP("CommandLine", "Save one picture (PNG) without a user and end."),
-     [](const QString& value, LaunchOptions& options) { return readPictureFile(value, options.snapshot); }},
+     [](const QString& value, LaunchOptions& options) { return readPicturePath(value, options.snapshot); }},
     {"fps", "N", QT_TRANSLATE_NOOP("CommandLine", "Frames a second."), applyRate},
     {"size", "WxH|screen", QT_TRANSLATE_NOOP("CommandLine", "Size of the movie's frames."), applySize},
     {"sound", "yes|no", QT_TRANSLATE_NOOP("CommandLine", "Record the system's current sound input."),

@@ -74,7 +74,7 @@ QString readContrast(const QString& value, std::optional<float>& target)
     return readColour(value, 0, 20, 10, target);
 }
 
-QString readPictureFile(const QString& value, QString& target)
+QString readPicturePath(const QString& value, QString& target)
 {
     const QFileInfo file(value);
     if (file.fileName().isEmpty())

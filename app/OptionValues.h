@@ -24,6 +24,6 @@ QString readBrightness(const QString& value, std::optional<float>& target);
 QString readContrast(const QString& value, std::optional<float>& target);
 
 /// A picture's file: without an ending, or with that of PNG.
-QString readPictureFile(const QString& value, QString& target);
+QString readPicturePath(const QString& value, QString& target);
 
 } // namespace lumavex

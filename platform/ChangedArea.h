@@ -52,8 +52,8 @@ public:
     std::optional<ChangedArea> since(std::uint64_t number) const;
 
 private:
-    /// More than a series has pictures in use at the same time.
-    static constexpr std::size_t kept = 8;
+    /// More than a series has pictures in use at the same time: the encoders' queue of a machine with eight processors.
+    static constexpr std::size_t kept = 20;
     struct Step {
         std::uint64_t number = 0;
         ChangedArea changed;

@@ -15,7 +15,6 @@ namespace lumavex {
 
 namespace {
 
-constexpr int fastestRate = 30;
 constexpr int stepsPerUnit = 10; ///< a colour slider counts tenths
 
 const QStringList overlayTypes = {QStringLiteral("bmp"), QStringLiteral("jpg"),  QStringLiteral("gif"),
@@ -24,9 +23,9 @@ const QStringList overlayTypes = {QStringLiteral("bmp"), QStringLiteral("jpg"), 
 
 void fillRates(QComboBox& combo, std::int64_t rate)
 {
-    for (int i = 1; i <= fastestRate; ++i)
+    for (int i = 1; i <= Window_Configurations::fastestRate; ++i)
         combo.addItem(QString::number(i));
-    combo.setCurrentIndex(rate >= 1 && rate <= fastestRate ? int(rate) - 1 : 0);
+    combo.setCurrentIndex(rate >= 1 && rate <= Window_Configurations::fastestRate ? int(rate) - 1 : 0);
 }
 
 int within(const QSlider& slider, std::int64_t value)

@@ -27,6 +27,8 @@ class FrameThumbnail;
 class Window_Configurations final : public QDialog {
     Q_OBJECT
 public:
+    static constexpr int fastestRate = 30; ///< frames a second that are offered at most
+
     /// Where the small pictures stand in the frame with these settings, those the subject is about among them.
     using OutlinesOf = std::function<std::vector<FrameOutline>(const DialogSettings&, SettingsSubject)>;
 

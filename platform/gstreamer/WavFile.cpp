@@ -89,33 +89,27 @@ WavFile::~WavFile()
 
 void WavFile::append(std::span<const std::int16_t> samples)
 {
-    if (file_ < 0 || (!error_.isEmpty() && unwritten_.empty()) || (samples.empty() && unwritten_.empty()))
+    if (file_ < 0 || (!error_.isEmpty() && unwritten_.empty()))
         return;
-    if (unwritten_.empty()) {
-        unwritten_ = write(samples);
-        return;
-    }
-    const std::size_t room = kMostUnwritten - std::min(kMostUnwritten, unwritten_.size());
-    unwritten_.insert(unwritten_.end(), samples.begin(), samples.begin() + std::min(room, samples.size()));
-    unwritten_ = write(unwritten_);
+    unwritten_.insert(unwritten_.end(), samples.begin(), samples.end());
     if (unwritten_.empty())
-        error_.clear();
-}
-
-std::vector<std::int16_t> WavFile::write(std::span<const std::int16_t> samples)
-{
-    const auto* bytes = reinterpret_cast<const std::uint8_t*>(samples.data());
+        return;
     std::size_t done = 0;
-    const int trouble = writeAll(file_, bytes, samples.size_bytes(), kWavHeaderSize + dataBytes_, done);
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(unwritten_.data());
+    const std::size_t size = unwritten_.size() * sizeof(std::int16_t);
+    const int trouble = writeAll(file_, bytes, size, kWavHeaderSize + dataBytes_, done);
     done -= done % kBytesPerSoundFrame;
     dataBytes_ += done;
+    unwritten_.erase(unwritten_.begin(), unwritten_.begin() + static_cast<std::ptrdiff_t>(done / sizeof(std::int16_t)));
+    if (!trouble)
+        error_.clear();
     writeHeader();
     if (!trouble)
-        return {};
+        return;
     fail(trouble);
     const bool mayPass = trouble == ENOSPC || trouble == EDQUOT;
-    const auto rest = samples.subspan(done / sizeof(std::int16_t));
-    return mayPass ? std::vector<std::int16_t>(rest.begin(), rest.end()) : std::vector<std::int16_t>();
+    if (!mayPass || unwritten_.size() > kMostUnwritten)
+        unwritten_.clear(); // what came after a hole would be out of its place, so nothing does
 }
 
 void WavFile::truncate(std::int64_t frames)

@@ -44,8 +44,6 @@ public:
 private:
     static constexpr std::size_t kMostUnwritten = std::size_t{30} * kSoundRate * kSoundChannels;
 
-    /// What did not reach the file and may later.
-    std::vector<std::int16_t> write(std::span<const std::int16_t> samples);
     void writeHeader();
     void fail(int errorNumber);
 

@@ -158,6 +158,19 @@ TEST_F(Settings, TheLargerRateIsTheRecordings)
     EXPECT_EQ(stored("i_Camera_Capture_FPS"), "1");
 }
 
+TEST_F(Settings, ARateOfTheCommandLineBeyondTheOfferedOnesHolds)
+{
+    options.framesPerSecond = 60;
+    ASSERT_TRUE(start(Camera::None));
+    app->capture.m_i_Screen_Capture_FPS = 60;
+    change([] {});
+    EXPECT_EQ(rate(), 60);
+    change([this] { choose("comboScreenFPS", QStringLiteral("20")); });
+    EXPECT_EQ(rate(), 20);
+    change([] {});
+    EXPECT_EQ(rate(), 20);
+}
+
 TEST_F(Settings, CameraGoesOnUnlessItChanges)
 {
     ASSERT_TRUE(start(Camera::Running));
