@@ -22,6 +22,11 @@ QString rateText(int rate)
     return rate == 1 ? RecordingSummary::tr("1 frame a second") : RecordingSummary::tr("%1 frames a second").arg(rate);
 }
 
+QString framesText(std::int64_t frames)
+{
+    return RecordingSummary::tr("%Ln frames", nullptr, int(frames));
+}
+
 /// While a recording exists the settings cannot be changed, so nothing leads there.
 QString describe(const SummaryFacts& facts)
 {
@@ -48,6 +53,8 @@ RecordingSummary::RecordingSummary(QWidget* parent)
     connect(what_, &QLabel::linkActivated, this, &RecordingSummary::settingsWanted);
     frames_->setTextFormat(Qt::PlainText);
     frames_->setToolTip(tr("Frames recorded so far"));
+    frames_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    frames_->setMinimumWidth(frames_->fontMetrics().horizontalAdvance(framesText(888888)));
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(10, 2, 10, 4);
     layout->setSpacing(16);
@@ -63,8 +70,17 @@ void RecordingSummary::show(const SummaryFacts& facts)
     if (const QString text = describe(facts); text != what_->text()) {
         what_->setText(text);
         setAccessibleName(QTextDocumentFragment::fromHtml(text).toPlainText());
+        Q_EMIT roomChanged();
     }
-    frames_->setText(facts.frames ? tr("%Ln frames", nullptr, int(*facts.frames)) : QString());
+    frames_->setText(facts.frames ? framesText(*facts.frames) : QString());
+}
+
+QSize RecordingSummary::sizeHint() const
+{
+    const QMargins margins = layout()->contentsMargins();
+    const int width =
+        what_->sizeHint().width() + layout()->spacing() + frames_->minimumWidth() + margins.left() + margins.right();
+    return {width, QWidget::sizeHint().height()};
 }
 
 QString RecordingSummary::text() const

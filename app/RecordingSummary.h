@@ -32,10 +32,14 @@ public:
     void show(const SummaryFacts& facts);
     /// What is shown, as plain text.
     QString text() const;
+    /// What is needed to read it all, with room for the frames of some hours.
+    QSize sizeHint() const override;
 
 Q_SIGNALS:
     /// The user clicked a part that the settings decide.
     void settingsWanted();
+    /// It says something else, which may need more room.
+    void roomChanged();
 
 private:
     SummaryFacts facts_;

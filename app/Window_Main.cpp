@@ -22,7 +22,8 @@ Window_Main::Window_Main() : messages_(new MessageStrip)
     summary = new RecordingSummary(centralArea);
     centralArea->layout()->addWidget(summary);
     centralArea->layout()->addWidget(messages_);
-    connect(messages_, &MessageStrip::roomChanged, this, &Window_Main::fitHeight);
+    connect(messages_, &MessageStrip::roomChanged, this, &Window_Main::fitSize);
+    connect(summary, &RecordingSummary::roomChanged, this, &Window_Main::fitSize);
 
     auto* place = new QWidget(toolBar);
     textDurationTime = new QLabel(QStringLiteral("00:00:00"), place);
@@ -52,7 +53,7 @@ Window_Main::Window_Main() : messages_(new MessageStrip)
             button->setAccessibleName(button->defaultAction()->text());
     }
     setIcons();
-    fitHeight();
+    fitSize();
 }
 
 void Window_Main::setIcons()
@@ -67,11 +68,12 @@ void Window_Main::setIcons()
     }
 }
 
-void Window_Main::fitHeight()
+void Window_Main::fitSize()
 {
-    // The window is as high as its bars and its message, and at least as wide as its toolbar without an overflow arrow.
+    // The window is as high as its bars and its message, and at least as wide as its toolbar and what will be recorded.
     QTimer::singleShot(0, this, [this] {
-        const int wanted = std::max(width(), std::max(minimumWidth(), toolBar->sizeHint().width()));
+        const int readable = std::min(summary->sizeHint().width(), screen()->availableSize().width() * 9 / 10);
+        const int wanted = std::max({width(), minimumWidth(), toolBar->sizeHint().width(), readable});
         const int height = Ui::Window_Main::menuBar->height() + toolBar->sizeHint().height()
                            + summary->sizeHint().height()
                            + (messages_->isVisible() ? messages_->heightForWidth(wanted) : 0);

@@ -46,7 +46,7 @@ protected:
 
 private:
     void setIcons();
-    void fitHeight();
+    void fitSize();
 
     MessageStrip* messages_;
 };
