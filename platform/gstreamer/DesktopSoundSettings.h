@@ -9,7 +9,7 @@
 namespace lumavex {
 
 /// The programs that show settings of sound, best first, each with its arguments. `desktops` is XDG_CURRENT_DESKTOP
-/// (Desktop Entry Specification): names with colons between them, the most special first.
+/// (freedesktop.org, desktop entries): names with colons between them, the most special first.
 QList<QStringList> soundSettingsPrograms(const QString& desktops);
 
 /// The sound server's default source, or the ALSA card where no server runs; and of the above programs the first one
