@@ -26,6 +26,13 @@ using ConvertPixelRowPair = void (*)(const PixelRowPair& rows, std::size_t sixte
 /// Null when this processor lacks the instructions.
 ConvertPixelRowPair avx2ConvertPixelRowPair();
 
+/// Samples whose rows lie `stride` bytes apart.
+struct PlaneView {
+    const std::uint8_t* samples;
+    std::ptrdiff_t stride;
+    const std::uint8_t* row(std::size_t index) const { return samples + static_cast<std::ptrdiff_t>(index) * stride; }
+};
+
 /// A row of macroblocks as JPEG's planes (JFIF: full range, ITU-R BT.601), each chroma sample the mean of four pixels,
 /// rounded once. Past the picture's edges its last pixels are repeated. It stays in the processor's cache, which the
 /// picture does not. One thread at a time.
@@ -38,7 +45,11 @@ public:
     bool prepare(int width);
     void convert(const CVPixelBuffer& pixels, int macroblockRow);
 
-    /// Luma, blue, red: 16, 8 and 8 rows. Until the next call of another member.
+    /// 16, 8 and 8 rows. Until the next call of prepare() or convert().
+    PlaneView luma() const { return {luma_[0], luma_[1] - luma_[0]}; }
+    PlaneView blue() const { return {blue_[0], blue_[1] - blue_[0]}; }
+    PlaneView red() const { return {red_[0], red_[1] - red_[0]}; }
+    /// The same as the JPEG library takes them.
     std::uint8_t*** planes() { return planes_.data(); }
 
 private:

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -31,6 +32,8 @@ public:
         capacity_ = capacity;
         return true;
     }
+    /// The same, and some more for what comes next.
+    bool makeRoom(std::size_t capacity) { return capacity <= capacity_ || grow(std::max(capacity, 2 * capacity_)); }
 
 private:
     struct Free {

@@ -1,203 +1,64 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/movie/JpegEncoder.h"
 
-#include "platform/movie/ColourPlanes.h"
-#include "platform/movie/JpegArena.h"
-#include "platform/movie/JpegTables.h"
+#include "platform/movie/JpegMarkers.h"
+#include "platform/movie/JpegRowCoder.h"
 
-#include <algorithm>
-#include <array>
-#include <csetjmp>
-#include <cstdio>
-
-#include <jerror.h>
-#include <jpeglib.h>
+#include <cstring>
 
 namespace lumavex {
 
 namespace {
 
-constexpr std::size_t kFirstCapacity = 256 * 1024;
-
-// ISO/IEC 10918-1, table B.1: the second bytes of markers.
-constexpr std::uint8_t kStartOfFrame = 0xC0;
-constexpr std::uint8_t kStartOfScan = 0xDA;
-constexpr std::uint8_t kFirstRestart = 0xD0;
-constexpr int kRestarts = 8;
-
-} // namespace
-
-struct JpegEncoder::Library : JpegArena {
-    jpeg_compress_struct compress{};
-    jpeg_error_mgr errors{};
-    jpeg_destination_mgr destination{};
-    std::jmp_buf failed{};
-    JpegBuffer* output = nullptr;
-    ColourPlanes planes;
-    bool usesPlanes = false;
-    bool usable = false;
-
-    static Library& of(void* client) { return static_cast<Library&>(*static_cast<JpegArena*>(client)); }
-
-    // The library must not return from here.
-    [[noreturn]] static void fail(j_common_ptr common) { std::longjmp(of(common->client_data).failed, 1); }
-    static void beSilent(j_common_ptr) {}
-
-    static void begin(j_compress_ptr compress)
-    {
-        Library& self = of(compress->client_data);
-        if (!self.output->grow(kFirstCapacity))
-            ERREXIT1(compress, JERR_OUT_OF_MEMORY, 0);
-        self.destination.next_output_byte = self.output->data();
-        self.destination.free_in_buffer = self.output->capacity();
-    }
-    static boolean growOutput(j_compress_ptr compress)
-    {
-        Library& self = of(compress->client_data);
-        const std::size_t used = self.output->capacity();
-        if (!self.output->grow(used * 2))
-            ERREXIT1(compress, JERR_OUT_OF_MEMORY, 0);
-        self.destination.next_output_byte = self.output->data() + used;
-        self.destination.free_in_buffer = self.output->capacity() - used;
-        return TRUE;
-    }
-    static void end(j_compress_ptr compress)
-    {
-        Library& self = of(compress->client_data);
-        self.output->setSize(self.output->capacity() - self.destination.free_in_buffer);
-    }
-
-    bool encodeRun(const CVPixelBuffer& pixels, MacroblockRows rows, JpegRows& jpeg);
-    void writeRow(const CVPixelBuffer& pixels, int macroblockRow);
-    void writePixels(const CVPixelBuffer& pixels, int macroblockRow);
-};
-
-// As a picture of its own. The bounds become places from where on the rows' markers are to be found.
-bool JpegEncoder::Library::encodeRun(const CVPixelBuffer& pixels, MacroblockRows rows, JpegRows& jpeg)
+bool append(std::span<const std::uint8_t> bytes, JpegBuffer& buffer)
 {
-    output = &jpeg.buffer;
-    const int top = rows.first * kMacroblockHeight;
-    compress.image_width = static_cast<JDIMENSION>(pixels.width);
-    compress.image_height = static_cast<JDIMENSION>(std::min(rows.count * kMacroblockHeight, pixels.height - top));
-    // Nothing with a destructor may live in this function: an error comes back here by a jump.
-    if (setjmp(failed) != 0) {
-        jpeg_abort_compress(&compress);
+    const std::size_t before = buffer.bytes().size();
+    if (!buffer.makeRoom(before + bytes.size()))
         return false;
-    }
-    jpeg_start_compress(&compress, TRUE);
-    for (int row = 0; row < rows.count; ++row) {
-        writeRow(pixels, rows.first + row);
-        jpeg.bounds[static_cast<std::size_t>(row) + 1] =
-            static_cast<std::size_t>(destination.next_output_byte - output->data());
-    }
-    jpeg_finish_compress(&compress);
+    std::memcpy(buffer.data() + before, bytes.data(), bytes.size());
+    buffer.setSize(before + bytes.size());
     return true;
 }
 
-void JpegEncoder::Library::writeRow(const CVPixelBuffer& pixels, int macroblockRow)
-{
-    if (!usesPlanes) {
-        writePixels(pixels, macroblockRow);
-        return;
-    }
-    planes.convert(pixels, macroblockRow);
-    jpeg_write_raw_data(&compress, planes.planes(), kMacroblockHeight);
-}
-
-void JpegEncoder::Library::writePixels(const CVPixelBuffer& pixels, int macroblockRow)
-{
-    std::array<JSAMPROW, kMacroblockHeight> lines{};
-    const int top = macroblockRow * kMacroblockHeight;
-    const int count = std::min(kMacroblockHeight, pixels.height - top);
-    for (int i = 0; i < count; ++i) {
-        const std::ptrdiff_t offset = std::ptrdiff_t{pixels.bytesPerRow} * (top + i);
-        lines[static_cast<std::size_t>(i)] = const_cast<JSAMPROW>(pixels.baseAddress + offset); // only read
-    }
-    jpeg_write_scanlines(&compress, lines.data(), static_cast<JDIMENSION>(count));
-}
-
-namespace {
-
-// The scan's first byte. Headers are a marker each, all but the first with a length behind it.
-std::size_t findScan(std::span<std::uint8_t> jpeg, int pictureHeight)
-{
-    std::size_t at = 2;
-    for (;;) {
-        const std::uint8_t marker = jpeg[at + 1];
-        if (marker == kStartOfFrame) {
-            jpeg[at + 5] = static_cast<std::uint8_t>(pictureHeight >> 8);
-            jpeg[at + 6] = static_cast<std::uint8_t>(pictureHeight & 0xFF);
-        }
-        at += 2 + static_cast<std::size_t>(jpeg[at + 2] << 8 | jpeg[at + 3]);
-        if (marker == kStartOfScan)
-            return at;
-    }
-}
-
-// Makes of a picture of some rows the rows as they are in the whole picture: its height, its numbers of markers.
-void fitIntoPicture(int pictureHeight, MacroblockRows rows, JpegRows& jpeg)
-{
-    const std::span bytes(jpeg.buffer.data(), jpeg.buffer.bytes().size());
-    const std::size_t scan = findScan(bytes, pictureHeight);
-    jpeg.bounds.front() = rows.first == 0 ? 0 : scan;
-    jpeg.bounds.back() = bytes.size();
-    const int last = allMacroblockRows(pictureHeight).end() - 1;
-    for (int k = 0; k < rows.count; ++k) {
-        std::size_t& bound = jpeg.bounds[static_cast<std::size_t>(k) + 1];
-        if (k + 1 < rows.count) {
-            // The row's last bits and its marker come with the next row's first bits. In a scan, 0xFF is followed by
-            // zero unless it begins a marker.
-            while (bytes[bound] != 0xFF || bytes[bound + 1] == 0)
-                ++bound;
-            bound += 2;
-        }
-        if (rows.first + k != last)
-            bytes[bound - 1] = static_cast<std::uint8_t>(kFirstRestart + (rows.first + k) % kRestarts);
-    }
-}
-
 } // namespace
 
-JpegEncoder::JpegEncoder(Colours colours) : library_(std::make_unique<Library>())
-{
-    Library& library = *library_;
-    library.compress.err = jpeg_std_error(&library.errors);
-    library.errors.error_exit = Library::fail;
-    library.errors.output_message = Library::beSilent;
-    library.compress.client_data = static_cast<JpegArena*>(&library);
-    if (setjmp(library.failed) != 0)
-        return;
-    jpeg_create_compress(&library.compress);
-    library.serve(library.compress);
-    library.destination.init_destination = Library::begin;
-    library.destination.empty_output_buffer = Library::growOutput;
-    library.destination.term_destination = Library::end;
-    library.compress.dest = &library.destination;
+JpegEncoder::JpegEncoder() : coder_(JpegRowCoder::isUsable() ? std::make_unique<JpegRowCoder>() : nullptr) {}
 
-    library.compress.in_color_space = JCS_EXT_ARGB;
-    library.compress.input_components = 4;
-    jpeg_set_defaults(&library.compress); // full-range JFIF colours, 4:2:0, the common Huffman codes
-    setJpegTables(library.compress);
-    library.usesPlanes = colours == Colours::Fastest && ColourPlanes::isFast();
-    library.compress.raw_data_in = library.usesPlanes ? TRUE : FALSE;
-    library.compress.dct_method = JDCT_ISLOW; // where there are vectors, it is no slower than the others
-    library.compress.optimize_coding = FALSE;
-    library.compress.restart_in_rows = 1;
-    library.usable = true;
-}
-
-JpegEncoder::~JpegEncoder()
-{
-    jpeg_destroy_compress(&library_->compress);
-}
+JpegEncoder::~JpegEncoder() = default;
 
 bool JpegEncoder::encode(const CVPixelBuffer& pixels, MacroblockRows rows, JpegRows& jpeg)
 {
-    jpeg.bounds.resize(static_cast<std::size_t>(rows.count) + 1);
-    if (!library_->usable || (library_->usesPlanes && !library_->planes.prepare(pixels.width))
-        || !library_->encodeRun(pixels, rows, jpeg))
+    if (!coder_)
+        return library_.encode(pixels, rows, jpeg);
+    if (!prepare(pixels))
         return false;
-    fitIntoPicture(pixels.height, rows, jpeg);
+    jpeg.buffer.setSize(0);
+    jpeg.bounds.assign(1, 0);
+    if (rows.first == 0 && !append(headers_.bytes(), jpeg.buffer))
+        return false;
+    const int last = allMacroblockRows(pixels.height).end() - 1;
+    for (int row = rows.first; row < rows.end(); ++row) {
+        const std::array<std::uint8_t, 2> marker = {0xFF, row == last ? kEndOfImage : restartMarker(row)};
+        if (!coder_->append(pixels, row, jpeg.buffer) || !append(marker, jpeg.buffer))
+            return false;
+        jpeg.bounds.push_back(jpeg.buffer.bytes().size());
+    }
+    return true;
+}
+
+bool JpegEncoder::prepare(const CVPixelBuffer& pixels)
+{
+    if (pixels.width == width_ && pixels.height == height_)
+        return true;
+    width_ = 0;
+    JpegRows first;
+    if (!coder_->prepare(pixels.width) || !library_.encode(pixels, {0, 1}, first))
+        return false;
+    headers_.setSize(0);
+    if (!append(headersOf(first.bytes()), headers_))
+        return false;
+    width_ = pixels.width;
+    height_ = pixels.height;
     return true;
 }
 

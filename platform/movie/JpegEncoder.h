@@ -2,24 +2,25 @@
 #pragma once
 
 #include "platform/MovieWriter.h"
+#include "platform/movie/JpegBuffer.h"
 #include "platform/movie/JpegRows.h"
+#include "platform/movie/LibraryJpegEncoder.h"
 
 #include <memory>
 
 namespace lumavex {
 
-/// The largest width and height of a picture that the JPEG library takes.
-inline constexpr int kLargestJpegSide = 65500;
+class JpegRowCoder;
 
 /// Encodes pictures as JFIF: full range, 4:2:0, one restart marker per row of macroblocks. Every picture of one size
 /// uses the same tables (JpegTables.h) and no smoothing, so that rows of macroblocks can be exchanged between pictures.
 /// Once it has encoded a picture it takes no more memory for others of that size. One thread at a time.
+///
+/// Where the processor allows it the rows are ours (JpegRowCoder.h) and the library writes the headers alone, once for
+/// each size; elsewhere everything is the library's.
 class JpegEncoder {
 public:
-    /// Who makes planes of the pixels: both are exact to the rounding, and every encoder of a movie must use the same.
-    enum class Colours { Fastest, Library };
-
-    explicit JpegEncoder(Colours colours = Colours::Fastest);
+    JpegEncoder();
     ~JpegEncoder();
     JpegEncoder(const JpegEncoder&) = delete;
     JpegEncoder& operator=(const JpegEncoder&) = delete;
@@ -29,8 +30,13 @@ public:
     bool encode(const CVPixelBuffer& pixels, MacroblockRows rows, JpegRows& jpeg);
 
 private:
-    struct Library;
-    const std::unique_ptr<Library> library_;
+    bool prepare(const CVPixelBuffer& pixels);
+
+    LibraryJpegEncoder library_;
+    std::unique_ptr<JpegRowCoder> coder_; ///< null where the processor lacks the instructions
+    JpegBuffer headers_;
+    int width_ = 0; ///< of the pictures that the headers and the coder are for
+    int height_ = 0;
 };
 
 } // namespace lumavex

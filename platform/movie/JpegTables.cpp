@@ -2,8 +2,9 @@
 #include "platform/movie/JpegTables.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdint>
+#include <cstdio>
+
+#include <jpeglib.h>
 
 namespace lumavex {
 
@@ -11,7 +12,7 @@ namespace {
 
 // ISO/IEC 11172-2, the default matrix of intra pictures, row by row. At 3/8 it is a sixth smaller than the common JPEG
 // matrix at equal likeness on screen contents.
-constexpr std::array<unsigned int, DCTSIZE2> kIntraMatrix = {
+constexpr std::array<unsigned int, kBlockSize> kIntraMatrix = {
     8,  16, 19, 22, 26, 27, 29, 34, //
     16, 16, 22, 24, 27, 29, 34, 37, //
     19, 22, 26, 27, 29, 34, 34, 38, //
@@ -25,20 +26,32 @@ constexpr unsigned int kQuantiserScale = 3; // in eighths
 // The mean of a block is kept to one grey level, scale or not: coarser steps show as bands in even areas.
 constexpr unsigned int kMeanStep = 8;
 
-/// As ISO/IEC 10918-1, C.2 has it.
+constexpr std::array<unsigned int, kBlockSize> steps()
+{
+    std::array<unsigned int, kBlockSize> steps = kIntraMatrix;
+    for (unsigned int& step : steps)
+        step = step * kQuantiserScale / 8;
+    steps[0] = kMeanStep;
+    return steps;
+}
+
+constexpr std::size_t kMeans = 12;
+constexpr std::size_t kFrequencies = 162;
+
 template <std::size_t symbols>
-struct HuffmanCode {
-    std::array<std::uint8_t, 16> counts; ///< of code words of 1 to 16 bits
+struct Code {
+    std::array<std::uint8_t, 16> counts;
     std::array<std::uint8_t, symbols> values;
+    constexpr operator HuffmanCode() const { return {counts, values}; }
 };
 
 // Fitted to desktops, text, drawings and photographs at this quantisation, with the codes of each at least as short in
 // sum as the common ones make them; even areas gain most. There is a code for every symbol a picture can need.
-constexpr HuffmanCode<12> kLumaMeans = {
+constexpr Code<kMeans> kLumaMeans = {
     {1, 0, 2, 3, 1, 1, 1, 0, 3, 0, 0, 0, 0, 0, 0, 0},
     {0x00, 0x01, 0x03, 0x02, 0x04, 0x05, 0x06, 0x07, 0x08, 0x09, 0x0A, 0x0B},
 };
-constexpr HuffmanCode<162> kLumaFrequencies = {
+constexpr Code<kFrequencies> kLumaFrequencies = {
     {0, 1, 4, 1, 3, 2, 3, 5, 3, 7, 4, 7, 7, 9, 9, 97},
     {0x01, 0x00, 0x02, 0x03, 0x04, 0x11, 0x05, 0x12, 0x21, 0x13, 0x31, 0x06, 0x41, 0x51, 0x14, 0x22, 0x61, 0x71,
      0x81, 0x91, 0xA1, 0xF0, 0x07, 0x15, 0x23, 0x32, 0xB1, 0xC1, 0xD1, 0x42, 0x52, 0xE1, 0xF1, 0x16, 0x24, 0x33,
@@ -50,11 +63,11 @@ constexpr HuffmanCode<162> kLumaFrequencies = {
      0xB7, 0xB8, 0xB9, 0xBA, 0xC2, 0xC4, 0xC5, 0xC6, 0xC7, 0xC8, 0xC9, 0xCA, 0xD3, 0xD4, 0xD5, 0xD6, 0xD7, 0xD8,
      0xD9, 0xDA, 0xE2, 0xE5, 0xE6, 0xE7, 0xE8, 0xE9, 0xEA, 0xF2, 0xF3, 0xF4, 0xF5, 0xF6, 0xF7, 0xF8, 0xF9, 0xFA},
 };
-constexpr HuffmanCode<12> kChromaMeans = {
+constexpr Code<kMeans> kChromaMeans = {
     {1, 0, 3, 1, 1, 1, 1, 1, 0, 3, 0, 0, 0, 0, 0, 0},
     {0x00, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08, 0x09, 0x0A, 0x0B},
 };
-constexpr HuffmanCode<162> kChromaFrequencies = {
+constexpr Code<kFrequencies> kChromaFrequencies = {
     {0, 2, 2, 1, 2, 3, 4, 6, 6, 5, 7, 4, 4, 3, 2, 111},
     {0x00, 0x01, 0x02, 0x11, 0x03, 0x12, 0x21, 0x04, 0x31, 0x41, 0x13, 0x22, 0x51, 0x61, 0x05, 0x71, 0x81, 0x91,
      0xA1, 0xF0, 0x06, 0x14, 0x32, 0xB1, 0xC1, 0xD1, 0x23, 0x42, 0x52, 0xE1, 0xF1, 0x15, 0x33, 0x63, 0x72, 0x82,
@@ -67,8 +80,7 @@ constexpr HuffmanCode<162> kChromaFrequencies = {
      0xDA, 0xE3, 0xE4, 0xE5, 0xE6, 0xE7, 0xE8, 0xE9, 0xEA, 0xF2, 0xF3, 0xF4, 0xF5, 0xF6, 0xF7, 0xF8, 0xF9, 0xFA},
 };
 
-template <std::size_t symbols>
-void setHuffmanCode(JHUFF_TBL* table, const HuffmanCode<symbols>& code)
+void setHuffmanCode(JHUFF_TBL* table, const HuffmanCode& code)
 {
     std::copy(code.counts.begin(), code.counts.end(), table->bits + 1);
     std::copy(code.values.begin(), code.values.end(), table->huffval);
@@ -76,18 +88,21 @@ void setHuffmanCode(JHUFF_TBL* table, const HuffmanCode<symbols>& code)
 
 } // namespace
 
+const JpegTables& jpegTables()
+{
+    static constexpr JpegTables tables = {steps(), {kLumaMeans, kLumaFrequencies}, {kChromaMeans, kChromaFrequencies}};
+    return tables;
+}
+
 void setJpegTables(jpeg_compress_struct& compress)
 {
-    std::array<unsigned int, DCTSIZE2> steps = kIntraMatrix;
-    for (unsigned int& step : steps)
-        step = step * kQuantiserScale / 8;
-    steps[0] = kMeanStep;
-    jpeg_add_quant_table(&compress, 0, steps.data(), 100, TRUE);
-    jpeg_add_quant_table(&compress, 1, steps.data(), 100, TRUE);
-    setHuffmanCode(compress.dc_huff_tbl_ptrs[0], kLumaMeans);
-    setHuffmanCode(compress.ac_huff_tbl_ptrs[0], kLumaFrequencies);
-    setHuffmanCode(compress.dc_huff_tbl_ptrs[1], kChromaMeans);
-    setHuffmanCode(compress.ac_huff_tbl_ptrs[1], kChromaFrequencies);
+    const JpegTables& tables = jpegTables();
+    jpeg_add_quant_table(&compress, 0, tables.steps.data(), 100, TRUE);
+    jpeg_add_quant_table(&compress, 1, tables.steps.data(), 100, TRUE);
+    setHuffmanCode(compress.dc_huff_tbl_ptrs[0], tables.luma.means);
+    setHuffmanCode(compress.ac_huff_tbl_ptrs[0], tables.luma.frequencies);
+    setHuffmanCode(compress.dc_huff_tbl_ptrs[1], tables.chroma.means);
+    setHuffmanCode(compress.ac_huff_tbl_ptrs[1], tables.chroma.frequencies);
 }
 
 } // namespace lumavex

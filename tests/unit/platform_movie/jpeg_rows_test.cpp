@@ -4,11 +4,15 @@
 
 #include "platform/movie/JpegEncoder.h"
 #include "platform/movie/JpegMovieWriter.h"
+#include "platform/movie/JpegRowCoder.h"
+#include "platform/movie/LibraryJpegEncoder.h"
 
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <random>
 #include <thread>
 
@@ -71,31 +75,87 @@ QByteArray encodedWhole(const CVPixelBuffer& pixels)
     return copyOf(jpeg.bytes());
 }
 
+template <typename Encoder>
+void expectRunsToBeThoseOfTheWhole(Encoder&& encoder, const CVPixelBuffer& pixels)
+{
+    JpegRows whole;
+    const int rows = allMacroblockRows(pixels.height).count;
+    ASSERT_TRUE(encoder.encode(pixels, {0, rows}, whole));
+    ASSERT_EQ(whole.count(), static_cast<std::size_t>(rows));
+    ASSERT_EQ(whole.bytes().size(), whole.buffer.bytes().size());
+    JpegRows run;
+    for (int first = 0; first < rows; ++first) {
+        for (int count = 1; first + count <= rows; ++count) {
+            ASSERT_TRUE(encoder.encode(pixels, {first, count}, run));
+            ASSERT_EQ(copyOf(run.bytes()),
+                      copyOf(whole.rows(static_cast<std::size_t>(first), static_cast<std::size_t>(count))))
+                << first << " + " << count;
+        }
+    }
+}
+
+// Heights with a last row of 1 to 16 pixel rows, fewer rows than there are numbers of markers, and more.
+constexpr std::pair<int, int> kSizes[] = {{1, 1},   {16, 16},  {17, 15},  {33, 17}, {40, 31},
+                                          {25, 24}, {64, 144}, {75, 161}, {9, 299}, {1921, 41}};
+
 TEST(JpegRows, AnyRunEncodedAloneIsThatRunOfTheWhole)
 {
-    // Heights with a last row of 1 to 16 pixel rows, fewer rows than there are numbers of markers, and more.
-    for (const auto& [width, height] :
-         {std::pair{1, 1}, {16, 16}, {17, 15}, {33, 17}, {40, 31}, {64, 144}, {75, 161}, {9, 299}}) {
+    for (const auto& [width, height] : kSizes) {
         SCOPED_TRACE(testing::Message() << width << " x " << height);
         ChangingPicture picture(width, height);
         picture.change(picture.randomRows());
-        const auto pixels = picture.pixels();
-        for (const auto colours : {JpegEncoder::Colours::Fastest, JpegEncoder::Colours::Library}) {
-            JpegEncoder encoder(colours);
-            JpegRows whole;
-            const int rows = allMacroblockRows(height).count;
-            ASSERT_TRUE(encoder.encode(*pixels, {0, rows}, whole));
-            ASSERT_EQ(whole.count(), static_cast<std::size_t>(rows));
-            ASSERT_EQ(whole.bytes().size(), whole.buffer.bytes().size());
-            JpegRows run;
-            for (int first = 0; first < rows; ++first) {
-                for (int count = 1; first + count <= rows; ++count) {
-                    ASSERT_TRUE(encoder.encode(*pixels, {first, count}, run));
-                    ASSERT_EQ(copyOf(run.bytes()),
-                              copyOf(whole.rows(static_cast<std::size_t>(first), static_cast<std::size_t>(count))))
-                        << first << " + " << count;
-                }
-            }
+        expectRunsToBeThoseOfTheWhole(JpegEncoder(), *picture.pixels());
+        for (const auto colours : {LibraryJpegEncoder::Colours::Fastest, LibraryJpegEncoder::Colours::Library})
+            expectRunsToBeThoseOfTheWhole(LibraryJpegEncoder(colours), *picture.pixels());
+    }
+}
+
+/// Grey blocks of 8 by 8, of each the frequencies of one row and column, clipped to what samples can be.
+QImage frequencies(int strength, int noise, std::mt19937& random)
+{
+    QImage picture(64, 64, QImage::Format_RGB32);
+    for (int y = 0; y < 64; ++y) {
+        for (int x = 0; x < 64; ++x) {
+            const double wave = std::cos((2 * (x % 8) + 1) * (x / 8) * M_PI / 16) // NOLINT: whole blocks
+                                * std::cos((2 * (y % 8) + 1) * (y / 8) * M_PI / 16);
+            const int extra = noise == 0 ? 0 : static_cast<int>(random() % (2 * noise + 1)) - noise;
+            const int value = std::clamp(static_cast<int>(std::lround(127.5 + strength * wave)) + extra, 0, 255);
+            picture.setPixel(x, y, qRgb(value, value, value));
+        }
+    }
+    return picture;
+}
+
+TEST(JpegRows, OursAreTheLibrarysToTheByte)
+{
+    if (!JpegRowCoder::isUsable())
+        GTEST_SKIP() << "on this processor they are the library's";
+    JpegEncoder ours;
+    LibraryJpegEncoder library;
+    JpegRows jpeg;
+    JpegRows expected;
+    const auto compare = [&](const CVPixelBuffer& pixels) {
+        const MacroblockRows all = allMacroblockRows(pixels.height);
+        ASSERT_TRUE(ours.encode(pixels, all, jpeg));
+        ASSERT_TRUE(library.encode(pixels, all, expected));
+        ASSERT_EQ(jpeg.bounds, expected.bounds);
+        ASSERT_EQ(copyOf(jpeg.bytes()), copyOf(expected.bytes()));
+    };
+    for (const auto& [width, height] : kSizes) {
+        SCOPED_TRACE(testing::Message() << width << " x " << height);
+        ChangingPicture picture(width, height);
+        for (int i = 0; i < 20; ++i) {
+            picture.change(picture.randomRows());
+            compare(*picture.pixels());
+        }
+    }
+    // The transform's largest results, every step of brightness and every run of zeros: each pure frequency, as strong
+    // as samples can have it and weaker, alone and on top of noise.
+    std::mt19937 random(5);
+    for (const int strength : {400, 127, 31, 4}) {
+        for (const int noise : {0, 3}) {
+            SCOPED_TRACE(testing::Message() << strength << ", noise " << noise);
+            compare(*pixelBufferOf(frequencies(strength, noise, random)));
         }
     }
 }
