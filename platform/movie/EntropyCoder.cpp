@@ -33,7 +33,7 @@ std::uint32_t bitsOf(int value, unsigned int size)
 BlockWords::Word withBits(BlockWords::Word word, int value)
 {
     const unsigned int size = sizeOf(value);
-    return {(word.bits << size | bitsOf(value, size)) & 0xFFFFFFU, (word.length + size) & 0xFFU};
+    return {word.bits() << size | bitsOf(value, size), word.length() + size};
 }
 
 std::array<BlockWords::Word, 256> wordsOf(const HuffmanCode& code)
@@ -43,7 +43,7 @@ std::array<BlockWords::Word, 256> wordsOf(const HuffmanCode& code)
     auto value = code.values.begin();
     for (std::uint32_t length = 1; length <= code.counts.size(); ++length, next <<= 1) {
         for (int i = 0; i < code.counts[length - 1]; ++i)
-            words[*value++] = {next++ & 0xFFFFFFU, length & 0xFFU};
+            words[*value++] = {next++, length};
     }
     return words;
 }
@@ -76,8 +76,8 @@ bool EntropyCoder::isUsable()
 
 LUMAVEX_BMI_INLINE void EntropyCoder::put(BlockWords::Word word)
 {
-    bits_ = bits_ << word.length | word.bits;
-    count_ += word.length;
+    bits_ = bits_ << word.length() | word.bits();
+    count_ += word.length();
 }
 
 // There must be a bit at least. Without a branch: how many bytes are full is chance.
@@ -102,16 +102,15 @@ void EntropyCoder::begin(std::uint8_t* to)
 // Between flushes lie no more than 64 bits: 7 left over, 20 of a mean, 23 of each value, 16 of an end.
 LUMAVEX_BMI void EntropyCoder::write(const QuantisedBlock& block, const BlockWords& words, int& mean)
 {
-    EntropyCoder local = *this; // in registers
     const int newMean = block.values[0];
-    local.put(words.mean(newMean - mean));
+    put(words.mean(newMean - mean));
     mean = newMean;
-    std::uint64_t left = block.nonZero & ~std::uint64_t{1};
     if (block.saturated) {
-        local.writeWide(block, words);
-        *this = local;
+        writeWide(block, words);
         return;
     }
+    EntropyCoder local = *this; // whose address nothing takes, so that it lies in registers
+    std::uint64_t left = block.nonZero & ~std::uint64_t{1};
     std::size_t previous = 0;
     const auto putNext = [&]() LUMAVEX_BMI_LAMBDA {
         const auto at = static_cast<std::size_t>(std::countr_zero(left));
@@ -172,7 +171,7 @@ LUMAVEX_BMI void EntropyCoder::writeFiller(const BlockWords& words)
 
 LUMAVEX_BMI std::span<const std::uint8_t> EntropyCoder::end()
 {
-    put({0x7F, 7});
+    put({0x7F, 7U});
     flush();
     return {begin_, to_};
 }

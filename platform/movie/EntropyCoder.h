@@ -16,9 +16,16 @@ class BlockWords {
 public:
     explicit BlockWords(const ComponentCodes& codes);
 
-    struct Word {
-        std::uint32_t bits : 24;
-        std::uint32_t length : 8;
+    /// Up to 24 bits.
+    class Word {
+    public:
+        constexpr Word() = default;
+        constexpr Word(std::uint32_t bits, std::uint32_t length) : word_(bits << 8 | length) {}
+        constexpr std::uint32_t bits() const { return word_ >> 8; }
+        constexpr std::uint32_t length() const { return word_ & 0xFF; }
+
+    private:
+        std::uint32_t word_ = 0;
     };
 
     /// For a mean that is so much above the one before.
