@@ -28,13 +28,21 @@ struct alignas(32) QuantisedBlock {
     alignas(32) std::array<std::int16_t, kBlockSize> wide;
 };
 
+/// How quotients of coefficients become integers. Means are always rounded to the nearest.
+enum class Rounding {
+    Nearest, ///< as the JPEG library does
+    /// Up from five eighths on. Most coefficients lie near zero, so the smaller of two integers is the likelier one: at
+    /// the same steps pictures are nearly as like, and a fifth smaller when they have grain.
+    Sparing,
+};
+
 /// What dividing by the quantisation's steps comes down to, row by row. A mean's step must be 8 at least, so that every
 /// mean is a byte, and the others' 6 to 31.
 struct alignas(32) Quantiser {
-    explicit Quantiser(const std::array<unsigned int, kBlockSize>& steps);
+    Quantiser(const std::array<unsigned int, kBlockSize>& steps, Rounding rounding);
 
-    static constexpr int kShift = 5; ///< beyond the 16 bits of a high product
-    std::array<std::uint16_t, kBlockSize> half;
+    static constexpr int kShift = 5;            ///< beyond the 16 bits of a high product
+    std::array<std::uint16_t, kBlockSize> bias; ///< half a step, or less
     std::array<std::uint16_t, kBlockSize> reciprocal;
 };
 

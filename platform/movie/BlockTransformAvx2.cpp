@@ -162,7 +162,7 @@ LUMAVEX_AVX2_INLINE __m256i quantise(Lines& rows, const Quantiser& quantiser)
     const __m256i noMean = _mm256_setr_epi16(0, -1, -1, -1, -1, -1, -1, -1, 0, -1, -1, -1, -1, -1, -1, -1);
     __m256i largest = _mm256_setzero_si256();
     for (std::size_t i = 0; i < 8; ++i) {
-        const __m256i sizes = _mm256_add_epi16(_mm256_abs_epi16(rows[i]), loadRow(quantiser.half, i));
+        const __m256i sizes = _mm256_add_epi16(_mm256_abs_epi16(rows[i]), loadRow(quantiser.bias, i));
         const __m256i quotients =
             _mm256_srli_epi16(_mm256_mulhi_epu16(sizes, loadRow(quantiser.reciprocal, i)), Quantiser::kShift);
         largest = _mm256_max_epi16(largest, i == 0 ? _mm256_and_si256(quotients, noMean) : quotients);

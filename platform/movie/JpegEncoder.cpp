@@ -22,7 +22,10 @@ bool append(std::span<const std::uint8_t> bytes, JpegBuffer& buffer)
 
 } // namespace
 
-JpegEncoder::JpegEncoder() : coder_(JpegRowCoder::isUsable() ? std::make_unique<JpegRowCoder>() : nullptr) {}
+JpegEncoder::JpegEncoder(Rounding rounding)
+    : coder_(JpegRowCoder::isUsable() ? std::make_unique<JpegRowCoder>(rounding) : nullptr)
+{
+}
 
 JpegEncoder::~JpegEncoder() = default;
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/MovieWriter.h"
+#include "platform/movie/BlockTransform.h"
 #include "platform/movie/JpegBuffer.h"
 #include "platform/movie/JpegRows.h"
 #include "platform/movie/LibraryJpegEncoder.h"
@@ -20,7 +21,8 @@ class JpegRowCoder;
 /// each size; elsewhere everything is the library's.
 class JpegEncoder {
 public:
-    JpegEncoder();
+    /// The library knows but one way of rounding.
+    explicit JpegEncoder(Rounding rounding = Rounding::Sparing);
     ~JpegEncoder();
     JpegEncoder(const JpegEncoder&) = delete;
     JpegEncoder& operator=(const JpegEncoder&) = delete;

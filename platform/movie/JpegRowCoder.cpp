@@ -22,7 +22,10 @@ bool JpegRowCoder::isUsable()
     return ColourPlanes::isFast() && avx2TransformBlockPair() && EntropyCoder::isUsable();
 }
 
-JpegRowCoder::JpegRowCoder() : quantiser_(jpegTables().steps), luma_(jpegTables().luma), chroma_(jpegTables().chroma) {}
+JpegRowCoder::JpegRowCoder(Rounding rounding)
+    : quantiser_(jpegTables().steps, rounding), luma_(jpegTables().luma), chroma_(jpegTables().chroma)
+{
+}
 
 bool JpegRowCoder::prepare(int width)
 {

@@ -15,13 +15,14 @@
 namespace lumavex {
 
 /// Codes rows of macroblocks by vector instructions, from pixels to bits while they are in the processor's cache. To
-/// the byte as the JPEG library does with the same planes and tables. One thread at a time.
+/// the byte as the JPEG library does with the same planes and tables, when quotients are rounded to the nearest. One
+/// thread at a time.
 class JpegRowCoder {
 public:
     /// Whether this processor has the instructions. The others do nothing of use where it has not.
     static bool isUsable();
 
-    JpegRowCoder();
+    explicit JpegRowCoder(Rounding rounding);
 
     /// Makes room for pictures of a width. False when there is no memory.
     bool prepare(int width);

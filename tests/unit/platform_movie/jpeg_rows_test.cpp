@@ -130,7 +130,7 @@ TEST(JpegRows, OursAreTheLibrarysToTheByte)
 {
     if (!JpegRowCoder::isUsable())
         GTEST_SKIP() << "on this processor they are the library's";
-    JpegEncoder ours;
+    JpegEncoder ours(Rounding::Nearest);
     LibraryJpegEncoder library;
     JpegRows jpeg;
     JpegRows expected;

@@ -3,6 +3,7 @@
 #include "tests/unit/platform_movie/MovieTools.h"
 
 #include "platform/movie/JpegMovieWriter.h"
+#include "platform/movie/JpegRowCoder.h"
 
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -86,8 +87,8 @@ QImage photograph(int frame)
 struct Scene {
     const char* name;
     QImage (*draw)(int frame);
-    /// Theirs leaves small frequencies out, for which pictures without sharp edges pay with likeness.
-    double mostBytes;
+    double mostBytes;     ///< of theirs
+    double mostByLibrary; ///< where the rows are not ours
 };
 
 class Likeness : public testing::TestWithParam<Scene> {
@@ -165,15 +166,15 @@ TEST_P(Likeness, IsNoLessThanTheirs)
     const Measured our = measure(ours);
     EXPECT_GE(our.psnr, their.psnr);
     EXPECT_GE(our.ssim, their.ssim - 0.001);
-    EXPECT_LE(our.bytes, GetParam().mostBytes * their.bytes);
+    EXPECT_LE(our.bytes, (JpegRowCoder::isUsable() ? GetParam().mostBytes : GetParam().mostByLibrary) * their.bytes);
     RecordProperty("ratio", QString::number(our.bytes / their.bytes).toStdString());
     RecordProperty("psnr", QStringLiteral("%1 %2").arg(our.psnr).arg(their.psnr).toStdString());
     RecordProperty("ssim", QStringLiteral("%1 %2").arg(our.ssim).arg(their.ssim).toStdString());
 }
 
 INSTANTIATE_TEST_SUITE_P(Contents, Likeness,
-                         testing::Values(Scene{"Text", text, 1.12}, Scene{"Scene", scene, 1.25},
-                                         Scene{"Photograph", photograph, 1.55}),
+                         testing::Values(Scene{"Text", text, 1.08, 1.12}, Scene{"Scene", scene, 1.17, 1.25},
+                                         Scene{"Photograph", photograph, 1.24, 1.55}),
                          [](const auto& instance) { return instance.param.name; });
 
 } // namespace
