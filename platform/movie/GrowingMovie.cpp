@@ -157,7 +157,8 @@ bool readFragment(std::span<const std::uint8_t> moof, const Extent& extent, Samp
             return false;
     }
     const std::int64_t earliest = table.count() == 0 ? 0 : table.lastStart() + 1;
-    if (!reader.good() || fragment.empty() || fragment.front().start < earliest)
+    if (!reader.good() || fragment.empty() || fragment.front().start < earliest
+        || fragment.front().start > table.lastStart() + kLongestSample)
         return false;
     for (const MovieSample& sample : fragment)
         table.append(sample);
