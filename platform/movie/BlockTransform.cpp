@@ -9,8 +9,8 @@ namespace {
 
 // The transform's results are eight times too large.
 constexpr unsigned int kScale = 8;
-// Of a coefficient that is not the mean, scaled, rounded: 8 times 128 times the root of the greatest gain.
-constexpr unsigned int kLargest = 1 << 13;
+// Of a coefficient, so scaled, of samples that are 128 from the middle at most; with what rounding may add.
+constexpr unsigned int kLargest = kScale * 1024 + 8;
 
 // Whether the product with the reciprocal is the quotient for every coefficient there can be.
 bool isExact(unsigned int divisor, unsigned int bias, unsigned int reciprocal)
