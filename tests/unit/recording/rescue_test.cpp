@@ -219,6 +219,11 @@ TEST_F(RescueTest, WhatCannotBeJoinedStaysAndIsNamed)
     ASSERT_EQ(notes.size(), 2U);
     EXPECT_THAT(notes[0].whatHappened.toStdString(), HasSubstr("The program failed."));
     EXPECT_EQ(notes[1].path, recordings[0].sound);
+    complete(rescue());
+    const std::vector<RescueNote> givenUp = complete(rescue());
+    ASSERT_EQ(givenUp.size(), 2U);
+    EXPECT_EQ(givenUp[1].path, recordings[0].sound);
+    EXPECT_EQ(launches.size(), 2U);
 }
 
 TEST_F(RescueTest, AJoinedFileThatLacksFramesReplacesNothing)
@@ -267,6 +272,24 @@ TEST_F(RescueTest, AKillBetweenTheJoinedMovieAndTheRemovalOfItsSoundIsNoFault)
     EXPECT_EQ(complete(rescue()).at(0).whatHappened, "The recording was completed.");
     EXPECT_EQ(filesRecovered(), QStringList{"2026-07-09-10-00-00.mov"});
     EXPECT_TRUE(launches.empty());
+}
+
+TEST_F(RescueTest, ARescueThatEndedBetweenTheSoundAndItsMovieIsTakenUpAgain)
+{
+    put(video("2026-07-09-10-00-00.mov"), killedMovie());
+    put(video("audio.wav"), wave(4000, QByteArray(4000, 1)));
+    QDir().mkpath(recovered(""));
+    ASSERT_TRUE(QFile::link(recovered("nothing"), recovered("2026-07-09-10-00-00.mov"))); // no movie goes there
+    EXPECT_FALSE(allPutAside(rescue()));
+    EXPECT_TRUE(QFile::exists(recovered("2026-07-09-10-00-00.wav")));
+    QFile::remove(recovered("2026-07-09-10-00-00.mov"));
+    for (const char* start : {"the next", "one more, since nobody was told"}) {
+        const auto recordings = rescue();
+        ASSERT_EQ(recordings.size(), 1U) << start;
+        EXPECT_EQ(recordings[0].movie, recovered("2026-07-09-10-00-00.mov"));
+        EXPECT_EQ(recordings[0].sound, recovered("2026-07-09-10-00-00.wav"));
+    }
+    EXPECT_EQ(filesRecovered(), (QStringList{"2026-07-09-10-00-00.mov", "2026-07-09-10-00-00.wav"}));
 }
 
 TEST_F(RescueTest, PlantedLinksAreNotFollowed)
