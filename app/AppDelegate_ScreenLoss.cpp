@@ -6,6 +6,8 @@
 
 #include <QFile>
 
+#include <utility>
+
 namespace lumavex {
 
 void AppDelegate::finishWithoutScreen()
@@ -31,10 +33,11 @@ MoveResult AppDelegate::moveWithoutScreen()
         return recording.moveResult.get(); // begun before, by a thread that needs no screen
     const bool withSound = recording.soundRecorder != nullptr;
     // An encoder that had been started before may still write the usual file.
-    QFile::remove(recording.s_AV_File_Source);
-    recording.s_AV_File_Source = recording.s_Video_File_Source + QStringLiteral(".joined.mov");
+    const QString usual =
+        std::exchange(recording.s_AV_File_Source, recording.s_Video_File_Source + QStringLiteral(".joined.mov"));
     const QString movie = withSound ? recording.s_AV_File_Source : recording.s_Video_File_Source;
     QString problem = withSound ? joinWithoutEvents(joiningJob()) : QString();
+    QFile::remove(usual);
     if (problem.isEmpty())
         problem = whatIsMissing(platform_.readMovie(movie), recording.lengths);
     const std::optional<QString> path = platform_.dialogs->runSavePanel({});
