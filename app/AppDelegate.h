@@ -8,7 +8,6 @@
 #include "compose/ComposeState.h"
 #include "compose/Compositor.h"
 #include "platform/Platform.h"
-#include "recording/FileMove.h"
 #include "recording/RecordingState.h"
 #include "recording/Rescue.h"
 #include "settings_dialog/DialogSettings.h"
@@ -167,15 +166,15 @@ public:
     void OnMenuVideoStop() { OnToolbarStop(); }
     /// Ends the recording as soon as the event loop is reached, keeping it; tells the user why.
     void stopBecause(const QString& reason);
-    /// Gives up joining, or copying to another file system; what was recorded is kept. Nothing happens before or after.
+    /// From Stop on: gives up joining, or copying to another file system. What was recorded is kept and told.
     void cancelFinishing();
-    /// Tells what an earlier, killed run left and completes it.
+    /// Tells what an earlier, killed run left and completes it; of that the latter can be given up.
     void finishRescue();
+    void cancelRescue() { recording.rescueCancelled = true; }
 
     // --- Loss of the screen: AppDelegate_ScreenLoss.cpp ---
-    /// The screen is gone, and with it windows and the event loop: finishes the running recording, if there is one,
-    /// without them. Without a user it is saved; else the next start completes it and tells. Returns when it is done;
-    /// afterwards the process must end.
+    /// The screen is gone, and with it windows and the event loop: finishes the running recording without them. Without
+    /// a user it is saved; else the next start completes it and tells. Afterwards the process must end.
     void finishWithoutScreen();
 
     // --- Processor load: AppDelegate_ProcessorLoad.cpp ---
@@ -272,13 +271,14 @@ private:
     /// Whether the picture and sound files in the video folder still hold what is nowhere else.
     enum class WorkingFiles { NotNeeded, Needed };
     WorkingFiles endWithoutJoin(const QString& reason);
-    void saveWithoutScreen();
+    void saveWithoutScreen(QStringList problems);
+    MoveResult moveWithoutScreen();
     // AppDelegate_Saving.cpp
     WorkingFiles saveMovie(const QString& movie, const QString& problem);
     /// Holds a movie against what was recorded.
     QString whatIsMissingFrom(const QString& movie);
     WorkingFiles keepWhatWasRecorded(const QString& saved, const QString& missing);
-    void tellKept(const QString& messageText, const QString& informativeText, const QString& path);
+    void tellKept(Alert alert, const QString& path); ///< with a button that shows the folder of `path`
     bool isInWorkingFolder(const QString& path) const;
     MoveResult moveWithProgress(const QString& from, const QString& to);
     WorkingFiles keepMovie(const QString& movie, const QString& why);

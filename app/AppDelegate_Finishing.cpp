@@ -33,6 +33,7 @@ void AppDelegate::stopRecording(Nanoseconds stoppedAt)
         composeOutput(frameInputs(), true);
     }
     recording.stopping = true;
+    recording.cancelled = false;
     platform_.runLoop->invalidate(recording.recordTimer);
     recording.recordTimer = 0;
 
@@ -85,7 +86,6 @@ void AppDelegate::beginProgress()
 {
     recording.windowProgress = std::make_unique<Window_Progress>(&window_);
     recording.windowProgress->setDescription(QStringLiteral("Performing operation... Please wait..."));
-    recording.cancelled = false;
     connect(recording.windowProgress.get(), &Window_Progress::cancelled, this, &AppDelegate::cancelFinishing);
     if (window_.isVisible())
         recording.windowProgress->open();
@@ -198,7 +198,8 @@ AppDelegate::WorkingFiles AppDelegate::endWithoutJoin(const QString& reason)
     const RescuedRecording kept =
         putAside(recording.s_Video_File_Source, recording.s_Sound_File_Source, application.s_Recovered_Folder);
     const QString text = tr("Sound and picture could not be joined. %1\n\n%2").arg(reason, whereItIs(kept));
-    const int answer = platform_.dialogs->runAlert({tr("Error"), text, {tr("Save Video Without Sound"), tr("Close")}});
+    const int answer = platform_.dialogs->runAlert(
+        {tr("Error"), text, {tr("Save Video Without Sound"), tr("Close")}, Alert::Reader::User});
     QFile::remove(recording.s_AV_File_Source); // what a failed encoder left
     recording.lengths.soundSeconds.reset();
     if (answer == 0)
@@ -219,8 +220,7 @@ void AppDelegate::finishRescue()
     progress.setAttribute(Qt::WA_ShowWithoutActivating);
     progress.setDescription(tr("Completing what was recorded before Lumavex was closed…"));
     progress.setCancelling(Window_Progress::Cancelling::Offered);
-    bool cancelled = false;
-    connect(&progress, &Window_Progress::cancelled, this, [&cancelled] { cancelled = true; });
+    connect(&progress, &Window_Progress::cancelled, this, &AppDelegate::cancelRescue);
     const TimerId show = platform_.runLoop->scheduleOnce({1, 1}, [this, &progress](const TimerFiring&) {
         if (window_.isVisible())
             progress.show();
@@ -231,11 +231,11 @@ void AppDelegate::finishRescue()
                                         platform_.createChildProcess,
                                         application.sffmpegPath,
                                         {[&progress](float percentage) { progress.setProgress(percentage); },
-                                         [&cancelled] { return cancelled; }, patience()}},
+                                         [this] { return recording.rescueCancelled; }, patience()}},
                                        *platform_.runLoop);
     platform_.runLoop->invalidate(show);
     progress.hide();
-    tellKept(tr("A recording was recovered"), rescueMessage(notes), notes.front().path);
+    tellKept({tr("A recording was recovered"), rescueMessage(notes), {}}, notes.front().path);
     forgetRescued(recordings);
 }
 

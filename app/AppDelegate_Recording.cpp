@@ -47,7 +47,7 @@ void AppDelegate::OnToolbarRecord()
 bool AppDelegate::startWriter()
 {
     const auto refuse = [this](const QString& problem) {
-        platform_.dialogs->runAlert({tr("Error"), problem, {tr("Close")}});
+        platform_.dialogs->runAlert({tr("Error"), problem, {tr("Close")}, Alert::Reader::User});
         Q_EMIT recordingFinished({}, problem, Kept::Nothing);
         return false;
     };
@@ -90,6 +90,7 @@ void AppDelegate::startRecording()
     recording.i_debug_number_of_view_refresh = 0;
     recording.i_Frames_Appended = 0;
     recording.writerResult = {};
+    recording.moveResult = {};
     recording.m_Seconds_of_Recording = 0;
     compose.lastAppended.reset();
     beginStatistics();

@@ -43,7 +43,8 @@ AppDelegate::WorkingFiles AppDelegate::saveMovie(const QString& movie, const QSt
                                          tr("The movie could not be saved there. %1 It is not lost: save it "
                                             "elsewhere or under another name, or close this and it is kept in %2.")
                                              .arg(why, application.s_Recovered_Folder),
-                                         {tr("Save Elsewhere…"), tr("Close")}});
+                                         {tr("Save Elsewhere…"), tr("Close")},
+                                         Alert::Reader::User});
         if (answer != 0)
             return keepMovie(movie, (problem + u' ' + why).trimmed());
     }
@@ -81,7 +82,7 @@ AppDelegate::WorkingFiles AppDelegate::keepMovie(const QString& movie, const QSt
         kept = putAside(stamped ? recording.s_Video_File_Source : movie, {}, application.s_Recovered_Folder);
     }
     const QString where = whereItIs(kept);
-    tellKept(tr("Error"), where, kept.movie);
+    tellKept({tr("Error"), where, {}, Alert::Reader::User}, kept.movie);
     Q_EMIT recordingFinished({}, why + u' ' + where, Kept::Otherwise);
     return kept.error.isEmpty() ? WorkingFiles::NotNeeded : WorkingFiles::Needed;
 }
@@ -106,28 +107,29 @@ AppDelegate::WorkingFiles AppDelegate::keepWhatWasRecorded(const QString& saved,
         text += u' ' + whereItIs(kept);
         shown = kept.movie;
     }
-    tellKept(tr("Error"), text, shown);
+    tellKept({tr("Error"), text, {}, Alert::Reader::User}, shown);
     Q_EMIT recordingFinished({}, text, Kept::Otherwise);
     return files;
 }
 
-void AppDelegate::tellKept(const QString& messageText, const QString& informativeText, const QString& path)
+void AppDelegate::tellKept(Alert alert, const QString& path)
 {
     const QString folder = QFileInfo(path).absolutePath();
-    const int answer = platform_.dialogs->runAlert({messageText, informativeText, {tr("Show in Folder"), tr("Close")}});
+    alert.buttons = QStringList{tr("Show in Folder"), tr("Close")};
+    const int answer = platform_.dialogs->runAlert(alert);
     if (answer == 0 && !platform_.dialogs->open(QUrl::fromLocalFile(folder)))
         window_.showMessage(tr("No application is installed that shows folders. The folder is %1.").arg(folder));
 }
 
 MoveResult AppDelegate::moveWithProgress(const QString& from, const QString& to)
 {
-    MoveResult result;
+    QObject sheet; // gets the progress; what is still on its way at the end goes with it and opens nothing again
     std::atomic<int> percentage{-1};
-    const auto copied = [this, &percentage](std::int64_t done, std::int64_t total) {
+    const auto copied = [this, &sheet, &percentage](std::int64_t done, std::int64_t total) {
         const int now = total > 0 ? static_cast<int>(done * 100 / total) : 0;
         if (percentage.exchange(now) != now)
             QMetaObject::invokeMethod(
-                this,
+                &sheet,
                 [this, now] {
                     if (!recording.windowProgress) {
                         beginProgress();
@@ -138,24 +140,29 @@ MoveResult AppDelegate::moveWithProgress(const QString& from, const QString& to)
                 Qt::QueuedConnection);
         return !recording.cancelled;
     };
-    recording.cancelled = false;
+    if (!options_.isUnattended())
+        recording.cancelled = false; // whatever was given up before, this place was chosen after it
+    std::promise<MoveResult> outcome;
+    recording.s_Saved_File = to;
+    recording.moveResult = outcome.get_future().share();
     runOnWorker(*platform_.runLoop, [&] {
         flushToDisk(from); // written by another program, and soon the only copy
-        result = moveFile(from, to, ExistingDestination::Replace, copied);
+        const MoveResult result = moveFile(from, to, ExistingDestination::Replace, copied);
         if (result.outcome == MoveOutcome::Moved)
             giveOrdinaryMode(to);
+        outcome.set_value(result);
     });
-    QCoreApplication::sendPostedEvents(this); // progress still on its way must not open the sheet again
     if (recording.windowProgress)
         endProgress();
-    return result;
+    return recording.moveResult.get();
 }
 
 void AppDelegate::tellSaved(const QString& path)
 {
     const int answer = platform_.dialogs->runAlert({QStringLiteral("Success"),
                                                     QStringLiteral("Video file saved successfully."),
-                                                    {QStringLiteral("Play Video File"), QStringLiteral("Close")}});
+                                                    {QStringLiteral("Play Video File"), QStringLiteral("Close")},
+                                                    Alert::Reader::User});
     if (answer == 0 && !platform_.dialogs->open(QUrl::fromLocalFile(path)))
         window_.showMessage(tr("No application is installed that opens %1.").arg(path));
 }

@@ -6,54 +6,72 @@
 
 #include <QFile>
 
+#include <utility>
+
 namespace lumavex {
 
 void AppDelegate::finishWithoutScreen()
 {
     if (recording.m_RecordStatus == Idle && !recording.stopping)
         return;
+    const QString reason = recording.stopping ? stopReason_ : tr("The screen is gone, so the recording was ended.");
     if (recording.m_RecordStatus != Idle && !recording.writerResult.valid()) {
         recording.i_Orig_Duration_in_Seconds = static_cast<std::uint64_t>(recording.m_Seconds_of_Recording);
         beginFinishing(platform_.runLoop->now());
     }
     if (!recording.writerResult.valid() || recording.writerResult.get().frames == 0)
         return; // no frame had come: the next start finds nothing to keep either
-    noteLengths();
+    const QString problem = noteLengths();
     // With a user the files stay where the next start looks for them: there is nobody to tell now.
     if (options_.recordSeconds)
-        saveWithoutScreen();
+        saveWithoutScreen({reason, problem});
 }
 
-void AppDelegate::saveWithoutScreen()
+MoveResult AppDelegate::moveWithoutScreen()
 {
-    const QString reason = tr("The screen is gone, so the recording was ended.");
+    if (recording.moveResult.valid())
+        return recording.moveResult.get(); // begun before, by a thread that needs no screen
     const bool withSound = recording.soundRecorder != nullptr;
     // An encoder that had been started before may still write the usual file.
-    QFile::remove(recording.s_AV_File_Source);
-    recording.s_AV_File_Source = recording.s_Video_File_Source + QStringLiteral(".joined.mov");
+    const QString usual =
+        std::exchange(recording.s_AV_File_Source, recording.s_Video_File_Source + QStringLiteral(".joined.mov"));
     const QString movie = withSound ? recording.s_AV_File_Source : recording.s_Video_File_Source;
-    const auto missingFrom = [this](const QString& path) {
-        return whatIsMissing(platform_.readMovie(path), recording.lengths);
-    };
     QString problem = withSound ? joinWithoutEvents(joiningJob()) : QString();
+    QFile::remove(usual);
     if (problem.isEmpty())
-        problem = missingFrom(movie);
+        problem = whatIsMissing(platform_.readMovie(movie), recording.lengths);
     const std::optional<QString> path = platform_.dialogs->runSavePanel({});
-    if (problem.isEmpty() && path) {
-        const MoveResult moved = moveFile(movie, *path, ExistingDestination::Replace);
-        problem = moved.outcome == MoveOutcome::Moved ? missingFrom(*path) : moved.error;
-        if (problem.isEmpty()) {
-            giveOrdinaryMode(*path);
-            QFile::remove(recording.s_Video_File_Source);
-            QFile::remove(recording.s_Sound_File_Source);
-            Q_EMIT recordingFinished(*path, reason, Kept::Otherwise);
-            return;
-        }
-    }
+    if (!problem.isEmpty() || !path)
+        return {MoveOutcome::Failed, problem};
+    recording.s_Saved_File = *path;
+    const MoveResult moved = moveFile(movie, *path, ExistingDestination::Replace);
+    if (moved.outcome == MoveOutcome::Moved)
+        giveOrdinaryMode(*path);
+    return moved;
+}
+
+void AppDelegate::saveWithoutScreen(QStringList problems)
+{
+    const MoveResult moved = moveWithoutScreen();
+    QString problem = moved.outcome == MoveOutcome::Cancelled ? tr("Saving was cancelled.") : moved.error;
+    if (moved.outcome == MoveOutcome::Moved)
+        problem = whatIsMissing(platform_.readMovie(recording.s_Saved_File), recording.lengths);
+    const bool whole = moved.outcome == MoveOutcome::Moved && problem.isEmpty();
     QFile::remove(recording.s_AV_File_Source);
-    const RescuedRecording kept =
-        putAside(recording.s_Video_File_Source, recording.s_Sound_File_Source, application.s_Recovered_Folder);
-    Q_EMIT recordingFinished({}, QStringList{reason, problem, whereItIs(kept)}.join(u' '), Kept::Otherwise);
+    if (whole) {
+        QFile::remove(recording.s_Video_File_Source);
+        QFile::remove(recording.s_Sound_File_Source);
+    } else {
+        // Without sound the file that was moved is all there is.
+        const RescuedRecording kept =
+            QFile::exists(recording.s_Video_File_Source)
+                ? putAside(recording.s_Video_File_Source, recording.s_Sound_File_Source, application.s_Recovered_Folder)
+                : RescuedRecording{recording.s_Saved_File, {}, {}};
+        problems += {problem, whereItIs(kept)};
+    }
+    problems.removeAll(QString());
+    Q_EMIT recordingFinished(whole ? recording.s_Saved_File : QString(), problems.join(u' '),
+                             problems.isEmpty() ? Kept::AsAsked : Kept::Otherwise);
 }
 
 } // namespace lumavex

@@ -10,6 +10,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
+#include <utility>
 
 namespace lumavex {
 
@@ -38,50 +40,45 @@ std::int64_t heldRate(std::int64_t chosen, std::int64_t held, const LaunchOption
     return chosen == 1 && !offered && options.framesPerSecond == held ? held : chosen;
 }
 
+/// Calls `copy` with each of the program's values that the dialog edits, and the dialog's own.
+template <class Program, class Settings, class Copy>
+void forEachValue(Program& program, Settings& settings, const Copy& copy)
+{
+    copy(program.application.i_Top_Other_Windows, settings.i_Top_Other_Windows);
+    copy(program.capture.b_Lumavex_Invisible_To_Capture, settings.b_Lumavex_Invisible_To_Capture);
+    copy(program.capture.m_i_Screen_Capture_FPS, settings.m_i_Screen_Capture_FPS);
+    copy(program.compose.i_Position_Screen_Secondary, settings.i_Position_Screen_Secondary);
+    copy(program.compose.i_Size_Screen_Secondary, settings.i_Size_Screen_Secondary);
+    copy(program.capture.b_Screen_Include_Mouse, settings.b_Screen_Include_Mouse);
+    copy(program.compose.bOverlay, settings.bOverlay);
+    copy(program.compose.i_Position_Overlay, settings.i_Position_Overlay);
+    copy(program.compose.i_Size_Overlay, settings.i_Size_Overlay);
+    copy(program.camera.m_i_Camera_Capture_FPS, settings.m_i_Camera_Capture_FPS);
+    copy(program.camera.s_Camera_Name, settings.s_Camera_Name);
+    copy(program.camera.i_Camera_CRP, settings.i_Camera_CRP);
+    copy(program.compose.i_Position_Camera_Secondary, settings.i_Position_Camera_Secondary);
+    copy(program.compose.i_Size_Camera_Secondary, settings.i_Size_Camera_Secondary);
+    copy(program.recording.b_Record_Include_Audio, settings.b_Record_Include_Audio);
+}
+
 } // namespace
 
 DialogSettings AppDelegate::dialogSettings() const
 {
     DialogSettings settings;
-    settings.i_Top_Other_Windows = application.i_Top_Other_Windows;
-    settings.b_Lumavex_Invisible_To_Capture = capture.b_Lumavex_Invisible_To_Capture;
-    settings.m_i_Screen_Capture_FPS = capture.m_i_Screen_Capture_FPS;
-    settings.i_Position_Screen_Secondary = compose.i_Position_Screen_Secondary;
-    settings.i_Size_Screen_Secondary = compose.i_Size_Screen_Secondary;
-    settings.b_Screen_Include_Mouse = capture.b_Screen_Include_Mouse;
-    settings.bOverlay = compose.bOverlay;
-    settings.i_Position_Overlay = compose.i_Position_Overlay;
-    settings.i_Size_Overlay = compose.i_Size_Overlay;
-    settings.m_i_Camera_Capture_FPS = camera.m_i_Camera_Capture_FPS;
-    settings.s_Camera_Name = camera.s_Camera_Name;
-    settings.i_Camera_CRP = camera.i_Camera_CRP;
-    settings.i_Position_Camera_Secondary = compose.i_Position_Camera_Secondary;
-    settings.i_Size_Camera_Secondary = compose.i_Size_Camera_Secondary;
-    settings.b_Record_Include_Audio = recording.b_Record_Include_Audio;
+    forEachValue(*this, settings, [](const auto& value, auto& shown) { shown = value; });
     return settings;
 }
 
 void AppDelegate::storeSettings(const DialogSettings& settings)
 {
-    application.i_Top_Other_Windows = settings.i_Top_Other_Windows;
-    storeInteger("i_Top_Other_Windows", settings.i_Top_Other_Windows);
-    capture.b_Lumavex_Invisible_To_Capture = settings.b_Lumavex_Invisible_To_Capture;
-    capture.m_i_Screen_Capture_FPS =
-        heldRate(settings.m_i_Screen_Capture_FPS, capture.m_i_Screen_Capture_FPS, options_);
-    compose.i_Position_Screen_Secondary = settings.i_Position_Screen_Secondary;
-    compose.i_Size_Screen_Secondary = settings.i_Size_Screen_Secondary;
-    capture.b_Screen_Include_Mouse = settings.b_Screen_Include_Mouse;
-    storeInteger("b_Screen_Include_Mouse", settings.b_Screen_Include_Mouse);
-    compose.bOverlay = settings.bOverlay;
-    compose.i_Position_Overlay = settings.i_Position_Overlay;
-    compose.i_Size_Overlay = settings.i_Size_Overlay;
-    camera.m_i_Camera_Capture_FPS = heldRate(settings.m_i_Camera_Capture_FPS, camera.m_i_Camera_Capture_FPS, options_);
-    camera.s_Camera_Name = settings.s_Camera_Name;
-    camera.i_Camera_CRP = settings.i_Camera_CRP;
-    compose.i_Position_Camera_Secondary = settings.i_Position_Camera_Secondary;
-    compose.i_Size_Camera_Secondary = settings.i_Size_Camera_Secondary;
-    recording.b_Record_Include_Audio = settings.b_Record_Include_Audio;
+    DialogSettings chosen = settings;
+    chosen.m_i_Screen_Capture_FPS = heldRate(settings.m_i_Screen_Capture_FPS, capture.m_i_Screen_Capture_FPS, options_);
+    chosen.m_i_Camera_Capture_FPS = heldRate(settings.m_i_Camera_Capture_FPS, camera.m_i_Camera_Capture_FPS, options_);
+    forEachValue(*this, chosen, [](auto& value, const auto& wanted) { value = wanted; });
 
+    storeInteger("i_Top_Other_Windows", settings.i_Top_Other_Windows);
+    storeInteger("b_Screen_Include_Mouse", settings.b_Screen_Include_Mouse);
     storeInteger("i_Screen_Capture_FPS", capture.m_i_Screen_Capture_FPS);
     storeInteger("i_Size_Screen_Secondary", settings.i_Size_Screen_Secondary);
     storeInteger("i_Position_Screen_Secondary", settings.i_Position_Screen_Secondary);
@@ -175,12 +172,18 @@ void AppDelegate::OnToolbarSettings()
     // The preview keeps what it needs from frame to frame, so the small picture has a compositor of its own.
     Compositor compositor;
     dialog.thumbnail().setRatio(compose.size_Video_Output.width / compose.size_Video_Output.height);
-    const auto showFrame = [this, &dialog, &compositor] {
+    std::optional<std::pair<FrameInputs, CGSize>> shown; // and in which units
+    const auto showFrame = [this, &dialog, &compositor, &shown] {
         if (!isFrameWanted())
             grabScreen();
         // The overlay's width counts units of ten pixels of the movie.
         const CGSize units{compose.size_Video_Output.width / 10, compose.size_Video_Output.height / 10};
-        dialog.thumbnail().setPicture(compositor.previewPass(frameInputs(), dialog.thumbnail().pixelSize(), units));
+        FrameInputs inputs = frameInputs();
+        const QSize pixels = dialog.thumbnail().pixelSize();
+        if (shown && shown->first == inputs && shown->second == units && dialog.thumbnail().pictureSize() == pixels)
+            return; // equal inputs give equal pixels
+        dialog.thumbnail().setPicture(compositor.previewPass(inputs, pixels, units));
+        shown.emplace(std::move(inputs), units);
     };
     const TimerId timer = platform_.runLoop->scheduleRepeating({1, 5}, RunLoopMode::Common, TimerOrder::Other,
                                                                [&showFrame](const TimerFiring&) { showFrame(); });

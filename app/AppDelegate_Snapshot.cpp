@@ -139,7 +139,8 @@ void AppDelegate::tellPictureSaved(const QString& path)
 {
     const int answer = platform_.dialogs->runAlert({QStringLiteral("Success"),
                                                     QStringLiteral("Image file saved successfully."),
-                                                    {QStringLiteral("View Image File"), QStringLiteral("Close")}});
+                                                    {QStringLiteral("View Image File"), QStringLiteral("Close")},
+                                                    Alert::Reader::User});
     if (answer == 0)
         openPage(QUrl::fromLocalFile(path));
 }

@@ -30,7 +30,7 @@ constexpr const char* eraseLine = "\r\033[K";
 
 int UnattendedDialogs::runAlert(const Alert& alert)
 {
-    if (alert.messageText != QLatin1String("Success"))
+    if (alert.reader == Alert::Reader::Anybody)
         print(stderr, QStringLiteral("lumavex: %1: %2").arg(alert.messageText, alert.informativeText));
     return static_cast<int>(alert.buttons.size()) - 1;
 }
@@ -137,7 +137,9 @@ void UnattendedRun::record()
 
 void UnattendedRun::endEarly()
 {
-    if (app_.recording.stopping)
+    if (ended_)
+        app_.cancelRescue();
+    else if (app_.recording.stopping)
         app_.cancelFinishing();
     else if (app_.recording.m_RecordStatus == Idle)
         finished({}, tr("The program was told to end before it began."), Kept::Nothing);

@@ -12,7 +12,8 @@ namespace lumavex {
 class AppDelegate;
 enum class Kept;
 
-/// Answers in place of a user: the save panel with the output file, alerts with a line on standard error.
+/// Answers in place of a user: the save panel with the output file, alerts with a line on standard error where the
+/// run's own report does not say the same.
 class UnattendedDialogs final : public Dialogs {
 public:
     explicit UnattendedDialogs(const LaunchOptions& options) : options_(options) {}
@@ -36,7 +37,7 @@ public:
 
     void begin();
     /// Stops early and saves. Before a recording began it ends the program; while picture and sound are being joined or
-    /// the movie is copied it gives that up and keeps what there is.
+    /// the movie is copied it gives that up and keeps what there is, be it of this run or of an earlier one.
     void endEarly();
     int exitStatus() const { return status_; } ///< 1 until the recording has ended
 

@@ -13,6 +13,10 @@ struct Alert {
     QString messageText;     ///< short, e.g. "Error"
     QString informativeText; ///< what happened and what to do next
     QStringList buttons;     ///< at least one; the first is the default, the last is what closing the alert means
+    enum class Reader {
+        Anybody,
+        User, ///< a run without a user says the same in its report
+    } reader = Reader::Anybody;
 };
 
 struct SavePanel {

@@ -5,6 +5,7 @@
 #include "platform/MovieWriter.h"
 #include "platform/RunLoop.h"
 #include "platform/SoundRecorder.h"
+#include "recording/FileMove.h"
 #include "recording/RecordingStatistics.h"
 #include "recording/SavedMovie.h"
 #include "recording/Window_Progress.h"
@@ -56,6 +57,7 @@ struct RecordingState {
     QString s_Video_File_Source; ///< the writer's file
     QString s_Sound_File_Source; ///< the sound file, which exists only with sound
     QString s_AV_File_Source;    ///< both joined
+    QString s_Saved_File;        ///< where the movie is being moved, or was
 
     std::unique_ptr<MovieWriter> assetWriter;
     MovieInput* assetInput = nullptr;                ///< assetWriter's
@@ -76,7 +78,9 @@ struct RecordingState {
     std::uint64_t i_Orig_Duration_in_Seconds = 0;         ///< denominator of the joining progress
     bool terminated = false;                              ///< the encoder has ended
     std::atomic<bool> cancelled = false;                  ///< joining or copying is to be given up; any thread reads it
+    bool rescueCancelled = false;                         ///< joining what an earlier run left is to be given up
     std::shared_future<MovieWriter::Result> writerResult; ///< valid from Stop to the next Record
+    std::shared_future<MoveResult> moveResult;            ///< of s_Saved_File; valid from saving to the next Record
     RecordedLengths lengths;                              ///< what the saved movie is held against; from Stop on
 };
 

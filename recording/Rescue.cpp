@@ -63,6 +63,20 @@ bool beginsAttempt(const QString& movie)
     return true;
 }
 
+/// A rescue that was killed between a sound and its movie: the sound goes back to where the movie still is.
+void takeBackSounds(const QString& recoveredFolder, const QStringList& movies)
+{
+    for (const QString& movie : movies) {
+        const QString anyMark = u'.' + QFileInfo(movie).completeBaseName() + u'*' + kMarkSuffix;
+        for (const QString& name : QDir(recoveredFolder).entryList({anyMark}, QDir::Files | QDir::Hidden)) {
+            const QString unmoved =
+                pathIn(recoveredFolder, name.mid(1).chopped(kMarkSuffix.size()) + QStringLiteral(".mov"));
+            if (!QFileInfo::exists(unmoved) && soundHoldsSamples(ownSoundPath(unmoved)))
+                moveFile(ownSoundPath(unmoved), ownSoundPath(movie), ExistingDestination::Keep);
+        }
+    }
+}
+
 /// What earlier runs put aside, but did not live to tell.
 std::vector<RescuedRecording> markedRecordings(const QString& recoveredFolder)
 {
@@ -133,11 +147,19 @@ QString joinInPlace(const RescuedRecording& recording, const RescueTools& tools,
     return {};
 }
 
+void noteSound(const RescuedRecording& recording, std::vector<RescueNote>& notes)
+{
+    if (!recording.sound.isEmpty())
+        notes.push_back({recording.sound, Text::tr("This is its sound.")});
+}
+
 void completeOne(const RescuedRecording& recording, const RescueTools& tools, RunLoop& runLoop,
                  std::vector<RescueNote>& notes)
 {
+    const auto note = [&](const QString& whatHappened) { notes.push_back({recording.movie, whatHappened}); };
     if (!beginsAttempt(recording.movie)) {
-        notes.push_back({recording.movie, Text::tr("It could not be completed and is as it was left.")});
+        note(Text::tr("It could not be completed and is as it was left."));
+        noteSound(recording, notes);
         return;
     }
     QString repairError;
@@ -154,36 +176,34 @@ void completeOne(const RescuedRecording& recording, const RescueTools& tools, Ru
     if (complete) {
         if (!recording.sound.isEmpty())
             QFile::remove(recording.sound);
-        notes.push_back({recording.movie, Text::tr("The recording was completed.")});
+        note(Text::tr("The recording was completed."));
         return;
     }
     if (!repairError.isEmpty()) {
-        notes.push_back({recording.movie, Text::tr("The recording could not be completed: %1").arg(repairError)});
-        if (!recording.sound.isEmpty())
-            notes.push_back({recording.sound, Text::tr("This is its sound.")});
+        note(Text::tr("The recording could not be completed: %1").arg(repairError));
+        noteSound(recording, notes);
         return;
     }
     if (recording.sound.isEmpty()) {
-        notes.push_back({recording.movie, Text::tr("The recording was completed.")});
+        note(Text::tr("The recording was completed."));
         return;
     }
     const QString joinError = soundError.isEmpty() ? joinInPlace(recording, tools, runLoop) : soundError;
     if (joinError.isEmpty()) {
-        notes.push_back({recording.movie, Text::tr("The recording was completed, with its sound.")});
+        note(Text::tr("The recording was completed, with its sound."));
         return;
     }
-    notes.push_back(
-        {recording.movie,
-         Text::tr("The picture was completed, but the sound could not be joined to it: %1").arg(joinError)});
-    notes.push_back({recording.sound, Text::tr("This is its sound.")});
+    note(Text::tr("The picture was completed, but the sound could not be joined to it: %1").arg(joinError));
+    noteSound(recording, notes);
 }
 
-} // namespace
+/// Done before a recording's files are moved.
+using BeforeMove = void (*)(const QString& movie);
 
-RescuedRecording putAside(const QString& movie, const QString& sound, const QString& recoveredFolder)
+RescuedRecording move(const QString& movie, const QString& sound, const QString& recoveredFolder, BeforeMove beforeMove)
 {
     RescuedRecording recording{movie, QFileInfo(sound).isFile() ? sound : QString(), {}};
-    const auto move = [&recording](QString& path, const QString& destination) {
+    const auto moveTo = [&recording](QString& path, const QString& destination) {
         const MoveResult moved = moveFile(path, destination, ExistingDestination::Keep);
         if (moved.outcome == MoveOutcome::Moved)
             path = destination;
@@ -195,8 +215,9 @@ RescuedRecording putAside(const QString& movie, const QString& sound, const QStr
     if (createFolder(recoveredFolder, recording.error) != FolderCreation::Failed) {
         const QString name =
             pathIn(recoveredFolder, freeBaseName(recoveredFolder, QFileInfo(movie).completeBaseName()));
-        if (recording.sound.isEmpty() || move(recording.sound, name + QStringLiteral(".wav")))
-            move(recording.movie, name + QStringLiteral(".mov"));
+        beforeMove(name + QStringLiteral(".mov"));
+        if (recording.sound.isEmpty() || moveTo(recording.sound, name + QStringLiteral(".wav")))
+            moveTo(recording.movie, name + QStringLiteral(".mov"));
     }
     if (!recording.error.isEmpty() && recording.sound == sound && !sound.isEmpty() && sound != ownSoundPath(movie)) {
         const MoveResult renamed = moveFile(sound, ownSoundPath(movie), ExistingDestination::Keep);
@@ -204,6 +225,13 @@ RescuedRecording putAside(const QString& movie, const QString& sound, const QStr
             recording.sound = ownSoundPath(movie);
     }
     return recording;
+}
+
+} // namespace
+
+RescuedRecording putAside(const QString& movie, const QString& sound, const QString& recoveredFolder)
+{
+    return move(movie, sound, recoveredFolder, [](const QString&) {});
 }
 
 std::vector<RescuedRecording> rescueLeftRecordings(const QString& videoFolder, const QString& recoveredFolder)
@@ -215,6 +243,7 @@ std::vector<RescuedRecording> rescueLeftRecordings(const QString& videoFolder, c
         if (isDateStampedMovie(name) && movieHoldsFrames(path))
             movies.append(path);
     }
+    takeBackSounds(recoveredFolder, movies);
     std::vector<RescuedRecording> recordings = markedRecordings(recoveredFolder);
     const QString latestSound = pathIn(videoFolder, kSoundFileName);
     for (const QString& movie : movies) {
@@ -223,9 +252,7 @@ std::vector<RescuedRecording> rescueLeftRecordings(const QString& videoFolder, c
             sound = ownSoundPath(movie);
         else if (movie == movies.last() && soundHoldsSamples(latestSound))
             sound = latestSound;
-        recordings.push_back(putAside(movie, sound, recoveredFolder));
-        if (recordings.back().error.isEmpty())
-            mark(recordings.back().movie);
+        recordings.push_back(move(movie, sound, recoveredFolder, mark));
     }
     return recordings;
 }
@@ -249,8 +276,7 @@ std::vector<RescueNote> completeRescued(const std::vector<RescuedRecording>& rec
             continue;
         }
         notes.push_back({recording.movie, recording.error});
-        if (!recording.sound.isEmpty())
-            notes.push_back({recording.sound, Text::tr("This is its sound.")});
+        noteSound(recording, notes);
     }
     return notes;
 }

@@ -34,8 +34,8 @@ RescuedRecording putAside(const QString& movie, const QString& sound, const QStr
 /// Start-up, before the working folders are emptied: puts aside every date-stamped movie that an earlier, killed run
 /// left in the video folder, oldest first, with the sound of its own name, the latest one else with the sound file.
 /// Movies without frames and a joined file, which belongs to a recording that was finished, are left to be removed.
-/// Takes no time within one file system. Each is marked until forgetRescued; those still marked, because the run that
-/// was to complete them was killed too, come again.
+/// Takes no time within one file system. Each is marked, before it is moved, until forgetRescued; those still marked,
+/// because the run that was to complete them was killed too, come again.
 std::vector<RescuedRecording> rescueLeftRecordings(const QString& videoFolder, const QString& recoveredFolder);
 
 /// Whether everything worth keeping is out of the video folder.

@@ -18,6 +18,7 @@ public:
     void setRatio(double ratio);
     /// Null: there is no frame yet.
     void setPicture(const QImage& frame);
+    QSize pictureSize() const { return frame_.size(); }
     void setOutlines(std::vector<FrameOutline> outlines);
 
     /// The size of a picture that is shown pixel for pixel.

@@ -68,13 +68,13 @@ class DisksTest(EndToEndTest):
         home = self.home_on_disk("100m")
         program = self.start(Lumavex(home, "--record", 60, "--output", home.videos / "movie.mov", "--ignore-load"))
         self.assertEqual((program.wait(20), program.stdout), (1, ""))
-        self.assertIn("too little space left", program.stderr)
+        self.assertEqual(program.stderr.count("too little space left"), 1, program.stderr)
         self.assertEqual(home.working_files(), [])
 
     def assert_kept_instead(self, text, output, home):
         program, path = self.start_recording(home, 1.5, output=output)
         self.assertEqual((program.wait(20), program.stdout), (3, ""), program.stderr)
-        self.assertIn(text, program.stderr)
+        self.assertEqual(program.stderr.count(text), 1, program.stderr)
         (kept,) = home.recovered_folder.iterdir()
         self.assertIn(str(kept), program.stderr)
         self.assert_movie(Movie(kept), 1.5, tolerance=0.04)

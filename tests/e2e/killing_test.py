@@ -99,7 +99,7 @@ class KillingTest(EndToEndTest):
         press("Return")
         wait_for("the folder", shown.exists)
         wait_for("its name", lambda: shown.read_text().rstrip().endswith(str(home.recovered_folder)))
-        self.assertEqual([file.name for file in home.recovered_folder.iterdir()], [stamp])
+        wait_for("nothing else", lambda: [file.name for file in home.recovered_folder.iterdir()] == [stamp])  # it is told
         self.assertEqual(home.working_files(), [])
         movie = Movie(home.recovered_folder / stamp, scene)
         self.assertEqual(sorted(each["codec_name"] for each in movie.streams()), ["mjpeg", "pcm_s16le"])

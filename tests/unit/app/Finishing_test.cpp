@@ -1,25 +1,54 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/Unattended.h"
 #include "tests/unit/app/Program.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QPushButton>
+#include <QSemaphore>
+#include <QSignalSpy>
+#include <QStorageInfo>
+
+#include <utility>
 
 using namespace lumavex;
 using namespace std::chrono_literals;
 
-TEST_F(Program, TheJoinedFileIsSavedUnderTheStampedNameAndTheWorkingFilesGo)
+namespace {
+
+struct Finishing : Program {
+    const QString saved = home.filePath(QStringLiteral("saved.mov"));
+    const QString recoveredFolder = home.filePath(QStringLiteral("Documents/LumavexRecovered"));
+
+    /// Two seconds, with the files that the fakes do not write.
+    void record(const QByteArray& content = "recorded")
+    {
+        window->btnRecord->trigger();
+        loop->advance(2s);
+        write(app->recording.s_Video_File_Source, content);
+        if (app->recording.soundRecorder)
+            write(app->recording.s_Sound_File_Source, content);
+    }
+    static void write(const QString& path, const QByteArray& content)
+    {
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size()) << qPrintable(path);
+    }
+    static QByteArray read(const QString& path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+    }
+    QStringList recovered() const { return QDir(recoveredFolder).entryList(QDir::Files); }
+};
+
+TEST_F(Finishing, TheJoinedFileIsSavedUnderTheStampedNameAndTheWorkingFilesGo)
 {
     ASSERT_TRUE(launch());
-    window->btnRecord->trigger();
-    loop->advance(2s);
+    record();
     const QString picture = app->recording.s_Video_File_Source;
-    for (const QString& path : {picture, app->recording.s_Sound_File_Source}) {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    }
-    const QString saved = home.filePath(QStringLiteral("saved.mov"));
     dialogs->savePaths = {saved};
     dialogs->answers = {0};
     window->btnStop->trigger();
@@ -34,33 +63,28 @@ TEST_F(Program, TheJoinedFileIsSavedUnderTheStampedNameAndTheWorkingFilesGo)
     EXPECT_EQ(dialogs->opened, std::vector<QUrl>{QUrl::fromLocalFile(saved)});
 }
 
-TEST_F(Program, AFailedEncoderKeepsPictureAndSoundAndOffersThePictureAlone)
+TEST_F(Finishing, AnEncoderThatFailsOrLeavesSomethingOutKeepsPictureAndSound)
 {
     ASSERT_TRUE(launch());
+    const QSignalSpy finished(app.get(), &AppDelegate::recordingFinished);
+    const auto expectKept = [&](const QString& why, qsizetype files) {
+        record();
+        window->btnStop->trigger();
+        EXPECT_TRUE(dialogs->savePanels.empty());
+        EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(recoveredFolder));
+        EXPECT_EQ(recovered().size(), files);
+        EXPECT_EQ(finished.back().at(0), QString());
+        EXPECT_TRUE(finished.back().at(1).toString().contains(why));
+        EXPECT_EQ(app->recording.m_RecordStatus, Idle);
+    };
     encoder.failure = QStringLiteral("It crashed.");
-    encoder.work = {};
-    window->btnRecord->trigger();
-    loop->advance(2s);
-    for (const QString& path : {app->recording.s_Video_File_Source, app->recording.s_Sound_File_Source}) {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("kept");
-    }
-    QString path, problem;
-    QObject::connect(app.get(), &AppDelegate::recordingFinished, [&](const QString& p, const QString& why) {
-        path = p;
-        problem = why;
-    });
-    window->btnStop->trigger();
-    const QDir recovered(home.filePath(QStringLiteral("Documents/LumavexRecovered")));
-    EXPECT_EQ(recovered.entryList(QDir::Files).size(), 2);
-    EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(recovered.path()));
-    EXPECT_TRUE(problem.contains(QStringLiteral("It crashed.")));
-    EXPECT_EQ(path, QString());
-    EXPECT_EQ(app->recording.m_RecordStatus, Idle);
+    expectKept(encoder.failure, 2);
+    encoder.failure.clear();
+    readMovie = MovieFacts{QStringLiteral("The movie is not complete."), {}, {}};
+    expectKept(readMovie->error, 4);
 }
 
-TEST_F(Program, AMoveThatFailsAsksAgainAndThenKeepsTheMovie)
+TEST_F(Finishing, AMoveThatFailsAsksAgainAndThenKeepsTheMovie)
 {
     ASSERT_TRUE(launch());
     window->btnRecord->trigger();
@@ -69,37 +93,24 @@ TEST_F(Program, AMoveThatFailsAsksAgainAndThenKeepsTheMovie)
     dialogs->answers = {0, 1};
     window->btnStop->trigger();
     EXPECT_EQ(dialogs->savePanels.size(), 2U);
-    const QDir recovered(home.filePath(QStringLiteral("Documents/LumavexRecovered")));
-    ASSERT_EQ(recovered.entryList(QDir::Files).size(), 1);
-    EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(recovered.entryList(QDir::Files).at(0)));
+    ASSERT_EQ(recovered().size(), 1);
+    EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(recovered().at(0)));
 }
 
-TEST_F(Program, WhatCannotBePutAsideIsNotRemoved)
+TEST_F(Finishing, WhatCannotBePutAsideIsNotRemoved)
 {
     QDir().mkpath(home.filePath(QStringLiteral("Documents")));
     QFile inTheWay(home.filePath(QStringLiteral("Documents/LumavexRecovered")));
     ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
     ASSERT_TRUE(launch());
-    const auto record = [this](const QByteArray& content) {
-        window->btnRecord->trigger();
-        loop->advance(2s);
-        for (const QString& path : {app->recording.s_Video_File_Source, app->recording.s_Sound_File_Source}) {
-            QFile file(path);
-            EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-        }
-        window->btnStop->trigger();
-    };
-    const auto content = [](const QString& path) {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-    };
     const QDir video(videoFolder());
 
     encoder.failure = QStringLiteral("It crashed.");
     record("first");
+    window->btnStop->trigger();
     const QString first = QFileInfo(app->recording.s_Video_File_Source).completeBaseName();
-    EXPECT_EQ(content(video.filePath(first + QStringLiteral(".mov"))), "first");
-    EXPECT_EQ(content(video.filePath(first + QStringLiteral(".wav"))), "first");
+    EXPECT_EQ(read(video.filePath(first + QStringLiteral(".mov"))), "first");
+    EXPECT_EQ(read(video.filePath(first + QStringLiteral(".wav"))), "first");
     EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(video.filePath(first + QStringLiteral(".mov"))));
     ASSERT_TRUE(QFile::rename(video.filePath(first + QStringLiteral(".mov")), video.filePath(QStringLiteral("x.mov"))));
 
@@ -107,21 +118,19 @@ TEST_F(Program, WhatCannotBePutAsideIsNotRemoved)
     dialogs->savePaths = {QStringLiteral("/proc/nowhere/a.mov")};
     dialogs->answers = {1};
     record("second");
-    EXPECT_EQ(content(app->recording.s_Video_File_Source), "joined") << "the joined movie bears the stamped name";
-    EXPECT_EQ(content(video.filePath(first + QStringLiteral(".wav"))), "first");
+    window->btnStop->trigger();
+    EXPECT_EQ(read(app->recording.s_Video_File_Source), "joined") << "the joined movie bears the stamped name";
+    EXPECT_EQ(read(video.filePath(first + QStringLiteral(".wav"))), "first");
 }
 
-TEST_F(Program, AMovieIsNotSavedWhereTheNextStartRemovesItAndElsewhereItGetsAnOrdinaryMode)
+TEST_F(Finishing, AMovieIsNotSavedWhereTheNextStartRemovesItAndElsewhereItGetsAnOrdinaryMode)
 {
     ASSERT_TRUE(launch());
     app->recording.b_Record_Include_Audio = 0;
-    window->btnRecord->trigger();
-    loop->advance(2s);
-    QFile picture(app->recording.s_Video_File_Source);
-    ASSERT_TRUE(picture.open(QIODevice::WriteOnly));
-    picture.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
-    const QString saved = home.filePath(QStringLiteral("saved.mov"));
-    dialogs->savePaths = {picture.fileName(), saved};
+    record();
+    const QString picture = app->recording.s_Video_File_Source;
+    QFile::setPermissions(picture, QFile::ReadOwner | QFile::WriteOwner);
+    dialogs->savePaths = {picture, saved};
     dialogs->answers = {0};
     window->btnStop->trigger();
     EXPECT_EQ(dialogs->savePanels.size(), 2U);
@@ -131,7 +140,7 @@ TEST_F(Program, AMovieIsNotSavedWhereTheNextStartRemovesItAndElsewhereItGetsAnOr
     EXPECT_EQ(QFileInfo(saved).permissions(), QFileInfo(ordinary).permissions());
 }
 
-TEST_F(Program, ATimerThatStopsTheRecordingWhileStopCatchesUpStopsItOnce)
+TEST_F(Finishing, ATimerThatStopsTheRecordingWhileStopCatchesUpStopsItOnce)
 {
     ASSERT_TRUE(launch());
     window->btnRecord->trigger();
@@ -144,7 +153,7 @@ TEST_F(Program, ATimerThatStopsTheRecordingWhileStopCatchesUpStopsItOnce)
     EXPECT_FALSE(app->recording.stopping);
 }
 
-TEST_F(Program, WhatFailsWhileFinishingIsTold)
+TEST_F(Finishing, WhatFailsWhileFinishingIsTold)
 {
     ASSERT_TRUE(launch());
     window->btnRecord->trigger();
@@ -154,29 +163,23 @@ TEST_F(Program, WhatFailsWhileFinishingIsTold)
     EXPECT_EQ(window->findChild<MessageStrip*>()->accessibleName(), QStringLiteral("The disk is full."));
 }
 
-TEST_F(Program, AWriterThatFailsEndsTheRecordingAndKeepsWhatThereIs)
+TEST_F(Finishing, AWriterThatFailsEndsTheRecordingAndKeepsWhatThereIs)
 {
     ASSERT_TRUE(launch());
     window->btnRecord->trigger();
     loop->advance(3s);
-    dialogs->savePaths = {home.filePath(QStringLiteral("saved.mov"))};
+    dialogs->savePaths = {saved};
     movie->fail(QStringLiteral("The disk is full."));
     loop->advance(1500ms);
     EXPECT_EQ(app->recording.m_RecordStatus, Idle);
     EXPECT_TRUE(movie->finishRequested());
-    EXPECT_TRUE(QFile::exists(home.filePath(QStringLiteral("saved.mov"))));
+    EXPECT_TRUE(QFile::exists(saved));
 }
 
-TEST_F(Program, ASavedMovieThatLacksSomethingIsToldAndEverythingKept)
+TEST_F(Finishing, ASavedMovieThatLacksSomethingIsToldAndEverythingKept)
 {
     ASSERT_TRUE(launch());
-    window->btnRecord->trigger();
-    loop->advance(2s);
-    for (const QString& path : {app->recording.s_Video_File_Source, app->recording.s_Sound_File_Source}) {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    }
-    const QString saved = home.filePath(QStringLiteral("saved.mov"));
+    record();
     dialogs->savePaths = {saved};
     const auto frames = [this] { return std::int64_t(movie->appends().size()); };
     // Whole when it was joined, a frame short when it was moved.
@@ -185,47 +188,23 @@ TEST_F(Program, ASavedMovieThatLacksSomethingIsToldAndEverythingKept)
         facts.picture = MovieFacts::Track{frames() - (path == saved ? 1 : 0), CMTimeGetSeconds(movie->end())};
         return facts;
     };
-    Kept kept = Kept::Nothing;
-    QObject::connect(app.get(), &AppDelegate::recordingFinished,
-                     [&kept](const QString&, const QString&, Kept what) { kept = what; });
+    const QSignalSpy finished(app.get(), &AppDelegate::recordingFinished);
     dialogs->answers = {0};
     window->btnStop->trigger();
-    const QString recovered = home.filePath(QStringLiteral("Documents/LumavexRecovered"));
     EXPECT_TRUE(QFile::exists(saved));
-    EXPECT_EQ(QDir(recovered).entryList(QDir::Files).size(), 2);
+    EXPECT_EQ(recovered().size(), 2);
     EXPECT_NE(dialogs->alerts.back().messageText, QStringLiteral("Success"));
-    EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(recovered));
-    EXPECT_EQ(dialogs->opened, std::vector<QUrl>{QUrl::fromLocalFile(recovered)});
-    EXPECT_EQ(kept, Kept::Otherwise);
+    EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(recoveredFolder));
+    EXPECT_EQ(dialogs->opened, std::vector<QUrl>{QUrl::fromLocalFile(recoveredFolder)});
+    EXPECT_EQ(finished.at(0).at(2).value<Kept>(), Kept::Otherwise);
 }
 
-TEST_F(Program, AnEncoderThatLeavesSomethingOutHasFailed)
-{
-    ASSERT_TRUE(launch());
-    window->btnRecord->trigger();
-    loop->advance(2s);
-    for (const QString& path : {app->recording.s_Video_File_Source, app->recording.s_Sound_File_Source}) {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    }
-    readMovie = MovieFacts{QStringLiteral("The movie is not complete."), {}, {}};
-    window->btnStop->trigger();
-    EXPECT_TRUE(dialogs->savePanels.empty());
-    EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(QStringLiteral("not complete")));
-    EXPECT_EQ(QDir(home.filePath(QStringLiteral("Documents/LumavexRecovered"))).entryList(QDir::Files).size(), 2);
-}
-
-TEST_F(Program, CancellingAJoinThatHangsKeepsBothFiles)
+TEST_F(Finishing, CancellingAJoinThatHangsKeepsBothFiles)
 {
     ASSERT_TRUE(launch());
     encoder.end = FakeChildProcess::End::WhenTerminated;
     window->show();
-    window->btnRecord->trigger();
-    loop->advance(2s);
-    for (const QString& path : {app->recording.s_Video_File_Source, app->recording.s_Sound_File_Source}) {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    }
+    record();
     loop->scheduleOnce({3, 1}, [this](const TimerFiring&) {
         auto* button = window->findChild<QPushButton*>(QStringLiteral("btnCancel"));
         ASSERT_TRUE(button && button->isVisible());
@@ -233,11 +212,11 @@ TEST_F(Program, CancellingAJoinThatHangsKeepsBothFiles)
     });
     window->btnStop->trigger();
     EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(QStringLiteral("cancelled")));
-    EXPECT_EQ(QDir(home.filePath(QStringLiteral("Documents/LumavexRecovered"))).entryList(QDir::Files).size(), 2);
+    EXPECT_EQ(recovered().size(), 2);
     EXPECT_FALSE(app->recording.stopping);
 }
 
-TEST_F(Program, WithoutAUserAJoinThatHangsIsGivenUp)
+TEST_F(Finishing, WithoutAUserAJoinThatHangsIsGivenUp)
 {
     options.recordSeconds = 2;
     ASSERT_TRUE(launch());
@@ -250,7 +229,89 @@ TEST_F(Program, WithoutAUserAJoinThatHangsIsGivenUp)
     EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(QStringLiteral("60 seconds")));
 }
 
-TEST_F(Program, TimesNeitherRepeatNorGoBackWhateverTheClockDoes)
+TEST_F(Finishing, WithoutAUserACancelBeforeTheCopyHolds)
+{
+    const QTemporaryDir other(QStringLiteral("/dev/shm/lumavex-finishing-XXXXXX"));
+    if (QStorageInfo(other.path()).device() == QStorageInfo(home.path()).device())
+        GTEST_SKIP() << "there is one file system only";
+    options.recordSeconds = 2;
+    ASSERT_TRUE(launch());
+    platform.readMovie = [this](const QString&) {
+        app->cancelFinishing(); // between joining and copying
+        return MovieFacts{
+            {}, MovieFacts::Track{std::int64_t(movie->appends().size()), CMTimeGetSeconds(movie->end())}, {}};
+    };
+    dialogs->savePaths = {other.filePath(QStringLiteral("saved.mov"))};
+    record();
+    window->btnStop->trigger();
+    EXPECT_TRUE(QDir(other.path()).isEmpty());
+    ASSERT_EQ(recovered().size(), 1);
+    EXPECT_EQ(read(recoveredFolder + u'/' + recovered().at(0)), "joined");
+}
+
+TEST_F(Finishing, AScreenThatGoesWhileTheSavedMovieIsReadChangesNothing)
+{
+    options.recordSeconds = 2;
+    for (const std::int64_t withSound : {1, 0}) {
+        ASSERT_TRUE(launch());
+        app->recording.b_Record_Include_Audio = withSound;
+        dialogs->savePanels.clear();
+        dialogs->savePaths = {saved};
+        QSignalSpy finished(app.get(), &AppDelegate::recordingFinished);
+        QSemaphore ended;
+        bool gone = false;
+        platform.readMovie = [&, whole = platform.readMovie](const QString& path) {
+            if (path == saved && !std::exchange(gone, true)) {
+                QMetaObject::invokeMethod(
+                    app.get(),
+                    [&] {
+                        app->finishWithoutScreen(); // the real program ends here
+                        ASSERT_EQ(finished.size(), 1);
+                        EXPECT_EQ(finished.at(0).at(0), saved);
+                        EXPECT_EQ(finished.at(0).at(1), QString());
+                        EXPECT_EQ(finished.at(0).at(2).value<Kept>(), Kept::AsAsked);
+                        EXPECT_TRUE(QDir(videoFolder()).isEmpty());
+                        ended.release();
+                    },
+                    Qt::QueuedConnection);
+                EXPECT_TRUE(ended.tryAcquire(1, 20000));
+            }
+            return whole(path);
+        };
+        record();
+        window->btnStop->trigger();
+        EXPECT_TRUE(gone);
+        EXPECT_EQ(dialogs->savePanels.size(), 1U) << "saved twice";
+        EXPECT_EQ(read(saved), withSound == 1 ? "joined" : "recorded");
+        EXPECT_TRUE(recovered().isEmpty());
+    }
+}
+
+TEST_F(Finishing, ARunThatIsOverCanBeEndedWhileItCompletesWhatAnEarlierOneLeft)
+{
+    QDir().mkpath(videoFolder());
+    write(videoFolder() + QStringLiteral("/2026-07-09-10-00-00.mov"), QByteArray(4096, 1));
+    write(videoFolder() + QStringLiteral("/audio.wav"),
+          QByteArray::fromHex("524946463400000057415645666d742010000000010002"
+                              "0044ac000010b102000400100064617461100000000101010101010101"
+                              "0101010101010101"));
+    options.snapshot = home.filePath(QStringLiteral("picture.png"));
+    platform.repairMovie = [](const QString&) { return QString(); };
+    readMovie = MovieFacts{QStringLiteral("It grows."), {}, {}};
+    encoder.end = FakeChildProcess::End::WhenTerminated;
+    ASSERT_TRUE(launch());
+    UnattendedRun run(*app, *loop, options);
+    Q_EMIT app->pictureFinished({});
+    loop->scheduleOnce({3, 1}, [&run](const TimerFiring&) { run.endEarly(); });
+    const Nanoseconds begin = clock.time;
+    EXPECT_EQ(QApplication::exec(), 1);
+    EXPECT_EQ(launches.size(), 1U);
+    EXPECT_LT(clock.time - begin, 10s);
+    EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(QStringLiteral("cancelled")));
+    EXPECT_EQ(recovered().size(), 2);
+}
+
+TEST_F(Finishing, TimesNeitherRepeatNorGoBackWhateverTheClockDoes)
 {
     ASSERT_TRUE(launch());
     app->recording.i_fps_of_Recording = 30;
@@ -272,7 +333,7 @@ TEST_F(Program, TimesNeitherRepeatNorGoBackWhateverTheClockDoes)
     EXPECT_NEAR(CMTimeGetSeconds(movie->end()), recorded, 0.04) << "nothing is lost";
 }
 
-TEST_F(Program, AnotherResolutionOfTheScreenIsFittedIntoTheRunningMovie)
+TEST_F(Finishing, AnotherResolutionOfTheScreenIsFittedIntoTheRunningMovie)
 {
     ASSERT_TRUE(launch());
     window->btnRecord->trigger();
@@ -291,3 +352,5 @@ TEST_F(Program, AnotherResolutionOfTheScreenIsFittedIntoTheRunningMovie)
     EXPECT_EQ(frame.pixelColor(5, 240), QColor(Qt::black)) << "in its own proportions";
     EXPECT_EQ(app->recording.m_RecordStatus, Recording);
 }
+
+} // namespace

@@ -276,6 +276,34 @@ TEST_F(Settings, TheThumbnailShowsTheFrameAndWhatIsChosen)
     EXPECT_EQ(app->outlinesOf(app->dialogSettings(), SettingsSubject::Screen).size(), 2U);
 }
 
+TEST_F(Settings, TheThumbnailIsMadeAnewOnlyWhenTheFrameChanges)
+{
+    struct Paintings : QObject {
+        int count = 0;
+        bool eventFilter(QObject*, QEvent* event) override
+        {
+            count += event->type() == QEvent::Paint ? 1 : 0;
+            return false;
+        }
+    } paintings;
+    ASSERT_TRUE(start(Camera::None));
+    change(
+        [&] {
+            const auto paintedInASecond = [&] {
+                paintings.count = 0;
+                loop->advance(1s);
+                QApplication::processEvents();
+                return paintings.count > 0;
+            };
+            paintedInASecond();
+            control<FrameThumbnail>("thumbnail").installEventFilter(&paintings);
+            EXPECT_FALSE(paintedInASecond());
+            paint(Qt::blue);
+            EXPECT_TRUE(paintedInASecond());
+        },
+        Answer::Cancel);
+}
+
 TEST_F(Settings, NotWhileARecordingExists)
 {
     ASSERT_TRUE(start(Camera::None));

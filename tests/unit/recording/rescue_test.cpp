@@ -78,6 +78,12 @@ protected:
 
     QString video(const QString& name) const { return folder_.filePath("LumavexVideo/" + name); }
     QString recovered(const QString& name) const { return folder_.filePath("LumavexRecovered/" + name); }
+    /// As a killed run leaves it.
+    void leaveRecording() const
+    {
+        put(video("2026-07-09-10-00-00.mov"), killedMovie());
+        put(video("audio.wav"), wave(4000, QByteArray(4000, 1)));
+    }
     static void put(const QString& path, const QByteArray& content)
     {
         QFile file(path);
@@ -102,6 +108,17 @@ protected:
     {
         tools.createChildProcess = FakeChildProcess::factory(script, &launches);
         return completeRescued(recordings, tools, runLoop_);
+    }
+
+    /// What cannot be completed stays and is named.
+    void expectKeptInTwo(const std::vector<RescueNote>& notes, const char* why) const
+    {
+        ASSERT_EQ(notes.size(), 2U);
+        EXPECT_EQ(notes[0].path, recovered("2026-07-09-10-00-00.mov"));
+        EXPECT_THAT(notes[0].whatHappened.toStdString(), HasSubstr(why));
+        EXPECT_EQ(notes[1].path, recovered("2026-07-09-10-00-00.wav"));
+        EXPECT_EQ(filesRecovered(), (QStringList{"2026-07-09-10-00-00.mov", "2026-07-09-10-00-00.wav"}));
+        EXPECT_EQ(read(notes[0].path), killedMovie());
     }
 
     RescueTools tools;
@@ -172,8 +189,7 @@ TEST_F(RescueTest, WhatCannotBePutAsideKeepsTheVideoFolderFromBeingEmptied)
 
 TEST_F(RescueTest, WhatCannotBePutAsideStaysOutOfTheWayOfTheNextRecordingAndIsFoundLater)
 {
-    put(video("2026-07-09-10-00-00.mov"), killedMovie());
-    put(video("audio.wav"), wave(4000, QByteArray(4000, 1)));
+    leaveRecording();
     put(recovered("").chopped(1), "a file where the folder should be");
     rescue();
     // The next recording, which is killed as well.
@@ -207,36 +223,25 @@ TEST_F(RescueTest, JoinsPictureAndSoundUnderTheMoviesName)
     EXPECT_THAT(rescueMessage(notes).toStdString(), HasSubstr(recordings[0].movie.toStdString()));
 }
 
-TEST_F(RescueTest, WhatCannotBeJoinedStaysAndIsNamed)
+TEST_F(RescueTest, WhatCannotBeJoinedIsTriedTwiceAndThenGivenUp)
 {
-    put(video("2026-07-09-10-00-00.mov"), killedMovie());
-    put(video("audio.wav"), wave(4000, QByteArray(4000, 1)));
+    leaveRecording();
     script.failure = "The program failed.";
-    const std::vector<RescuedRecording> recordings = rescue();
-    const std::vector<RescueNote> notes = complete(recordings);
-    EXPECT_EQ(filesRecovered(), (QStringList{"2026-07-09-10-00-00.mov", "2026-07-09-10-00-00.wav"}));
-    EXPECT_EQ(read(recordings[0].movie), killedMovie());
-    ASSERT_EQ(notes.size(), 2U);
-    EXPECT_THAT(notes[0].whatHappened.toStdString(), HasSubstr("The program failed."));
-    EXPECT_EQ(notes[1].path, recordings[0].sound);
+    for (const char* why : {"The program failed.", "The program failed.", "as it was left"})
+        expectKeptInTwo(complete(rescue()), why);
+    EXPECT_EQ(launches.size(), 2U);
 }
 
 TEST_F(RescueTest, AJoinedFileThatLacksFramesReplacesNothing)
 {
-    put(video("2026-07-09-10-00-00.mov"), killedMovie());
-    put(video("audio.wav"), wave(4000, QByteArray(4000, 1)));
+    leaveRecording();
     framesJoined = 29;
-    const std::vector<RescuedRecording> recordings = rescue();
-    const std::vector<RescueNote> notes = complete(recordings);
-    EXPECT_THAT(notes[0].whatHappened.toStdString(), HasSubstr("29 frames of 30"));
-    EXPECT_EQ(filesRecovered(), (QStringList{"2026-07-09-10-00-00.mov", "2026-07-09-10-00-00.wav"}));
-    EXPECT_EQ(read(recordings[0].movie), killedMovie());
+    expectKeptInTwo(complete(rescue()), "29 frames of 30");
 }
 
 TEST_F(RescueTest, WhatTheUserWasNotToldOfComesAgainUntilTwoAttemptsHaveFailed)
 {
-    put(video("2026-07-09-10-00-00.mov"), killedMovie());
-    put(video("audio.wav"), wave(4000, QByteArray(4000, 1)));
+    leaveRecording();
     rescue(); // and killed
     std::vector<RescuedRecording> again = rescue();
     ASSERT_EQ(again.size(), 1U);
@@ -260,13 +265,29 @@ TEST_F(RescueTest, WhatTheUserWasNotToldOfComesAgainUntilTwoAttemptsHaveFailed)
 
 TEST_F(RescueTest, AKillBetweenTheJoinedMovieAndTheRemovalOfItsSoundIsNoFault)
 {
-    put(video("2026-07-09-10-00-00.mov"), killedMovie());
-    put(video("audio.wav"), wave(4000, QByteArray(4000, 1)));
+    leaveRecording();
     const auto recordings = rescue();
     put(recordings[0].movie, "joined");
     EXPECT_EQ(complete(rescue()).at(0).whatHappened, "The recording was completed.");
     EXPECT_EQ(filesRecovered(), QStringList{"2026-07-09-10-00-00.mov"});
     EXPECT_TRUE(launches.empty());
+}
+
+TEST_F(RescueTest, ARescueThatEndedBetweenTheSoundAndItsMovieIsTakenUpAgain)
+{
+    leaveRecording();
+    QDir().mkpath(recovered(""));
+    ASSERT_TRUE(QFile::link(recovered("nothing"), recovered("2026-07-09-10-00-00.mov"))); // no movie goes there
+    EXPECT_FALSE(allPutAside(rescue()));
+    EXPECT_TRUE(QFile::exists(recovered("2026-07-09-10-00-00.wav")));
+    QFile::remove(recovered("2026-07-09-10-00-00.mov"));
+    for (const char* start : {"the next", "one more, since nobody was told"}) {
+        const auto recordings = rescue();
+        ASSERT_EQ(recordings.size(), 1U) << start;
+        EXPECT_EQ(recordings[0].movie, recovered("2026-07-09-10-00-00.mov"));
+        EXPECT_EQ(recordings[0].sound, recovered("2026-07-09-10-00-00.wav"));
+    }
+    EXPECT_EQ(filesRecovered(), (QStringList{"2026-07-09-10-00-00.mov", "2026-07-09-10-00-00.wav"}));
 }
 
 TEST_F(RescueTest, PlantedLinksAreNotFollowed)
@@ -286,14 +307,10 @@ TEST_F(RescueTest, PlantedLinksAreNotFollowed)
 
 TEST_F(RescueTest, AMovieThatCannotBeCompletedIsNotJoined)
 {
-    put(video("2026-07-09-10-00-00.mov"), killedMovie());
-    put(video("audio.wav"), wave(4000, QByteArray(4000, 1)));
+    leaveRecording();
     repairError = "no fragments";
-    const std::vector<RescueNote> notes = complete(rescue());
+    expectKeptInTwo(complete(rescue()), "no fragments");
     EXPECT_TRUE(launches.empty());
-    ASSERT_EQ(notes.size(), 2U);
-    EXPECT_THAT(notes[0].whatHappened.toStdString(), HasSubstr("no fragments"));
-    EXPECT_EQ(filesRecovered().size(), 2);
 }
 
 TEST_F(RescueTest, MoviesWithoutFramesAreTold)
