@@ -16,6 +16,11 @@
 
 namespace lumavex {
 
+namespace {
+/// Named, since to find it out Qt would load the plugins for all other formats first.
+constexpr const char* bundleFormat = "PNG";
+} // namespace
+
 AppDelegate::AppDelegate(Platform& platform, Window_Main& window, const LaunchOptions& options)
     : platform_(platform), window_(window), options_(options), cameraDelegate(*platform.cameras, camera)
 {
@@ -45,8 +50,8 @@ bool AppDelegate::applicationDidFinishLaunching()
     for (QAction* item : {window_.btnPause, window_.btnStop, window_.menuPause, window_.menuStop,
                           window_.toolbarEntireScreen, window_.menuEntireScreen})
         item->setEnabled(false);
-    capture.imgMouseCursor =
-        QImage(QStringLiteral(":/images/mousecursor.png")).convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    capture.imgMouseCursor = QImage(QStringLiteral(":/images/mousecursor.png"), bundleFormat)
+                                 .convertToFormat(QImage::Format_ARGB32_Premultiplied);
     GetScreenSize();
     window_.hide();
 
@@ -74,7 +79,7 @@ bool AppDelegate::applicationDidFinishLaunching()
     compose.timerdebug1Second = platform_.runLoop->scheduleRepeating(
         {1, 1}, RunLoopMode::Common, TimerOrder::Second, [this](const TimerFiring&) { TimerDebug1SecondRoutine(); });
 
-    compose.imgOverlay = QImage(QStringLiteral(":/images/SelectImage.png"));
+    compose.imgOverlay = QImage(QStringLiteral(":/images/SelectImage.png"), bundleFormat);
     compose.serialOverlay = 1;
     compose.bOverlay = false;
     setUpSourceControls();
@@ -105,7 +110,13 @@ void AppDelegate::showMainWindow()
         window_.showMessage(launchProblem);
     if (application.sffmpegPath.isEmpty())
         window_.showMessage(tr("The program ffmpeg is not installed. Recordings with sound need it."));
-    platform_.runLoop->scheduleOnce({1, 2}, [this](const TimerFiring&) { finishRescue(); });
+    // What the window can do without until it is there and drawn.
+    platform_.runLoop->scheduleOnce({1, 10}, [this](const TimerFiring&) { cameraDelegate.beginListing(); });
+    platform_.runLoop->scheduleOnce({1, 2}, [this](const TimerFiring&) {
+        if (camera.arrayCameras.isEmpty())
+            camera.arrayCameras = cameraDelegate.enumCameras();
+        finishRescue();
+    });
 }
 
 bool AppDelegate::createWorkingFolders()
