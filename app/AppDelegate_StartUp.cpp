@@ -17,8 +17,10 @@
 namespace lumavex {
 
 namespace {
-/// Named, since to find it out Qt would load the plugins for all other formats first.
-constexpr const char* bundleFormat = "PNG";
+QImage bundleImage(const char* name)
+{
+    return QImage(QStringLiteral(":/images/%1.png").arg(QLatin1String(name)), "PNG");
+}
 } // namespace
 
 AppDelegate::AppDelegate(Platform& platform, Window_Main& window, const LaunchOptions& options)
@@ -50,8 +52,6 @@ bool AppDelegate::applicationDidFinishLaunching()
     for (QAction* item : {window_.btnPause, window_.btnStop, window_.menuPause, window_.menuStop,
                           window_.toolbarEntireScreen, window_.menuEntireScreen})
         item->setEnabled(false);
-    capture.imgMouseCursor = QImage(QStringLiteral(":/images/mousecursor.png"), bundleFormat)
-                                 .convertToFormat(QImage::Format_ARGB32_Premultiplied);
     GetScreenSize();
     window_.hide();
 
@@ -79,9 +79,6 @@ bool AppDelegate::applicationDidFinishLaunching()
     compose.timerdebug1Second = platform_.runLoop->scheduleRepeating(
         {1, 1}, RunLoopMode::Common, TimerOrder::Second, [this](const TimerFiring&) { TimerDebug1SecondRoutine(); });
 
-    compose.imgOverlay = QImage(QStringLiteral(":/images/SelectImage.png"), bundleFormat);
-    compose.serialOverlay = 1;
-    compose.bOverlay = false;
     setUpSourceControls();
     setUpOutputSize();
     if (compose.i_Open_Preview_Window_On_Startup == 1)
@@ -95,6 +92,12 @@ bool AppDelegate::applicationDidFinishLaunching()
     applyOverlayOption();
     if (!options_.isUnattended())
         showMainWindow();
+    // Not before the window is there: the first picture brings the plugins for all formats along.
+    capture.imgMouseCursor = bundleImage("mousecursor").convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    if (!compose.bOverlay) {
+        compose.imgOverlay = bundleImage("SelectImage");
+        compose.serialOverlay = 1;
+    }
     return true;
 }
 
