@@ -158,6 +158,8 @@ void AppDelegate::OnToolbarSettings()
 {
     if (recording.m_RecordStatus != Idle || recording.stopping)
         return;
+    if (camera.arrayCameras.isEmpty())
+        camera.arrayCameras = cameraDelegate.enumCameras();
     DialogChoices choices;
     choices.cameras = QStringList{doNotConnectToCamera} + camera.arrayCameras;
     choices.soundInput = soundInputText();

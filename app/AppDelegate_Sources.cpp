@@ -39,9 +39,11 @@ void AppDelegate::EnableScreenCaptureModes(bool enabled)
 
 void AppDelegate::startCameraOfSettings()
 {
+    // Without a camera that is to run, nobody has to wait for those there are (see showMainWindow).
+    if (camera.s_Camera_Name == doNotConnectToCamera)
+        return;
     camera.arrayCameras = cameraDelegate.enumCameras();
-    if (camera.s_Camera_Name != doNotConnectToCamera)
-        startNamedCamera();
+    startNamedCamera();
 }
 
 void AppDelegate::startNamedCamera()

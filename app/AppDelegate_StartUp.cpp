@@ -16,6 +16,13 @@
 
 namespace lumavex {
 
+namespace {
+QImage bundleImage(const char* name)
+{
+    return QImage(QStringLiteral(":/images/%1.png").arg(QLatin1String(name)), "PNG");
+}
+} // namespace
+
 AppDelegate::AppDelegate(Platform& platform, Window_Main& window, const LaunchOptions& options)
     : platform_(platform), window_(window), options_(options), cameraDelegate(*platform.cameras, camera)
 {
@@ -45,8 +52,6 @@ bool AppDelegate::applicationDidFinishLaunching()
     for (QAction* item : {window_.btnPause, window_.btnStop, window_.menuPause, window_.menuStop,
                           window_.toolbarEntireScreen, window_.menuEntireScreen})
         item->setEnabled(false);
-    capture.imgMouseCursor =
-        QImage(QStringLiteral(":/images/mousecursor.png")).convertToFormat(QImage::Format_ARGB32_Premultiplied);
     GetScreenSize();
     window_.hide();
 
@@ -74,9 +79,6 @@ bool AppDelegate::applicationDidFinishLaunching()
     compose.timerdebug1Second = platform_.runLoop->scheduleRepeating(
         {1, 1}, RunLoopMode::Common, TimerOrder::Second, [this](const TimerFiring&) { TimerDebug1SecondRoutine(); });
 
-    compose.imgOverlay = QImage(QStringLiteral(":/images/SelectImage.png"));
-    compose.serialOverlay = 1;
-    compose.bOverlay = false;
     setUpSourceControls();
     setUpOutputSize();
     if (compose.i_Open_Preview_Window_On_Startup == 1)
@@ -90,6 +92,12 @@ bool AppDelegate::applicationDidFinishLaunching()
     applyOverlayOption();
     if (!options_.isUnattended())
         showMainWindow();
+    // Not before the window is there: the first picture brings the plugins for all formats along.
+    capture.imgMouseCursor = bundleImage("mousecursor").convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    if (!compose.bOverlay) {
+        compose.imgOverlay = bundleImage("SelectImage");
+        compose.serialOverlay = 1;
+    }
     return true;
 }
 
@@ -105,7 +113,13 @@ void AppDelegate::showMainWindow()
         window_.showMessage(launchProblem);
     if (application.sffmpegPath.isEmpty())
         window_.showMessage(tr("The program ffmpeg is not installed. Recordings with sound need it."));
-    platform_.runLoop->scheduleOnce({1, 2}, [this](const TimerFiring&) { finishRescue(); });
+    // What the window can do without until it is there and drawn.
+    platform_.runLoop->scheduleOnce({1, 10}, [this](const TimerFiring&) { cameraDelegate.beginListing(); });
+    platform_.runLoop->scheduleOnce({1, 2}, [this](const TimerFiring&) {
+        if (camera.arrayCameras.isEmpty())
+            camera.arrayCameras = cameraDelegate.enumCameras();
+        finishRescue();
+    });
 }
 
 bool AppDelegate::createWorkingFolders()

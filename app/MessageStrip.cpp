@@ -9,11 +9,9 @@
 
 namespace lumavex {
 
-MessageStrip::MessageStrip(QWidget* parent) : QFrame(parent), text_(new QLabel(this)), close_(new QToolButton(this))
+MessageStrip::MessageStrip(QWidget* parent)
+    : QFrame(parent), icon_(new QLabel(this)), text_(new QLabel(this)), close_(new QToolButton(this))
 {
-    auto* icon = new QLabel(this);
-    const int size = style()->pixelMetric(QStyle::PM_SmallIconSize);
-    icon->setPixmap(style()->standardIcon(QStyle::SP_MessageBoxWarning).pixmap(size));
     text_->setWordWrap(true);
     text_->setTextInteractionFlags(Qt::TextSelectableByMouse);
     text_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
@@ -29,7 +27,7 @@ MessageStrip::MessageStrip(QWidget* parent) : QFrame(parent), text_(new QLabel(t
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(10, 4, 6, 4);
     layout->setSpacing(8);
-    layout->addWidget(icon, 0, Qt::AlignVCenter);
+    layout->addWidget(icon_, 0, Qt::AlignVCenter);
     layout->addWidget(text_, 1);
     layout->addWidget(close_, 0, Qt::AlignVCenter);
     setAutoFillBackground(true);
@@ -41,6 +39,10 @@ MessageStrip::MessageStrip(QWidget* parent) : QFrame(parent), text_(new QLabel(t
 
 void MessageStrip::showMessage(const QString& text)
 {
+    if (icon_->pixmap().isNull()) { // not before, since it is looked for among the desktop's themes
+        const int size = style()->pixelMetric(QStyle::PM_SmallIconSize);
+        icon_->setPixmap(style()->standardIcon(QStyle::SP_MessageBoxWarning).pixmap(size));
+    }
     text_->setText(text);
     setAccessibleName(text);
     show();

@@ -27,6 +27,7 @@ protected:
 private:
     void colourButton();
 
+    QLabel* icon_;
     QLabel* text_;
     QToolButton* close_;
 };

@@ -2,49 +2,100 @@
 #include "app/SingleInstance.h"
 
 #include <QFile>
-#include <QLocalSocket>
 #include <QStandardPaths>
 
+#include <chrono>
 #include <fcntl.h>
+#include <optional>
 #include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <thread>
 #include <unistd.h>
 
 namespace lumavex {
 
-SingleInstance::SingleInstance()
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kPatience = 2s;
+constexpr auto kBetweenAttempts = 20ms;
+constexpr int kWaiting = 16; ///< programs that may be starting at the same time
+
+/// Empty when the folder's name is too long for the address of a socket.
+std::optional<sockaddr_un> addressIn(const std::string& folder)
 {
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-    socket_ = folder + QStringLiteral("/lumavex.socket");
-    const int file = open(QFile::encodeName(folder + QStringLiteral("/lumavex.lock")).constData(),
-                          O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    if (file < 0)
-        return;
-    if (flock(file, LOCK_EX | LOCK_NB) != 0) {
-        close(file);
-        return;
-    }
-    lock_ = file;
-    QLocalServer::removeServer(socket_); // a killed program leaves its socket behind
-    server_.setSocketOptions(QLocalServer::UserAccessOption);
-    connect(&server_, &QLocalServer::newConnection, this, [this] {
-        server_.nextPendingConnection()->deleteLater();
-        Q_EMIT activated();
-    });
-    server_.listen(socket_);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const std::string path = folder + "/lumavex.socket";
+    if (path.size() >= sizeof address.sun_path)
+        return {};
+    path.copy(address.sun_path, path.size());
+    return address;
 }
 
-SingleInstance::~SingleInstance()
+/// Neither side waits in a system call.
+FileDescriptor makeSocket()
 {
-    server_.close();
-    if (lock_ >= 0)
-        close(lock_);
+    return FileDescriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+}
+
+const sockaddr* general(const sockaddr_un& address)
+{
+    return reinterpret_cast<const sockaddr*>(&address);
+}
+
+} // namespace
+
+SingleInstance::SingleInstance()
+    : folder_(QFile::encodeName(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation)).toStdString())
+{
+    FileDescriptor file(::open((folder_ + "/lumavex.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    if (!file.isOpen() || ::flock(file.get(), LOCK_EX | LOCK_NB) != 0)
+        return;
+    lock_ = std::move(file);
+    listen();
+}
+
+void SingleInstance::listen()
+{
+    const auto address = addressIn(folder_);
+    FileDescriptor server = makeSocket();
+    if (!address || !server.isOpen())
+        return;
+    ::unlink(address->sun_path); // a killed program leaves its socket behind
+    // The folder is the user's alone; should it not be, the socket is: Linux asks for the right to write to it.
+    if (::bind(server.get(), general(*address), sizeof *address) != 0 || ::chmod(address->sun_path, 0600) != 0
+        || ::listen(server.get(), kWaiting) != 0)
+        return;
+    server_ = std::move(server);
+    calls_ = std::make_unique<QSocketNotifier>(server_.get(), QSocketNotifier::Read);
+    connect(calls_.get(), &QSocketNotifier::activated, this, &SingleInstance::answer);
+}
+
+void SingleInstance::answer()
+{
+    const FileDescriptor caller(::accept4(server_.get(), nullptr, nullptr, SOCK_CLOEXEC));
+    if (caller.isOpen())
+        Q_EMIT activated();
 }
 
 bool SingleInstance::activateFirst() const
 {
-    QLocalSocket socket;
-    socket.connectToServer(socket_);
-    return socket.waitForConnected(2000);
+    const auto address = addressIn(folder_);
+    const FileDescriptor socket = makeSocket();
+    if (!address || !socket.isOpen())
+        return false;
+    // Between taking the lock and listening the first one is only just starting.
+    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    while (::connect(socket.get(), general(*address), sizeof *address) != 0) {
+        if (std::chrono::steady_clock::now() > deadline)
+            return false;
+        std::this_thread::sleep_for(kBetweenAttempts);
+    }
+    return true;
 }
 
 } // namespace lumavex

@@ -81,6 +81,8 @@ int run(const LaunchOptions& options, Platform& platform, SingleInstance& instan
     if (!app.applicationDidFinishLaunching())
         return unattended ? 1 : 0;
     settings.startingIsOver();
+    // The window does not wait for its icon.
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/org.lumavex.Lumavex.svg")));
 
     TerminationSignals signals;
     std::unique_ptr<UnattendedRun> unattendedRun;
@@ -136,7 +138,6 @@ int main(int argc, char* argv[])
     QApplication::setApplicationVersion(QStringLiteral(LUMAVEX_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("org.lumavex.Lumavex"));
     QApplication::setQuitOnLastWindowClosed(false); // an alert that closes while the main window is hidden ends nothing
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/org.lumavex.Lumavex.svg")));
 
     if (options.list != LaunchOptions::List::Nothing) {
         Platform platform = createPlatform();

@@ -30,6 +30,8 @@ public:
     CameraDelegate(CameraSource& captureSession, CameraState& state);
     ~CameraDelegate() override;
 
+    /// Makes the next enumCameras quick. Does not wait.
+    void beginListing() { m_captureSession.beginListing(); }
     /// Names of the cameras present, in the system's order.
     QStringList enumCameras() { return m_captureSession.names(); }
     /// Selects the first camera of exactly that name. False when there is none.

@@ -17,7 +17,7 @@ inline const QString doNotConnectToCamera = QStringLiteral("Do not connect to Ca
 /// The camera side of the program's state, on the main thread; a frame's picture is taken over from the capture queue
 /// whole.
 struct CameraState {
-    QStringList arrayCameras; ///< names, listed once at start-up
+    QStringList arrayCameras; ///< names, listed once: at start-up if one is to run, else soon after the window is there
     QString s_Camera_Name;
     std::int64_t i_Camera_CRP = 0;              ///< resolution code 0 to 7
     std::int64_t m_i_Camera_Capture_FPS = 0;    ///< frames a second; enters only the recording's rate

@@ -4,7 +4,9 @@
 #include "compose/BlendedLayer.h"
 #include "compose/Canvas.h"
 #include "compose/FrameChanges.h"
+#include "compose/PicturePool.h"
 #include "compose/PixelPool.h"
+#include "compose/RecyclingAllocator.h"
 #include "compose/Resampler.h"
 
 #include <cmath>
@@ -31,27 +33,7 @@ class Compositor::Pass {
 public:
     explicit Pass(Painting painting) : painting_(painting) {}
 
-    /// The frame painted into memory of the pool; null when there is none or the size is empty.
-    PixelPool::Block* paint(const FrameInputs& inputs, const FrameTarget& target, PixelOrder order)
-    {
-        if (target.pixels.isEmpty())
-            return nullptr;
-        noteFrame(inputs, target);
-        const auto width = std::size_t(target.pixels.width());
-        PixelPool::Block* block = pool_->take(width * std::size_t(target.pixels.height()));
-        if (!block)
-            return nullptr;
-        const Canvas canvas{PixelPool::pixelsOf(block), target.pixels, target.pixels.width(), order};
-        const ChangedArea whole(QRect(QPoint(), target.pixels));
-        for (const QRect& rect : changes_.since(PixelPool::frameOf(block)).value_or(whole))
-            paint(inputs, rect, canvas);
-        PixelPool::setFrame(block, changes_.latest());
-        return block;
-    }
-
-    const ChangeHistory& changes() const { return changes_; }
-
-private:
+    /// The frame that will be painted next.
     void noteFrame(const FrameInputs& inputs, const FrameTarget& target)
     {
         const FrameContents before = std::exchange(contents_, FrameContents::of(inputs, target));
@@ -60,6 +42,19 @@ private:
         changes_.add(++lastFrame_, frameChanges(before, contents_, inputs.screen.changes));
     }
 
+    /// Paints the frame noted last, the same inputs given. The canvas, of the frame's size, holds the earlier frame
+    /// `held`, or 0 for none. The number of the frame that it holds then.
+    std::uint64_t paint(const FrameInputs& inputs, const Canvas& canvas, std::uint64_t held)
+    {
+        const ChangedArea whole(QRect(QPoint(), size_));
+        for (const QRect& rect : changes_.since(held).value_or(whole))
+            paint(inputs, rect, canvas);
+        return changes_.latest();
+    }
+
+    const ChangeHistory& changes() const { return changes_; }
+
+private:
     /// Every pixel of the rectangle is written; so rectangles may be painted again.
     void paint(const FrameInputs& inputs, const QRect& rect, const Canvas& canvas)
     {
@@ -95,7 +90,6 @@ private:
     }
 
     const Painting painting_;
-    std::shared_ptr<PixelPool> pool_ = PixelPool::create();
     Resampler opaque_;
     BlendedLayer cursor_;
     BlendedLayer overlay_;
@@ -105,8 +99,16 @@ private:
     ChangeHistory changes_; ///< of frames of that size
 };
 
+/// What frames are painted into and handed out in.
+struct Compositor::Memory {
+    PicturePool previews;
+    std::shared_ptr<PixelPool> frames = PixelPool::create();
+    std::shared_ptr<MemoryBin> buffers = std::make_shared<MemoryBin>();
+};
+
 Compositor::Compositor(Painting painting)
-    : preview_(std::make_unique<Pass>(painting)), output_(std::make_unique<Pass>(painting))
+    : memory_(std::make_unique<Memory>()), preview_(std::make_unique<Pass>(painting)),
+      output_(std::make_unique<Pass>(painting))
 {
 }
 
@@ -125,30 +127,33 @@ const ChangeHistory& Compositor::outputChanges() const
 QImage Compositor::previewPass(const FrameInputs& inputs, const QSize& pixels, const CGSize& units)
 {
     const QSize size = wholePixels({double(pixels.width()), double(pixels.height())});
-    PixelPool::Block* block = preview_->paint(inputs, {FramePass::Preview, size, units}, PixelOrder::BlueFirst);
-    if (!block)
+    if (size.isEmpty())
         return {};
-    const auto letGo = [](void* released) { PixelPool::release(static_cast<PixelPool::Block*>(released)); };
-    return {reinterpret_cast<uchar*>(PixelPool::pixelsOf(block)),
-            size.width(),
-            size.height(),
-            qsizetype(size.width()) * 4,
-            QImage::Format_RGB32,
-            letGo,
-            block};
+    preview_->noteFrame(inputs, {FramePass::Preview, size, units});
+    PicturePool::Picture* const picture = memory_->previews.take(size);
+    if (!picture)
+        return {};
+    const Canvas canvas{reinterpret_cast<std::uint32_t*>(picture->image.bits()), size, size.width(),
+                        PixelOrder::BlueFirst};
+    picture->frame = preview_->paint(inputs, canvas, picture->frame);
+    return picture->image;
 }
 
 CVPixelBufferRef Compositor::outputPass(const FrameInputs& inputs, const CGSize& size_Video_Output)
 {
     const QSize size = wholePixels(size_Video_Output);
-    PixelPool::Block* block =
-        output_->paint(inputs, {FramePass::Output, size, size_Video_Output}, PixelOrder::AlphaFirst);
+    if (size.isEmpty())
+        return nullptr;
+    output_->noteFrame(inputs, {FramePass::Output, size, size_Video_Output});
+    PixelPool::Block* const block = memory_->frames->take(std::size_t(size.width()) * std::size_t(size.height()));
     if (!block)
         return nullptr;
-    return std::make_shared<const CVPixelBuffer>(size.width(), size.height(), kCVPixelFormatType_32ARGB,
-                                                 reinterpret_cast<const std::uint8_t*>(PixelPool::pixelsOf(block)),
-                                                 size.width() * 4, ReleaseCVPixelBufferForCVPixelBufferCreateWithBytes,
-                                                 block);
+    const Canvas canvas{PixelPool::pixelsOf(block), size, size.width(), PixelOrder::AlphaFirst};
+    PixelPool::setFrame(block, output_->paint(inputs, canvas, PixelPool::frameOf(block)));
+    return std::allocate_shared<const CVPixelBuffer>(
+        RecyclingAllocator<CVPixelBuffer>(memory_->buffers), size.width(), size.height(), kCVPixelFormatType_32ARGB,
+        reinterpret_cast<const std::uint8_t*>(PixelPool::pixelsOf(block)), size.width() * 4,
+        ReleaseCVPixelBufferForCVPixelBufferCreateWithBytes, block);
 }
 
 QImage imageFromPixelBuffer(const CVPixelBuffer& buffer)

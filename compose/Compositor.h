@@ -10,8 +10,8 @@
 
 namespace lumavex {
 
-/// Draws frames. Knows no widget, no window and no timer; main thread only, but for the release of pixel buffers and
-/// pictures, which may happen on any thread and after the compositor has gone.
+/// Draws frames. Knows no widget, no window and no timer; main thread only, but for the release of pixel buffers, which
+/// may happen on any thread. Pixel buffers and pictures may outlive the compositor. Once it runs it asks for no memory.
 ///
 /// Every pixel is resampled once, from the grab, the camera picture or the overlay straight to its place; where sizes
 /// agree it is copied. Frames come from a pool and go back to it when their last user lets go; a frame is painted into
@@ -41,6 +41,8 @@ public:
 
 private:
     class Pass;
+    struct Memory;
+    std::unique_ptr<Memory> memory_;
     std::unique_ptr<Pass> preview_;
     std::unique_ptr<Pass> output_;
 };

@@ -28,6 +28,9 @@ public:
 
     virtual ~CameraSource() = default;
 
+    /// Begins to look for cameras, so that the first call of `names` or `open` has less to wait for, if anything. Does
+    /// not wait; who does not call it loses no more than that.
+    virtual void beginListing() = 0;
     /// Names of the cameras present, in the order the system lists them. Two cameras may have the same name.
     virtual QStringList names() = 0;
     /// Opens the first camera of that name and starts it; answers within 3 s. Empty on success, else why not, in the

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // simulated_hour [SECONDS]: the whole program over a clock that is turned by hand records an hour (3600 seconds) at 30
-// frames a second, with the real movie writer and a small screen that changes with every second frame. Prints the
-// frames and by how many bytes the resident memory grew from the first minute on.
+// frames a second, with the real movie writer and a small screen that changes with every second frame. In the first
+// minute everything changes with every frame, so that once as many frames wait for the encoders as ever may; how many
+// do later is chance. Prints the frames and by how many bytes the resident memory grew from the first minute on.
 #include "app/AppDelegate.h"
 #include "app/Window_Main.h"
 #include "app/connectCommands.h"
@@ -22,7 +23,9 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <random>
 #include <unistd.h>
+#include <vector>
 
 using namespace lumavex;
 
@@ -39,6 +42,22 @@ std::int64_t residentBytes()
 {
     QFile file(QStringLiteral("/proc/self/statm"));
     return file.open(QIODevice::ReadOnly) ? file.readAll().split(' ').at(1).toLongLong() * sysconf(_SC_PAGESIZE) : 0;
+}
+
+/// What the screen shows, made beforehand so that all that grows is the program's.
+std::vector<QImage> screenPictures(int rowsThatDiffer)
+{
+    std::minstd_rand random;
+    QImage picture(320, 240, QImage::Format_RGB32);
+    picture.fill(Qt::blue);
+    std::vector<QImage> pictures;
+    for (int i = 0; i < 8; ++i) {
+        for (int y = 0; y < rowsThatDiffer; ++y)
+            for (int x = 0; x < picture.width(); ++x)
+                picture.setPixel(x, y, 0xFF000000U | QRgb(random()));
+        pictures.push_back(picture);
+    }
+    return pictures;
 }
 
 Platform simulatedPlatform(FakeClock& clock)
@@ -73,9 +92,9 @@ int main(int argc, char** argv)
     Platform platform = simulatedPlatform(clock);
     auto& loop = static_cast<FakeRunLoop&>(*platform.runLoop);
     auto& screen = static_cast<FakeScreenGrabber&>(*platform.screen);
-    QImage picture(320, 240, QImage::Format_RGB32);
-    picture.fill(Qt::blue);
-    screen.setScreen(picture);
+    const std::vector<QImage> pictures = screenPictures(1);
+    const std::vector<QImage> noise = screenPictures(240);
+    screen.setScreen(noise.back());
     Window_Main window;
     LaunchOptions options;
     options.framesPerSecond = framesPerSecond;
@@ -93,10 +112,10 @@ int main(int argc, char** argv)
         if (second == 60)
             before = residentBytes();
         for (int frame = 0; frame < framesPerSecond; ++frame) {
-            if (frame % 2 == 0) {
-                picture.setPixel(frame, second % 240, QRgb(second * 4099 + frame));
-                screen.setScreen(picture);
-            }
+            if (const auto number = std::size_t(frame % 8); second < 60)
+                screen.setScreen(noise[number]);
+            else if (frame % 2 == 0)
+                screen.setScreen(pictures[number]);
             loop.advance(Nanoseconds(std::chrono::seconds(1)) / framesPerSecond);
         }
     }

@@ -31,6 +31,7 @@ public:
     FakeCameraSource();
     ~FakeCameraSource() override;
 
+    void beginListing() override {}
     QStringList names() override;
     QString open(const CameraRequest& request) override;
     void stop() override;

@@ -2,6 +2,7 @@
 #include "platform/gstreamer/GstCameraList.h"
 
 #include "platform/gstreamer/GstCameraCaps.h"
+#include "platform/gstreamer/GstInit.h"
 
 #include <algorithm>
 #include <chrono>
@@ -142,16 +143,12 @@ struct GstCameraList::Shared {
     bool listed = false;
     bool ending = false;
     bool ended = false;
-    GstPtr<GstBus> bus; ///< of the monitor
-    MonitorPtr monitor;
+    GstPtr<GstBus> bus; ///< of the monitor; null before GStreamer is started
 };
 
 GstCameraList::GstCameraList(ChangeHandler changed) : shared_(std::make_shared<Shared>())
 {
     shared_->handler = std::move(changed);
-    keeper();
-    shared_->monitor = makeMonitor();
-    shared_->bus.reset(gst_device_monitor_get_bus(shared_->monitor.get()));
     std::thread([shared = shared_] { watch(shared); }).detach();
 }
 
@@ -159,7 +156,8 @@ GstCameraList::~GstCameraList()
 {
     std::unique_lock lock(shared_->mutex);
     shared_->ending = true;
-    gst_bus_post(shared_->bus.get(), gst_message_new_application(nullptr, gst_structure_new_empty("end")));
+    if (shared_->bus)
+        gst_bus_post(shared_->bus.get(), gst_message_new_application(nullptr, gst_structure_new_empty("end")));
     // A service that hangs must not hang us: the thread then keeps what it needs.
     shared_->changed.wait_for(lock, kFarewell, [this] { return shared_->ended; });
 }
@@ -174,25 +172,39 @@ std::vector<Camera> GstCameraList::cameras()
 void GstCameraList::watch(const std::shared_ptr<Shared>& shared)
 {
     pthread_setname_np(pthread_self(), "cameraList");
-    gst_device_monitor_start(keeper());
-    gst_device_monitor_start(shared->monitor.get());
-    for (;;) {
-        std::vector<Camera> now = listing(shared->monitor.get());
-        {
-            const std::lock_guard lock(shared->mutex);
-            if (shared->ending)
-                break;
-            shared->cameras = std::move(now);
-            shared->listed = true;
-            shared->handler();
-            shared->changed.notify_all();
-        }
-        const GstPtr<GstMessage> message(gst_bus_timed_pop(shared->bus.get(), GST_CLOCK_TIME_NONE));
-    }
-    gst_device_monitor_stop(shared->monitor.get());
+    if (initGStreamer().isEmpty())
+        watchServices(*shared);
     const std::lock_guard lock(shared->mutex);
+    shared->listed = true;
     shared->ended = true;
     shared->changed.notify_all();
+}
+
+void GstCameraList::watchServices(Shared& shared)
+{
+    keeper();
+    const MonitorPtr monitor = makeMonitor();
+    GstBus* const bus = gst_device_monitor_get_bus(monitor.get());
+    {
+        const std::lock_guard lock(shared.mutex);
+        shared.bus.reset(bus);
+    }
+    gst_device_monitor_start(keeper());
+    gst_device_monitor_start(monitor.get());
+    for (;;) {
+        std::vector<Camera> now = listing(monitor.get());
+        {
+            const std::lock_guard lock(shared.mutex);
+            if (shared.ending)
+                break;
+            shared.cameras = std::move(now);
+            shared.listed = true;
+            shared.handler();
+            shared.changed.notify_all();
+        }
+        const GstPtr<GstMessage> message(gst_bus_timed_pop(bus, GST_CLOCK_TIME_NONE));
+    }
+    gst_device_monitor_stop(monitor.get());
 }
 
 } // namespace lumavex

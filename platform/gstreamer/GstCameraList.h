@@ -35,26 +35,27 @@ struct Camera {
 /// place, a camera with the name of one of another service. Each camera stands where it is listed first.
 std::vector<Camera> joinListings(const std::vector<ListedCamera>& listed);
 
-/// The cameras present. A thread of its own watches them, since asking the services may take long. Of several lists
-/// only the one made last hears of changes.
+/// The cameras present. A thread of its own watches them, since asking the services may take long, as may starting
+/// GStreamer, which it does if nobody has. Of several lists only the one that was begun last hears of changes.
 class GstCameraList {
 public:
     /// Called on the watching thread whenever the list has changed.
     using ChangeHandler = std::function<void()>;
 
-    /// GStreamer must have been initialised.
     explicit GstCameraList(ChangeHandler changed);
     /// The handler is not called any more when this returns.
     ~GstCameraList();
     GstCameraList(const GstCameraList&) = delete;
     GstCameraList& operator=(const GstCameraList&) = delete;
 
-    /// In the system's order. The first call may wait up to 2 s for the services to answer. Any thread.
+    /// In the system's order; none when GStreamer cannot be used. The first call may wait up to 2 s for the services to
+    /// answer. Any thread.
     std::vector<Camera> cameras();
 
 private:
     struct Shared;
     static void watch(const std::shared_ptr<Shared>& shared);
+    static void watchServices(Shared& shared);
 
     std::shared_ptr<Shared> shared_;
 };

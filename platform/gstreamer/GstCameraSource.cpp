@@ -29,6 +29,7 @@ public:
     GstCameraSource();
     ~GstCameraSource() override;
 
+    void beginListing() override { list(); }
     QStringList names() override;
     QString open(const CameraRequest& request) override;
     void stop() override;
@@ -49,7 +50,8 @@ private:
         std::size_t attempts = 0;
     };
 
-    std::vector<Camera> cameras() { return list_ ? list_->cameras() : std::vector<Camera>{}; }
+    GstCameraList& list();
+    std::vector<Camera> cameras() { return list().cameras(); }
     QString openFirstWay(const Camera& camera, Opening& opening);
     QString openOneWay(const ListedCamera& way, Opening& opening, steady_clock::time_point deadline);
     bool begin(const ListedCamera& way, Opening& opening);
@@ -59,32 +61,36 @@ private:
     void lose();
     void takeUpAgain();
 
-    QString trouble_; ///< why GStreamer cannot be used
     FrameHandler frameHandler_;
     PresenceHandler presenceHandler_;
     std::uint64_t source_ = 0;
     std::uint64_t pipelines_ = 0; ///< made so far; the number of the latest
     std::optional<Opening> opening_;
-    QTimer retry_; ///< also brings what other threads report to the main thread
-    std::unique_ptr<GstCameraList> list_;
+    QTimer retry_;                        ///< also brings what other threads report to the main thread
+    std::unique_ptr<GstCameraList> list_; ///< null until somebody wants a camera: GStreamer takes its time to start
 };
 
-GstCameraSource::GstCameraSource() : trouble_(initGStreamer())
+GstCameraSource::GstCameraSource()
 {
     retry_.setSingleShot(true);
     retry_.setInterval(kRetry);
     QObject::connect(&retry_, &QTimer::timeout, &retry_, [this] { takeUpAgain(); });
-    if (trouble_.isEmpty())
-        list_ = std::make_unique<GstCameraList>([this] {
-            QMetaObject::invokeMethod(
-                &retry_, [this] { listChanged(); }, Qt::QueuedConnection);
-        });
 }
 
 GstCameraSource::~GstCameraSource()
 {
     stop();
     list_.reset();
+}
+
+GstCameraList& GstCameraSource::list()
+{
+    if (!list_)
+        list_ = std::make_unique<GstCameraList>([this] {
+            QMetaObject::invokeMethod(
+                &retry_, [this] { listChanged(); }, Qt::QueuedConnection);
+        });
+    return *list_;
 }
 
 QStringList GstCameraSource::names()
@@ -99,8 +105,8 @@ QString GstCameraSource::open(const CameraRequest& request)
 {
     stop();
     ++source_;
-    if (!trouble_.isEmpty())
-        return trouble_;
+    if (QString trouble = initGStreamer(); !trouble.isEmpty())
+        return trouble;
     if (!cameraPresetSize(request.preset))
         return QCoreApplication::translate("GstCamera", "The camera %1 has no resolution number %2.")
             .arg(request.name)

@@ -41,6 +41,14 @@ struct Finishing : Program {
         QFile file(path);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
     }
+    /// How long the threads before it take on this clock is chance.
+    void whenEncoderStarts(const std::function<void()>& then)
+    {
+        platform.createChildProcess = [then, make = platform.createChildProcess] {
+            then();
+            return make();
+        };
+    }
     QStringList recovered() const { return QDir(recoveredFolder).entryList(QDir::Files); }
 };
 
@@ -219,11 +227,12 @@ TEST_F(Finishing, CancellingAJoinThatHangsKeepsBothFiles)
 TEST_F(Finishing, WithoutAUserAJoinThatHangsIsGivenUp)
 {
     options.recordSeconds = 2;
+    Nanoseconds begin{};
+    whenEncoderStarts([&] { begin = clock.time; });
     ASSERT_TRUE(launch());
     encoder.end = FakeChildProcess::End::WhenTerminated;
     window->btnRecord->trigger();
     loop->advance(2s);
-    const Nanoseconds begin = clock.time;
     window->btnStop->trigger();
     EXPECT_LT(clock.time - begin, 65s);
     EXPECT_TRUE(dialogs->alerts.back().informativeText.contains(QStringLiteral("60 seconds")));
@@ -299,11 +308,15 @@ TEST_F(Finishing, ARunThatIsOverCanBeEndedWhileItCompletesWhatAnEarlierOneLeft)
     platform.repairMovie = [](const QString&) { return QString(); };
     readMovie = MovieFacts{QStringLiteral("It grows."), {}, {}};
     encoder.end = FakeChildProcess::End::WhenTerminated;
+    std::unique_ptr<UnattendedRun> run;
+    Nanoseconds begin{};
+    whenEncoderStarts([&] {
+        begin = clock.time;
+        loop->scheduleOnce({3, 1}, [&run](const TimerFiring&) { run->endEarly(); });
+    });
     ASSERT_TRUE(launch());
-    UnattendedRun run(*app, *loop, options);
+    run = std::make_unique<UnattendedRun>(*app, *loop, options);
     Q_EMIT app->pictureFinished({});
-    loop->scheduleOnce({3, 1}, [&run](const TimerFiring&) { run.endEarly(); });
-    const Nanoseconds begin = clock.time;
     EXPECT_EQ(QApplication::exec(), 1);
     EXPECT_EQ(launches.size(), 1U);
     EXPECT_LT(clock.time - begin, 10s);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What a movie takes of memory while it grows, and what happens when there is none.
-#include "tests/unit/platform_movie_memory/CountingAllocator.h"
+#include "tests/support/CountingAllocator.h"
 
 #include "platform/movie/JpegMovieWriter.h"
 #include "tests/unit/platform_movie/MovieTools.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "tests/unit/platform_movie_memory/CountingAllocator.h"
+#include "tests/support/CountingAllocator.h"
 
 #include <atomic>
 #include <cerrno>
