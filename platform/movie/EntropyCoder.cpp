@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstdlib>
 #include <cstring>
+#include <stdexcept>
 
 // Counting and shifting bits is most of the work, and takes half as many instructions where the processor has these.
 #if defined(__x86_64__)
@@ -19,6 +20,9 @@
 namespace lumavex {
 
 namespace {
+
+// What 64 bits leave behind 7 that are left over and two values.
+constexpr std::uint32_t kLongestEnd = 64 - 7 - 2 * 23;
 
 // Of a value: how many bits it has, and which: F.1.2.1, negative values less one.
 unsigned int sizeOf(int value)
@@ -52,6 +56,8 @@ std::array<BlockWords::Word, 256> wordsOf(const HuffmanCode& code)
 
 BlockWords::BlockWords(const ComponentCodes& codes) : symbols_(wordsOf(codes.frequencies))
 {
+    if (endOfBlock().length() > kLongestEnd)
+        throw std::invalid_argument("a code in which blocks end with too many bits");
     const auto means = wordsOf(codes.means);
     for (int difference = -kLargestDifference; difference <= kLargestDifference; ++difference)
         means_[static_cast<std::size_t>(difference + kLargestDifference)] =
@@ -80,7 +86,7 @@ LUMAVEX_BMI_INLINE void EntropyCoder::put(BlockWords::Word word)
     count_ += word.length();
 }
 
-// There must be a bit at least. Without a branch: how many bytes are full is chance.
+// There must be a bit at least, so never twice in a row. Without a branch: how many bytes are full is chance.
 LUMAVEX_BMI_INLINE void EntropyCoder::flush()
 {
     std::uint64_t bytes = bits_ << (64 - count_);
@@ -99,7 +105,8 @@ void EntropyCoder::begin(std::uint8_t* to)
     count_ = 0;
 }
 
-// Between flushes lie no more than 64 bits: 7 left over, 20 of a mean, 23 of each value, 16 of an end.
+// Between flushes lie no more than 64 bits: 7 left over, then a mean's 24 and a value's 23, or the 23 of each of two
+// values and the end of a block.
 LUMAVEX_BMI void EntropyCoder::write(const QuantisedBlock& block, const BlockWords& words, int& mean)
 {
     const int newMean = block.values[0];
@@ -117,11 +124,8 @@ LUMAVEX_BMI void EntropyCoder::write(const QuantisedBlock& block, const BlockWor
         left &= left - 1;
         std::size_t step = at - previous;
         previous = at;
-        if (step > 16) [[unlikely]] {
-            for (; step > 16; step -= 16) {
-                local.flush();
-                local.put(words.sixteenZeros());
-            }
+        for (; step > 16; step -= 16) {
+            local.put(words.sixteenZeros());
             local.flush();
         }
         local.put(words.value(step, static_cast<std::uint8_t>(block.values[at])));
