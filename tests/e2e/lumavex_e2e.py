@@ -23,6 +23,7 @@ LUMAVEX = os.environ["LUMAVEX"]
 SCENE = os.environ["LUMAVEX_SCENE"]
 WAIT_SECONDS = 20
 FRAME = 1 / 30
+SANITIZER_REPORT = "Sanitizer: |runtime error: "
 
 # The figures of scene.cpp.
 SCENE_TICK = 0.01
@@ -459,8 +460,13 @@ class EndToEndTest(unittest.TestCase):
     """Ends what a test has started."""
 
     def start(self, process):
-        self.addCleanup(process.kill)
+        self.addCleanup(self.end, process)
         return process
+
+    def end(self, process):
+        process.kill()
+        if isinstance(process, Process):
+            self.assertNotRegex(process.stderr_file.read_text(errors="replace"), SANITIZER_REPORT)
 
     def home(self):
         home = Home()
