@@ -22,6 +22,8 @@ import numpy
 LUMAVEX = os.environ["LUMAVEX"]
 SCENE = os.environ["LUMAVEX_SCENE"]
 WAIT_SECONDS = 20
+# By how much longer than usual a test waits for something, since a sanitizer slows the program down.
+SLOWNESS = int(os.environ.get("LUMAVEX_TEST_SLOWNESS", 1))
 FRAME = 1 / 30
 SANITIZER_REPORT = "Sanitizer: |runtime error: "
 
@@ -57,6 +59,7 @@ def output_of(*command, check=True, timeout=60, binary=False):
 
 def wait_for(what, condition, seconds=WAIT_SECONDS):
     """The first true answer of the condition."""
+    seconds *= SLOWNESS
     deadline = time.monotonic() + seconds
     while True:
         answer = condition()
@@ -140,6 +143,7 @@ class Process:
         return "".join(line for line in text.splitlines(True) if not line.startswith("Usage: "))
 
     def wait(self, seconds=60):
+        seconds *= SLOWNESS
         try:
             return self.process.wait(timeout=seconds)
         except subprocess.TimeoutExpired:
