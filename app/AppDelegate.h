@@ -3,6 +3,7 @@
 
 #include "app/ApplicationState.h"
 #include "app/LaunchOptions.h"
+#include "app/WorkQueue.h"
 #include "camera/CameraDelegate.h"
 #include "capture/CaptureState.h"
 #include "compose/ComposeState.h"
@@ -13,7 +14,6 @@
 #include "settings_dialog/DialogSettings.h"
 
 #include <QObject>
-#include <QThreadPool>
 
 #include <chrono>
 #include <memory>
@@ -294,7 +294,7 @@ private:
     QString screenTrouble_;                 ///< what the user was told about the screen; empty while it can be read
     QString stopReason_;                    ///< why the program itself ends the recording; empty when the user does
     std::vector<RescuedRecording> rescued_; ///< of an earlier run, until finishRescue
-    QThreadPool pictureWriter_;
+    WorkQueue pictureWriter_;
 };
 
 } // namespace lumavex

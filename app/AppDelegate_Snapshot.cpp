@@ -54,8 +54,7 @@ void AppDelegate::savePicture(const CVPixelBufferRef& frame)
         platform_.runLoop->now() + (options_.isUnattended() ? Nanoseconds(0) : std::chrono::seconds(1));
     // Compressing takes longer than a frame lasts, so it is done beside the main thread, one picture after the other:
     // of two with the same name the later one is to stay.
-    pictureWriter_.setMaxThreadCount(1);
-    pictureWriter_.start([this, frame, path = compose.s_Saved_Take_Picture, due] {
+    pictureWriter_.add([this, frame, path = compose.s_Saved_Take_Picture, due] {
         const QString problem = writePng(frame, path);
         const TakenPicture picture{path, problem.isEmpty() ? nullptr : frame};
         QMetaObject::invokeMethod(

@@ -32,7 +32,7 @@ AppDelegate::AppDelegate(Platform& platform, Window_Main& window, const LaunchOp
 AppDelegate::~AppDelegate()
 {
     window_.levelMeter->setSource(nullptr); // which asks this object's recorder
-    pictureWriter_.waitForDone();           // a picture that is being written reports to this object
+    pictureWriter_.wait();                  // a picture that is being written reports to this object
 }
 
 void AppDelegate::awakeFromNib()

@@ -18,6 +18,10 @@ if(LUMAVEX_SANITIZE)
     target_compile_options(lumavex_options INTERFACE -fsanitize=${LUMAVEX_SANITIZE} -fno-omit-frame-pointer)
     target_link_options(lumavex_options INTERFACE -fsanitize=${LUMAVEX_SANITIZE})
 endif()
+if(LUMAVEX_SANITIZE STREQUAL "thread")
+    add_library(lumavex_forking_clone OBJECT tests/sanitizers/forking_clone.cpp)
+    target_link_libraries(lumavex_options INTERFACE $<TARGET_OBJECTS:lumavex_forking_clone>)
+endif()
 
 # lumavex_library(<name> [<public dependency>...]): the static library of the folder it is called in, made of every
 # source and header that lies directly there.

@@ -22,7 +22,10 @@ import numpy
 LUMAVEX = os.environ["LUMAVEX"]
 SCENE = os.environ["LUMAVEX_SCENE"]
 WAIT_SECONDS = 20
+# By how much longer than usual a test waits for something, since a sanitizer slows the program down.
+SLOWNESS = int(os.environ.get("LUMAVEX_TEST_SLOWNESS", 1))
 FRAME = 1 / 30
+SANITIZER_REPORT = "Sanitizer: |runtime error: "
 
 # The figures of scene.cpp.
 SCENE_TICK = 0.01
@@ -56,6 +59,7 @@ def output_of(*command, check=True, timeout=60, binary=False):
 
 def wait_for(what, condition, seconds=WAIT_SECONDS):
     """The first true answer of the condition."""
+    seconds *= SLOWNESS
     deadline = time.monotonic() + seconds
     while True:
         answer = condition()
@@ -139,6 +143,7 @@ class Process:
         return "".join(line for line in text.splitlines(True) if not line.startswith("Usage: "))
 
     def wait(self, seconds=60):
+        seconds *= SLOWNESS
         try:
             return self.process.wait(timeout=seconds)
         except subprocess.TimeoutExpired:
@@ -459,8 +464,13 @@ class EndToEndTest(unittest.TestCase):
     """Ends what a test has started."""
 
     def start(self, process):
-        self.addCleanup(process.kill)
+        self.addCleanup(self.end, process)
         return process
+
+    def end(self, process):
+        process.kill()
+        if isinstance(process, Process):
+            self.assertNotRegex(process.stderr_file.read_text(errors="replace"), SANITIZER_REPORT)
 
     def home(self):
         home = Home()

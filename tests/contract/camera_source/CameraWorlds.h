@@ -3,6 +3,7 @@
 
 #include "platform/fake/FakeCameraSource.h"
 #include "platform/gstreamer/GstCameraSource.h"
+#include "tests/support/Slowness.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -16,12 +17,12 @@
 
 namespace lumavex {
 
-/// Serves events until something is so, or 15 s have passed. Whether it is so.
+/// Serves events until something is so, or 15 s have passed (more under a sanitizer). Whether it is so.
 inline bool eventually(const std::function<bool()>& isSo)
 {
     QElapsedTimer time;
     time.start();
-    while (!isSo() && time.elapsed() < 15'000)
+    while (!isSo() && time.elapsed() < slowness() * 15'000)
         QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 20);
     return isSo();
 }

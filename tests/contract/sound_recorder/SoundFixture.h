@@ -4,6 +4,7 @@
 #include "platform/gstreamer/GstSoundRecorder.h"
 #include "tests/contract/sound_recorder/RecordedSound.h"
 #include "tests/contract/sound_recorder/SoundPlayer.h"
+#include "tests/support/Slowness.h"
 
 #include <gtest/gtest.h>
 
@@ -74,7 +75,7 @@ protected:
 
     bool spinUntilTrouble(Nanoseconds limit)
     {
-        for (const Nanoseconds end = now() + limit; troubles_.isEmpty() && now() < end;)
+        for (const Nanoseconds end = now() + slowness() * limit; troubles_.isEmpty() && now() < end;)
             spin(20ms);
         return !troubles_.isEmpty();
     }

@@ -29,7 +29,7 @@ protected:
     /// Of the time from begin to end, with a little to spare at both.
     bool isSilentBetween(const RecordedSound& sound, Nanoseconds from, Nanoseconds begin, Nanoseconds end) const
     {
-        const Nanoseconds spare = isPipeWire_ ? 200ms : 50ms;
+        const Nanoseconds spare = isPipeWire_ ? 200ms : slowness() * 50ms; // what takes a device away is a process
         return sound.isSilent(framesIn(begin + spare - from), framesIn(end - spare - from));
     }
 

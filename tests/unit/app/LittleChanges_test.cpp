@@ -3,7 +3,6 @@
 
 #include <QAction>
 #include <QPainter>
-#include <QThreadPool>
 
 #include <gmock/gmock.h>
 
@@ -68,7 +67,6 @@ TEST_F(LittleChanges, TheMovieIsWhatWasOnTheScreenAndIsToldOnlyTheRowsThatChange
             loop->advance(100ms);
             expected.push_back(desk);
         }
-        QThreadPool::globalInstance()->waitForDone(5000);
         window->btnStop->trigger();
         const auto appends = movie->appends();
         ASSERT_EQ(appends.size(), expected.size());

@@ -8,6 +8,8 @@
 #include <QRegularExpression>
 #include <QSignalSpy>
 
+#include <utility>
+
 using namespace lumavex;
 using namespace std::chrono_literals;
 
@@ -186,7 +188,7 @@ TEST_F(SnapshotTest, PicturesTakenShortlyAfterOneAnotherAreAllOfferedOneAtATime)
     begin();
     auto made = std::make_unique<SlowPanels>([this] { loop->advance(3s); }, home.path());
     SlowPanels& panels = *made;
-    platform.dialogs = std::move(made);
+    const auto replaced = std::exchange(platform.dialogs, std::move(made)); // taking a picture still looks at it
     take();
     const QString first = app->compose.s_Saved_Take_Picture;
     ASSERT_TRUE(until(
