@@ -8,8 +8,8 @@
 
 // Counting and shifting bits is most of the work, and takes half as many instructions where the processor has these.
 #if defined(__x86_64__)
-#define LUMAVEX_BMI __attribute__((target("bmi,bmi2,lzcnt")))
-#define LUMAVEX_BMI_LAMBDA __attribute__((target("bmi,bmi2,lzcnt"), always_inline))
+#define LUMAVEX_BMI __attribute__((target("bmi,bmi2")))
+#define LUMAVEX_BMI_LAMBDA __attribute__((target("bmi,bmi2"), always_inline))
 #define LUMAVEX_BMI_INLINE LUMAVEX_BMI_LAMBDA inline
 #else
 #define LUMAVEX_BMI
@@ -74,7 +74,7 @@ BlockWords::BlockWords(const ComponentCodes& codes) : symbols_(wordsOf(codes.fre
 bool EntropyCoder::isUsable()
 {
 #if defined(__x86_64__)
-    return __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("lzcnt");
+    return __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2");
 #else
     return true;
 #endif
