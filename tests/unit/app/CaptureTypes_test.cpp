@@ -102,37 +102,3 @@ TEST_F(CaptureTypes, WindowExclusiveTakesTheThirdWindowAndKeepsWhatWasChosen)
     EXPECT_EQ(app->capture.sWindowExclusive, std::nullopt);
     EXPECT_FALSE(message().isEmpty());
 }
-
-TEST_F(CaptureTypes, AWindowThatIsGoneIsToldOnceAndAgainWhenItIsBack)
-{
-    ASSERT_TRUE(start(Camera::None));
-    loop->advance(1s);
-    give(&Window_Main::toolbarWindowExclusive);
-    const QString identifier = *app->capture.sWindowExclusive;
-    loop->advance(1s);
-    EXPECT_EQ(screen->grabsOfWindows().back(), std::vector<std::uint32_t>{102});
-    EXPECT_EQ(message(), QString());
-
-    screen->setWindows({});
-    loop->advance(1s);
-    EXPECT_TRUE(message().contains(identifier)) << message().toStdString();
-    const QString told = message();
-    window->clearMessage();
-    loop->advance(1s);
-    EXPECT_EQ(message(), QString()) << "it is told once";
-
-    addWindows();
-    loop->advance(1s);
-    EXPECT_TRUE(message().contains(identifier));
-    EXPECT_NE(message(), told);
-    EXPECT_EQ(screen->grabsOfWindows().back(), std::vector<std::uint32_t>{102});
-
-    // Another choice ends the matter.
-    screen->setWindows({});
-    loop->advance(1s);
-    window->clearMessage();
-    app->capture.sWindowExclusive = QStringLiteral("Editor (11) (101)");
-    addWindows();
-    loop->advance(1s);
-    EXPECT_EQ(message(), QString());
-}
