@@ -76,8 +76,7 @@ TEST_F(WavFileTest, IsPrivateAndTakesThePlaceOfWhatWasThere)
 {
     const QString other = folder_.filePath("other");
     QFile precious(other);
-    ASSERT_TRUE(precious.open(QIODevice::WriteOnly));
-    precious.write("precious");
+    ASSERT_TRUE(precious.open(QIODevice::WriteOnly) && precious.write("precious") > 0);
     precious.close();
     ASSERT_TRUE(QFile::link(other, path_));
     WavFile(path_).append(second_);
