@@ -51,7 +51,7 @@ protected:
         state.size_Region = {320, 240};
         x0 = (beneath.screenSize().width() - 320) / 2;
         y0 = (beneath.screenSize().height() - 240) / 2;
-        input({QStringLiteral("mouseup"), QStringLiteral("1")});
+        input(QStringLiteral("mouseup 1"));
     }
 
     /// Opens the selector, carries out the script once it shows, and returns what the modal run returned. A script must
@@ -101,30 +101,29 @@ protected:
         return true;
     }
 
-    static void input(const QStringList& arguments)
+    static void input(const QString& what)
     {
         QProcess xdotool;
-        xdotool.start(QStringLiteral("xdotool"), arguments);
+        xdotool.start(QStringLiteral("xdotool"), what.split(u' '));
         ASSERT_TRUE(xdotool.waitForFinished(10000) && xdotool.exitCode() == 0);
     }
     void point(int x, int y) const
     {
-        input(
-            {QStringLiteral("mousemove"), QString::number(x), QString::number(beneath.screenSize().height() - 1 - y)});
+        input(QStringLiteral("mousemove %1 %2").arg(x).arg(beneath.screenSize().height() - 1 - y));
     }
     /// From and to locations in screen coordinates; the pointer stops on its way.
     void drag(QPoint from, QPoint to) const
     {
         point(from.x(), from.y());
-        input({QStringLiteral("mousedown"), QStringLiteral("1")});
+        input(QStringLiteral("mousedown 1"));
         point((from.x() + to.x()) / 2 + 3, (from.y() + to.y()) / 2 + 3);
         point(to.x(), to.y());
-        input({QStringLiteral("mouseup"), QStringLiteral("1")});
+        input(QStringLiteral("mouseup 1"));
     }
     void click(int x, int y) const
     {
         point(x, y);
-        input({QStringLiteral("click"), QStringLiteral("1")});
+        input(QStringLiteral("click 1"));
     }
     void clickCentre() const
     {
@@ -247,7 +246,7 @@ TEST_F(RegionSelector, ReachesTheLastPixelOfTheScreen)
 TEST_F(RegionSelector, EndsByKeyboardAndByClosing)
 {
     for (const char* key : {"Escape", "Return", "alt+F4"}) {
-        EXPECT_EQ(run([key] { input({QStringLiteral("key"), QString::fromLatin1(key)}); }), 1) << key;
+        EXPECT_EQ(run([key] { input(QStringLiteral("key ") + QLatin1String(key)); }), 1) << key;
         EXPECT_EQ(state.rect_Screen_Region, initialRegion());
     }
 }
@@ -270,8 +269,7 @@ TEST_F(RegionSelector, FollowsACompositingManagerThatComesAndGoes)
             EXPECT_EQ(beneath.pressesSoFar(), 0);
         };
         QProcess picom;
-        picom.start(QStringLiteral("picom"), {QStringLiteral("--backend"), QStringLiteral("xrender"),
-                                              QStringLiteral("--config"), QStringLiteral("/dev/null")});
+        picom.startCommand(QStringLiteral("picom --backend xrender --config /dev/null"));
         ASSERT_TRUE(until([this] { return overlay->blendsTranslucentWindows(); }));
         settle();
         EXPECT_TRUE(until([this] { return shows(initialRegion()); }));

@@ -84,17 +84,6 @@ void TestClient::fillRoot(const QRect& part, QRgb color)
     fill(root(), part, color);
 }
 
-void TestClient::setGeometry(xcb_window_t window, const QRect& bounds)
-{
-    const std::uint32_t values[] = {static_cast<std::uint32_t>(bounds.x()), static_cast<std::uint32_t>(bounds.y()),
-                                    static_cast<std::uint32_t>(bounds.width()),
-                                    static_cast<std::uint32_t>(bounds.height())};
-    xcb_configure_window(connection_, window,
-                         XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
-                         values);
-    sync();
-}
-
 void TestClient::raise(xcb_window_t window)
 {
     const std::uint32_t above = XCB_STACK_MODE_ABOVE;
@@ -147,19 +136,6 @@ void TestClient::setAtoms(xcb_window_t window, const char* property, const char*
 {
     const xcb_atom_t atoms[] = {atom(value)};
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom(property), XCB_ATOM_ATOM, 32, 1, atoms);
-    sync();
-}
-
-void TestClient::iconify(xcb_window_t window)
-{
-    xcb_client_message_event_t event{};
-    event.response_type = XCB_CLIENT_MESSAGE;
-    event.format = 32;
-    event.window = window;
-    event.type = atom("WM_CHANGE_STATE");
-    event.data.data32[0] = 3; // IconicState
-    xcb_send_event(connection_, 0, root(), XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
-                   reinterpret_cast<const char*>(&event));
     sync();
 }
 

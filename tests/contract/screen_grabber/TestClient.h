@@ -25,7 +25,6 @@ public:
     xcb_window_t showTranslucent(const QRect& bounds, QRgb premultiplied);
     void fill(xcb_window_t window, const QRect& part, QRgb color);
     void fillRoot(const QRect& part, QRgb color);
-    void setGeometry(xcb_window_t window, const QRect& bounds);
     void raise(xcb_window_t window);
     void unmap(xcb_window_t window);
     void map(xcb_window_t window);
@@ -33,8 +32,6 @@ public:
     void setClass(xcb_window_t window, const QByteArray& instanceAndClass);
     void setPid(xcb_window_t window, std::uint32_t pid);
     void setAtoms(xcb_window_t window, const char* property, const char* value);
-    /// Asks the window manager to minimise it.
-    void iconify(xcb_window_t window);
     /// Leaves a one-coloured wallpaper of the root's size for others, as setters of wallpapers do.
     void leaveWallpaper(QRgb color);
     void movePointer(int x, int y);
