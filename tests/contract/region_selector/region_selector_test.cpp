@@ -5,8 +5,8 @@
 #include "tests/contract/region_selector/OtherClient.h"
 
 #include <QApplication>
-#include <QDeadlineTimer>
 #include <QProcess>
+#include <QTest>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -31,13 +31,7 @@ namespace {
 
 bool until(const std::function<bool()>& done)
 {
-    const QDeadlineTimer deadline(10s);
-    while (!done()) {
-        if (deadline.hasExpired())
-            return false;
-        QApplication::processEvents(QEventLoop::AllEvents, 20);
-    }
-    return true;
+    return QTest::qWaitFor(done, 10'000);
 }
 
 /// The selector on the real screen, with another program's window beneath. The pointer and the keyboard are the
@@ -256,10 +250,7 @@ TEST_F(RegionSelector, FollowsACompositingManagerThatComesAndGoes)
     if (overlay->blendsTranslucentWindows())
         GTEST_SKIP() << "The display has one already";
     run([this] {
-        const auto settle = [] { // the selector looks at the desktop four times a second
-            const QDeadlineTimer end(600ms);
-            until([&end] { return end.hasExpired(); });
-        };
+        const int settling = 600; // ms; the selector looks at the desktop four times a second
         const auto works = [this](const QPoint& from, const QPoint& to) {
             click(200, 200);
             drag(from, to);
@@ -271,12 +262,12 @@ TEST_F(RegionSelector, FollowsACompositingManagerThatComesAndGoes)
         QProcess picom;
         picom.startCommand(QStringLiteral("picom --backend xrender --config /dev/null"));
         ASSERT_TRUE(until([this] { return overlay->blendsTranslucentWindows(); }));
-        settle();
+        QTest::qWait(settling);
         EXPECT_TRUE(until([this] { return shows(initialRegion()); }));
         works({x0, y0}, {x0 - 45, y0 - 45});
         picom.terminate();
         ASSERT_TRUE(picom.waitForFinished());
-        settle();
+        QTest::qWait(settling);
         EXPECT_TRUE(until([this] { return shows({x0 - 40.0, y0 - 40.0, 360, 280}); }));
         works({x0 - 41, y0 - 41}, {x0 - 5, y0 - 5});
         clickCentre();

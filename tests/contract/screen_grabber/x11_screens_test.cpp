@@ -28,23 +28,6 @@ void expectGivenUp(ScreenGrabber& grabber, const std::string& reason)
     EXPECT_THAT(grabber.trouble().toStdString(), testing::HasSubstr(reason));
 }
 
-TEST(X11Screens, WithoutScreenNothingIsGrabbedAndTheReasonIsGiven)
-{
-    const QByteArray before = qgetenv("DISPLAY");
-    for (const char* display : {"", ":987"}) {
-        if (*display)
-            qputenv("DISPLAY", display);
-        else
-            qunsetenv("DISPLAY");
-        const auto grabber = createXcbScreenGrabber();
-        expectGivenUp(*grabber, "");
-        EXPECT_EQ(grabber->sizeOfMainDisplay(), CGSize{});
-        EXPECT_EQ(grabber->mouseLocation(), CGPoint{});
-    }
-    if (!before.isEmpty())
-        qputenv("DISPLAY", before);
-}
-
 TEST(X11Screens, LostScreenIsGivenUpAndItsPicturesStay)
 {
     TestServer server(TestServer::Options{});
