@@ -34,7 +34,6 @@ struct IniUserDefaultsTest : testing::Test {
         QFile kept(path + QStringLiteral(".damaged"));
         ASSERT_TRUE(kept.open(QIODevice::ReadOnly)) << damaged.toStdString();
         EXPECT_EQ(kept.readAll(), damaged);
-        kept.remove();
     }
 };
 
