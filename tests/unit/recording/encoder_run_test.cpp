@@ -78,6 +78,20 @@ TEST_F(EncoderRunTest, AFailureComesWithTheEncodersLastLines)
                      "Conversion failed!");
 }
 
+TEST_F(EncoderRunTest, NonsenseIsShownShortAndPrintable)
+{
+    QByteArray nonsense(200'000, 'x');
+    nonsense += "\n\x01\xff\xfe\x1b[31mred" + QByteArray(3, '\0') + "\n";
+    script.chunks = {{FakeChildProcess::Chunk::Channel::Err, nonsense}};
+    script.failure = "The program failed.";
+    script.work = {};
+    const QString told = run();
+    EXPECT_LT(told.size(), 600);
+    for (const QChar c : told)
+        EXPECT_TRUE(c.isPrint() || c == '\n') << int(c.unicode());
+    EXPECT_TRUE(told.endsWith("[31mred"));
+}
+
 TEST_F(EncoderRunTest, OneThatHangsIsEndedWhenCancelledOrWhenTheFileDoesNotGrowAnyMore)
 {
     FakeClock clock;
