@@ -39,10 +39,13 @@ public:
 
     xcb_connection_t* connection() const { return connection_; }
     xcb_window_t root() const { return screen_->root; }
+    QSize screenSize() const { return {screen_->width_in_pixels, screen_->height_in_pixels}; }
 
 private:
     xcb_window_t create(const QRect& bounds, std::uint8_t depth, xcb_visualid_t visual, std::uint32_t pixel,
                         Managed managed);
+    void change(xcb_window_t window, xcb_atom_t property, xcb_atom_t type, std::uint8_t format, std::uint32_t count,
+                const void* values);
     xcb_atom_t atom(const char* name);
     std::uint32_t pixelOf(QRgb color) const;
     void fillDrawable(xcb_drawable_t drawable, const QRect& part, std::uint32_t pixel);

@@ -275,10 +275,17 @@ TEST_P(ScreenGrabberContract, PointerCountsFromTheLowerLeft)
     }
 }
 
+std::string nameOf(const testing::TestParamInfo<StageKind>& kind)
+{
+    constexpr const char* names[] = {"Fake", "Server", "ManagedServer", "CompositedServer",
+                                     "ServerWithoutSharedMemory"};
+    return names[static_cast<int>(kind.param)];
+}
+
 INSTANTIATE_TEST_SUITE_P(Stages, ScreenGrabberContract,
                          testing::Values(StageKind::Fake, StageKind::Server, StageKind::ManagedServer,
                                          StageKind::CompositedServer, StageKind::ServerWithoutSharedMemory),
-                         [](const auto& kind) { return nameOf(kind.param); });
+                         nameOf);
 
 } // namespace
 } // namespace lumavex::test
