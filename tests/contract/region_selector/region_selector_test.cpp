@@ -5,8 +5,8 @@
 #include "tests/contract/region_selector/OtherClient.h"
 
 #include <QApplication>
-#include <QDeadlineTimer>
 #include <QProcess>
+#include <QTest>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -31,13 +31,7 @@ namespace {
 
 bool until(const std::function<bool()>& done)
 {
-    const QDeadlineTimer deadline(10s);
-    while (!done()) {
-        if (deadline.hasExpired())
-            return false;
-        QApplication::processEvents(QEventLoop::AllEvents, 20);
-    }
-    return true;
+    return QTest::qWaitFor(done, 10'000);
 }
 
 /// The selector on the real screen, with another program's window beneath. The pointer and the keyboard are the
@@ -51,7 +45,7 @@ protected:
         state.size_Region = {320, 240};
         x0 = (beneath.screenSize().width() - 320) / 2;
         y0 = (beneath.screenSize().height() - 240) / 2;
-        input({QStringLiteral("mouseup"), QStringLiteral("1")});
+        input(QStringLiteral("mouseup 1"));
     }
 
     /// Opens the selector, carries out the script once it shows, and returns what the modal run returned. A script must
@@ -101,30 +95,29 @@ protected:
         return true;
     }
 
-    static void input(const QStringList& arguments)
+    static void input(const QString& what)
     {
         QProcess xdotool;
-        xdotool.start(QStringLiteral("xdotool"), arguments);
+        xdotool.start(QStringLiteral("xdotool"), what.split(u' '));
         ASSERT_TRUE(xdotool.waitForFinished(10000) && xdotool.exitCode() == 0);
     }
     void point(int x, int y) const
     {
-        input(
-            {QStringLiteral("mousemove"), QString::number(x), QString::number(beneath.screenSize().height() - 1 - y)});
+        input(QStringLiteral("mousemove %1 %2").arg(x).arg(beneath.screenSize().height() - 1 - y));
     }
     /// From and to locations in screen coordinates; the pointer stops on its way.
     void drag(QPoint from, QPoint to) const
     {
         point(from.x(), from.y());
-        input({QStringLiteral("mousedown"), QStringLiteral("1")});
+        input(QStringLiteral("mousedown 1"));
         point((from.x() + to.x()) / 2 + 3, (from.y() + to.y()) / 2 + 3);
         point(to.x(), to.y());
-        input({QStringLiteral("mouseup"), QStringLiteral("1")});
+        input(QStringLiteral("mouseup 1"));
     }
     void click(int x, int y) const
     {
         point(x, y);
-        input({QStringLiteral("click"), QStringLiteral("1")});
+        input(QStringLiteral("click 1"));
     }
     void clickCentre() const
     {
@@ -247,7 +240,7 @@ TEST_F(RegionSelector, ReachesTheLastPixelOfTheScreen)
 TEST_F(RegionSelector, EndsByKeyboardAndByClosing)
 {
     for (const char* key : {"Escape", "Return", "alt+F4"}) {
-        EXPECT_EQ(run([key] { input({QStringLiteral("key"), QString::fromLatin1(key)}); }), 1) << key;
+        EXPECT_EQ(run([key] { input(QStringLiteral("key ") + QLatin1String(key)); }), 1) << key;
         EXPECT_EQ(state.rect_Screen_Region, initialRegion());
     }
 }
@@ -257,10 +250,7 @@ TEST_F(RegionSelector, FollowsACompositingManagerThatComesAndGoes)
     if (overlay->blendsTranslucentWindows())
         GTEST_SKIP() << "The display has one already";
     run([this] {
-        const auto settle = [] { // the selector looks at the desktop four times a second
-            const QDeadlineTimer end(600ms);
-            until([&end] { return end.hasExpired(); });
-        };
+        const int settling = 600; // ms; the selector looks at the desktop four times a second
         const auto works = [this](const QPoint& from, const QPoint& to) {
             click(200, 200);
             drag(from, to);
@@ -270,15 +260,14 @@ TEST_F(RegionSelector, FollowsACompositingManagerThatComesAndGoes)
             EXPECT_EQ(beneath.pressesSoFar(), 0);
         };
         QProcess picom;
-        picom.start(QStringLiteral("picom"), {QStringLiteral("--backend"), QStringLiteral("xrender"),
-                                              QStringLiteral("--config"), QStringLiteral("/dev/null")});
+        picom.startCommand(QStringLiteral("picom --backend xrender --config /dev/null"));
         ASSERT_TRUE(until([this] { return overlay->blendsTranslucentWindows(); }));
-        settle();
+        QTest::qWait(settling);
         EXPECT_TRUE(until([this] { return shows(initialRegion()); }));
         works({x0, y0}, {x0 - 45, y0 - 45});
         picom.terminate();
         ASSERT_TRUE(picom.waitForFinished());
-        settle();
+        QTest::qWait(settling);
         EXPECT_TRUE(until([this] { return shows({x0 - 40.0, y0 - 40.0, 360, 280}); }));
         works({x0 - 41, y0 - 41}, {x0 - 5, y0 - 5});
         clickCentre();

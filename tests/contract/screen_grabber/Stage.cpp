@@ -96,41 +96,14 @@ private:
 
 std::unique_ptr<Stage> createStage(StageKind kind)
 {
-    TestServer::Options options;
-    switch (kind) {
-    case StageKind::Fake:
+    if (kind == StageKind::Fake)
         return std::make_unique<FakeStage>();
-    case StageKind::Server:
-        break;
-    case StageKind::ManagedServer:
-        options.windowManager = true;
-        break;
-    case StageKind::CompositedServer:
-        options.windowManager = true;
-        options.compositingManager = true;
-        break;
-    case StageKind::ServerWithoutSharedMemory:
+    TestServer::Options options;
+    options.compositingManager = kind == StageKind::CompositedServer;
+    options.windowManager = kind == StageKind::ManagedServer || options.compositingManager;
+    if (kind == StageKind::ServerWithoutSharedMemory)
         options.arguments = {"-extension", "MIT-SHM"};
-        break;
-    }
     return std::make_unique<ServerStage>(options);
-}
-
-std::string nameOf(StageKind kind)
-{
-    switch (kind) {
-    case StageKind::Fake:
-        return "Fake";
-    case StageKind::Server:
-        return "Server";
-    case StageKind::ManagedServer:
-        return "ManagedServer";
-    case StageKind::CompositedServer:
-        return "CompositedServer";
-    case StageKind::ServerWithoutSharedMemory:
-        return "ServerWithoutSharedMemory";
-    }
-    return "Unknown";
 }
 
 } // namespace lumavex::test

@@ -7,7 +7,6 @@
 #include <QRgb>
 
 #include <memory>
-#include <string>
 
 namespace lumavex::test {
 
@@ -28,6 +27,5 @@ public:
 
 enum class StageKind { Fake, Server, ManagedServer, CompositedServer, ServerWithoutSharedMemory };
 std::unique_ptr<Stage> createStage(StageKind kind);
-std::string nameOf(StageKind kind);
 
 } // namespace lumavex::test

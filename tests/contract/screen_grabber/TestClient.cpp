@@ -42,8 +42,7 @@ xcb_window_t TestClient::create(const QRect& bounds, std::uint8_t depth, xcb_vis
                       static_cast<std::uint16_t>(bounds.height()), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, visual,
                       XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_COLORMAP, values);
     std::uint32_t hints[18] = {1}; // USPosition: window managers leave it where it is
-    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS,
-                        32, 18, hints);
+    change(window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 32, 18, hints);
     map(window);
     return window;
 }
@@ -84,17 +83,6 @@ void TestClient::fillRoot(const QRect& part, QRgb color)
     fill(root(), part, color);
 }
 
-void TestClient::setGeometry(xcb_window_t window, const QRect& bounds)
-{
-    const std::uint32_t values[] = {static_cast<std::uint32_t>(bounds.x()), static_cast<std::uint32_t>(bounds.y()),
-                                    static_cast<std::uint32_t>(bounds.width()),
-                                    static_cast<std::uint32_t>(bounds.height())};
-    xcb_configure_window(connection_, window,
-                         XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
-                         values);
-    sync();
-}
-
 void TestClient::raise(xcb_window_t window)
 {
     const std::uint32_t above = XCB_STACK_MODE_ABOVE;
@@ -129,50 +117,38 @@ xcb_atom_t TestClient::atom(const char* name)
     return result;
 }
 
+void TestClient::change(xcb_window_t window, xcb_atom_t property, xcb_atom_t type, std::uint8_t format,
+                        std::uint32_t count, const void* values)
+{
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, property, type, format, count, values);
+    sync();
+}
+
 void TestClient::setClass(xcb_window_t window, const QByteArray& instanceAndClass)
 {
-    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
-                        static_cast<std::uint32_t>(instanceAndClass.size()), instanceAndClass.constData());
-    sync();
+    change(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8, static_cast<std::uint32_t>(instanceAndClass.size()),
+           instanceAndClass.constData());
 }
 
 void TestClient::setPid(xcb_window_t window, std::uint32_t pid)
 {
-    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom("_NET_WM_PID"), XCB_ATOM_CARDINAL, 32, 1,
-                        &pid);
-    sync();
+    change(window, atom("_NET_WM_PID"), XCB_ATOM_CARDINAL, 32, 1, &pid);
 }
 
 void TestClient::setAtoms(xcb_window_t window, const char* property, const char* value)
 {
     const xcb_atom_t atoms[] = {atom(value)};
-    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom(property), XCB_ATOM_ATOM, 32, 1, atoms);
-    sync();
-}
-
-void TestClient::iconify(xcb_window_t window)
-{
-    xcb_client_message_event_t event{};
-    event.response_type = XCB_CLIENT_MESSAGE;
-    event.format = 32;
-    event.window = window;
-    event.type = atom("WM_CHANGE_STATE");
-    event.data.data32[0] = 3; // IconicState
-    xcb_send_event(connection_, 0, root(), XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
-                   reinterpret_cast<const char*>(&event));
-    sync();
+    change(window, atom(property), XCB_ATOM_ATOM, 32, 1, atoms);
 }
 
 void TestClient::leaveWallpaper(QRgb color)
 {
     const xcb_pixmap_t pixmap = xcb_generate_id(connection_);
-    const QRect all(0, 0, screen_->width_in_pixels, screen_->height_in_pixels);
+    const QRect all({0, 0}, screenSize());
     xcb_create_pixmap(connection_, screen_->root_depth, pixmap, root(), screen_->width_in_pixels,
                       screen_->height_in_pixels);
     fillDrawable(pixmap, all, pixelOf(color));
-    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, root(), atom("_XROOTPMAP_ID"), XCB_ATOM_PIXMAP, 32, 1,
-                        &pixmap);
-    sync();
+    change(root(), atom("_XROOTPMAP_ID"), XCB_ATOM_PIXMAP, 32, 1, &pixmap);
 }
 
 void TestClient::movePointer(int x, int y)

@@ -25,7 +25,6 @@ public:
     xcb_window_t showTranslucent(const QRect& bounds, QRgb premultiplied);
     void fill(xcb_window_t window, const QRect& part, QRgb color);
     void fillRoot(const QRect& part, QRgb color);
-    void setGeometry(xcb_window_t window, const QRect& bounds);
     void raise(xcb_window_t window);
     void unmap(xcb_window_t window);
     void map(xcb_window_t window);
@@ -33,8 +32,6 @@ public:
     void setClass(xcb_window_t window, const QByteArray& instanceAndClass);
     void setPid(xcb_window_t window, std::uint32_t pid);
     void setAtoms(xcb_window_t window, const char* property, const char* value);
-    /// Asks the window manager to minimise it.
-    void iconify(xcb_window_t window);
     /// Leaves a one-coloured wallpaper of the root's size for others, as setters of wallpapers do.
     void leaveWallpaper(QRgb color);
     void movePointer(int x, int y);
@@ -42,10 +39,13 @@ public:
 
     xcb_connection_t* connection() const { return connection_; }
     xcb_window_t root() const { return screen_->root; }
+    QSize screenSize() const { return {screen_->width_in_pixels, screen_->height_in_pixels}; }
 
 private:
     xcb_window_t create(const QRect& bounds, std::uint8_t depth, xcb_visualid_t visual, std::uint32_t pixel,
                         Managed managed);
+    void change(xcb_window_t window, xcb_atom_t property, xcb_atom_t type, std::uint8_t format, std::uint32_t count,
+                const void* values);
     xcb_atom_t atom(const char* name);
     std::uint32_t pixelOf(QRgb color) const;
     void fillDrawable(xcb_drawable_t drawable, const QRect& part, std::uint32_t pixel);

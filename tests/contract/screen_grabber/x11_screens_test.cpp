@@ -19,24 +19,13 @@ namespace {
 
 constexpr QRgb kColor = 0xff3264c8;
 
-TEST(X11Screens, WithoutScreenNothingIsGrabbedAndTheReasonIsGiven)
+void expectGivenUp(ScreenGrabber& grabber, const std::string& reason)
 {
-    const QByteArray before = qgetenv("DISPLAY");
-    for (const char* display : {"", ":987"}) {
-        if (*display)
-            qputenv("DISPLAY", display);
-        else
-            qunsetenv("DISPLAY");
-        const auto grabber = createXcbScreenGrabber();
-        EXPECT_FALSE(grabber->trouble().isEmpty());
-        EXPECT_EQ(grabber->grabMainDisplay().outcome, GrabOutcome::GiveUp);
-        EXPECT_EQ(grabber->grabWindows({1}).outcome, GrabOutcome::GiveUp);
-        EXPECT_TRUE(grabber->windowDescriptions().empty());
-        EXPECT_EQ(grabber->sizeOfMainDisplay(), CGSize{});
-        EXPECT_EQ(grabber->mouseLocation(), CGPoint{});
-    }
-    if (!before.isEmpty())
-        qputenv("DISPLAY", before);
+    EXPECT_EQ(grabber.grabMainDisplay().outcome, GrabOutcome::GiveUp);
+    EXPECT_EQ(grabber.grabWindows({1}).outcome, GrabOutcome::GiveUp);
+    EXPECT_TRUE(grabber.windowDescriptions().empty());
+    EXPECT_FALSE(grabber.trouble().isEmpty());
+    EXPECT_THAT(grabber.trouble().toStdString(), testing::HasSubstr(reason));
 }
 
 TEST(X11Screens, LostScreenIsGivenUpAndItsPicturesStay)
@@ -50,10 +39,7 @@ TEST(X11Screens, LostScreenIsGivenUpAndItsPicturesStay)
         kept = grabber->grabMainDisplay().picture;
         server.kill();
     }
-    EXPECT_EQ(grabber->grabMainDisplay().outcome, GrabOutcome::GiveUp);
-    EXPECT_EQ(grabber->grabWindows({1}).outcome, GrabOutcome::GiveUp);
-    EXPECT_TRUE(grabber->windowDescriptions().empty());
-    EXPECT_THAT(grabber->trouble().toStdString(), testing::HasSubstr("lost"));
+    expectGivenUp(*grabber, "lost");
     grabber.reset();
     EXPECT_EQ(kept.pixel(639, 479) | 0xff000000U, kColor);
 }
@@ -76,10 +62,7 @@ TEST(X11Screens, FewColoursAreRefusedInWords)
 {
     for (const auto* screen : {"320x200x16", "320x200x8"}) {
         TestServer server({.screen = screen, .arguments = {}});
-        const auto grabber = createXcbScreenGrabber();
-        EXPECT_THAT(grabber->trouble().toStdString(), testing::HasSubstr(screen + 8));
-        EXPECT_EQ(grabber->grabMainDisplay().outcome, GrabOutcome::GiveUp);
-        EXPECT_EQ(grabber->grabWindows({1}).outcome, GrabOutcome::GiveUp);
+        expectGivenUp(*createXcbScreenGrabber(), screen + 8);
     }
 }
 
@@ -195,36 +178,6 @@ TEST(X11Screens, ChangesMissNothingThatIsDrawnMeanwhile)
             for (int x = 0; x < truth.width(); ++x)
                 ASSERT_EQ(followed.pixel(x, y) & 0xffffffU, truth.pixel(x, y) & 0xffffffU) << main << x << ' ' << y;
     }
-}
-
-TEST(WithDisplay, GivesAPrivateScreenAndTheCommandsStatus)
-{
-    const QString launcher = QStringLiteral(LUMAVEX_SOURCE_DIR "/tests/support/with-display");
-    const auto statusOf = [&](const QStringList& arguments) {
-        QProcess process;
-        process.start(launcher, arguments);
-        process.waitForFinished(30000);
-        return process.exitCode();
-    };
-    EXPECT_EQ(
-        statusOf({"--size", "320x200x24", "sh", "-c",
-                  "xwininfo -root | grep -q 'geometry 320x200' && xprop -root _NET_SUPPORTING_WM_CHECK | grep -q id "
-                  "&& test \"$(stat -c %a \"$XDG_RUNTIME_DIR\")\" = 700 && exit 7"}),
-        7);
-    EXPECT_EQ(statusOf({"env", "LUMAVEX_TEST_RUNTIME=/nowhere/of/an/outer/launcher", launcher, "sh", "-c",
-                        "test $LUMAVEX_TEST_RUNTIME = /nowhere/of/an/outer/launcher"}),
-              0);
-    EXPECT_EQ(statusOf({"--unknown"}), 64);
-
-    // Ended by a signal it ends its server too.
-    QProcess process;
-    process.start(launcher, {"sh", "-c", "echo $DISPLAY; exec sleep 60"});
-    ASSERT_TRUE(process.waitForReadyRead(20000));
-    const QString display = QString::fromLatin1(process.readLine()).trimmed();
-    process.terminate();
-    ASSERT_TRUE(process.waitForFinished(20000));
-    EXPECT_EQ(process.exitCode(), 143);
-    EXPECT_FALSE(TestServer::run("xprop", {"-display", display, "-root"}));
 }
 
 } // namespace

@@ -49,35 +49,12 @@ protected:
 class X11ManagedWindows : public X11Windows {
 protected:
     X11ManagedWindows() : X11Windows({.windowManager = true, .arguments = {}}) {}
-
-    std::uint32_t showManaged(const QRect& bounds, QRgb color)
-    {
-        const std::uint32_t window = client.show(bounds, color, TestClient::Managed::Yes);
-        // The frame is there before the window manager has made all of it.
-        eventually([&] { return describe(window) && describe(window)->height > bounds.height(); });
-        return window;
-    }
 };
 
 class X11CompositedWindows : public X11Windows {
 protected:
     X11CompositedWindows() : X11Windows({.windowManager = true, .compositingManager = true, .arguments = {}}) {}
 };
-
-TEST_F(X11Windows, ResizedWindowGivesItsNewPicture)
-{
-    const auto window = client.show({10, 10, 60, 40}, kRed);
-    client.show({0, 0, 300, 300}, kBlue);
-    ASSERT_TRUE(shows({window}, 59, 39, kRed));
-    client.setGeometry(window, {20, 20, 90, 30});
-    ASSERT_TRUE(shows({window}, 89, 29, kRed));
-    EXPECT_EQ(last.picture.size(), QSize(90, 30));
-    const auto before = last;
-    client.setGeometry(window, {40, 5, 90, 30}); // moving alone changes nothing of it
-    EXPECT_TRUE(shows({window}, 89, 29, kRed));
-    EXPECT_EQ(last.picture.size(), QSize(90, 30));
-    EXPECT_EQ(describe(window)->x, 40);
-}
 
 TEST_F(X11Windows, UnmappedWindowIsRetriedAndComesBack)
 {
@@ -155,16 +132,6 @@ TEST_F(X11Windows, OrderFollowsRaising)
     EXPECT_EQ(grabber->windowDescriptions().front().number, first);
 }
 
-TEST_F(X11Windows, LeavesOutWindowsNotAskedFor)
-{
-    client.leaveWallpaper(kBlue);
-    const auto own = client.show({100, 100, 200, 200}, kRed);
-    const auto behind = client.show({50, 50, 100, 100}, kGreen);
-    client.raise(own);
-    ASSERT_TRUE(shows({behind, client.root()}, 149, 149, kGreen)) << "the part under the window left out";
-    EXPECT_EQ(last.picture.pixel(250, 250) | 0xff000000U, kBlue);
-}
-
 TEST_F(X11Windows, PartialChangesKeepTheRestAndTheStacking)
 {
     client.leaveWallpaper(kBlue);
@@ -219,7 +186,9 @@ TEST_F(X11CompositedWindows, ThePaintingSurfaceOfTheManagerIsNoWindow)
 
 TEST_F(X11ManagedWindows, WindowComesWithItsFrameUnderTheClientsNumber)
 {
-    const auto window = showManaged({100, 120, 200, 100}, kGreen);
+    const auto window = client.show({100, 120, 200, 100}, kGreen, TestClient::Managed::Yes);
+    // The frame is there before the window manager has made all of it.
+    eventually([&] { return describe(window) && describe(window)->height > 100; });
     client.setClass(window, QByteArray("x\0Framed\0", 9));
     const auto description = describe(window);
     ASSERT_TRUE(description);
@@ -234,23 +203,6 @@ TEST_F(X11ManagedWindows, WindowComesWithItsFrameUnderTheClientsNumber)
     const QRgb title = last.picture.pixel(last.picture.width() / 2, 3) | 0xff000000U;
     EXPECT_NE(title, kBlue);
     EXPECT_NE(title, kGreen);
-}
-
-TEST_F(X11ManagedWindows, MinimisedWindowIsRetried)
-{
-    const auto window = showManaged({100, 120, 200, 100}, kGreen);
-    ASSERT_TRUE(shows({window}, 50, 80, kGreen));
-    client.iconify(window);
-    EXPECT_TRUE(eventually([&] { return grabber->grabWindows({window}).outcome == GrabOutcome::Retry; }));
-    EXPECT_EQ(grabber->trouble(), QString());
-    client.map(window);
-    EXPECT_TRUE(shows({window}, 50, 80, kGreen));
-}
-
-TEST_F(X11ManagedWindows, KeptAboveIsALayer)
-{
-    const auto window = showManaged({100, 120, 200, 100}, kGreen);
-    ASSERT_EQ(describe(window)->layer, 0);
     client.setAtoms(window, "_NET_WM_STATE", "_NET_WM_STATE_ABOVE");
     EXPECT_TRUE(eventually([&] { return describe(window)->layer > 0; }));
 }

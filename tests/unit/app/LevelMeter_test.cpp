@@ -5,12 +5,12 @@
 
 #include <gmock/gmock.h>
 
-#include <QElapsedTimer>
-#include <QEventLoop>
-#include <QTimer>
+#include <QTest>
 
 using namespace lumavex;
 using testing::ElementsAre;
+
+constexpr int somePolls = 250; // ms
 
 namespace {
 
@@ -25,28 +25,12 @@ struct Draws final : QObject {
     int count = 0;
 };
 
-bool spinUntil(const std::function<bool()>& done)
-{
-    QElapsedTimer limit;
-    for (limit.start(); !done() && limit.elapsed() < 5000;)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    return done();
-}
-
-void spinSomePolls()
-{
-    QEventLoop loop;
-    QTimer::singleShot(250, &loop, &QEventLoop::quit);
-    loop.exec();
-}
-
 } // namespace
 
 TEST(LevelMeter, SegmentsAreDecibels)
 {
-    const std::pair<double, int> cases[] = {{0, 0},     {1e-9, 0}, {0.0011, 1}, {0.5, 11}, // -6 dB
-                                            {0.09, 8},                                     // -20 dB
-                                            {0.57, 12}, {1, 12}};
+    // -6 dB is half, -20 dB a tenth.
+    const std::pair<double, int> cases[] = {{1e-9, 0}, {0.0011, 1}, {0.09, 8}, {0.5, 11}, {0.57, 12}, {1, 12}};
     for (const auto& [peak, segments] : cases) {
         LevelMeter meter;
         meter.take({static_cast<float>(peak), 0}, 0.1);
@@ -74,7 +58,7 @@ TEST(LevelMeter, IsDrawnAgainOnlyWhenASegmentChanges)
     LevelMeter meter;
     meter.take({0.5F, 0.5F}, 0.1);
     meter.show();
-    spinUntil([&meter] { return meter.isVisible(); });
+    QTest::qWaitFor([&meter] { return meter.isVisible(); });
     QCoreApplication::processEvents();
     Draws draws(meter);
     for (const float peak : {0.5F, 0.49F, 0.47F, 0.5F}) {
@@ -83,7 +67,7 @@ TEST(LevelMeter, IsDrawnAgainOnlyWhenASegmentChanges)
     }
     EXPECT_EQ(draws.count, 0);
     meter.take({1, 1}, 0.1);
-    EXPECT_TRUE(spinUntil([&draws] { return draws.count > 0; }));
+    EXPECT_TRUE(QTest::qWaitFor([&draws] { return draws.count > 0; }));
 }
 
 TEST(LevelMeter, AsksItsSourceOnlyWhileItIsSeen)
@@ -95,13 +79,13 @@ TEST(LevelMeter, AsksItsSourceOnlyWhileItIsSeen)
         return SoundPeaks{1, 1};
     });
     const int atFirst = asked;
-    spinSomePolls();
+    QTest::qWait(somePolls);
     EXPECT_EQ(asked, atFirst) << "hidden";
     meter.show();
-    EXPECT_TRUE(spinUntil([&] { return meter.lit()[0] == LevelMeter::kSegments; }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return meter.lit()[0] == LevelMeter::kSegments; }));
     meter.setSource(nullptr);
     const int asThen = asked;
-    spinSomePolls();
+    QTest::qWait(somePolls);
     EXPECT_EQ(asked, asThen);
     EXPECT_THAT(meter.lit(), ElementsAre(0, 0));
 }
@@ -122,16 +106,16 @@ TEST_F(SoundProgram, MeterShowsWhatTheRecorderHearsWhileItRecords)
 {
     EXPECT_TRUE(window->levelMeter->isVisible());
     heard().peaks = {0.5F, 0.1F};
-    EXPECT_TRUE(spinUntil([this] { return window->levelMeter->lit()[0] == 11; }));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return window->levelMeter->lit()[0] == 11; }));
     app->OnToolbarPause();
     EXPECT_TRUE(window->levelMeter->isVisible());
     EXPECT_EQ(window->levelMeter->lit()[0], 0);
     heard().peaks = {0.5F, 0.1F};
-    spinSomePolls();
+    QTest::qWait(somePolls);
     EXPECT_EQ(heard().peaks.left, 0.5F) << "not asked while paused";
     app->OnToolbarRecord();
     heard().peaks = {0.09F, 0.09F};
-    EXPECT_TRUE(spinUntil([this] { return window->levelMeter->lit()[0] == 8; }));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return window->levelMeter->lit()[0] == 8; }));
     app->OnToolbarStop();
     EXPECT_FALSE(window->levelMeter->isVisible());
 }

@@ -7,7 +7,7 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QDeadlineTimer>
+#include <QTest>
 #include <QTimer>
 
 #include <functional>
@@ -58,15 +58,7 @@ struct SourceControls : Program {
         screen->setWindows(windows);
     }
 
-    static bool until(const std::function<bool()>& done)
-    {
-        for (const QDeadlineTimer deadline(std::chrono::seconds(10)); !deadline.hasExpired();) {
-            QApplication::processEvents(QEventLoop::AllEvents, 10);
-            if (done())
-                return true;
-        }
-        return false;
-    }
+    static bool until(const std::function<bool()>& done) { return QTest::qWaitFor(done, 10'000); }
 
     /// Gives the command; a region selector that opens is closed. How many opened.
     int give(Control control)

@@ -18,96 +18,81 @@ void write(const QString& path, const QByteArray& bytes)
     file.write(bytes);
 }
 
+/// In a folder of its own.
+struct IniUserDefaultsTest : testing::Test {
+    QTemporaryDir folder;
+    QString path = folder.filePath(QStringLiteral("lumavex.ini"));
+
+    std::optional<QString> read(const char* key) const
+    {
+        return IniUserDefaults(path).stringForKey(QLatin1String(key));
+    }
+    void expectDamageIsTold(const QByteArray& damaged) const
+    {
+        write(path, damaged);
+        EXPECT_TRUE(IniUserDefaults(path).trouble().contains(path + QStringLiteral(".damaged")));
+        QFile kept(path + QStringLiteral(".damaged"));
+        ASSERT_TRUE(kept.open(QIODevice::ReadOnly)) << damaged.toStdString();
+        EXPECT_EQ(kept.readAll(), damaged);
+    }
+};
+
 } // namespace
 
-TEST(IniUserDefaults, AWriteIsOnDiskAtOnceAndAbsentIsNotEmpty)
+TEST_F(IniUserDefaultsTest, AWriteIsOnDiskAtOnceAndAbsentIsNotEmpty)
 {
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("deep/er/lumavex.ini"));
+    path = folder.filePath(QStringLiteral("deep/er/lumavex.ini"));
     IniUserDefaults defaults(path);
     EXPECT_EQ(defaults.stringForKey(QStringLiteral("k")), std::nullopt);
     defaults.setObject_forKey(QStringLiteral("Cam, \"the\" = ü"), QStringLiteral("k"));
     defaults.setObject_forKey(QString(), QStringLiteral("empty"));
-    IniUserDefaults again(path);
-    EXPECT_EQ(again.stringForKey(QStringLiteral("k")), QStringLiteral("Cam, \"the\" = ü"));
-    EXPECT_EQ(again.stringForKey(QStringLiteral("empty")), QString());
-    EXPECT_EQ(again.trouble(), QString());
+    EXPECT_EQ(read("k"), QStringLiteral("Cam, \"the\" = ü"));
+    EXPECT_EQ(read("empty"), QString());
 }
 
-TEST(IniUserDefaults, EveryTextComesBackAndQSettingsReadsTheSame)
+TEST_F(IniUserDefaultsTest, EveryTextComesBackAndQSettingsReadsTheSame)
 {
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("lumavex.ini"));
     for (const QString& text :
          {QStringLiteral(" spaces "), QStringLiteral("@Variant(\\0\\x9)"), QStringLiteral("@@at"),
           QStringLiteral("a\nb\t\x01"
                          "7f"),
           QStringLiteral("C:\\x41 \"quoted\"; # = ,"), QStringLiteral("Ünï 📷"), QString(QChar(0xD83D))}) {
         IniUserDefaults(path).setObject_forKey(text, QStringLiteral("k"));
-        EXPECT_EQ(IniUserDefaults(path).stringForKey(QStringLiteral("k")), text) << text.toStdString();
+        EXPECT_EQ(read("k"), text) << text.toStdString();
         EXPECT_EQ(QSettings(path, QSettings::IniFormat).value(QStringLiteral("k")).toString(), text)
             << text.toStdString();
         EXPECT_EQ(IniUserDefaults(path).trouble(), QString());
     }
 }
 
-TEST(IniUserDefaults, WhatQSettingsWroteAndWhatIsWrittenByHandIsRead)
+TEST_F(IniUserDefaultsTest, WhatQSettingsWroteAndWhatIsWrittenByHandIsRead)
 {
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("lumavex.ini"));
     const QString text = QStringLiteral("@Cam, \"the\" = \\ ü\x02"
                                         "a");
     QSettings(path, QSettings::IniFormat).setValue(QStringLiteral("k"), text);
-    EXPECT_EQ(IniUserDefaults(path).stringForKey(QStringLiteral("k")), text);
+    EXPECT_EQ(read("k"), text);
 
     write(path, "; remark\r\nbefore = 1\r\n[Other]\nbefore=2\n[General]\nname = Cam, the second \n");
-    const IniUserDefaults byHand(path);
-    EXPECT_EQ(byHand.trouble(), QString());
-    EXPECT_EQ(byHand.stringForKey(QStringLiteral("before")), QStringLiteral("1"));
-    EXPECT_EQ(byHand.stringForKey(QStringLiteral("name")), QStringLiteral("Cam, the second"));
-}
-
-TEST(IniUserDefaults, AValueThatClaimsToBeAnObjectIsText)
-{
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("lumavex.ini"));
+    EXPECT_EQ(IniUserDefaults(path).trouble(), QString());
+    EXPECT_EQ(read("before"), QStringLiteral("1"));
+    EXPECT_EQ(read("name"), QStringLiteral("Cam, the second"));
+    // A value that claims to be an object is text.
     write(path, "[General]\na=@Variant(\\0\\0\\0\\x46\\x7f\\xff\\xff\\xff)\nb=2\n");
-    const IniUserDefaults defaults(path);
-    EXPECT_TRUE(defaults.stringForKey(QStringLiteral("a"))->startsWith(QStringLiteral("@Variant(")));
-    EXPECT_EQ(defaults.stringForKey(QStringLiteral("b")), QStringLiteral("2"));
+    EXPECT_TRUE(read("a")->startsWith(QStringLiteral("@Variant(")));
+    EXPECT_EQ(read("b"), QStringLiteral("2"));
 }
 
-TEST(IniUserDefaults, ADamagedFileIsKeptItsReadableLinesAreUsedAndTheUserIsTold)
+TEST_F(IniUserDefaultsTest, ADamagedFileIsKeptItsReadableLinesAreUsedAndTheUserIsTold)
 {
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("lumavex.ini"));
-    const QByteArray damaged = "[General]\nOrbelkin_a_02=25\n\x01\x02garbage without sense\n[broken\nOrbelkin_b_02=1\n";
-    write(path, damaged);
-    IniUserDefaults defaults(path);
-    EXPECT_EQ(defaults.stringForKey(QStringLiteral("Orbelkin_a_02")), QStringLiteral("25"));
-    EXPECT_EQ(defaults.stringForKey(QStringLiteral("Orbelkin_b_02")), QStringLiteral("1"));
-    EXPECT_TRUE(defaults.trouble().contains(path + QStringLiteral(".damaged")));
-    QFile kept(path + QStringLiteral(".damaged"));
-    ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
-    EXPECT_EQ(kept.readAll(), damaged);
+    for (const QByteArray& damaged :
+         {QByteArray("abc"), QByteArray(4096, '\0'), QByteArray("a=").append(QByteArray(2 << 20, 'x')),
+          QByteArray("[General]\na=25\n\x01\x02garbage without sense\n[broken\nb=1\n")})
+        expectDamageIsTold(damaged);
+    EXPECT_EQ(read("a"), QStringLiteral("25"));
+    EXPECT_EQ(read("b"), QStringLiteral("1"));
 }
 
-TEST(IniUserDefaults, WhateverTheDamageTheFileIsKept)
-{
-    for (const QByteArray& damaged : {QByteArray("abc"), QByteArray("[General]\na=1\nabc\n"), QByteArray(4096, '\0'),
-                                      QByteArray("a=").append(QByteArray(2 << 20, 'x'))}) {
-        QTemporaryDir folder;
-        const QString path = folder.filePath(QStringLiteral("lumavex.ini"));
-        write(path, damaged);
-        IniUserDefaults defaults(path);
-        EXPECT_FALSE(defaults.trouble().isEmpty());
-        QFile kept(path + QStringLiteral(".damaged"));
-        ASSERT_TRUE(kept.open(QIODevice::ReadOnly)) << damaged.toStdString();
-        EXPECT_EQ(kept.readAll(), damaged);
-    }
-}
-
-TEST(IniUserDefaults, SettingsThatCannotBeSavedAreReported)
+TEST_F(IniUserDefaultsTest, SettingsThatCannotBeSavedAreReported)
 {
     IniUserDefaults defaults(QStringLiteral("/proc/lumavex/lumavex.ini"));
     defaults.setObject_forKey(QStringLiteral("1"), QStringLiteral("k"));

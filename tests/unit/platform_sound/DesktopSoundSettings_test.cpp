@@ -57,26 +57,14 @@ protected:
     DesktopSoundSettings settings_;
 };
 
-TEST_F(DesktopSoundSettingsTest, NothingInstalledOpensNothing)
-{
-    for (const char* desktop : {"", "GNOME", "KDE", "a:desktop:nobody:knows"}) {
-        qputenv("XDG_CURRENT_DESKTOP", desktop);
-        EXPECT_FALSE(settings_.open()) << desktop;
-    }
-}
-
 TEST_F(DesktopSoundSettingsTest, RunningDesktopsOwnProgramComesFirst)
 {
-    for (const char* name : {"pavucontrol", "gnome-control-center", "systemsettings", "cinnamon-settings",
-                             "mate-volume-control", "budgie-control-center", "pavucontrol-qt"})
+    EXPECT_FALSE(settings_.open()) << "nothing is installed";
+    for (const char* name : {"pavucontrol", "gnome-control-center", "budgie-control-center", "pavucontrol-qt"})
         install(name);
     const std::pair<const char*, const char*> expected[] = {
         {"ubuntu:GNOME", "gnome-control-center sound"},
-        {"KDE", "systemsettings kcm_pulseaudio"},
-        {"X-Cinnamon", "cinnamon-settings sound"},
-        {"MATE", "mate-volume-control"},
         {"Budgie:GNOME", "budgie-control-center sound"},
-        {"XFCE", "pavucontrol --tab=4"},
         {"LXQt", "pavucontrol-qt --tab=4"},
         {"", "pavucontrol --tab=4"},
     };

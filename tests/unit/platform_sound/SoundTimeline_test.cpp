@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/gstreamer/SoundTimeline.h"
 
-#include "platform/fake/FakeSoundRecorder.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -69,6 +67,21 @@ protected:
         }
     }
 
+    /// The same, and the end of the recording then; the device goes on for a second, whose sound may be needed.
+    void pauseAt(Nanoseconds end)
+    {
+        playTo(end);
+        timeline_.pause(end);
+        playTo(end + 1s);
+        timeline_.finish(file_);
+    }
+    void startAnew(const Device& device)
+    {
+        device_ = device;
+        timeline_ = {};
+        file_.clear();
+    }
+
     std::int64_t frames() const { return static_cast<std::int64_t>(file_.size() / 2); }
 
     /// When the file's frame was heard; null for silence.
@@ -110,11 +123,7 @@ TEST_F(SoundTimelineTest, BeginsWithSilenceUntilTheDeviceBegins)
 {
     device_.begins = kStart + 300ms;
     timeline_.record(kStart);
-    playTo(kStart + 1500ms);
-    timeline_.pause(kStart + 1500ms);
-    playTo(kStart + 2s);
-    timeline_.finish(file_);
-
+    pauseAt(kStart + 1500ms);
     EXPECT_EQ(frames(), 66150);
     EXPECT_EQ(silentFrames(0, frames()), 13230);
     EXPECT_LE(worstError(13230, frames(), kStart + 300ms), 100us);
@@ -154,15 +163,9 @@ TEST_F(SoundTimelineTest, PausesAreCutToTheFrameAndRoundingDoesNotAddUp)
 TEST_F(SoundTimelineTest, DriftIsCorrectedFrameByFrame)
 {
     for (const double ppm : {-1000.0, -50.0, 50.0, 1000.0}) {
-        device_ = Device{.ppm = ppm};
-        timeline_ = {};
-        file_.clear();
+        startAnew({.ppm = ppm});
         timeline_.record(kStart);
-        playTo(kStart + 60s);
-        timeline_.pause(kStart + 60s);
-        playTo(kStart + 61s);
-        timeline_.finish(file_);
-
+        pauseAt(kStart + 60s);
         EXPECT_EQ(frames(), 60 * kSoundRate) << ppm;
         EXPECT_EQ(silentFrames(0, frames()), 0) << ppm;
         EXPECT_LT(worstError(0, frames(), kStart), 10ms) << ppm;
@@ -180,11 +183,7 @@ TEST_F(SoundTimelineTest, JitterOfStampsAndSingleLateOnesChangeNothing)
     SoundChunk late = device_.next();
     late.capturedAt += 100ms;
     timeline_.add(late);
-    playTo(kStart + 30s);
-    timeline_.pause(kStart + 30s);
-    playTo(kStart + 31s);
-    timeline_.finish(file_);
-
+    pauseAt(kStart + 30s);
     EXPECT_EQ(timeline_.corrections(), 0);
     ASSERT_EQ(frames(), 29 * kSoundRate);
     EXPECT_LT(worstError(0, frames(), kStart + 1s), 6ms);
@@ -196,9 +195,7 @@ TEST_F(SoundTimelineTest, JitterOfStampsAndSingleLateOnesChangeNothing)
 TEST_F(SoundTimelineTest, LostSoundLeavesSilenceAndTheRestInPlace)
 {
     for (const bool flagged : {true, false}) {
-        device_ = Device{};
-        timeline_ = {};
-        file_.clear();
+        startAnew({});
         timeline_.record(kStart);
         playTo(kStart + 1s);
         device_.skip(100ms);
@@ -207,11 +204,7 @@ TEST_F(SoundTimelineTest, LostSoundLeavesSilenceAndTheRestInPlace)
             chunk.continuity = SoundContinuity::AfterGap;
             timeline_.add(chunk);
         }
-        playTo(kStart + 2s);
-        timeline_.pause(kStart + 2s);
-        playTo(kStart + 3s);
-        timeline_.finish(file_);
-
+        pauseAt(kStart + 2s);
         EXPECT_EQ(frames(), 2 * kSoundRate);
         EXPECT_LE(worstError(0, kSoundRate, kStart), 100us);
         EXPECT_NEAR(static_cast<double>(silentFrames(0, frames())), 4410, 1) << flagged;
@@ -225,10 +218,7 @@ TEST_F(SoundTimelineTest, SoundStampedBackIsNotHeardTwice)
     timeline_.record(kStart);
     playTo(kStart + 1s);
     device_.skip(-300ms);
-    playTo(kStart + 2s);
-    timeline_.pause(kStart + 2s);
-    playTo(kStart + 3s);
-    timeline_.finish(file_);
+    pauseAt(kStart + 2s);
     EXPECT_EQ(frames(), 2 * kSoundRate);
     EXPECT_LE(worstError(0, frames(), kStart), 100us);
 }
@@ -243,10 +233,7 @@ TEST_F(SoundTimelineTest, CallsMayBeLateAndSoundEarly)
     for (int i = 0; i < 6; ++i)
         timeline_.add(device_.next());
     timeline_.record(kStart + 2s);
-    playTo(kStart + 3s);
-    timeline_.pause(kStart + 3s);
-    playTo(kStart + 4s);
-    timeline_.finish(file_);
+    pauseAt(kStart + 3s);
     EXPECT_EQ(frames(), 2 * kSoundRate);
     EXPECT_LE(worstError(0, kSoundRate, kStart + 700ms), 100us);
     EXPECT_LE(worstError(kSoundRate, frames(), kStart + 2s), 100us);
@@ -255,18 +242,14 @@ TEST_F(SoundTimelineTest, CallsMayBeLateAndSoundEarly)
 TEST_F(SoundTimelineTest, FirstStampsThatAreOffMoveTheBeginningAsAWhole)
 {
     for (const Nanoseconds off : {18ms, -18ms}) {
-        device_ = Device{.begins = kStart + 200ms};
-        timeline_ = {};
-        file_.clear();
+        startAnew({.begins = kStart + 200ms});
         timeline_.record(kStart);
         for (int i = 0; i < 6; ++i) {
             SoundChunk chunk = device_.next();
             chunk.capturedAt += off;
             timeline_.add(chunk);
         }
-        playTo(kStart + 2s);
-        timeline_.pause(kStart + 2s);
-        timeline_.finish(file_);
+        pauseAt(kStart + 2s);
         EXPECT_EQ(silentFrames(0, frames()), 8820);
         EXPECT_LE(worstError(8820, frames(), kStart + 200ms), 100us);
     }
@@ -316,31 +299,6 @@ TEST_F(SoundTimelineTest, KeepsSoundWithinBounds)
     timeline_.finish(file_);
     EXPECT_EQ(frames(), 30 * kSoundRate);
     EXPECT_EQ(silentFrames(0, frames()), 22 * kSoundRate);
-}
-
-TEST(FakeSoundRecorderTest, CountsTheSameTimeAsTheTimeline)
-{
-    const auto sound = std::make_shared<FakeSound>();
-    QString told;
-    const auto recorder =
-        fakeSoundRecorderFactory(sound)("sound.wav", [&told](SoundEvent, const QString& reason) { told = reason; });
-    SoundTimeline timeline;
-    for (const Nanoseconds at : {1s, 3s, 7s}) {
-        recorder->record(kStart + at);
-        recorder->record(kStart + at + 100ms);
-        timeline.record(kStart + at);
-        timeline.record(kStart + at + 100ms);
-        recorder->pause(kStart + at + 700ms);
-        timeline.pause(kStart + at + 700ms);
-    }
-    sound->recordings.front()->onEvent(SoundEvent::Lost, "no microphone");
-    sound->stopError = "disk full";
-    EXPECT_EQ(recorder->stop(kStart + 9s), "disk full");
-    std::vector<std::int16_t> file;
-    timeline.finish(file);
-    EXPECT_EQ(framesIn(sound->recordings.front()->recorded), timeline.framesWritten());
-    EXPECT_EQ(sound->recordings.front()->calls.size(), 10u);
-    EXPECT_EQ(told, "no microphone");
 }
 
 } // namespace

@@ -37,15 +37,11 @@ protected:
     const std::vector<std::int16_t> second_ = std::vector<std::int16_t>(88200, 0x1234);
 };
 
-TEST_F(WavFileTest, HeaderIsByteForByteThatOfPcm)
+TEST_F(WavFileTest, HeaderIsThatOfPcmAfterEveryAppend)
 {
     WavFile(path_).append(std::vector<std::int16_t>{1, -1});
     EXPECT_EQ(contents(path_).toHex(' '), "52 49 46 46 28 00 00 00 57 41 56 45 66 6d 74 20 10 00 00 00 01 00 02 00 "
                                           "44 ac 00 00 10 b1 02 00 04 00 10 00 64 61 74 61 04 00 00 00 01 00 ff ff");
-}
-
-TEST_F(WavFileTest, HeaderIsRightAfterEveryAppend)
-{
     WavFile file(path_);
     for (std::uint32_t seconds = 0; seconds < 3; ++seconds) {
         const QByteArray bytes = contents(path_);
@@ -68,7 +64,6 @@ TEST_F(WavFileTest, SizesStopAtWhatTheFieldsHold)
         return std::pair(field(view, 4), field(view, 40));
     };
     EXPECT_EQ(sizes(0xFFFFFFD8), std::pair(0xFFFFFFFCu, 0xFFFFFFD8u));
-    EXPECT_EQ(sizes(0xFFFFFFDC), std::pair(0xFFFFFFFFu, 0xFFFFFFFFu));
     EXPECT_EQ(sizes(std::uint64_t{5} << 30), std::pair(0xFFFFFFFFu, 0xFFFFFFFFu));
 }
 
@@ -76,8 +71,7 @@ TEST_F(WavFileTest, IsPrivateAndTakesThePlaceOfWhatWasThere)
 {
     const QString other = folder_.filePath("other");
     QFile precious(other);
-    ASSERT_TRUE(precious.open(QIODevice::WriteOnly));
-    precious.write("precious");
+    ASSERT_TRUE(precious.open(QIODevice::WriteOnly) && precious.write("precious") > 0);
     precious.close();
     ASSERT_TRUE(QFile::link(other, path_));
     WavFile(path_).append(second_);

@@ -127,13 +127,6 @@ TEST_F(EncoderRunTest, SuccessWithoutAFileIsAFailure)
     EXPECT_EQ(run(), "The encoder wrote no file.");
 }
 
-TEST_F(EncoderRunTest, AnAbsentEncoderIsNotLaunched)
-{
-    job.sffmpegPath.clear();
-    EXPECT_THAT(run().toStdString(), HasSubstr("not installed"));
-    EXPECT_TRUE(launches.empty());
-}
-
 TEST(WorkerRun, ServesEventsWhileAnotherThreadWorks)
 {
     EventRunLoop runLoop;

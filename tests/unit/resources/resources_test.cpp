@@ -59,25 +59,14 @@ TEST(MouseCursor, HasItsTipInTheLowerLeftPixelAndIsSeenOnBlackAndOnWhite)
     EXPECT_EQ(qAlpha(cursor.pixel(0, 15)), 255);
     EXPECT_EQ(qAlpha(cursor.pixel(15, 15)), 0);
     EXPECT_EQ(qAlpha(cursor.pixel(0, 0)), 0);
-    int black = 0;
-    int white = 0;
-    for (int y = 0; y < 16; ++y) {
-        for (int x = 0; x < 16; ++x) {
-            black += cursor.pixel(x, y) == qRgb(0, 0, 0);
-            white += cursor.pixel(x, y) == qRgb(255, 255, 255);
-        }
-    }
-    EXPECT_GT(black, 30);
-    EXPECT_GT(white, 30);
-}
-
-TEST(SelectImage, LetsThePictureBelowShineThrough)
-{
-    const QImage picture(QStringLiteral(":/images/SelectImage.png"));
-    ASSERT_FALSE(picture.isNull());
-    const int alpha = qAlpha(picture.pixel(picture.width() / 10, picture.height() / 2));
-    EXPECT_GT(alpha, 60);
-    EXPECT_LT(alpha, 220);
+    const auto count = [&cursor](QRgb colour) {
+        int found = 0;
+        for (int i = 0; i < 256; ++i)
+            found += cursor.pixel(i % 16, i / 16) == colour;
+        return found;
+    };
+    EXPECT_GT(count(qRgb(0, 0, 0)), 30);
+    EXPECT_GT(count(qRgb(255, 255, 255)), 30);
 }
 
 } // namespace
