@@ -58,7 +58,7 @@ TEST(LevelMeter, IsDrawnAgainOnlyWhenASegmentChanges)
     LevelMeter meter;
     meter.take({0.5F, 0.5F}, 0.1);
     meter.show();
-    QTest::qWaitFor([&meter] { return meter.isVisible(); });
+    ASSERT_TRUE(QTest::qWaitFor([&meter] { return meter.isVisible(); }));
     QCoreApplication::processEvents();
     Draws draws(meter);
     for (const float peak : {0.5F, 0.49F, 0.47F, 0.5F}) {

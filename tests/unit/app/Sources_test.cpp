@@ -85,8 +85,9 @@ void Sources::giveAndCompare(const Command& command, Camera which)
         EXPECT_EQ(dialogs->alerts[0].informativeText,
                   QStringLiteral("No camera connected. Go to settings and connect a camera."));
     }
-    if (!enabled || refused || command.type >= 0)
+    if (!enabled || refused || command.type >= 0) {
         EXPECT_TRUE(store->written.isEmpty()) << "the capture type is not stored";
+    }
     if (!enabled || refused)
         return;
     expected.captureStates = command.captureStates;
