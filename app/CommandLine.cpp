@@ -46,8 +46,8 @@ QString applyRate(const QString& value, LaunchOptions& options)
 {
     bool isNumber = false;
     const int rate = value.toInt(&isNumber);
-    if (!isNumber || rate < 1 || rate > 120)
-        return translated("must be a whole number of frames a second from 1 to 120");
+    if (!isNumber || rate < 1 || rate > 240)
+        return translated("must be a whole number of frames a second from 1 to 240");
     options.framesPerSecond = rate;
     return {};
 }

@@ -12,7 +12,8 @@ from dataclasses import dataclass, field
 import quality
 
 RATE = 30
-OFFERED_RATES = (15, 20, 25, 30, 36, 43, 50, 60, 72, 85, 100, 120)
+OFFERED_RATES = (15, 20, 25, 30, 36, 43, 50, 60, 72, 85, 100, 120, 144, 172)
+FASTEST_STEPS = 200  # a second; more would keep the X server busier than any recorder does
 KEPT = 0.97  # of the offered frames a recorder must really make to sustain a rate
 
 
@@ -93,10 +94,10 @@ def sustained(record, seconds):
 
 
 def highest_rate(bench, rounds, _wanted):
-    """Row 3. The scene moves as often as the highest rate, so that there is no frame that could be repeated."""
+    """Row 3. The scene moves more often than the highest rate, so that there is no frame that could be repeated."""
     seconds = min(bench.seconds, 6)
     ours, theirs, notes = [], [], []
-    with bench.camera(), bench.scene("full_screen_motion", OFFERED_RATES[-1]):
+    with bench.camera(), bench.scene("full_screen_motion", FASTEST_STEPS):
         for _ in range(rounds):
             rate, after = sustained(lambda r: bench.unattended(r, *bench.composed(), "--size", "screen", seconds=seconds), seconds)
             ours.append(rate)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // full_screen_motion [STEPS]: a full screen whose every pixel moves STEPS times a second (60 unless told; 0 stands
-// still), cheap to draw: a large picture made once is shown at a place that changes.
+// still), cheap to draw: the server copies from a large picture made once, from a place that changes.
 #include <QApplication>
 #include <QImage>
 #include <QPainter>
@@ -9,7 +9,9 @@
 #include <QWidget>
 
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
+#include <xcb/xcb.h>
 
 namespace {
 
@@ -32,30 +34,62 @@ QPixmap scenery(const QSize& size)
     return picture;
 }
 
+/// The picture in the X server, which only copies from it: the scene is to cost next to nothing.
 class Motion : public QWidget {
 public:
     explicit Motion(int stepsPerSecond)
     {
-        const QSize screen = QGuiApplication::primaryScreen()->size();
-        picture_ = scenery(screen + QSize(400, 400));
+        // As a desktop, so that every other window lies above it, whatever the window manager. The second makes the
+        // window.
+        setAttribute(Qt::WA_X11NetWmWindowTypeDesktop);
+        setAttribute(Qt::WA_PaintOnScreen);
+        setAttribute(Qt::WA_NoSystemBackground);
         timer_.setTimerType(Qt::PreciseTimer);
         connect(&timer_, &QTimer::timeout, this, [this] {
             ++step_;
-            update();
+            draw();
         });
         if (stepsPerSecond > 0)
             timer_.start(1000 / stepsPerSecond);
     }
 
+    QPaintEngine* paintEngine() const override { return nullptr; }
+
 protected:
-    void paintEvent(QPaintEvent*) override
-    {
-        const QPoint place(int(200 + 199 * std::sin(step_ * 0.031)), int(200 + 199 * std::cos(step_ * 0.023)));
-        QPainter(this).drawPixmap(-place, picture_);
-    }
+    void paintEvent(QPaintEvent*) override { draw(); }
 
 private:
-    QPixmap picture_;
+    void upload()
+    {
+        const QImage picture = scenery(size() + QSize(400, 400)).toImage().convertToFormat(QImage::Format_RGB32);
+        const auto width = static_cast<std::uint16_t>(picture.width());
+        const xcb_screen_t* const screen = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
+        pixmap_ = xcb_generate_id(connection_);
+        xcb_create_pixmap(connection_, screen->root_depth, pixmap_, screen->root, width,
+                          static_cast<std::uint16_t>(picture.height()));
+        context_ = xcb_generate_id(connection_);
+        const std::uint32_t noExposures = 0;
+        xcb_create_gc(connection_, context_, pixmap_, XCB_GC_GRAPHICS_EXPOSURES, &noExposures);
+        for (int y = 0; y < picture.height(); ++y) // a request has a largest size
+            xcb_put_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap_, context_, width, 1, 0,
+                          static_cast<std::int16_t>(y), 0, screen->root_depth,
+                          static_cast<std::uint32_t>(picture.bytesPerLine()), picture.constScanLine(y));
+    }
+
+    void draw()
+    {
+        if (!pixmap_)
+            upload();
+        xcb_copy_area(connection_, pixmap_, static_cast<xcb_window_t>(winId()), context_,
+                      static_cast<std::int16_t>(200 + 199 * std::sin(step_ * 0.031)),
+                      static_cast<std::int16_t>(200 + 199 * std::cos(step_ * 0.023)), 0, 0,
+                      static_cast<std::uint16_t>(width()), static_cast<std::uint16_t>(height()));
+        xcb_flush(connection_);
+    }
+
+    xcb_connection_t* const connection_ = qApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
+    xcb_pixmap_t pixmap_ = 0; ///< both go with the connection
+    xcb_gcontext_t context_ = 0;
     QTimer timer_;
     int step_ = 0;
 };
@@ -66,8 +100,6 @@ int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
     Motion motion(argc > 1 ? std::atoi(argv[1]) : 60);
-    // As a desktop, so that every other window lies above it, whatever the window manager.
-    motion.setAttribute(Qt::WA_X11NetWmWindowTypeDesktop);
     motion.setGeometry(QGuiApplication::primaryScreen()->geometry());
     motion.show();
     return QApplication::exec();

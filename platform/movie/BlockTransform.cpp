@@ -29,7 +29,7 @@ Quantiser::Quantiser(const std::array<unsigned int, kBlockSize>& steps, Rounding
     for (std::size_t k = 0; k < kBlockSize; ++k) {
         const unsigned int divisor = steps[k] * kScale;
         const unsigned int inverse = divisor == 0 ? 0 : ((1U << (16 + kShift)) + divisor - 1) / divisor;
-        bias[k] = static_cast<std::uint16_t>(rounding == Rounding::Nearest || k == 0 ? divisor / 2 : divisor * 3 / 8);
+        bias[k] = static_cast<std::uint16_t>(rounding == Rounding::Nearest || k == 0 ? divisor / 2 : divisor * 7 / 16);
         reciprocal[k] = static_cast<std::uint16_t>(inverse);
         if (inverse == 0 || inverse > 0xFFFF || !isExact(divisor, bias[k], inverse))
             throw std::invalid_argument("a quantisation step that cannot be divided by");

@@ -31,8 +31,8 @@ struct alignas(32) QuantisedBlock {
 /// How quotients of coefficients become integers. Means are always rounded to the nearest.
 enum class Rounding {
     Nearest, ///< as the JPEG library does
-    /// Up from five eighths on. Most coefficients lie near zero, so the smaller of two integers is the likelier one: at
-    /// the same steps pictures are nearly as like, and a fifth smaller when they have grain.
+    /// Up from nine sixteenths on. Most coefficients lie near zero, so the smaller of two integers is the likelier one:
+    /// at the same steps pictures are nearly as like, and a tenth smaller when they have grain.
     Sparing,
 };
 

@@ -173,8 +173,8 @@ TEST_P(Likeness, IsNoLessThanTheirs)
 }
 
 INSTANTIATE_TEST_SUITE_P(Contents, Likeness,
-                         testing::Values(Scene{"Text", text, 1.08, 1.12}, Scene{"Scene", scene, 1.17, 1.25},
-                                         Scene{"Photograph", photograph, 1.24, 1.55}),
+                         testing::Values(Scene{"Text", text, 1.09, 1.12}, Scene{"Scene", scene, 1.19, 1.25},
+                                         Scene{"Photograph", photograph, 1.37, 1.55}),
                          [](const auto& instance) { return instance.param.name; });
 
 } // namespace
