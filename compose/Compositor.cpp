@@ -4,8 +4,8 @@
 #include "compose/BlendedLayer.h"
 #include "compose/Canvas.h"
 #include "compose/FrameChanges.h"
-#include "compose/PicturePool.h"
 #include "compose/PixelPool.h"
+#include "compose/PreviewPool.h"
 #include "compose/RecyclingAllocator.h"
 #include "compose/Resampler.h"
 
@@ -101,7 +101,7 @@ private:
 
 /// What frames are painted into and handed out in.
 struct Compositor::Memory {
-    PicturePool previews;
+    PreviewPool previews;
     std::shared_ptr<PixelPool> frames = PixelPool::create();
     std::shared_ptr<MemoryBin> buffers = std::make_shared<MemoryBin>();
 };
@@ -130,7 +130,7 @@ QImage Compositor::previewPass(const FrameInputs& inputs, const QSize& pixels, c
     if (size.isEmpty())
         return {};
     preview_->noteFrame(inputs, {FramePass::Preview, size, units});
-    PicturePool::Picture* const picture = memory_->previews.take(size);
+    PreviewPool::Picture* const picture = memory_->previews.take(size);
     if (!picture)
         return {};
     const Canvas canvas{reinterpret_cast<std::uint32_t*>(picture->image.bits()), size, size.width(),

@@ -10,7 +10,7 @@ namespace lumavex {
 
 /// Pictures of one size that go round: one that nobody else holds any more is painted anew. QImage's own count of its
 /// holders tells, so that handing one out takes no memory. One thread, on which they are also let go.
-class PicturePool {
+class PreviewPool {
 public:
     struct Picture {
         QImage image;            ///< Format_RGB32
