@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Checks the rules of ARCHITECTURE.md that a compiler does not: who includes whom, where the headers of other systems
-may appear, how long a file may be, and that every file names its licence.
+may appear, how long a file may be, that no two headers have one name, and that every file names its licence.
 
 usage: check_architecture.py [ROOT]
 Prints one line per broken rule, as file:line: what is wrong, and ends with status 1 if there is any.
@@ -117,7 +117,11 @@ def must_name_licence(path, lines):
 def broken_rules(root):
     """Yields (path, line, text) for every broken rule below root."""
     root = Path(root)
+    headers = {}
     for path in files_below(root):
+        # A class is named as its header. Of two with one name, the linker would take either for both.
+        if path.suffix == ".h" and headers.setdefault(path.name, path) != path:
+            yield path, 1, f"{headers[path.name]} has the same name"
         try:
             lines = (root / path).read_text(encoding="utf-8").splitlines()
         except UnicodeDecodeError:

@@ -74,6 +74,10 @@ class BrokenRules(unittest.TestCase):
         self.assertEqual(self.broken(), [("app/CMakeLists.txt", 1), ("app/a.cpp", 1), ("app/long.cpp", 400),
                                          ("app/long.h", 300), ("app/noguard.h", 1), ("app/script", 1)])
 
+    def test_no_two_headers_have_one_name(self):
+        self.write("compose/Camera.h", HEADER)
+        self.assertEqual(self.broken(), [("compose/Camera.h", 1)])
+
 
 if __name__ == "__main__":
     unittest.main()
