@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/Platform.h"
 
-#include "platform/gstreamer/DesktopSoundSettings.h"
-#include "platform/gstreamer/GstCameraSource.h"
-#include "platform/gstreamer/GstSoundRecorder.h"
+#include "platform/late/LateMedia.h"
 #include "platform/movie/JpegMovieWriter.h"
 #include "platform/movie/MovieReader.h"
 #include "platform/qt/IniUserDefaults.h"
@@ -26,10 +24,10 @@ Platform createPlatform()
     platform.dialogs = std::make_unique<QtDialogs>();
     platform.screen = createXcbScreenGrabber();
     platform.overlay = createX11Overlay();
-    platform.cameras = createGstCameraSource();
+    platform.cameras = createLateCameraSource(installedMediaLibrary);
     platform.processorLoad = std::make_unique<ProcStatLoad>();
-    platform.soundSettings = std::make_unique<DesktopSoundSettings>();
-    platform.createSoundRecorder = createGstSoundRecorder;
+    platform.soundSettings = createLateSoundSettings(installedMediaLibrary);
+    platform.createSoundRecorder = lateSoundRecorderFactory(installedMediaLibrary);
     platform.createMovieWriter = createJpegMovieWriter;
     platform.repairMovie = repairMovie;
     platform.readMovie = readMovie;

@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/late/LateMedia.h"
+
+#include <QObject>
+
+#include <utility>
+
+namespace lumavex {
+namespace {
+
+class LateCameraSource final : public CameraSource {
+public:
+    explicit LateCameraSource(MediaLoader library) : library_(std::move(library)) {}
+
+    void beginListing() override
+    {
+        if (CameraSource* const cameras = loaded())
+            cameras->beginListing();
+    }
+
+    QStringList names() override
+    {
+        CameraSource* const cameras = loaded();
+        return cameras ? cameras->names() : QStringList();
+    }
+
+    QString open(const CameraRequest& request) override
+    {
+        if (CameraSource* const cameras = loaded())
+            return cameras->open(request);
+        ++refusedOpenings_;
+        return library_().trouble;
+    }
+
+    void stop() override
+    {
+        if (cameras_)
+            cameras_->stop();
+    }
+
+    std::uint64_t currentSource() const override { return cameras_ ? cameras_->currentSource() : refusedOpenings_; }
+
+    void setFrameHandler(FrameHandler handler) override
+    {
+        if (cameras_)
+            cameras_->setFrameHandler(std::move(handler));
+        else
+            frameHandler_ = std::move(handler);
+    }
+
+    void setPresenceHandler(PresenceHandler handler) override
+    {
+        if (cameras_)
+            cameras_->setPresenceHandler(std::move(handler));
+        else
+            presenceHandler_ = std::move(handler);
+    }
+
+private:
+    /// Null without the library.
+    CameraSource* loaded()
+    {
+        if (const MediaBackends* const backends = library_().backends; backends && !cameras_) {
+            cameras_ = backends->createCameraSource();
+            cameras_->setFrameHandler(std::move(frameHandler_));
+            cameras_->setPresenceHandler(std::move(presenceHandler_));
+        }
+        return cameras_.get();
+    }
+
+    MediaLoader library_;
+    std::unique_ptr<CameraSource> cameras_; ///< null until it is needed
+    FrameHandler frameHandler_;             ///< for the time until then
+    PresenceHandler presenceHandler_;
+    std::uint64_t refusedOpenings_ = 0;
+};
+
+class LateSoundSettings final : public SoundSettings {
+public:
+    explicit LateSoundSettings(MediaLoader library) : library_(std::move(library)) {}
+
+    std::optional<QString> nameOfInput() override
+    {
+        SoundSettings* const settings = loaded();
+        return settings ? settings->nameOfInput() : std::nullopt;
+    }
+
+    bool open() override
+    {
+        SoundSettings* const settings = loaded();
+        return settings && settings->open();
+    }
+
+private:
+    SoundSettings* loaded()
+    {
+        if (const MediaBackends* const backends = library_().backends; backends && !settings_)
+            settings_ = backends->createSoundSettings();
+        return settings_.get();
+    }
+
+    MediaLoader library_;
+    std::unique_ptr<SoundSettings> settings_;
+};
+
+/// Says why there is no sound, as a recorder does that cannot write its file.
+class NoSoundRecorder final : public SoundRecorder {
+public:
+    NoSoundRecorder(QString trouble, EventHandler onEvent) : trouble_(std::move(trouble)), onEvent_(std::move(onEvent))
+    {
+    }
+
+    void record(Nanoseconds) override
+    {
+        if (!std::exchange(told_, true) && onEvent_)
+            QMetaObject::invokeMethod(
+                &context_, [this] { onEvent_(SoundEvent::Lost, trouble_); }, Qt::QueuedConnection);
+    }
+    void pause(Nanoseconds) override {}
+    QString stop(Nanoseconds) override { return trouble_; }
+    SoundPeaks takePeaks() override { return {}; }
+
+private:
+    QString trouble_;
+    EventHandler onEvent_;
+    bool told_ = false;
+    QObject context_; ///< what it has still to say ends with it
+};
+
+} // namespace
+
+std::unique_ptr<CameraSource> createLateCameraSource(MediaLoader library)
+{
+    return std::make_unique<LateCameraSource>(std::move(library));
+}
+
+std::unique_ptr<SoundSettings> createLateSoundSettings(MediaLoader library)
+{
+    return std::make_unique<LateSoundSettings>(std::move(library));
+}
+
+SoundRecorderFactory lateSoundRecorderFactory(MediaLoader library)
+{
+    return [library = std::move(library)](const QString& path,
+                                          SoundRecorder::EventHandler onEvent) -> std::unique_ptr<SoundRecorder> {
+        const auto& [backends, trouble] = library();
+        if (backends)
+            return backends->createSoundRecorder(path, std::move(onEvent));
+        return std::make_unique<NoSoundRecorder>(trouble, std::move(onEvent));
+    };
+}
+
+} // namespace lumavex
