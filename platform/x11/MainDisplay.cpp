@@ -54,11 +54,13 @@ bool MainDisplay::note(const xcb_generic_event_t& event)
 
 void MainDisplay::refresh()
 {
-    const XcbOwned<xcb_get_geometry_reply_t> geometry(
-        xcb_get_geometry_reply(connection_.get(), xcb_get_geometry(connection_.get(), connection_.root()), nullptr));
+    xcb_connection_t* const c = connection_.get();
+    const auto geometryCookie = xcb_get_geometry(c, connection_.root());
+    const QRect output = connection_.extensions().randr ? outputRect() : QRect();
+    const XcbOwned<xcb_get_geometry_reply_t> geometry(xcb_get_geometry_reply(c, geometryCookie, nullptr));
     root_ = geometry ? QRect(0, 0, geometry->width, geometry->height) : QRect();
-    const QRect output = connection_.extensions().randr ? outputRect() & root_ : QRect();
-    rect_ = output.isEmpty() ? root_ : output;
+    const QRect visible = output & root_;
+    rect_ = visible.isEmpty() ? root_ : visible;
     stale_ = !connection_.alive();
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/x11/X11Overlay.h"
 
+#include "platform/x11/XcbHandles.h"
+
 #include <QAbstractNativeEventFilter>
 #include <QByteArray>
 #include <QGuiApplication>
@@ -16,9 +18,6 @@
 namespace lumavex {
 
 namespace {
-
-template <typename Reply>
-using Owned = std::unique_ptr<Reply, decltype(&std::free)>;
 
 /// The connection of the program's own windows, so that shaping keeps its place among the requests that create and
 /// paint them. Null on no X server.
@@ -149,35 +148,20 @@ public:
     explicit X11Overlay(xcb_connection_t* connection)
         : connection_(connection), screen_(screenNumber()), root_(rootWindow(connection, screen_))
     {
-        // The server answers other requests of the extension only after this one.
-        const Owned<xcb_xfixes_query_version_reply_t> version(
-            xcb_xfixes_query_version_reply(
-                connection_, xcb_xfixes_query_version(connection_, XCB_XFIXES_MAJOR_VERSION, XCB_XFIXES_MINOR_VERSION),
-                nullptr),
-            &std::free);
-        canShape_ = version && version->major_version >= 2;
-
-        const QByteArray name = "_NET_WM_CM_S" + QByteArray::number(screen_);
-        const Owned<xcb_intern_atom_reply_t> atom(
-            xcb_intern_atom_reply(connection_,
-                                  xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data()),
-                                  nullptr),
-            &std::free);
-        compositingSelection_ = atom ? atom->atom : xcb_atom_t{XCB_ATOM_NONE};
     }
 
     /// EWMH: the compositing manager of a screen owns its selection _NET_WM_CM_Sn.
     bool blendsTranslucentWindows() override
     {
-        const Owned<xcb_get_selection_owner_reply_t> owner(
-            xcb_get_selection_owner_reply(connection_, xcb_get_selection_owner(connection_, compositingSelection_),
-                                          nullptr),
-            &std::free);
+        askServer();
+        const XcbOwned<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
+            connection_, xcb_get_selection_owner(connection_, compositingSelection_), nullptr));
         return owner && owner->owner != XCB_NONE;
     }
 
     void setShape(quintptr window, const QRegion& devicePixels) override
     {
+        askServer();
         if (!canShape_)
             return;
         xcb_xfixes_region_t region = XCB_XFIXES_REGION_NONE;
@@ -204,9 +188,26 @@ public:
     }
 
 private:
+    /// Learns at the first call what the server offers; nothing needs that before the first overlay.
+    void askServer()
+    {
+        if (std::exchange(asked_, true))
+            return;
+        const QByteArray name = "_NET_WM_CM_S" + QByteArray::number(screen_);
+        const auto atomCookie = xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data());
+        // The server answers other requests of the extension only after this one.
+        const XcbOwned<xcb_xfixes_query_version_reply_t> version(xcb_xfixes_query_version_reply(
+            connection_, xcb_xfixes_query_version(connection_, XCB_XFIXES_MAJOR_VERSION, XCB_XFIXES_MINOR_VERSION),
+            nullptr));
+        canShape_ = version && version->major_version >= 2;
+        const XcbOwned<xcb_intern_atom_reply_t> atom(xcb_intern_atom_reply(connection_, atomCookie, nullptr));
+        compositingSelection_ = atom ? atom->atom : xcb_atom_t{XCB_ATOM_NONE};
+    }
+
     xcb_connection_t* connection_;
     int screen_;
     xcb_window_t root_;
+    bool asked_ = false;
     bool canShape_ = false;
     xcb_atom_t compositingSelection_ = XCB_ATOM_NONE;
 };

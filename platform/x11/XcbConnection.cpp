@@ -8,7 +8,9 @@
 
 #include <sys/socket.h>
 
+#include <optional>
 #include <string>
+#include <type_traits>
 
 namespace lumavex {
 
@@ -35,10 +37,23 @@ QString text(const char* source)
     return QCoreApplication::translate("ScreenGrabber", source);
 }
 
-bool present(xcb_connection_t* connection, xcb_extension_t* extension)
+/// Asks for the version of an extension, of which the caller knows the given one, without waiting for the answer: the
+/// window waits for all of them together. Nothing without the extension.
+template <typename Cookie, typename... Version>
+std::optional<Cookie> askVersion(xcb_connection_t* connection, xcb_extension_t* extension,
+                                 Cookie (*query)(xcb_connection_t*, Version...), std::type_identity_t<Version>... known)
 {
     const xcb_query_extension_reply_t* const data = xcb_get_extension_data(connection, extension);
-    return data && data->present;
+    if (!data || !data->present)
+        return std::nullopt;
+    return query(connection, known...);
+}
+
+template <typename Cookie, typename Reply>
+XcbOwned<Reply> answer(xcb_connection_t* connection, const std::optional<Cookie>& cookie,
+                       Reply* (*reply)(xcb_connection_t*, Cookie, xcb_generic_error_t**))
+{
+    return XcbOwned<Reply>(cookie ? reply(connection, *cookie, nullptr) : nullptr);
 }
 
 bool atLeast(std::uint32_t major, std::uint32_t minor, std::uint32_t wantedMajor, std::uint32_t wantedMinor)
@@ -116,39 +131,31 @@ void XcbConnection::internAtoms(int screenNumber)
 void XcbConnection::askExtensions()
 {
     xcb_connection_t* const c = connection_;
-    if (sharesMachine(c) && present(c, &xcb_shm_id)) {
-        const XcbOwned<xcb_shm_query_version_reply_t> version(
-            xcb_shm_query_version_reply(c, xcb_shm_query_version(c), nullptr));
-        extensions_.shm = version != nullptr;
-        extensions_.shmDescriptors = version && atLeast(version->major_version, version->minor_version, 1, 2);
-    }
-    if (present(c, &xcb_xfixes_id)) {
-        const XcbOwned<xcb_xfixes_query_version_reply_t> version(
-            xcb_xfixes_query_version_reply(c, xcb_xfixes_query_version(c, 2, 0), nullptr));
-        extensions_.fixes = version && version->major_version >= 2;
-    }
-    if (present(c, &xcb_composite_id)) {
-        const XcbOwned<xcb_composite_query_version_reply_t> version(
-            xcb_composite_query_version_reply(c, xcb_composite_query_version(c, 0, 2), nullptr));
-        extensions_.composite = version && atLeast(version->major_version, version->minor_version, 0, 2);
-    }
-    if (present(c, &xcb_damage_id)) {
-        const XcbOwned<xcb_damage_query_version_reply_t> version(
-            xcb_damage_query_version_reply(c, xcb_damage_query_version(c, 1, 1), nullptr));
-        extensions_.damage = version && extensions_.fixes;
+    const bool shares = sharesMachine(c);
+    const auto shmCookie = shares ? askVersion(c, &xcb_shm_id, xcb_shm_query_version) : std::nullopt;
+    const auto fixesCookie = askVersion(c, &xcb_xfixes_id, xcb_xfixes_query_version, 2, 0);
+    const auto compositeCookie = askVersion(c, &xcb_composite_id, xcb_composite_query_version, 0, 2);
+    const auto damageCookie = askVersion(c, &xcb_damage_id, xcb_damage_query_version, 1, 1);
+    const auto randrCookie = askVersion(c, &xcb_randr_id, xcb_randr_query_version, 1, 3);
+    const auto renderCookie = askVersion(c, &xcb_render_id, xcb_render_query_version, 0, 11);
+
+    const auto shm = answer(c, shmCookie, xcb_shm_query_version_reply);
+    extensions_.shm = shm != nullptr;
+    extensions_.shmDescriptors = shm && atLeast(shm->major_version, shm->minor_version, 1, 2);
+    const auto fixes = answer(c, fixesCookie, xcb_xfixes_query_version_reply);
+    extensions_.fixes = fixes && fixes->major_version >= 2;
+    const auto composite = answer(c, compositeCookie, xcb_composite_query_version_reply);
+    extensions_.composite = composite && atLeast(composite->major_version, composite->minor_version, 0, 2);
+    const auto damage = answer(c, damageCookie, xcb_damage_query_version_reply);
+    extensions_.damage = damage && extensions_.fixes;
+    if (damage)
         extensions_.damageEvent = xcb_get_extension_data(c, &xcb_damage_id)->first_event;
-    }
-    if (present(c, &xcb_randr_id)) {
-        const XcbOwned<xcb_randr_query_version_reply_t> version(
-            xcb_randr_query_version_reply(c, xcb_randr_query_version(c, 1, 3), nullptr));
-        extensions_.randr = version && atLeast(version->major_version, version->minor_version, 1, 3);
+    const auto randr = answer(c, randrCookie, xcb_randr_query_version_reply);
+    extensions_.randr = randr && atLeast(randr->major_version, randr->minor_version, 1, 3);
+    if (randr)
         extensions_.randrEvent = xcb_get_extension_data(c, &xcb_randr_id)->first_event;
-    }
-    if (present(c, &xcb_render_id)) {
-        const XcbOwned<xcb_render_query_version_reply_t> version(
-            xcb_render_query_version_reply(c, xcb_render_query_version(c, 0, 11), nullptr));
-        extensions_.render = version && atLeast(version->major_version, version->minor_version, 0, 6);
-    }
+    const auto render = answer(c, renderCookie, xcb_render_query_version_reply);
+    extensions_.render = render && atLeast(render->major_version, render->minor_version, 0, 6);
 }
 
 void XcbConnection::sync() const
