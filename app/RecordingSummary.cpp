@@ -41,6 +41,11 @@ QString describe(const SummaryFacts& facts)
         .join(QStringLiteral(" &nbsp;\u00b7&nbsp; "));
 }
 
+QString plain(const QString& html)
+{
+    return QTextDocumentFragment::fromHtml(html).toPlainText();
+}
+
 } // namespace
 
 RecordingSummary::RecordingSummary(QWidget* parent)
@@ -67,12 +72,24 @@ void RecordingSummary::show(const SummaryFacts& facts)
     if (facts == facts_)
         return;
     facts_ = facts;
-    if (const QString text = describe(facts); text != what_->text()) {
+    if (isVisible())
+        layOut();
+}
+
+void RecordingSummary::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    QMetaObject::invokeMethod(this, &RecordingSummary::layOut, Qt::QueuedConnection);
+}
+
+void RecordingSummary::layOut()
+{
+    frames_->setText(facts_.frames ? framesText(*facts_.frames) : QString());
+    if (const QString text = describe(facts_); text != what_->text()) {
         what_->setText(text);
-        setAccessibleName(QTextDocumentFragment::fromHtml(text).toPlainText());
+        setAccessibleName(plain(text));
         Q_EMIT roomChanged();
     }
-    frames_->setText(facts.frames ? framesText(*facts.frames) : QString());
 }
 
 QSize RecordingSummary::sizeHint() const
@@ -85,8 +102,8 @@ QSize RecordingSummary::sizeHint() const
 
 QString RecordingSummary::text() const
 {
-    const QString what = accessibleName();
-    return frames_->text().isEmpty() ? what : what + u' ' + frames_->text();
+    const QString what = plain(describe(facts_));
+    return facts_.frames ? what + u' ' + framesText(*facts_.frames) : what;
 }
 
 } // namespace lumavex

@@ -23,7 +23,8 @@ struct SummaryFacts {
 };
 
 /// The line below the toolbar that says at a glance what will be recorded, and while recording how many frames really
-/// were. It is drawn again only when what it says changes, since it may lie on the screen that is recorded.
+/// were. It is drawn again only when what it says changes, since it may lie on the screen that is recorded. Its text is
+/// laid out once it is on the screen, before it is drawn there: the window does not wait for the fonts of it.
 class RecordingSummary final : public QWidget {
     Q_OBJECT
 public:
@@ -35,6 +36,9 @@ public:
     /// What is needed to read it all, with room for the frames of some hours.
     QSize sizeHint() const override;
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 Q_SIGNALS:
     /// The user clicked a part that the settings decide.
     void settingsWanted();
@@ -42,6 +46,8 @@ Q_SIGNALS:
     void roomChanged();
 
 private:
+    void layOut();
+
     SummaryFacts facts_;
     QLabel* what_;
     QLabel* frames_;

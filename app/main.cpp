@@ -5,6 +5,7 @@
 #include "app/Lists.h"
 #include "app/Signals.h"
 #include "app/SingleInstance.h"
+#include "app/Style.h"
 #include "app/Unattended.h"
 #include "app/Window_Main.h"
 #include "app/connectCommands.h"
@@ -137,6 +138,7 @@ int main(int argc, char* argv[])
     QApplication::setApplicationName(QStringLiteral("Lumavex"));
     QApplication::setApplicationVersion(QStringLiteral(LUMAVEX_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("org.lumavex.Lumavex"));
+    QApplication::setStyle(new Style);
     QApplication::setQuitOnLastWindowClosed(false); // an alert that closes while the main window is hidden ends nothing
 
     if (options.list != LaunchOptions::List::Nothing) {
