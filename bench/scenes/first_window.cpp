@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// first_window PROGRAM [ARGUMENT...]: starts the program and prints the seconds until the server shows its first window
+// on DISPLAY, then kills it. It waits for the server's own word, so that it takes no processor time from the program.
+// Nobody else may open windows meanwhile.
+#include <xcb/xcb.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+constexpr std::chrono::milliseconds kPatience{20'000};
+constexpr int kSmallest = 50; ///< pixels; toolkits map little helpers that nobody sees
+
+struct Free {
+    void operator()(void* memory) const { std::free(memory); }
+};
+template <typename T>
+using Owned = std::unique_ptr<T, Free>;
+
+/// A window that the window manager leaves alone is none that a user would call a window.
+bool isFirstWindow(xcb_connection_t* connection, const xcb_generic_event_t& event)
+{
+    if ((event.response_type & 0x7f) != XCB_MAP_NOTIFY)
+        return false;
+    const auto& mapped = reinterpret_cast<const xcb_map_notify_event_t&>(event);
+    const Owned<xcb_get_geometry_reply_t> geometry(
+        xcb_get_geometry_reply(connection, xcb_get_geometry(connection, mapped.window), nullptr));
+    return !mapped.override_redirect && geometry && geometry->width >= kSmallest;
+}
+
+/// False when it did not come.
+bool waitForWindow(xcb_connection_t* connection, Clock::time_point deadline)
+{
+    for (;;) {
+        while (const Owned<xcb_generic_event_t> event{xcb_poll_for_event(connection)})
+            if (isFirstWindow(connection, *event))
+                return true;
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+        pollfd server{xcb_get_file_descriptor(connection), POLLIN, 0};
+        if (left <= 0 || poll(&server, 1, static_cast<int>(left)) <= 0)
+            return false;
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
+    if (argc < 2 || xcb_connection_has_error(connection))
+        return 2;
+    const std::uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+    xcb_change_window_attributes(connection, xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root,
+                                 XCB_CW_EVENT_MASK, &mask);
+    const Owned<xcb_get_input_focus_reply_t> synced(
+        xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+
+    posix_spawn_file_actions_t quiet;
+    posix_spawn_file_actions_init(&quiet);
+    for (const int stream : {0, 1, 2})
+        posix_spawn_file_actions_addopen(&quiet, stream, "/dev/null", stream == 0 ? 0 : 1, 0);
+    const Clock::time_point begun = Clock::now();
+    pid_t program = 0;
+    if (posix_spawnp(&program, argv[1], &quiet, nullptr, argv + 1, environ) != 0)
+        return 2;
+    const bool came = waitForWindow(connection, begun + kPatience);
+    const std::chrono::duration<double> taken = Clock::now() - begun;
+    kill(program, SIGKILL);
+    waitpid(program, nullptr, 0);
+    if (came)
+        std::printf("%.6f\n", taken.count());
+    return came ? 0 : 1;
+}
