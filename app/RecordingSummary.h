@@ -24,14 +24,14 @@ struct SummaryFacts {
 
 /// The line below the toolbar that says at a glance what will be recorded, and while recording how many frames really
 /// were. It is drawn again only when what it says changes, since it may lie on the screen that is recorded. Its text is
-/// laid out once it is on the screen, before it is drawn there: the window does not wait for the fonts of it.
+/// laid out by the first event after it was shown: the window does not wait for its fonts.
 class RecordingSummary final : public QWidget {
     Q_OBJECT
 public:
     explicit RecordingSummary(QWidget* parent = nullptr);
 
     void show(const SummaryFacts& facts);
-    /// What is shown, as plain text.
+    /// What it says, as plain text.
     QString text() const;
     /// What is needed to read it all, with room for the frames of some hours.
     QSize sizeHint() const override;

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
+#include "app/DesktopStyle.h"
 #include "app/Icons.h"
 #include "app/Lists.h"
 #include "app/Signals.h"
 #include "app/SingleInstance.h"
-#include "app/Style.h"
 #include "app/Unattended.h"
 #include "app/Window_Main.h"
 #include "app/connectCommands.h"
@@ -138,7 +138,7 @@ int main(int argc, char* argv[])
     QApplication::setApplicationName(QStringLiteral("Lumavex"));
     QApplication::setApplicationVersion(QStringLiteral(LUMAVEX_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("org.lumavex.Lumavex"));
-    QApplication::setStyle(new Style);
+    QApplication::setStyle(new DesktopStyle);
     QApplication::setQuitOnLastWindowClosed(false); // an alert that closes while the main window is hidden ends nothing
 
     if (options.list != LaunchOptions::List::Nothing) {

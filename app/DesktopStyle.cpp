@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/Style.h"
+#include "app/DesktopStyle.h"
 
 #include <QGuiApplication>
 #include <QIconEngine>
@@ -15,7 +15,7 @@ namespace lumavex {
 namespace {
 
 /// The least contrast at which text of usual size can be read (WCAG 2.1, 1.4.3).
-constexpr double kReadable = 4.5;
+constexpr double kLeastContrast = 4.5;
 
 /// WCAG 2.1, relative luminance.
 double luminance(const QColor& color)
@@ -33,14 +33,16 @@ double contrast(const QColor& a, const QColor& b)
     return (lighter + 0.05) / (darker + 0.05);
 }
 
-/// The color, with as much of the other as it needs to be read on the ground.
-QColor readable(const QColor& color, const QColor& other, const QColor& ground)
+/// The color, with as many tenths of the other as it needs to be read on the background.
+QColor readable(const QColor& color, const QColor& other, const QColor& background)
 {
     QColor mixed = color;
-    for (float share = 0.1F; share <= 1 && contrast(mixed, ground) < kReadable; share += 0.1F)
+    for (int tenths = 1; tenths <= 10 && contrast(mixed, background) < kLeastContrast; ++tenths) {
+        const float share = static_cast<float>(tenths) / 10;
         mixed = QColor::fromRgbF(std::lerp(color.redF(), other.redF(), share),
                                  std::lerp(color.greenF(), other.greenF(), share),
                                  std::lerp(color.blueF(), other.blueF(), share));
+    }
     return mixed;
 }
 
@@ -51,52 +53,64 @@ public:
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override
     {
-        const auto group = mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
-        const double side = std::min({rect.width(), rect.height(), 16});
-        painter->save();
-        painter->setRenderHint(QPainter::Antialiasing);
-        painter->translate(QRectF(rect).center());
-        painter->scale(side / 16, side / 16);
-        if (orientation_ == Qt::Vertical)
-            painter->rotate(90);
-        else if (QGuiApplication::isRightToLeft())
-            painter->rotate(180);
-        painter->setPen(QPen(QGuiApplication::palette().color(group, QPalette::WindowText), 1.5, Qt::SolidLine,
-                             Qt::RoundCap, Qt::RoundJoin));
-        for (const double x : {-4.0, 0.5})
-            painter->drawPolyline(QPolygonF({{x, -4}, {x + 3.5, 0}, {x, 4}}));
-        painter->restore();
+        draw(*painter, rect, mode, 1);
     }
 
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override
     {
+        return scaledPixmap(size, mode, state, 1);
+    }
+
+    /// `size` is in device pixels, of which `scale` make one of the window's.
+    QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State, qreal scale) override
+    {
         QPixmap pixmap(size);
         pixmap.fill(Qt::transparent);
         QPainter painter(&pixmap);
-        paint(&painter, QRect({0, 0}, size), mode, state);
+        draw(painter, QRect({0, 0}, size), mode, scale);
         return pixmap;
     }
 
     QIconEngine* clone() const override { return new ExtensionArrow(orientation_); }
 
 private:
+    void draw(QPainter& painter, const QRect& rect, QIcon::Mode mode, double scale) const
+    {
+        constexpr double kSide = 16;
+        const auto group = mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
+        const double side = std::min<double>({double(rect.width()), double(rect.height()), kSide * scale});
+        painter.save();
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.translate(QRectF(rect).center());
+        painter.scale(side / kSide, side / kSide);
+        if (orientation_ == Qt::Vertical)
+            painter.rotate(90);
+        else if (QGuiApplication::isRightToLeft())
+            painter.rotate(180);
+        painter.setPen(QPen(QGuiApplication::palette().color(group, QPalette::WindowText), 1.5, Qt::SolidLine,
+                            Qt::RoundCap, Qt::RoundJoin));
+        for (const double x : {-4.0, 0.5})
+            painter.drawPolyline(QPolygonF({{x, -4}, {x + 3.5, 0}, {x, 4}}));
+        painter.restore();
+    }
+
     Qt::Orientation orientation_;
 };
 
 } // namespace
 
-void Style::polish(QPalette& palette)
+void DesktopStyle::polish(QPalette& palette)
 {
     QProxyStyle::polish(palette);
     for (const auto group : {QPalette::Active, QPalette::Inactive}) {
         const QColor text = palette.color(group, QPalette::WindowText);
-        const QColor ground = palette.color(group, QPalette::Window);
+        const QColor background = palette.color(group, QPalette::Window);
         for (const auto role : {QPalette::Link, QPalette::LinkVisited})
-            palette.setColor(group, role, readable(palette.color(group, role), text, ground));
+            palette.setColor(group, role, readable(palette.color(group, role), text, background));
     }
 }
 
-QIcon Style::standardIcon(StandardPixmap which, const QStyleOption* option, const QWidget* widget) const
+QIcon DesktopStyle::standardIcon(StandardPixmap which, const QStyleOption* option, const QWidget* widget) const
 {
     if (which == SP_ToolBarHorizontalExtensionButton)
         return QIcon(new ExtensionArrow(Qt::Horizontal));

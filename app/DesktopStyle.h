@@ -5,13 +5,11 @@
 
 namespace lumavex {
 
-/// The desktop's style, but for two things:
+/// The desktop's style with two changes:
 /// - Links can be read on the windows' colour. Where a dark theme gives none of its own they would be blue.
-/// - The arrow at the end of a bar that is too long is drawn in the colour of the text. The style's own is a picture,
-/// dark
-///   on dark, and every bar asks for it, used or not: Qt loaded its plugins for all picture formats before the window
-///   could come.
-class Style final : public QProxyStyle {
+/// - The arrow at the end of a bar that is too long is drawn in the colour of the text. The style's own is a dark
+///   picture, and every bar asks for it, used or not, for which Qt loads its plugins of all picture formats.
+class DesktopStyle final : public QProxyStyle {
 public:
     using QProxyStyle::polish;
     void polish(QPalette& palette) override;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/Style.h"
+#include "app/DesktopStyle.h"
 
 #include <QGuiApplication>
 #include <QImage>
@@ -11,9 +11,9 @@
 namespace lumavex {
 namespace {
 
-TEST(Style, LinksCanBeReadOnDarkWindowsAndAreLeftAloneOnLightOnes)
+TEST(DesktopStyle, LinksCanBeReadOnDarkWindowsAndAreLeftAloneOnLightOnes)
 {
-    Style style;
+    DesktopStyle style;
     QPalette dark(QColor(49, 54, 59), QColor(49, 54, 59));
     dark.setColor(QPalette::Link, Qt::blue);
     style.polish(dark);
@@ -21,20 +21,27 @@ TEST(Style, LinksCanBeReadOnDarkWindowsAndAreLeftAloneOnLightOnes)
     EXPECT_GT(dark.color(QPalette::Link).green(), 120);
     EXPECT_GT(dark.color(QPalette::Link).blue(), dark.color(QPalette::Link).red()) << "still a blue";
 
+    QPalette weak(QColor(127, 127, 127), QColor(127, 127, 127));
+    weak.setColor(QPalette::Link, QColor(110, 110, 140));
+    weak.setColor(QPalette::LinkVisited, QColor(110, 110, 140));
+    style.polish(weak);
+    EXPECT_EQ(weak.color(QPalette::Link), weak.color(QPalette::WindowText)) << "no more can be had";
+    EXPECT_EQ(weak.color(QPalette::LinkVisited), weak.color(QPalette::WindowText));
+
     QPalette light(QColor(239, 239, 239), QColor(239, 239, 239));
     light.setColor(QPalette::Link, Qt::blue);
     style.polish(light);
     EXPECT_EQ(light.color(QPalette::Link), QColor(Qt::blue));
 }
 
-TEST(Style, ArrowOfALongBarHasTheColourOfTheText)
+TEST(DesktopStyle, ArrowOfALongBarHasTheColourOfTheText)
 {
     const QPalette usual = QGuiApplication::palette();
     QPalette palette = usual;
     palette.setColor(QPalette::WindowText, Qt::green);
     QGuiApplication::setPalette(palette);
     for (const auto which : {QStyle::SP_ToolBarHorizontalExtensionButton, QStyle::SP_ToolBarVerticalExtensionButton}) {
-        const QImage arrow = Style().standardIcon(which, nullptr, nullptr).pixmap(16, 16).toImage();
+        const QImage arrow = DesktopStyle().standardIcon(which, nullptr, nullptr).pixmap(16, 16).toImage();
         int drawn = 0;
         for (int y = 0; y < arrow.height(); ++y)
             for (int x = 0; x < arrow.width(); ++x)
@@ -45,6 +52,22 @@ TEST(Style, ArrowOfALongBarHasTheColourOfTheText)
         EXPECT_GT(drawn, 10);
     }
     QGuiApplication::setPalette(usual);
+}
+
+TEST(DesktopStyle, ArrowIsAsLargeOnTheScreenWhateverItsScale)
+{
+    const QIcon icon = DesktopStyle().standardIcon(QStyle::SP_ToolBarHorizontalExtensionButton, nullptr, nullptr);
+    const auto width = [&icon](double scale) {
+        const QImage arrow = icon.pixmap(QSize(24, 24), scale).toImage();
+        QRect drawn;
+        for (int y = 0; y < arrow.height(); ++y)
+            for (int x = 0; x < arrow.width(); ++x)
+                if (arrow.pixelColor(x, y).alpha() > 128)
+                    drawn |= QRect(x, y, 1, 1);
+        return drawn.width();
+    };
+    EXPECT_GT(width(1), 6);
+    EXPECT_NEAR(width(2), 2 * width(1), 2);
 }
 
 } // namespace
