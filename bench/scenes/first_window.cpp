@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// first_window PROGRAM [ARGUMENT...]: starts the program and prints the seconds until the server shows its first window
-// on DISPLAY, then kills it. It waits for the server's own word, so that it takes no processor time from the program.
-// Nobody else may open windows meanwhile.
+// first_window PROGRAM [ARGUMENT...]: starts the program and prints the seconds until the server maps its first window
+// on DISPLAY, which is before it is painted; then kills it. It waits for the server's own word, so that it takes no
+// processor time from the program. Needs a window manager that has its frames mapped as ordinary windows, as openbox
+// does, and nobody else who opens windows.
 #include <xcb/xcb.h>
 
 #include <chrono>
@@ -10,9 +11,11 @@
 #include <cstdlib>
 #include <memory>
 
+#include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -66,8 +69,8 @@ int main(int argc, char** argv)
 
     posix_spawn_file_actions_t quiet;
     posix_spawn_file_actions_init(&quiet);
-    for (const int stream : {0, 1, 2})
-        posix_spawn_file_actions_addopen(&quiet, stream, "/dev/null", stream == 0 ? 0 : 1, 0);
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        posix_spawn_file_actions_addopen(&quiet, stream, "/dev/null", stream == STDIN_FILENO ? O_RDONLY : O_WRONLY, 0);
     const Clock::time_point begun = Clock::now();
     pid_t program = 0;
     if (posix_spawnp(&program, argv[1], &quiet, nullptr, argv + 1, environ) != 0)
