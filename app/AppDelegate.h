@@ -241,7 +241,7 @@ private:
     void resumeRecording();
     void startDurationTimer(Nanoseconds next);
     void showControlsOf(RecordStatus status);
-    void startSound(Nanoseconds origin);
+    void makeSoundRecorder();
     /// The level meter follows what the recorder hears while it records.
     void showSoundLevel(RecordStatus status);
     void tellSoundEvent(SoundEvent event, const QString& detail);

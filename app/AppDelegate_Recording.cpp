@@ -82,6 +82,8 @@ bool AppDelegate::startWriter()
 
 void AppDelegate::startRecording()
 {
+    if (recording.b_Record_Include_Audio == 1)
+        makeSoundRecorder(); // whose library may have to come from the disk; nobody is recorded so long
     // Grab, frame, tick and sound share one origin: what is seen and heard at origin + t stands at t in the movie,
     // whatever the phase of the timers was before.
     RunLoop& runLoop = *platform_.runLoop;
@@ -96,7 +98,7 @@ void AppDelegate::startRecording()
     beginStatistics();
 
     if (recording.b_Record_Include_Audio == 1)
-        startSound(origin);
+        recording.soundRecorder->record(origin);
     for (const TimerId timer : {application.timerVideoRefresh, compose.timerViewRefresh}) {
         if (recording.i_fps_of_Recording >= 30)
             runLoop.restart(timer, origin); // the first frame's time is one interval

@@ -6,13 +6,12 @@
 
 namespace lumavex {
 
-void AppDelegate::startSound(Nanoseconds origin)
+void AppDelegate::makeSoundRecorder()
 {
     recording.soundRecorder =
         platform_.createSoundRecorder(recording.s_Sound_File_Source, [this](SoundEvent event, const QString& detail) {
             tellSoundEvent(event, detail);
         });
-    recording.soundRecorder->record(origin);
 }
 
 void AppDelegate::showSoundLevel(RecordStatus status)

@@ -118,6 +118,8 @@ void AppDelegate::showMainWindow()
     platform_.runLoop->scheduleOnce({1, 2}, [this](const TimerFiring&) {
         if (camera.arrayCameras.isEmpty())
             camera.arrayCameras = cameraDelegate.enumCameras();
+        if (const QString trouble = platform_.cameras->trouble(); !trouble.isEmpty())
+            window_.showMessage(trouble);
         finishRescue();
     });
 }

@@ -48,6 +48,11 @@ int printList(LaunchOptions::List what, Platform& platform)
         std::fprintf(stderr, "lumavex: %s\n", qUtf8Printable(trouble));
         return 1;
     }
+    if (const QString trouble = what == LaunchOptions::List::Cameras ? platform.cameras->trouble() : QString();
+        !trouble.isEmpty()) {
+        std::fprintf(stderr, "lumavex: %s\n", qUtf8Printable(trouble));
+        return 1;
+    }
     const QStringList lines = what == LaunchOptions::List::Cameras   ? platform.cameras->names()
                               : what == LaunchOptions::List::Windows ? windowNames(*platform.screen)
                                                                      : sizeNames(*platform.screen);

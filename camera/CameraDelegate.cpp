@@ -60,7 +60,9 @@ bool CameraDelegate::startCamera(const QString& name)
 {
     trouble_.clear();
     if (!createCamera(name)) {
-        trouble_ = tr("There is no camera named %1.").arg(name);
+        trouble_ = m_captureSession.trouble();
+        if (trouble_.isEmpty())
+            trouble_ = tr("There is no camera named %1.").arg(name);
         return false;
     }
     if (!attachCameraToCaptureSession()) {

@@ -31,6 +31,8 @@ public:
     /// Begins to look for cameras, so that the first call of `names` or `open` has less to wait for, if anything. Does
     /// not wait; who does not call it loses no more than that.
     virtual void beginListing() = 0;
+    /// Why there can be no camera at all, in the user's words; empty when there can. Waits as `names` does.
+    virtual QString trouble() = 0;
     /// Names of the cameras present, in the order the system lists them. Two cameras may have the same name.
     virtual QStringList names() = 0;
     /// Opens the first camera of that name and starts it; answers within 3 s. Empty on success, else why not, in the

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/Platform.h"
 
-#include "platform/late/LateMedia.h"
+#include "platform/lazy/LazyMedia.h"
 #include "platform/movie/JpegMovieWriter.h"
 #include "platform/movie/MovieReader.h"
 #include "platform/qt/IniUserDefaults.h"
@@ -24,10 +24,10 @@ Platform createPlatform()
     platform.dialogs = std::make_unique<QtDialogs>();
     platform.screen = createXcbScreenGrabber();
     platform.overlay = createX11Overlay();
-    platform.cameras = createLateCameraSource(installedMediaLibrary);
+    platform.cameras = createLazyCameraSource(installedMediaLibrary);
     platform.processorLoad = std::make_unique<ProcStatLoad>();
-    platform.soundSettings = createLateSoundSettings(installedMediaLibrary);
-    platform.createSoundRecorder = lateSoundRecorderFactory(installedMediaLibrary);
+    platform.soundSettings = createLazySoundSettings(installedMediaLibrary);
+    platform.createSoundRecorder = lazySoundRecorderFactory(installedMediaLibrary);
     platform.createMovieWriter = createJpegMovieWriter;
     platform.repairMovie = repairMovie;
     platform.readMovie = readMovie;

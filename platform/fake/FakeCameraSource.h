@@ -32,6 +32,7 @@ public:
     ~FakeCameraSource() override;
 
     void beginListing() override {}
+    QString trouble() override { return {}; }
     QStringList names() override;
     QString open(const CameraRequest& request) override;
     void stop() override;

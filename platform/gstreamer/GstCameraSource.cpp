@@ -30,6 +30,7 @@ public:
     ~GstCameraSource() override;
 
     void beginListing() override { list(); }
+    QString trouble() override { return initGStreamer(); }
     QStringList names() override;
     QString open(const CameraRequest& request) override;
     void stop() override;

@@ -12,7 +12,7 @@ import sys
 from pathlib import Path
 
 MIDDLE = ("settings_dialog", "recording", "compose", "camera", "capture")
-BACKENDS = ("qt", "x11", "gstreamer", "movie", "fake", "late")
+BACKENDS = ("qt", "x11", "gstreamer", "movie", "fake", "lazy")
 
 # Who may include whom. "platform" is the interfaces at the top of that folder, "platform/x11" a backend.
 MAY_INCLUDE = {
@@ -22,8 +22,8 @@ MAY_INCLUDE = {
 }
 MAY_INCLUDE.update({folder: (folder, "platform") for folder in MIDDLE})
 MAY_INCLUDE.update({f"platform/{backend}": (f"platform/{backend}", "platform") for backend in BACKENDS})
-# Made into a library that the program loads through platform/late.
-MAY_INCLUDE["platform/gstreamer"] += ("platform/late",)
+# Made into a library that the program loads through platform/lazy.
+MAY_INCLUDE["platform/gstreamer"] += ("platform/lazy",)
 # Chooses the backends, and nothing else does.
 CHOOSER = "platform/createPlatform.cpp"
 # Tests and benchmarks may look everywhere, and nobody looks at them.

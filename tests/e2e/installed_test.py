@@ -6,7 +6,7 @@ import os
 import unittest
 from pathlib import Path
 
-from lumavex_e2e import LUMAVEX, EndToEndTest, Movie, Process, output_of
+from lumavex_e2e import LUMAVEX, EndToEndTest, Movie, Process, output_of, wait_for
 
 
 class InstalledTest(EndToEndTest):
@@ -32,11 +32,25 @@ class InstalledTest(EndToEndTest):
         self.assertEqual((status, program.stderr), (0, ""))
         self.assert_movie(Movie(path), 2, tolerance=0.04)
 
+    def test_does_not_load_what_the_window_can_do_without(self):
+        needed = output_of("readelf", "--dynamic", self.prefix / "bin" / "lumavex")
+        self.assertIn("libQt6Widgets", needed)
+        self.assertNotRegex(needed, "libgst|libpulse")
+        program = self.start(Process([self.prefix / "bin" / "lumavex", "--record", "60", "--sound", "no", "--ignore-load",
+                                      "--output", self.user.videos / "movie.mov"], self.user.environment))  # fmt: skip
+        wait_for("a recording", self.user.growing_movie)
+        self.assertNotIn(self.library.name, Path(f"/proc/{program.pid}/maps").read_text())
+
     def test_without_its_library_says_so_and_keeps_the_picture(self):
         self.library.unlink()
         status, program = self.run_installed("--list-cameras")
-        self.assertEqual((status, program.stdout), (0, ""))
+        self.assertEqual((status, program.stdout), (1, ""))
         self.assertIn("Lumavex is not installed completely", program.stderr)
+        status, program = self.run_installed("--record", 1, "--output", self.user.videos / "x.mov", "--source", "camera",
+                                             "--camera", "Bars", "--ignore-load")  # fmt: skip
+        self.assertEqual(status, 1)
+        self.assertIn("Lumavex is not installed completely", program.stderr)
+        self.assertNotIn("There is no camera named", program.stderr)
         _, status, program = self.record()
         self.assertEqual(status, 3)
         self.assertIn("The recording goes on without sound. Lumavex is not installed completely", program.stderr)

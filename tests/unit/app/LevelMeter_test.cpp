@@ -90,6 +90,24 @@ TEST(LevelMeter, AsksItsSourceOnlyWhileItIsSeen)
     EXPECT_THAT(meter.lit(), ElementsAre(0, 0));
 }
 
+TEST_F(Program, ASoundLibraryThatIsSlowToComeDoesNotDelayWhatIsRecorded)
+{
+    platform.createSoundRecorder = [this, make = platform.createSoundRecorder](const QString& path, auto onEvent) {
+        clock.time += std::chrono::milliseconds(300);
+        return make(path, onEvent);
+    };
+    store->texts.insert(settingKey("i_Screen_Capture_FPS"), QStringLiteral("30"));
+    ASSERT_TRUE(launch());
+    app->recording.b_Record_Include_Audio = 1;
+    app->OnToolbarRecord();
+    ASSERT_EQ(sound->recordings.size(), 1U);
+    const Nanoseconds origin = sound->recordings.front()->calls.front().time;
+    EXPECT_EQ(origin, clock.time);
+    EXPECT_EQ(loop->nextDeadline(app->application.timerVideoRefresh),
+              origin + Nanoseconds(std::chrono::seconds(1)) / 30);
+    app->OnToolbarStop();
+}
+
 struct SoundProgram : Program {
     void SetUp() override
     {

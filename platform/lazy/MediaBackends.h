@@ -9,9 +9,12 @@
 
 namespace lumavex {
 
-/// What the library of cameras and sound hands to the program, under the name in kMediaBackendsSymbol. Both are of one
-/// build: nothing tells their versions apart. None of the functions is null or fails.
+/// What the library of cameras and sound hands to the program, under the name in kMediaBackendsSymbol. None of the
+/// functions is null or fails.
 struct MediaBackends {
+    /// LUMAVEX_INTERFACE_STAMP, a digest of this file and of the interfaces. A library with another one is of another
+    /// build and may not be called. First in every build.
+    const char* stamp;
     std::unique_ptr<CameraSource> (*createCameraSource)();
     std::unique_ptr<SoundSettings> (*createSoundSettings)();
     std::unique_ptr<SoundRecorder> (*createSoundRecorder)(const QString& path, SoundRecorder::EventHandler onEvent);

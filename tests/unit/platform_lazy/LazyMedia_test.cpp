@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/late/LateMedia.h"
+#include "platform/lazy/LazyMedia.h"
 
 #include "platform/fake/FakeCameraSource.h"
 #include "platform/fake/FakeSoundRecorder.h"
@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <future>
 
 namespace lumavex {
 namespace {
@@ -22,6 +23,7 @@ FakeCameraSource* cameras = nullptr;
 std::shared_ptr<FakeSound> sound;
 
 const MediaBackends fakeBackends = {
+    .stamp = "",
     .createCameraSource = []() -> std::unique_ptr<CameraSource> {
         auto source = std::make_unique<FakeCameraSource>();
         cameras = source.get();
@@ -40,7 +42,7 @@ const MediaBackends fakeBackends = {
 /// A library that counts how often it is asked for.
 struct Library {
     MediaLibrary library;
-    int asked = 0;
+    std::atomic<int> asked = 0; ///< on whatever thread
     MediaLoader loader()
     {
         return [this]() -> const MediaLibrary& {
@@ -57,12 +59,12 @@ void send()
     cameras->send(picture);
 }
 
-TEST(LateMedia, IsNotLoadedBeforeItIsNeeded)
+TEST(LazyMedia, IsNotLoadedBeforeItIsNeeded)
 {
     Library library{{&fakeBackends, {}}};
-    const auto source = createLateCameraSource(library.loader());
-    const auto settings = createLateSoundSettings(library.loader());
-    const auto createRecorder = lateSoundRecorderFactory(library.loader());
+    const auto source = createLazyCameraSource(library.loader());
+    const auto settings = createLazySoundSettings(library.loader());
+    const auto createRecorder = lazySoundRecorderFactory(library.loader());
     source->setFrameHandler([](const CameraFrame&) {});
     source->setPresenceHandler([](bool) {});
     source->stop();
@@ -78,10 +80,10 @@ TEST(LateMedia, IsNotLoadedBeforeItIsNeeded)
     EXPECT_EQ(sound->recordings.front()->path, QStringLiteral("a.wav"));
 }
 
-TEST(LateMedia, CameraTellsHandlersSetBeforeAndAfterItWasLoaded)
+TEST(LazyMedia, CameraTellsHandlersSetBeforeAndAfterItWasLoaded)
 {
     Library library{{&fakeBackends, {}}};
-    const auto source = createLateCameraSource(library.loader());
+    const auto source = createLazyCameraSource(library.loader());
     std::atomic<int> before = 0;
     std::atomic<int> after = 0;
     std::vector<bool> presence;
@@ -105,20 +107,20 @@ TEST(LateMedia, CameraTellsHandlersSetBeforeAndAfterItWasLoaded)
     EXPECT_FALSE(cameras->isRunning());
 }
 
-TEST(LateMedia, WithoutItsLibraryThereIsNoCameraAndNoSoundAndTheUserIsToldWhy)
+TEST(LazyMedia, WithoutItsLibraryThereIsNoCameraAndNoSoundAndTheUserIsToldWhy)
 {
     Library library{{nullptr, kTrouble}};
-    const auto source = createLateCameraSource(library.loader());
-    source->beginListing();
+    const auto source = createLazyCameraSource(library.loader());
     EXPECT_EQ(source->names(), QStringList());
+    EXPECT_EQ(source->trouble(), kTrouble);
     EXPECT_EQ(source->open({kCamera, 0}), kTrouble);
     EXPECT_EQ(source->currentSource(), 1U);
-    const auto settings = createLateSoundSettings(library.loader());
+    const auto settings = createLazySoundSettings(library.loader());
     EXPECT_EQ(settings->nameOfInput(), std::nullopt);
     EXPECT_FALSE(settings->open());
 
     QStringList told;
-    const auto createRecorder = lateSoundRecorderFactory(library.loader());
+    const auto createRecorder = lazySoundRecorderFactory(library.loader());
     const auto tell = [&told](SoundEvent event, const QString& detail) {
         if (event == SoundEvent::Lost)
             told.append(detail);
@@ -131,12 +133,45 @@ TEST(LateMedia, WithoutItsLibraryThereIsNoCameraAndNoSoundAndTheUserIsToldWhy)
     QCoreApplication::processEvents();
     EXPECT_EQ(told, QStringList{kTrouble});
     EXPECT_EQ(recorder->stop({}), kTrouble);
-    {
-        const auto gone = createRecorder(QStringLiteral("b.wav"), tell);
-        gone->record({});
-    }
+    const auto stopped = createRecorder(QStringLiteral("b.wav"), tell);
+    stopped->record({});
+    stopped->stop({});
+    createRecorder(QStringLiteral("c.wav"), tell)->record({});
     QCoreApplication::processEvents();
-    EXPECT_EQ(told.size(), 1) << "by a recorder that is gone";
+    EXPECT_EQ(told.size(), 1) << "by a recorder that was stopped, or is gone";
+}
+
+TEST(LazyMedia, BeginningToListWaitsForNothing)
+{
+    std::promise<void> disk;
+    std::atomic<bool> loaded = false;
+    const MediaLibrary library{&fakeBackends, {}};
+    const auto load = [&, ready = disk.get_future().share()]() -> const MediaLibrary& {
+        ready.wait();
+        loaded = true;
+        return library;
+    };
+    {
+        const auto source = createLazyCameraSource(load);
+        source->beginListing();
+        source->beginListing();
+        EXPECT_FALSE(loaded);
+        disk.set_value();
+        EXPECT_EQ(source->names(), QStringList{kCamera});
+    }
+    QCoreApplication::processEvents(); // what the thread had to say is of a source that is gone
+}
+
+TEST(LazyMedia, ALibraryThatIsNoneIsRefused)
+{
+    for (const char* path : {"/nowhere/lumavex-media.so", "libdl.so.2"}) {
+        const MediaLibrary library = loadMediaLibrary(QString::fromLatin1(path));
+        EXPECT_EQ(library.backends, nullptr) << path;
+        EXPECT_TRUE(library.trouble.contains(QStringLiteral("not installed completely"))) << path;
+    }
+    const MediaLibrary old = loadMediaLibrary(QStringLiteral(LUMAVEX_OLD_LIBRARY));
+    EXPECT_EQ(old.backends, nullptr);
+    EXPECT_TRUE(old.trouble.contains(QStringLiteral("of another version"))) << old.trouble.toStdString();
 }
 
 } // namespace

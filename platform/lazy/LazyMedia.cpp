@@ -1,21 +1,39 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/late/LateMedia.h"
+#include "platform/lazy/LazyMedia.h"
 
 #include <QObject>
 
+#include <thread>
 #include <utility>
 
 namespace lumavex {
 namespace {
 
-class LateCameraSource final : public CameraSource {
+class LazyCameraSource final : public CameraSource {
 public:
-    explicit LateCameraSource(MediaLoader library) : library_(std::move(library)) {}
+    explicit LazyCameraSource(MediaLoader load) : load_(std::move(load)) {}
 
     void beginListing() override
     {
-        if (CameraSource* const cameras = loaded())
-            cameras->beginListing();
+        if (cameras_)
+            cameras_->beginListing();
+        else if (!loading_.joinable())
+            loading_ = std::jthread([this] {
+                load_();
+                QMetaObject::invokeMethod(
+                    &context_,
+                    [this] {
+                        if (CameraSource* const cameras = loaded())
+                            cameras->beginListing();
+                    },
+                    Qt::QueuedConnection);
+            });
+    }
+
+    QString trouble() override
+    {
+        CameraSource* const cameras = loaded();
+        return cameras ? cameras->trouble() : load_().trouble;
     }
 
     QStringList names() override
@@ -29,7 +47,7 @@ public:
         if (CameraSource* const cameras = loaded())
             return cameras->open(request);
         ++refusedOpenings_;
-        return library_().trouble;
+        return load_().trouble;
     }
 
     void stop() override
@@ -60,7 +78,7 @@ private:
     /// Null without the library.
     CameraSource* loaded()
     {
-        if (const MediaBackends* const backends = library_().backends; backends && !cameras_) {
+        if (const MediaBackends* const backends = load_().backends; backends && !cameras_) {
             cameras_ = backends->createCameraSource();
             cameras_->setFrameHandler(std::move(frameHandler_));
             cameras_->setPresenceHandler(std::move(presenceHandler_));
@@ -68,16 +86,18 @@ private:
         return cameras_.get();
     }
 
-    MediaLoader library_;
+    MediaLoader load_;
     std::unique_ptr<CameraSource> cameras_; ///< null until it is needed
     FrameHandler frameHandler_;             ///< for the time until then
     PresenceHandler presenceHandler_;
     std::uint64_t refusedOpenings_ = 0;
+    QObject context_; ///< what the thread has still to say ends with it
+    std::jthread loading_;
 };
 
-class LateSoundSettings final : public SoundSettings {
+class LazySoundSettings final : public SoundSettings {
 public:
-    explicit LateSoundSettings(MediaLoader library) : library_(std::move(library)) {}
+    explicit LazySoundSettings(MediaLoader load) : load_(std::move(load)) {}
 
     std::optional<QString> nameOfInput() override
     {
@@ -94,12 +114,12 @@ public:
 private:
     SoundSettings* loaded()
     {
-        if (const MediaBackends* const backends = library_().backends; backends && !settings_)
+        if (const MediaBackends* const backends = load_().backends; backends && !settings_)
             settings_ = backends->createSoundSettings();
         return settings_.get();
     }
 
-    MediaLoader library_;
+    MediaLoader load_;
     std::unique_ptr<SoundSettings> settings_;
 };
 
@@ -114,10 +134,19 @@ public:
     {
         if (!std::exchange(told_, true) && onEvent_)
             QMetaObject::invokeMethod(
-                &context_, [this] { onEvent_(SoundEvent::Lost, trouble_); }, Qt::QueuedConnection);
+                &context_,
+                [this] {
+                    if (onEvent_)
+                        onEvent_(SoundEvent::Lost, trouble_);
+                },
+                Qt::QueuedConnection);
     }
     void pause(Nanoseconds) override {}
-    QString stop(Nanoseconds) override { return trouble_; }
+    QString stop(Nanoseconds) override
+    {
+        onEvent_ = nullptr;
+        return trouble_;
+    }
     SoundPeaks takePeaks() override { return {}; }
 
 private:
@@ -129,21 +158,21 @@ private:
 
 } // namespace
 
-std::unique_ptr<CameraSource> createLateCameraSource(MediaLoader library)
+std::unique_ptr<CameraSource> createLazyCameraSource(MediaLoader load)
 {
-    return std::make_unique<LateCameraSource>(std::move(library));
+    return std::make_unique<LazyCameraSource>(std::move(load));
 }
 
-std::unique_ptr<SoundSettings> createLateSoundSettings(MediaLoader library)
+std::unique_ptr<SoundSettings> createLazySoundSettings(MediaLoader load)
 {
-    return std::make_unique<LateSoundSettings>(std::move(library));
+    return std::make_unique<LazySoundSettings>(std::move(load));
 }
 
-SoundRecorderFactory lateSoundRecorderFactory(MediaLoader library)
+SoundRecorderFactory lazySoundRecorderFactory(MediaLoader load)
 {
-    return [library = std::move(library)](const QString& path,
-                                          SoundRecorder::EventHandler onEvent) -> std::unique_ptr<SoundRecorder> {
-        const auto& [backends, trouble] = library();
+    return [load = std::move(load)](const QString& path,
+                                    SoundRecorder::EventHandler onEvent) -> std::unique_ptr<SoundRecorder> {
+        const auto& [backends, trouble] = load();
         if (backends)
             return backends->createSoundRecorder(path, std::move(onEvent));
         return std::make_unique<NoSoundRecorder>(trouble, std::move(onEvent));
