@@ -83,7 +83,7 @@ bool AppDelegate::startWriter()
 void AppDelegate::startRecording()
 {
     if (recording.b_Record_Include_Audio == 1)
-        makeSoundRecorder(); // whose library may have to come from the disk; nobody is recorded so long
+        makeSoundRecorder(); // before the origin: its library may have to come from the disk first
     // Grab, frame, tick and sound share one origin: what is seen and heard at origin + t stands at t in the movie,
     // whatever the phase of the timers was before.
     RunLoop& runLoop = *platform_.runLoop;
