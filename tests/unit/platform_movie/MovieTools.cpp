@@ -196,11 +196,24 @@ MovieWriter::Result finishAndWait(MovieWriter& writer, CMTime end)
     return future.get();
 }
 
-bool appendWhenReady(MovieWriter& writer, const CVPixelBufferRef& pixels, CMTime time)
+namespace {
+void waitUntilReady(MovieWriter& writer)
 {
     while (!writer.input().isReadyForMoreMediaData())
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+} // namespace
+
+bool appendWhenReady(MovieWriter& writer, const CVPixelBufferRef& pixels, CMTime time)
+{
+    waitUntilReady(writer);
     return writer.adaptor().appendPixelBuffer_withPresentationTime(pixels, time);
+}
+
+bool repeatWhenReady(MovieWriter& writer, CMTime time)
+{
+    waitUntilReady(writer);
+    return writer.adaptor().appendPrevious_withPresentationTime(time);
 }
 
 } // namespace lumavex

@@ -55,7 +55,8 @@ void writeContent(const QString& path, const QByteArray& content);
 /// Finishes and waits.
 MovieWriter::Result finishAndWait(MovieWriter& writer, CMTime end);
 
-/// Appends as soon as the writer is ready.
+/// Append as soon as the writer is ready, the latter the previous picture.
 bool appendWhenReady(MovieWriter& writer, const CVPixelBufferRef& pixels, CMTime time);
+bool repeatWhenReady(MovieWriter& writer, CMTime time);
 
 } // namespace lumavex

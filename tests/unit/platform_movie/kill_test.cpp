@@ -37,8 +37,8 @@ int record(const QString& path, int rate)
     for (std::int64_t frame = 0;; ++frame) {
         std::this_thread::sleep_until(start + frame * 1000000us / rate);
         const CMTime time = CMTimeMake(frame, rate);
-        const bool accepted = frame % 3 == 2 ? writer->adaptor().appendPrevious_withPresentationTime(time)
-                                             : appendWhenReady(*writer, pictures[frame % 2], time);
+        const bool accepted =
+            frame % 3 == 2 ? repeatWhenReady(*writer, time) : appendWhenReady(*writer, pictures[frame % 2], time);
         if (!accepted)
             return 1;
         std::printf("%lld\n", static_cast<long long>(frame * 1000 / rate));

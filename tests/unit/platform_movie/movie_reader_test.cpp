@@ -23,7 +23,7 @@ protected:
         for (int i = 0; i < kFrames; ++i) {
             const CMTime time = CMTimeMake(i + 1, 30);
             if (i % 3 == 2)
-                ASSERT_TRUE(writer->adaptor().appendPrevious_withPresentationTime(time));
+                ASSERT_TRUE(repeatWhenReady(*writer, time));
             else
                 ASSERT_TRUE(appendWhenReady(*writer, pixelBufferOf(testPicture(320, 240, i)), time));
         }

@@ -27,12 +27,7 @@ protected:
         ASSERT_EQ(writer_->startWriting(), QString());
     }
     bool append(const QImage& picture, CMTime time) { return appendWhenReady(*writer_, pixelBufferOf(picture), time); }
-    bool repeat(CMTime time)
-    {
-        while (!writer_->input().isReadyForMoreMediaData())
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        return writer_->adaptor().appendPrevious_withPresentationTime(time);
-    }
+    bool repeat(CMTime time) { return repeatWhenReady(*writer_, time); }
 
     QTemporaryDir folder_;
     const QString path_ = folder_.filePath(QStringLiteral("movie.mov"));
