@@ -15,7 +15,7 @@ class InstalledTest(EndToEndTest):
         self.user = self.home().make_settings()
         self.prefix = self.user.root / "usr"
         output_of(os.environ["LUMAVEX_CMAKE"], "--install", Path(LUMAVEX).parent, "--prefix", self.prefix)
-        (self.library,) = self.prefix.glob("lib*/**/lumavex-media.so")
+        (self.media,) = self.prefix.glob("lib*/**/lumavex-media.so")
 
     def run_installed(self, *options):
         program = self.start(Process([self.prefix / "bin" / "lumavex", *map(str, options)], self.user.environment))
@@ -39,10 +39,10 @@ class InstalledTest(EndToEndTest):
         program = self.start(Process([self.prefix / "bin" / "lumavex", "--record", "60", "--sound", "no", "--ignore-load",
                                       "--output", self.user.videos / "movie.mov"], self.user.environment))  # fmt: skip
         wait_for("a recording", self.user.growing_movie)
-        self.assertNotIn(self.library.name, Path(f"/proc/{program.pid}/maps").read_text())
+        self.assertNotIn(self.media.name, Path(f"/proc/{program.pid}/maps").read_text())
 
     def test_without_its_library_says_so_and_keeps_the_picture(self):
-        self.library.unlink()
+        self.media.unlink()
         status, program = self.run_installed("--list-cameras")
         self.assertEqual((status, program.stdout), (1, ""))
         self.assertIn("Lumavex is not installed completely", program.stderr)
