@@ -32,7 +32,7 @@ public:
     ~FakeCameraSource() override;
 
     void beginListing() override {}
-    QString trouble() override { return {}; }
+    QString trouble() override { return noCameras; }
     QStringList names() override;
     QString open(const CameraRequest& request) override;
     void stop() override;
@@ -47,6 +47,8 @@ public:
     /// Sends one picture as it is, scaled by nobody; returns when it has been handed over. A camera must be running.
     void send(const QImage& picture);
     bool isRunning() const { return queue_ != nullptr; }
+
+    QString noCameras; ///< why there can be none
 
 private:
     class CaptureQueue;

@@ -26,12 +26,10 @@ QString path()
 
 MediaLibrary refused(const QString& reason)
 {
-    const QString trouble =
-        QCoreApplication::translate("MediaLibrary", "Lumavex is not installed completely, so there is neither camera "
-                                                    "nor sound. Install it again. (%1)")
-            .arg(reason);
-    qWarning("%s", qUtf8Printable(trouble));
-    return {nullptr, trouble};
+    return {nullptr,
+            QCoreApplication::translate("MediaLibrary", "Lumavex is not installed completely, so there is neither "
+                                                        "camera nor sound. Install it again. (%1)")
+                .arg(reason)};
 }
 
 } // namespace

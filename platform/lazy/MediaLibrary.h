@@ -18,8 +18,8 @@ struct MediaLibrary {
 /// Gives the library, the same each time, and loads it at the first call, for which the others wait. Any thread.
 using MediaLoader = std::function<const MediaLibrary&()>;
 
-/// Loads the library in that file. It stays until the program ends, since the threads of its own libraries do. Why it
-/// cannot be used is logged too. Any thread.
+/// Loads the library in that file. It stays until the program ends, since the threads of its own libraries do. Any
+/// thread.
 MediaLibrary loadMediaLibrary(const QString& path);
 
 /// The library that was built or installed with the program, loaded at the first call. Any thread, after the

@@ -231,3 +231,16 @@ TEST_F(Sources, ASizeTheCameraHasNotToldYetIsTakenFromItsFirstFrameUnlessTheSour
         cameras->remove(cameraName);
     }
 }
+
+TEST_F(Program, WhyThereCanBeNoCameraIsToldInTheWindowAndInsteadOfThatOneIsMissing)
+{
+    cameras->noCameras = QStringLiteral("Half of the program is missing.");
+    ASSERT_TRUE(launch());
+    EXPECT_EQ(message(), QString());
+    loop->advance(std::chrono::seconds(1));
+    EXPECT_EQ(message(), cameras->noCameras);
+
+    store->texts.insert(settingKey("s_Camera_Name"), QStringLiteral("Camera"));
+    ASSERT_TRUE(launch());
+    EXPECT_EQ(message(), cameras->noCameras) << "not that there is no camera of that name";
+}
