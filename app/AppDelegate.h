@@ -3,6 +3,8 @@
 
 #include "app/ApplicationState.h"
 #include "app/LaunchOptions.h"
+#include "app/Message.h"
+#include "app/MoreSettings.h"
 #include "app/WorkQueue.h"
 #include "camera/CameraDelegate.h"
 #include "capture/CaptureState.h"
@@ -198,7 +200,8 @@ private:
     /// Whether the next frame is of use: to a recording, a snapshot or somebody who looks.
     bool isFrameWanted() const;
     /// In the main window and on standard error.
-    void tell(const QString& text);
+    void tell(MessageTopic topic, const Message& message);
+    void tell(const QString& text) { tell(MessageTopic::General, {text}); }
     /// Tells once that the chosen window is not listed any more, and once that it is listed again.
     void tellWhetherWindowIsThere(const QString& identifier);
     void fillSizeMenu(class QMenu& menu, std::int64_t offset, std::int64_t checkedIndex, QAction*& checkedItem,
@@ -288,6 +291,7 @@ private:
     Platform& platform_;
     Window_Main& window_;
     const LaunchOptions options_;
+    MoreSettings choices_;
     CameraDelegate cameraDelegate;
     Compositor compositor_;
     std::vector<RowRange> changedRows_;     ///< of the frame that is appended; here for its memory

@@ -78,10 +78,10 @@ void AppDelegate::connectCamera()
     });
 }
 
-void AppDelegate::tell(const QString& text)
+void AppDelegate::tell(MessageTopic topic, const Message& message)
 {
-    window_.showMessage(text);
-    qWarning("%s", qUtf8Printable(text)); // the window of an unattended recording is not seen
+    window_.showMessage(topic, message);
+    qWarning("%s", qUtf8Printable(message.text)); // the window of an unattended recording is not seen
 }
 
 void AppDelegate::adoptCameraSize()

@@ -24,7 +24,8 @@ QImage bundleImage(const char* name)
 } // namespace
 
 AppDelegate::AppDelegate(Platform& platform, Window_Main& window, const LaunchOptions& options)
-    : platform_(platform), window_(window), options_(options), cameraDelegate(*platform.cameras, camera)
+    : platform_(platform), window_(window), options_(options), choices_(*platform.moreSettings),
+      cameraDelegate(*platform.cameras, camera)
 {
     connectCamera();
 }

@@ -1,73 +1,109 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/MessageStrip.h"
 
-#include <QEvent>
-#include <QHBoxLayout>
-#include <QLabel>
-#include <QStyle>
-#include <QToolButton>
+#include "app/MessageRow.h"
+
+#include <QAbstractButton>
+#include <QAccessible>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <utility>
 
 namespace lumavex {
 
-MessageStrip::MessageStrip(QWidget* parent)
-    : QFrame(parent), icon_(new QLabel(this)), text_(new QLabel(this)), close_(new QToolButton(this))
-{
-    text_->setWordWrap(true);
-    text_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    text_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-    close_->setAutoRaise(true);
-    close_->setText(QStringLiteral("\u00d7")); // the style's own picture is dark on dark
-    QFont large = close_->font();
-    large.setPointSizeF(large.pointSizeF() * 1.3);
-    close_->setFont(large);
-    close_->setToolTip(tr("Close this message"));
-    close_->setAccessibleName(close_->toolTip());
-    connect(close_, &QToolButton::clicked, this, &MessageStrip::clear);
+namespace {
+constexpr qsizetype shownRows = 3;
+}
 
-    auto* layout = new QHBoxLayout(this);
-    layout->setContentsMargins(10, 4, 6, 4);
-    layout->setSpacing(8);
-    layout->addWidget(icon_, 0, Qt::AlignVCenter);
-    layout->addWidget(text_, 1);
-    layout->addWidget(close_, 0, Qt::AlignVCenter);
-    setAutoFillBackground(true);
-    setBackgroundRole(QPalette::ToolTipBase);
-    text_->setForegroundRole(QPalette::ToolTipText);
-    colourButton();
+MessageStrip::MessageStrip(QWidget* parent) : QWidget(parent), layout_(new QVBoxLayout(this))
+{
+    layout_->setContentsMargins(0, 0, 0, 0);
+    layout_->setSpacing(1);
     hide();
 }
 
-void MessageStrip::showMessage(const QString& text)
+void MessageStrip::add(MessageTopic topic, const Message& message)
 {
-    if (icon_->pixmap().isNull()) { // not before, since it is looked for among the desktop's themes
-        const int size = style()->pixelMetric(QStyle::PM_SmallIconSize);
-        icon_->setPixmap(style()->standardIcon(QStyle::SP_MessageBoxWarning).pixmap(size));
+    if (MessageRow* earlier = rowOf(topic))
+        remove(earlier);
+    auto* row = new MessageRow(topic, message, this);
+    // Queued: the button that sends the signal is deleted with its row.
+    connect(
+        row, &MessageRow::closed, this, [this, topic] { withdraw(topic); }, Qt::QueuedConnection);
+    connect(
+        row, &MessageRow::chosen, this,
+        [this, topic, row](const std::function<void()>& run) {
+            if (rowOf(topic) != row)
+                return; // withdrawn between the click and now
+            withdraw(topic);
+            run();
+        },
+        Qt::QueuedConnection);
+    rows_.prepend(row);
+    layout_->insertWidget(0, row);
+    arrange();
+    QAccessibleEvent alert(row, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
+}
+
+void MessageStrip::withdraw(MessageTopic topic)
+{
+    if (MessageRow* row = rowOf(topic)) {
+        remove(row);
+        arrange();
     }
-    text_->setText(text);
-    setAccessibleName(text);
-    show();
-    Q_EMIT roomChanged();
 }
 
 void MessageStrip::clear()
 {
-    hide();
+    while (!rows_.isEmpty())
+        remove(rows_.constFirst());
+    arrange();
+}
+
+QString MessageStrip::newestText() const
+{
+    return rows_.isEmpty() ? QString() : rows_.constFirst()->text();
+}
+
+QString MessageStrip::text(MessageTopic topic) const
+{
+    const MessageRow* row = rowOf(topic);
+    return row ? row->text() : QString();
+}
+
+void MessageStrip::takeFocus()
+{
+    if (rows_.isEmpty())
+        return;
+    if (auto* button = rows_.constFirst()->findChild<QAbstractButton*>())
+        button->setFocus(Qt::ShortcutFocusReason);
+}
+
+MessageRow* MessageStrip::rowOf(MessageTopic topic) const
+{
+    const auto found = std::ranges::find(rows_, topic, &MessageRow::topic);
+    return found == rows_.cend() ? nullptr : *found;
+}
+
+void MessageStrip::remove(MessageRow* row)
+{
+    // Qt would pass the focus on to some other button, which the next press of the space bar would then press.
+    if (QWidget* focused = row->focusWidget(); focused && focused->hasFocus() && row->isAncestorOf(focused))
+        focused->clearFocus();
+    rows_.removeOne(row);
+    layout_->removeWidget(row);
+    row->hide();
+    row->deleteLater();
+}
+
+void MessageStrip::arrange()
+{
+    for (qsizetype i = 0; i < rows_.size(); ++i)
+        rows_.at(i)->setVisible(i < shownRows);
+    setVisible(!rows_.isEmpty());
     Q_EMIT roomChanged();
-}
-
-void MessageStrip::changeEvent(QEvent* event)
-{
-    QFrame::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange)
-        colourButton();
-}
-
-/// Styles draw a tool button's text in the colour of buttons, which need not be seen on the colour of the strip.
-void MessageStrip::colourButton()
-{
-    QPalette colours = close_->palette();
-    colours.setColor(QPalette::ButtonText, palette().color(QPalette::ToolTipText));
-    close_->setPalette(colours);
 }
 
 } // namespace lumavex

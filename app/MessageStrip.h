@@ -1,35 +1,46 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QFrame>
+#include "app/Message.h"
 
-class QLabel;
-class QToolButton;
+#include <QList>
+#include <QWidget>
+
+class QVBoxLayout;
 
 namespace lumavex {
 
-/// A line below the toolbar that tells the user something at once, without stopping the work. Stays until it is closed
-/// or the next message replaces it; takes no room while there is none.
-class MessageStrip final : public QFrame {
+class MessageRow;
+
+/// Lines below the toolbar that tell the user something at once, without stopping the work: one for each topic, the
+/// newest above. A message stays until it is closed, withdrawn or replaced by the next one of its topic. The newest
+/// three are shown; the others come up as those go. Takes no room while there is none.
+class MessageStrip final : public QWidget {
     Q_OBJECT
 public:
     explicit MessageStrip(QWidget* parent = nullptr);
 
-    void showMessage(const QString& text);
+    void add(MessageTopic topic, const Message& message);
+    void withdraw(MessageTopic topic);
     void clear();
+
+    /// The newest message; empty when there is none.
+    QString newestText() const;
+    /// The shown message of a topic; empty when there is none.
+    QString text(MessageTopic topic) const;
+    /// Moves the keyboard focus to the newest message's first button.
+    void takeFocus();
 
 Q_SIGNALS:
     void roomChanged();
 
-protected:
-    void changeEvent(QEvent* event) override;
-
 private:
-    void colourButton();
+    MessageRow* rowOf(MessageTopic topic) const;
+    void remove(MessageRow* row);
+    void arrange();
 
-    QLabel* icon_;
-    QLabel* text_;
-    QToolButton* close_;
+    QList<MessageRow*> rows_; ///< newest first; children of this widget
+    QVBoxLayout* layout_;
 };
 
 } // namespace lumavex

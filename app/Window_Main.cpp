@@ -10,6 +10,7 @@
 #include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QShortcut>
 #include <QTimer>
 #include <QToolButton>
 
@@ -24,6 +25,8 @@ Window_Main::Window_Main() : messages_(new MessageStrip)
     centralArea->layout()->addWidget(messages_);
     connect(messages_, &MessageStrip::roomChanged, this, &Window_Main::fitSize);
     connect(summary, &RecordingSummary::roomChanged, this, &Window_Main::fitSize);
+    auto* toMessages = new QShortcut(QKeySequence(Qt::Key_F6), this);
+    connect(toMessages, &QShortcut::activated, messages_, &MessageStrip::takeFocus);
 
     auto* place = new QWidget(toolBar);
     textDurationTime = new QLabel(QStringLiteral("00:00:00"), place);
@@ -95,14 +98,14 @@ void Window_Main::setLevel(Level level)
     }
 }
 
-void Window_Main::showMessage(const QString& text)
+void Window_Main::showMessage(MessageTopic topic, const Message& message)
 {
-    messages_->showMessage(text);
+    messages_->add(topic, message);
 }
 
-void Window_Main::clearMessage()
+void Window_Main::withdrawMessage(MessageTopic topic)
 {
-    messages_->clear();
+    messages_->withdraw(topic);
 }
 
 void Window_Main::closeEvent(QCloseEvent* event)

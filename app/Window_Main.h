@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/Message.h"
 #include "ui_Window_Main.h"
 
 #include <QMainWindow>
@@ -33,8 +34,10 @@ public:
     void setLevel(Level level);
 
     /// Tells the user something in the window, at once and without stopping the work.
-    void showMessage(const QString& text);
-    void clearMessage();
+    void showMessage(MessageTopic topic, const Message& message);
+    void showMessage(const QString& text) { showMessage(MessageTopic::General, {text}); }
+    /// The cause of a topic's message has gone, and the message with it.
+    void withdrawMessage(MessageTopic topic);
 
 Q_SIGNALS:
     /// The user wants the window closed, which ends the program. The window stays as it is.

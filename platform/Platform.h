@@ -23,6 +23,7 @@ struct Platform {
     std::unique_ptr<Clock> clock;
     std::unique_ptr<RunLoop> runLoop;
     std::unique_ptr<UserDefaults> userDefaults;
+    std::unique_ptr<UserDefaults> moreSettings; ///< choices beside the settings, in a file of their own
     std::unique_ptr<Dialogs> dialogs;
     std::unique_ptr<ScreenGrabber> screen;
     std::unique_ptr<ScreenOverlay> overlay;

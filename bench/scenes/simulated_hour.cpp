@@ -65,6 +65,7 @@ Platform simulatedPlatform(FakeClock& clock)
     Platform platform;
     platform.runLoop = std::make_unique<FakeRunLoop>(clock);
     platform.userDefaults = std::make_unique<FakeUserDefaults>();
+    platform.moreSettings = std::make_unique<FakeUserDefaults>();
     platform.dialogs = std::make_unique<FakeDialogs>();
     platform.screen = std::make_unique<FakeScreenGrabber>();
     platform.overlay = std::make_unique<PlainOverlay>();

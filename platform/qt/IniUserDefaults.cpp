@@ -23,6 +23,11 @@ QString userDefaultsPath()
            + QStringLiteral("/lumavex/lumavex.ini");
 }
 
+QString moreSettingsPath()
+{
+    return QFileInfo(userDefaultsPath()).dir().filePath(QStringLiteral("more.ini"));
+}
+
 IniUserDefaults::IniUserDefaults(const QString& path) : path_(path)
 {
     QFile file(path_);

@@ -27,5 +27,7 @@ private:
 
 /// Where the preferences are: lumavex/lumavex.ini in the XDG configuration folder.
 QString userDefaultsPath();
+/// Beside them, the choices that the settings dialog does not hold: lumavex/more.ini.
+QString moreSettingsPath();
 
 } // namespace lumavex

@@ -102,7 +102,7 @@ TEST_F(CaptureTypes, AMissedWindowIsForgottenWhenAnotherIsChosen)
     screen->setWindows({});
     loop->advance(1s);
     EXPECT_TRUE(message().contains(*app->capture.sWindowExclusive)) << message().toStdString();
-    window->clearMessage();
+    window->withdrawMessage(MessageTopic::General);
     app->capture.sWindowExclusive = QStringLiteral("Editor (11) (101)");
     addWindows();
     loop->advance(1s);

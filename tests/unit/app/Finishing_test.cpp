@@ -168,7 +168,7 @@ TEST_F(Finishing, WhatFailsWhileFinishingIsTold)
     loop->advance(100ms);
     movie->fail(QStringLiteral("The disk is full."));
     window->btnStop->trigger();
-    EXPECT_EQ(window->findChild<MessageStrip*>()->accessibleName(), QStringLiteral("The disk is full."));
+    EXPECT_EQ(message(), QStringLiteral("The disk is full."));
 }
 
 TEST_F(Finishing, AWriterThatFailsEndsTheRecordingAndKeepsWhatThereIs)

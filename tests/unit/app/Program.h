@@ -40,6 +40,7 @@ struct Program : testing::Test {
     Platform platform;
     FakeRunLoop* loop = nullptr;
     FakeUserDefaults* store = nullptr;
+    FakeUserDefaults* more = nullptr; ///< what lumavex/more.ini holds
     FakeDialogs* dialogs = nullptr;
     FakeScreenGrabber* screen = nullptr;
     FakeProcessorLoad* load = nullptr;
@@ -64,6 +65,7 @@ struct Program : testing::Test {
             return raw;
         };
         store = keep(platform.userDefaults, std::make_unique<FakeUserDefaults>());
+        more = keep(platform.moreSettings, std::make_unique<FakeUserDefaults>());
         dialogs = keep(platform.dialogs, std::make_unique<FakeDialogs>());
         screen = keep(platform.screen, std::make_unique<FakeScreenGrabber>());
         load = keep(platform.processorLoad, std::make_unique<FakeProcessorLoad>());
@@ -114,12 +116,9 @@ struct Program : testing::Test {
         return running;
     }
 
-    /// What the main window tells; empty when nothing.
-    QString message() const
-    {
-        const auto* strip = window->findChild<MessageStrip*>();
-        return strip->isHidden() ? QString() : strip->accessibleName();
-    }
+    const MessageStrip& messages() const { return *window->findChild<MessageStrip*>(); }
+    /// The newest message of the main window; empty when there is none.
+    QString message() const { return messages().newestText(); }
     QString videoFolder() const { return home.filePath(QStringLiteral("Documents/LumavexVideo")); }
     double seconds(CMTime time) const { return CMTimeGetSeconds(time); }
 };
