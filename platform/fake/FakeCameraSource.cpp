@@ -48,13 +48,9 @@ private:
     void run()
     {
         pthread_setname_np(pthread_self(), "captureQueue");
-        QImage own = job_.camera.picture;
-        const QSize size = job_.camera.trueSize.value_or(job_.choice.size);
-        if (own.isNull()) {
-            own = QImage(size, QImage::Format_RGB32);
-            own.fill(qRgb(128, 128, 128));
-        }
-        const FakeCameraFrame regular(own.scaled(size), job_.camera.pixels);
+        QImage grey(job_.camera.trueSize.value_or(job_.choice.size), QImage::Format_RGB32);
+        grey.fill(qRgb(128, 128, 128));
+        const FakeCameraFrame regular(grey, CameraPixels::Bgrx);
         std::unique_lock lock(mutex_);
         const auto due = [this] { return ending_ || !toSend_.isNull(); };
         for (;;) {
@@ -66,7 +62,7 @@ private:
                 return;
             const QImage sent = toSend_;
             lock.unlock();
-            hand(sent.isNull() ? regular : FakeCameraFrame(sent, job_.camera.pixels));
+            hand(sent.isNull() ? regular : FakeCameraFrame(sent, CameraPixels::Bgrx));
             lock.lock();
             toSend_ = {};
             changed_.notify_all();

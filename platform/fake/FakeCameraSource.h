@@ -17,10 +17,8 @@ namespace lumavex {
 struct FakeCamera {
     QString name;
     std::vector<QSize> sizes = {{320, 240}, {640, 480}, {1280, 720}};
-    CameraPixels pixels = CameraPixels::Bgrx;
     QString refusal = {};               ///< why it cannot be opened; empty: it can
     std::optional<QSize> trueSize = {}; ///< what it sends, whatever it promised
-    QImage picture = {};                ///< scaled to its size; null: a grey one
     /// From frame to frame; none: it sends what `send` is given, and nothing else.
     std::optional<std::chrono::milliseconds> interval = std::chrono::milliseconds(10);
 };

@@ -31,12 +31,6 @@ QImage updated(QImage before, const QImage& now, const std::vector<RowRange>& ro
 
 } // namespace
 
-void FakeMovie::setStartError(const QString& error)
-{
-    const std::lock_guard lock(mutex_);
-    startError_ = error;
-}
-
 void FakeMovie::setKeepsPictures(bool keeps)
 {
     const std::lock_guard lock(mutex_);
@@ -47,12 +41,6 @@ void FakeMovie::setAppendsUntilFull(int appends)
 {
     const std::lock_guard lock(mutex_);
     appendsUntilFull_ = appends;
-}
-
-void FakeMovie::holdFinish()
-{
-    const std::lock_guard lock(mutex_);
-    finishHeld_ = true;
 }
 
 void FakeMovie::makeReady()
@@ -66,15 +54,6 @@ void FakeMovie::makeReady()
     const std::lock_guard observing(observerMutex_);
     if (became && observer_)
         observer_();
-}
-
-void FakeMovie::letFinish()
-{
-    {
-        const std::lock_guard lock(mutex_);
-        finishHeld_ = false;
-    }
-    mayFinish_.notify_all();
 }
 
 void FakeMovie::fail(const QString& error)
@@ -118,8 +97,6 @@ QString FakeMovie::start(const QString& path, const MovieWriterSettings& setting
     const std::lock_guard lock(mutex_);
     path_ = path;
     settings_ = settings;
-    if (!startError_.isEmpty())
-        return startError_;
     if (!(settings.AVVideoWidthKey >= 1 && settings.AVVideoHeightKey >= 1))
         return QStringLiteral("A movie must have pixels.");
     appends_.clear();
@@ -205,10 +182,9 @@ void FakeMovie::requestFinish(CMTime end)
     end_ = end;
 }
 
-MovieWriter::Result FakeMovie::awaitFinish()
+MovieWriter::Result FakeMovie::result() const
 {
-    std::unique_lock lock(mutex_);
-    mayFinish_.wait(lock, [this] { return !finishHeld_; });
+    const std::lock_guard lock(mutex_);
     if (!started_)
         return {QStringLiteral("There is no movie to finish."), 0};
     return {error_, static_cast<std::int64_t>(appends_.size())};
@@ -234,7 +210,7 @@ public:
     {
         movie_->requestFinish(end);
         if (!finishing_.joinable())
-            finishing_ = std::jthread([movie = movie_, done = std::move(handler)] { done(movie->awaitFinish()); });
+            finishing_ = std::jthread([movie = movie_, done = std::move(handler)] { done(movie->result()); });
     }
 
 private:

@@ -5,7 +5,6 @@
 
 #include <QImage>
 
-#include <condition_variable>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -25,16 +24,12 @@ public:
     };
 
     // Before the writer starts.
-    void setStartError(const QString& error);
     void setKeepsPictures(bool keeps);
     /// The input is not ready after this many appends, until makeReady. 0: it is always ready.
     void setAppendsUntilFull(int appends);
-    /// Finishing is not complete until letFinish.
-    void holdFinish();
 
     // While it writes.
     void makeReady(); ///< the observer is called on the calling thread, which stands for one of the writer's
-    void letFinish();
     void fail(const QString& error); ///< from now on frames are refused
 
     QString path() const; ///< of the newest writer
@@ -54,21 +49,18 @@ public:
     std::int64_t bytes() const; ///< one per accepted append
     MovieWriterStatistics statistics() const;
     void requestFinish(CMTime end);
-    MovieWriter::Result awaitFinish(); ///< blocks while finishing is held
+    MovieWriter::Result result() const;
 
 private:
     bool isReadyLocked() const;
 
     mutable std::mutex mutex_;
-    std::condition_variable mayFinish_;
     QString path_;
     MovieWriterSettings settings_;
-    QString startError_;
     QString error_;
     bool keepsPictures_ = true;
     int appendsUntilFull_ = 0;
     int appendsSinceReady_ = 0;
-    bool finishHeld_ = false;
     bool finishRequested_ = false;
     bool started_ = false;
     CMTime end_;

@@ -67,22 +67,10 @@ CGSize FakeScreenGrabber::sizeOfMainDisplay()
     return {static_cast<double>(screen_.width()), static_cast<double>(screen_.height())};
 }
 
-GrabOutcome FakeScreenGrabber::nextOutcome()
-{
-    if (!trouble_.isEmpty())
-        return GrabOutcome::GiveUp;
-    if (outcomes_.empty())
-        return GrabOutcome::Success;
-    const GrabOutcome outcome = outcomes_.front();
-    outcomes_.pop_front();
-    return outcome;
-}
-
 Grab FakeScreenGrabber::grabMainDisplay()
 {
-    ++grabsOfMainDisplay_;
-    if (const GrabOutcome outcome = nextOutcome(); outcome != GrabOutcome::Success)
-        return {outcome, {}, 0};
+    if (!trouble_.isEmpty())
+        return {GrabOutcome::GiveUp, {}, 0};
     if (screen_.isNull())
         return {};
     return {GrabOutcome::Success, screen_, screenChanges_.latest(), screenChanges_};
@@ -90,9 +78,8 @@ Grab FakeScreenGrabber::grabMainDisplay()
 
 Grab FakeScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBack)
 {
-    grabsOfWindows_.push_back(frontToBack);
-    if (const GrabOutcome outcome = nextOutcome(); outcome != GrabOutcome::Success)
-        return {outcome, {}, 0};
+    if (!trouble_.isEmpty())
+        return {GrabOutcome::GiveUp, {}, 0};
     const Grab composite = compose(frontToBack);
     if (composite.outcome != GrabOutcome::Success)
         return composite;

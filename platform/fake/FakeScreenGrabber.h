@@ -3,7 +3,6 @@
 
 #include "platform/ScreenGrabber.h"
 
-#include <deque>
 #include <vector>
 
 namespace lumavex {
@@ -26,13 +25,7 @@ public:
     void setMouseLocation(const CGPoint& location) { mouseLocation_ = location; }
     /// From now on every grab gives up for this reason; an empty one ends that.
     void setTrouble(const QString& trouble) { trouble_ = trouble; }
-    /// The outcome of the next grab without one, of either kind; further calls queue up.
-    void addOutcome(GrabOutcome outcome) { outcomes_.push_back(outcome); }
-
-    int grabsOfMainDisplay() const { return grabsOfMainDisplay_; }
     int windowEnumerations() const { return windowEnumerations_; }
-    /// The list of each call of grabWindows.
-    const std::vector<std::vector<std::uint32_t>>& grabsOfWindows() const { return grabsOfWindows_; }
 
     QString trouble() const override { return trouble_; }
     CGSize sizeOfMainDisplay() override;
@@ -45,7 +38,6 @@ public:
     static constexpr std::uint32_t kDesktopNumber = 1;
 
 private:
-    GrabOutcome nextOutcome();
     void noteChange(ChangeHistory& history, const QImage& before, const QImage& now);
     Grab compose(const std::vector<std::uint32_t>& frontToBack) const;
 
@@ -54,10 +46,7 @@ private:
     QImage desktop_;
     std::vector<Window> windows_;
     CGPoint mouseLocation_;
-    std::deque<GrabOutcome> outcomes_;
-    int grabsOfMainDisplay_ = 0;
     int windowEnumerations_ = 0;
-    std::vector<std::vector<std::uint32_t>> grabsOfWindows_;
     std::uint64_t lastSerial_ = 0;
     std::uint64_t windowsSerial_ = 1;
     ChangeHistory screenChanges_; ///< its latest is the screen's serial

@@ -179,12 +179,20 @@ class Rectangle:
         return self.x + self.width // 2, self.y + self.height // 2
 
 
-def screenshot(window="root"):
-    """height x width x 3 values of a window, or of the whole screen."""
-    data = output_of("import", "-silent", "-window", str(window), "-depth", "8", "ppm:-", binary=True)
+def pixels_of(data):
+    """height x width x 3 values of a picture in the format PPM."""
     header = re.match(rb"P6\s+(\d+)\s+(\d+)\s+255\s", data)
     width, height = int(header.group(1)), int(header.group(2))
     return numpy.frombuffer(data, numpy.uint8, offset=header.end()).reshape(height, width, 3)
+
+
+def picture_of(path):
+    return pixels_of(output_of("convert", str(path), "-alpha", "off", "-depth", "8", "ppm:-", binary=True))
+
+
+def screenshot(window="root"):
+    """A window, or the whole screen."""
+    return pixels_of(output_of("import", "-silent", "-window", str(window), "-depth", "8", "ppm:-", binary=True))
 
 
 def place_of(window):
@@ -381,13 +389,6 @@ class Movie:
         video = self.stream("video")
         data = output_of("ffmpeg", "-nostdin", "-v", "error", "-ss", str(seconds), "-i", self.path, "-frames:v", "1",
                          "-pix_fmt", "rgb24", "-f", "rawvideo", "-", binary=True)  # fmt: skip
-        return numpy.frombuffer(data, numpy.uint8).reshape(video["height"], video["width"], 3)
-
-    def frame(self, number):
-        """height x width x 3 values of the frame of that number, found by counting."""
-        video = self.stream("video")
-        data = output_of("ffmpeg", "-nostdin", "-v", "error", "-i", self.path, "-map", "0:v", "-vf", rf"select=eq(n\,{number})",
-                         "-frames:v", "1", "-pix_fmt", "rgb24", "-f", "rawvideo", "-", binary=True)  # fmt: skip
         return numpy.frombuffer(data, numpy.uint8).reshape(video["height"], video["width"], 3)
 
     def scene_times(self):

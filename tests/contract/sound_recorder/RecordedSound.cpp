@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <numbers>
 #include <random>
 
 namespace lumavex {
@@ -23,11 +22,6 @@ T valueAt(const QByteArray& bytes, qsizetype offset)
     T value{};
     std::memcpy(&value, bytes.constData() + offset, sizeof value);
     return value;
-}
-
-double leftOf(const std::vector<std::int16_t>& samples, std::int64_t frame)
-{
-    return samples[static_cast<std::size_t>(2 * frame)];
 }
 
 } // namespace
@@ -60,23 +54,6 @@ bool RecordedSound::isSilent(std::int64_t begin, std::int64_t end) const
     return std::all_of(samples.begin() + 2 * begin, samples.begin() + 2 * end, [](auto sample) { return sample == 0; });
 }
 
-double RecordedSound::shareAt(double hertz, int channel, std::int64_t begin, std::int64_t end) const
-{
-    const double coefficient = 2 * std::cos(2 * std::numbers::pi * hertz / 44100);
-    double s1 = 0;
-    double s2 = 0;
-    double energy = 0;
-    for (std::int64_t i = begin; i < end; ++i) {
-        const double x = samples[static_cast<std::size_t>(2 * i + channel)];
-        const double s = x + coefficient * s1 - s2;
-        s2 = s1;
-        s1 = s;
-        energy += x * x;
-    }
-    const double power = s1 * s1 + s2 * s2 - coefficient * s1 * s2;
-    return energy > 0 ? 2 * power / (energy * static_cast<double>(end - begin)) : 0;
-}
-
 std::vector<std::int16_t> noise(std::int64_t frames)
 {
     std::minstd_rand random(1);
@@ -99,9 +76,9 @@ std::optional<std::int64_t> placeInPlayed(const RecordedSound& recorded, std::in
         double product = 0;
         double energyA = 1;
         double energyB = 1;
-        for (std::int64_t i = 0; i < kPiece; ++i) {
-            const double a = leftOf(recorded.samples, frame + i);
-            const double b = leftOf(played, place + i);
+        for (std::int64_t i = 0; i < 2 * kPiece; ++i) { // both channels
+            const double a = recorded.samples[static_cast<std::size_t>(2 * frame + i)];
+            const double b = played[static_cast<std::size_t>(2 * place + i)];
             product += a * b;
             energyA += a * a;
             energyB += b * b;

@@ -16,8 +16,6 @@ struct RecordedSound {
 
     std::int64_t frames() const { return static_cast<std::int64_t>(samples.size() / 2); }
     bool isSilent(std::int64_t begin, std::int64_t end) const;
-    /// The share, 0 to 1, of a channel's energy that lies at the frequency (Goertzel).
-    double shareAt(double hertz, int channel, std::int64_t begin, std::int64_t end) const;
 };
 
 /// Fails the test when the header is not that of 44100 Hz, two channels and 16 bits.

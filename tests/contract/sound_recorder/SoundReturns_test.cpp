@@ -9,7 +9,6 @@
 namespace lumavex {
 namespace {
 
-using ::testing::AnyOf;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Pair;
@@ -88,9 +87,8 @@ protected:
         SoundReturnsTest::SetUp();
         outerSource_ = QString::fromUtf8(ask({"get-default-source"}).trimmed());
         for (const QString& name : {QStringLiteral("a"), QStringLiteral("b")})
-            modules_ << QString::fromUtf8(
-                ask({"load-module", "module-null-sink", "sink_name=" + name, "rate=44100", "channels=2", "norewinds=1"})
-                    .trimmed());
+            control(
+                {"load-module", "module-null-sink", "sink_name=" + name, "rate=44100", "channels=2", "norewinds=1"});
         if (isPipeWire_)
             spin(500ms); // a session manager still busy with new nodes forgets the defaults it is given
         makeCurrent("a.monitor");
@@ -116,7 +114,6 @@ protected:
     }
 
     QString outerSource_;
-    QStringList modules_;
     std::unique_ptr<SoundPlayer> playerA_;
     std::unique_ptr<SoundPlayer> playerB_;
 };
@@ -135,23 +132,6 @@ TEST_F(SoundSwitchTest, AnotherInputMadeTheCurrentOneIsHeard)
     EXPECT_THAT(eventKinds(), IsEmpty());
     EXPECT_NEAR(lateness(sound, from, switched - 200ms, played_, heardA), 0, fewMs());
     for (const Nanoseconds time : {switched + 1500ms, switched + 2500ms})
-        EXPECT_NEAR(lateness(sound, from, time, played_, heardB), 0, fewMs());
-}
-
-TEST_F(SoundSwitchTest, UnpluggedInputIsReplacedByTheNextOne)
-{
-    const Nanoseconds from = record();
-    spin(1500ms);
-    const Nanoseconds heardA = playerA_->steadyFirstFrameHeardAt();
-    const Nanoseconds unplugged = now();
-    control({"unload-module", modules_.front()});
-    makeCurrent("b.monitor");
-    spin(4s);
-    const Nanoseconds heardB = playerB_->steadyFirstFrameHeardAt();
-    const RecordedSound sound = stopAndRead(from, 2s);
-    EXPECT_THAT(eventKinds(), AnyOf(IsEmpty(), ElementsAre(SoundEvent::Lost, SoundEvent::Back)));
-    EXPECT_NEAR(lateness(sound, from, unplugged - 200ms, played_, heardA), 0, fewMs());
-    for (const Nanoseconds time : {unplugged + 2500ms, unplugged + 3500ms})
         EXPECT_NEAR(lateness(sound, from, time, played_, heardB), 0, fewMs());
 }
 

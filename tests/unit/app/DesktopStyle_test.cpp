@@ -54,21 +54,5 @@ TEST(DesktopStyle, ArrowOfALongBarHasTheColourOfTheText)
     QGuiApplication::setPalette(usual);
 }
 
-TEST(DesktopStyle, ArrowIsAsLargeOnTheScreenWhateverItsScale)
-{
-    const QIcon icon = DesktopStyle().standardIcon(QStyle::SP_ToolBarHorizontalExtensionButton, nullptr, nullptr);
-    const auto width = [&icon](double scale) {
-        const QImage arrow = icon.pixmap(QSize(24, 24), scale).toImage();
-        QRect drawn;
-        for (int y = 0; y < arrow.height(); ++y)
-            for (int x = 0; x < arrow.width(); ++x)
-                if (arrow.pixelColor(x, y).alpha() > 128)
-                    drawn |= QRect(x, y, 1, 1);
-        return drawn.width();
-    };
-    EXPECT_GT(width(1), 6);
-    EXPECT_NEAR(width(2), 2 * width(1), 2);
-}
-
 } // namespace
 } // namespace lumavex

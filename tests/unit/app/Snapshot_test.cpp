@@ -156,12 +156,6 @@ TEST_F(SnapshotTest, APictureThatCannotBeSavedThereStaysAndMayGoElsewhere)
     }
     EXPECT_EQ(dialogs->alerts[2].messageText, QStringLiteral("Success"));
     EXPECT_FALSE(QImage(saved).isNull());
-
-    take();
-    dialogs->savePaths = {home.filePath(QStringLiteral("nowhere/picture.png"))};
-    loop->advance(1s);
-    EXPECT_EQ(dialogs->savePanels.size(), 4U) << "whoever closes the alert is not asked again";
-    EXPECT_FALSE(QImage(app->compose.s_Saved_Take_Picture).isNull());
 }
 
 TEST_F(SnapshotTest, APictureThatCannotBeWrittenIsToldAndStillSavedElsewhere)
@@ -203,26 +197,6 @@ TEST_F(SnapshotTest, PicturesTakenShortlyAfterOneAnotherAreAllOfferedOneAtATime)
     EXPECT_EQ(QImage(home.filePath(QFileInfo(first).fileName())).pixelColor(300, 10), QColor(Qt::red));
     EXPECT_EQ(QImage(home.filePath(QFileInfo(second).fileName())).pixelColor(300, 10), QColor(Qt::blue));
     EXPECT_TRUE(kept().isEmpty());
-}
-
-TEST_F(SnapshotTest, OfTwoInOneSecondTheSecondStays)
-{
-    begin();
-    // Both are being written at a time. A second that ends between them is not the one wanted.
-    for (QString first; first.isEmpty() || first != app->compose.s_Saved_Take_Picture;) {
-        paint(Qt::red);
-        window->toolbarTakePicture->trigger();
-        loop->advance(100ms);
-        first = app->compose.s_Saved_Take_Picture;
-        paint(Qt::blue);
-        window->toolbarTakePicture->trigger();
-        loop->advance(100ms);
-        ASSERT_TRUE(until([&] { return colourOf(app->compose.s_Saved_Take_Picture) == Qt::blue; }));
-        QApplication::processEvents();
-        dialogs->savePanels.clear();
-        loop->advance(2s);
-    }
-    EXPECT_EQ(dialogs->savePanels.size(), 1U);
 }
 
 TEST_F(SnapshotTest, EqualsTheFrameRecordedAtTheSameInstantPixelForPixel)

@@ -38,20 +38,6 @@ constexpr PixelStore stores[] = {{PixelOrder::BlueFirst, AlphaUse::Opaque},
                                  {PixelOrder::AlphaFirst, AlphaUse::Opaque},
                                  {PixelOrder::AlphaFirst, AlphaUse::Kept}};
 
-TEST(PixelRows, CopyTurnsBytesAndSetsAlpha)
-{
-    const std::uint32_t from = 0x7F0A141E; // alpha 127, red 10, green 20, blue 30
-    std::uint32_t to = 0;
-    const auto* bytes = reinterpret_cast<const std::uint8_t*>(&to);
-    const auto copied = [&](PixelStore store) {
-        rowFunctions().copy(&to, &from, 1, store);
-        return std::vector<int>(bytes, bytes + 4);
-    };
-    EXPECT_THAT(copied({PixelOrder::AlphaFirst, AlphaUse::Opaque}), ElementsAre(255, 10, 20, 30));
-    EXPECT_THAT(copied({PixelOrder::AlphaFirst, AlphaUse::Kept}), ElementsAre(127, 10, 20, 30));
-    EXPECT_THAT(copied({PixelOrder::BlueFirst, AlphaUse::Opaque}), ElementsAre(30, 20, 10, 255));
-}
-
 TEST(PixelRows, VariantsGiveTheSameBytes)
 {
     const RowFunctions* fast = avx2RowFunctions();
@@ -110,25 +96,6 @@ TEST(PixelRows, VariantsGiveTheSameBytes)
             plain.blend(one.data(), over.data(), pixels, order);
             fast->blend(two.data(), over.data(), pixels, order);
             EXPECT_EQ(one, two);
-        }
-    }
-}
-
-TEST(PixelRows, FlatColoursStayExact)
-{
-    for (const std::uint32_t value : {0x00000000U, 0xFFFFFFFFU, 0xFF0180FEU}) {
-        const std::vector<std::uint32_t> row(20, value);
-        std::vector<std::uint32_t> to(20);
-        for (int weight = 1; weight < 256; ++weight) {
-            rowFunctions().mix(to.data(), row.data(), row.data(), 20, weight);
-            EXPECT_EQ(to, row);
-        }
-        const std::vector<std::int32_t> first(20, 3);
-        for (unsigned right = 0; right <= 128; ++right) {
-            const std::vector<std::uint16_t> weights(20, std::uint16_t(right << 8U | (128 - right)));
-            rowFunctions().scaleColumns(to.data(), row.data(), {first.data(), weights.data()}, 20,
-                                        {PixelOrder::BlueFirst, AlphaUse::Kept});
-            EXPECT_EQ(to, row);
         }
     }
 }

@@ -111,21 +111,6 @@ TEST(Resampler, LinearRampsStayWhereTheyAre)
     }
 }
 
-TEST(Resampler, AClipChangesNoPixel)
-{
-    const QImage picture = noise(157, 93);
-    for (const QSize size : {QSize(157, 93), QSize(40, 20), QSize(101, 77), QSize(300, 301), QSize(13, 200)}) {
-        const QRect source(3, 5, 150, 81);
-        const QImage whole = resampled(picture, source, size);
-        for (const QRect clip : {QRect(0, 0, 1, 1), QRect(5, 6, 7, 8), QRect(size.width() - 1, 3, 1, 15),
-                                 QRect(2, size.height() - 9, 10, 9)}) {
-            const QImage part = resampled(picture, source, size, clip);
-            EXPECT_EQ(part.copy(clip), whole.copy(clip)) << size.width() << ' ' << clip.x();
-            EXPECT_EQ(part.pixel(clip.x() == 0 ? 1 : 0, 0), 0xFFFF00FFU); // nothing outside the clip
-        }
-    }
-}
-
 TEST(Resampler, NothingOutsideTheSourceIsMixedIn)
 {
     QImage picture(60, 60, QImage::Format_RGB32);

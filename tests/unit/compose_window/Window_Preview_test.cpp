@@ -4,6 +4,7 @@
 #include <QPaintEvent>
 #include <QSignalSpy>
 #include <QTest>
+#include <QWindow>
 
 #include <gmock/gmock.h>
 
@@ -75,6 +76,7 @@ TEST_F(WindowPreview, StandsBesideTheMainWindowAndMovesWithIt)
     Window_Preview window(&main, ratio);
     window.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    EXPECT_EQ(window.windowHandle()->transientParent(), main.windowHandle());
     EXPECT_FALSE(window.geometry().intersects(main.frameGeometry()));
     EXPECT_TRUE(window.screen()->availableGeometry().contains(window.geometry()));
     const QPoint place = window.pos();

@@ -47,24 +47,6 @@ TEST(ColorMatrix, NeutralControlsChangeNoPixel)
     EXPECT_FALSE(ColorMatrix(10, 0.1F, 10).isNeutral());
 }
 
-TEST(ColorMatrix, KnownValues)
-{
-    // Without saturation: Rec. 709 luma in all channels. 0.2126 * 255 = 54.2, 0.7152 * 255 = 182.4, 0.0722 * 255 = 18.4
-    const ColorMatrix grey(0, 0, 10);
-    EXPECT_EQ(applied(grey, qRgb(255, 0, 0)), qRgb(54, 54, 54));
-    EXPECT_EQ(applied(grey, qRgb(0, 255, 0)), qRgb(182, 182, 182));
-    EXPECT_EQ(applied(grey, qRgb(0, 0, 255)), qRgb(18, 18, 18));
-    EXPECT_EQ(applied(grey, qRgb(255, 255, 255)), qRgb(255, 255, 255));
-    // 0.2 * 255 = 51 brighter, and darker; limited at the ends.
-    EXPECT_EQ(applied(ColorMatrix(10, 2, 10), qRgb(0, 100, 250)), qRgb(51, 151, 255));
-    EXPECT_EQ(applied(ColorMatrix(10, -2, 10), qRgb(0, 100, 250)), qRgb(0, 49, 199));
-    // About 127.5: 127 and 128 move apart by half steps.
-    EXPECT_EQ(applied(ColorMatrix(10, 0, 20), qRgb(127, 128, 100)), qRgb(127, 129, 73));
-    EXPECT_EQ(applied(ColorMatrix(10, 0, 0), qRgb(3, 128, 255)), qRgb(128, 128, 128));
-    // The alpha is none of ours.
-    EXPECT_EQ(applied(ColorMatrix(10, 10, 10), 0x12345678U), 0x12FFFFFFU);
-}
-
 TEST(ColorMatrix, FollowsTheFormulaForAnyControls)
 {
     std::mt19937 random(1);

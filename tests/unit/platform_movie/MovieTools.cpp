@@ -7,66 +7,38 @@
 
 #include <chrono>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
 #include <future>
-#include <spawn.h>
-#include <string>
 #include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 namespace lumavex {
 
 // Not QProcess: it forks in a way that thread sanitizers take for races in this process.
-pid_t startProgram(const QStringList& command, const QString& outputPath, const QString& errorPath)
-{
-    std::vector<std::string> words;
-    for (const QString& word : command)
-        words.push_back(QFile::encodeName(word).toStdString());
-    std::vector<char*> arguments;
-    for (std::string& word : words)
-        arguments.push_back(word.data());
-    arguments.push_back(nullptr);
-
-    posix_spawn_file_actions_t files;
-    posix_spawn_file_actions_init(&files);
-    const int flags = O_WRONLY | O_CREAT | O_TRUNC;
-    posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, QFile::encodeName(outputPath).constData(), flags, 0600);
-    posix_spawn_file_actions_addopen(&files, STDERR_FILENO, QFile::encodeName(errorPath).constData(), flags, 0600);
-    pid_t program = -1;
-    if (posix_spawnp(&program, arguments[0], &files, nullptr, arguments.data(), environ) != 0)
-        program = -1;
-    posix_spawn_file_actions_destroy(&files);
-    return program;
-}
-
-int waitForProgram(pid_t program)
-{
-    int status = 0;
-    if (program < 0 || waitpid(program, &status, 0) != program || !WIFEXITED(status))
-        return -1;
-    return WEXITSTATUS(status);
-}
-
 ProgramResult runProgram(const QString& program, const QStringList& arguments)
 {
     const QTemporaryDir folder;
     const QString output = folder.filePath(QStringLiteral("output"));
     const QString errors = folder.filePath(QStringLiteral("errors"));
-    const QStringList command = QStringList{QStringLiteral("timeout"), QStringLiteral("60"), program} + arguments;
-    const int exitCode = waitForProgram(startProgram(command, output, errors));
-    return {exitCode, contentOf(output), contentOf(errors)};
+    QString command = QStringLiteral("timeout 60 ") + program;
+    for (const QString& argument : arguments)
+        command += QStringLiteral(" '") + argument + u'\'';
+    command += QStringLiteral(" </dev/null >") + output + QStringLiteral(" 2>") + errors;
+    const int status = std::system(QFile::encodeName(command).constData());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contentOf(output), contentOf(errors)};
+}
+
+static ProgramResult runLine(const char* line, const QString& path)
+{
+    const QStringList words = QString::fromLatin1(line).arg(path).split(u' ');
+    return runProgram(words.front(), words.sliced(1));
 }
 
 std::vector<Packet> packetsOf(const QString& path)
 {
     const auto result =
-        runProgram(QStringLiteral("ffprobe"),
-                   {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-select_streams"),
-                    QStringLiteral("v"), QStringLiteral("-show_entries"), QStringLiteral("packet=pts,duration,size"),
-                    QStringLiteral("-of"), QStringLiteral("csv=p=0"), path});
+        runLine("ffprobe -v error -select_streams v -show_entries packet=pts,duration,size -of csv=p=0 %1", path);
     std::vector<Packet> packets;
     for (const QByteArray& line : result.output.split('\n')) {
         const QList<QByteArray> fields = line.split(',');
@@ -78,11 +50,9 @@ std::vector<Packet> packetsOf(const QString& path)
 
 std::vector<std::int64_t> gstreamerTimesOf(const QString& path)
 {
-    const auto result = runProgram(QStringLiteral("gst-launch-1.0"),
-                                   {QStringLiteral("-v"), QStringLiteral("filesrc"), QStringLiteral("location=") + path,
-                                    QStringLiteral("!"), QStringLiteral("qtdemux"), QStringLiteral("name=d"),
-                                    QStringLiteral("d.video_0"), QStringLiteral("!"), QStringLiteral("jpegdec"),
-                                    QStringLiteral("!"), QStringLiteral("fakesink"), QStringLiteral("silent=false")});
+    const auto result = runLine("gst-launch-1.0 -v filesrc location=%1 ! qtdemux name=d d.video_0 ! jpegdec ! "
+                                "fakesink silent=false",
+                                path);
     std::vector<std::int64_t> times;
     static const QRegularExpression chain(QStringLiteral("chain\\s+\\*+.*?pts: (\\d+):(\\d+):(\\d+)\\.(\\d{9})"));
     auto matches = chain.globalMatch(QString::fromUtf8(result.output));
@@ -96,11 +66,7 @@ std::vector<std::int64_t> gstreamerTimesOf(const QString& path)
 
 int framesDecodedFrom(const QString& path)
 {
-    const auto result =
-        runProgram(QStringLiteral("ffmpeg"),
-                   {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-i"), path, QStringLiteral("-map"),
-                    QStringLiteral("0:v"), QStringLiteral("-fps_mode"), QStringLiteral("passthrough"),
-                    QStringLiteral("-f"), QStringLiteral("framecrc"), QStringLiteral("-")});
+    const auto result = runLine("ffmpeg -v error -i %1 -map 0:v -fps_mode passthrough -f framecrc -", path);
     if (result.exitCode != 0 || !result.errors.isEmpty())
         return -1;
     int frames = 0;
@@ -111,12 +77,9 @@ int framesDecodedFrom(const QString& path)
 
 std::vector<QImage> picturesOf(const QString& path, int width, int height)
 {
-    const auto result = runProgram(QStringLiteral("ffmpeg"),
-                                   {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-i"), path,
-                                    QStringLiteral("-fps_mode"), QStringLiteral("passthrough"), QStringLiteral("-f"),
-                                    QStringLiteral("rawvideo"), QStringLiteral("-pix_fmt"), QStringLiteral("bgra"),
-                                    QStringLiteral("-sws_flags"),
-                                    QStringLiteral("accurate_rnd+full_chroma_int+bicubic"), QStringLiteral("-")});
+    const auto result = runLine("ffmpeg -v error -i %1 -fps_mode passthrough -f rawvideo -pix_fmt bgra -sws_flags "
+                                "accurate_rnd+full_chroma_int+bicubic -",
+                                path);
     std::vector<QImage> pictures;
     const qsizetype size = qsizetype{4} * width * height;
     for (qsizetype at = 0; at + size <= result.output.size(); at += size) {

@@ -9,7 +9,6 @@
 #include <QStringList>
 
 #include <cstdint>
-#include <sys/types.h>
 #include <vector>
 
 namespace lumavex {
@@ -21,11 +20,6 @@ struct ProgramResult {
 };
 /// Runs a program, a minute at most.
 ProgramResult runProgram(const QString& program, const QStringList& arguments);
-
-/// Starts one, with what it prints going to files. The process, or -1.
-pid_t startProgram(const QStringList& command, const QString& outputPath, const QString& errorPath);
-/// Its exit code; -1 when it was killed.
-int waitForProgram(pid_t program);
 
 /// A packet as a demultiplexer sees it, in ticks of the track's timescale.
 struct Packet {

@@ -75,19 +75,6 @@ TEST_F(DesktopSoundSettingsTest, RunningDesktopsOwnProgramComesFirst)
     }
 }
 
-TEST_F(DesktopSoundSettingsTest, WhatIsNotInstalledOrDoesNotStartIsPassedOver)
-{
-    qputenv("XDG_CURRENT_DESKTOP", "Budgie:GNOME");
-    QFile broken(folder_.filePath("budgie-control-center"));
-    ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
-    broken.write("#!/no/such/interpreter\n");
-    broken.close();
-    broken.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
-    install("pavucontrol-qt");
-    EXPECT_TRUE(settings_.open());
-    EXPECT_EQ(takeStarted(), "pavucontrol-qt --tab=4");
-}
-
 TEST_F(DesktopSoundSettingsTest, AlsaNamesTheFirstCardThatRecords)
 {
     const auto inputOf = [this](const char* text) {

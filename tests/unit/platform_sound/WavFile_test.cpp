@@ -67,29 +67,6 @@ TEST_F(WavFileTest, SizesStopAtWhatTheFieldsHold)
     EXPECT_EQ(sizes(std::uint64_t{5} << 30), std::pair(0xFFFFFFFFu, 0xFFFFFFFFu));
 }
 
-TEST_F(WavFileTest, IsPrivateAndTakesThePlaceOfWhatWasThere)
-{
-    const QString other = folder_.filePath("other");
-    QFile precious(other);
-    ASSERT_TRUE(precious.open(QIODevice::WriteOnly) && precious.write("precious") > 0);
-    precious.close();
-    ASSERT_TRUE(QFile::link(other, path_));
-    WavFile(path_).append(second_);
-    EXPECT_EQ(contents(other), "precious");
-    struct stat info {};
-    ASSERT_EQ(::lstat(QFile::encodeName(path_).constData(), &info), 0);
-    EXPECT_EQ(info.st_mode, static_cast<mode_t>(S_IFREG | 0600));
-}
-
-TEST_F(WavFileTest, FileThatCannotBeMadeSaysWhy)
-{
-    ASSERT_TRUE(QDir(folder_.path()).mkdir("sound.wav"));
-    WavFile file(path_);
-    EXPECT_TRUE(file.error().contains(path_)) << file.error().toStdString();
-    file.append(second_);
-    EXPECT_EQ(file.frames(), 0);
-}
-
 TEST_F(WavFileTest, FullDiskKeepsWhatIsThere)
 {
     // A limit on the size of files stands for the full disk: a write ends short, the next one fails.

@@ -144,21 +144,6 @@ TEST_F(FileMoveTest, ACopyThatIsCancelledOrFailsLeavesNoTrace)
     EXPECT_EQ(allFilesIn(there_), QStringList{"saved.mov"});
 }
 
-TEST_F(FileMoveTest, AFullOrReadOnlyDiskIsToldAndLeavesNoTrace)
-{
-    const std::tuple<unsigned long, const char*, QString> disks[] = {
-        {0, "size=1m", "the disk that holds the folder “" + there_.path() + "” is full"},
-        {MS_RDONLY, "", "is read-only"}};
-    for (const auto& [flags, options, reason] : disks) {
-        if (::mount("none", qPrintable(there_.path()), "tmpfs", flags, options) != 0)
-            GTEST_SKIP() << "may not mount a file system";
-        const MoveResult result = moveFile(source, there_.filePath("saved.mov"), ExistingDestination::Keep);
-        EXPECT_TRUE(allFilesIn(there_).isEmpty());
-        ASSERT_EQ(::umount(qPrintable(there_.path())), 0);
-        expectUntouched(result, reason);
-    }
-}
-
 TEST_F(FileMoveTest, SaysWhyItCannotBeMoved)
 {
     ASSERT_TRUE(write(there_.filePath("file"), "x"));

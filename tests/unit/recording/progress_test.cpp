@@ -23,22 +23,13 @@ TEST(RateRule, GoesByTheCountUnlessItIsBelowAnEighthAndIsNeverZero)
 
 TEST(Duration, HoursAreNotWrapped)
 {
-    EXPECT_EQ(timeFormatted(3599), "00:59:59");
-    EXPECT_EQ(timeFormatted(360000), "100:00:00");
-}
-
-TEST(EncoderProgress, ReadsTheThreePartsOfATime)
-{
-    EXPECT_EQ(Return_Seconds_From_VOB_Duration_Str(u"01-02.03"), 3723); // separators are not looked at
-    EXPECT_EQ(Return_Seconds_From_VOB_Duration_Str(u"N/A bitr"), 0);
-    EXPECT_EQ(Return_Seconds_From_VOB_Duration_Str(u"1x:02:3"), 3600 + 120 + 3);
-    EXPECT_EQ(Return_Seconds_From_VOB_Duration_Str(u"00:01"), 60);
-    EXPECT_EQ(Return_Seconds_From_VOB_Duration_Str(u""), 0);
+    EXPECT_EQ(timeFormatted(360000 + 3599), "100:59:59");
 }
 
 TEST(EncoderProgress, TakesTheLastUsableTimeOfAChunk)
 {
     EXPECT_EQ(encoderSeconds("time=00:00:05.12 bitrate=N/A\rtime=00:00:07.50 bit"), 7);
+    EXPECT_EQ(encoderSeconds("time=01-02.03 "), 3723);             // its separators are not looked at
     EXPECT_EQ(encoderSeconds("frame= 9 time=00:00:05"), 5);        // ends right behind the value
     EXPECT_EQ(encoderSeconds("time=00:00:05.12 time=00:00"), 5);   // the last one is cut off
     EXPECT_EQ(encoderSeconds("time=00:00:05 TIME=00:00:09"), 9);   // following ones ignore case
@@ -55,14 +46,6 @@ TEST(EncoderProgress, TakesTheLastUsableTimeOfAChunk)
     EXPECT_EQ(encoderSeconds("Größe time=00:00:05.1"), 5);
     EXPECT_EQ(encoderSeconds("time=00:00:05.12 Gr\xC3"), std::nullopt); // cut inside a character
     EXPECT_EQ(encoderSeconds("\xB6\xC3 time=00:00:05.12"), std::nullopt);
-}
-
-TEST(EncoderProgress, PercentageStaysInItsRange)
-{
-    EXPECT_EQ(encoderPercentage(7, 14), 50.0F);
-    EXPECT_EQ(encoderPercentage(1, 3), 1.0F * 100.0F / 3.0F);
-    EXPECT_EQ(encoderPercentage(15, 14), 100.0F);
-    EXPECT_EQ(encoderPercentage(0, 0), 100.0F);
 }
 
 } // namespace

@@ -45,18 +45,5 @@ TEST(WindowProgress, CancelIsThereWhereItHelpsAndAsksOnce)
     EXPECT_TRUE(sheet.isVisible()) << "the program takes it away";
 }
 
-TEST(WindowProgress, ShowsEveryPercentageAndNothingElse)
-{
-    Window_Progress sheet(nullptr);
-    const auto* bar = sheet.findChild<QProgressBar*>("progressBar");
-    ASSERT_TRUE(bar);
-    sheet.setProgress(49.6F);
-    EXPECT_EQ(bar->value(), 50);
-    sheet.setProgress(250.0F); // the encoder's last report can pass the counted seconds
-    EXPECT_EQ(bar->value(), 100);
-    sheet.setProgress(0.0F);
-    EXPECT_EQ(bar->value(), 0);
-}
-
 } // namespace
 } // namespace lumavex

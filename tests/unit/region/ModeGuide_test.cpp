@@ -71,16 +71,3 @@ TYPED_TEST(ModeGuides, AreTurnedOffByTickAndOKAlone)
     for (const auto& [deed, stops] : deeds)
         EXPECT_EQ(this->outcomeOf(deed), stops);
 }
-
-TYPED_TEST(ModeGuides, ShowTheirPictureAndTakeReturn)
-{
-    EXPECT_EQ(this->outcomeOf([](QDialog& guide) {
-        // A picture that cannot be read or drawn would leave its place empty.
-        const QImage picture = guide.findChild<QWidget*>(QStringLiteral("picture"))->grab().toImage();
-        EXPECT_NE(picture.pixel(picture.width() / 2, picture.height() / 2), picture.pixel(0, 0));
-        for (const QLabel* label : guide.findChildren<QLabel*>())
-            EXPECT_GE(label->height(), label->heightForWidth(label->width())) << qUtf8Printable(label->objectName());
-        pressKey(guide, Qt::Key_Return);
-    }),
-              0);
-}

@@ -52,21 +52,4 @@ TEST(Icons, DrawSomethingAndUseOnlyColoursThatCanBeAdapted)
     EXPECT_GE(seen, 20);
 }
 
-TEST(MouseCursor, HasItsTipInTheLowerLeftPixelAndIsSeenOnBlackAndOnWhite)
-{
-    const QImage cursor = QImage(QStringLiteral(":/images/mousecursor.png")).convertToFormat(QImage::Format_ARGB32);
-    ASSERT_EQ(cursor.size(), QSize(16, 16));
-    EXPECT_EQ(qAlpha(cursor.pixel(0, 15)), 255);
-    EXPECT_EQ(qAlpha(cursor.pixel(15, 15)), 0);
-    EXPECT_EQ(qAlpha(cursor.pixel(0, 0)), 0);
-    const auto count = [&cursor](QRgb colour) {
-        int found = 0;
-        for (int i = 0; i < 256; ++i)
-            found += cursor.pixel(i % 16, i / 16) == colour;
-        return found;
-    };
-    EXPECT_GT(count(qRgb(0, 0, 0)), 30);
-    EXPECT_GT(count(qRgb(255, 255, 255)), 30);
-}
-
 } // namespace
