@@ -3,6 +3,7 @@
 #include "app/SettingsTable.h"
 #include "platform/qt/IniUserDefaults.h"
 #include "tests/fuzz/Fuzzing.h"
+#include "tests/support/contentOf.h"
 
 #include <QDir>
 #include <QFile>
@@ -18,12 +19,6 @@ QString folderTemplate()
 {
     const QString memory = QStringLiteral("/dev/shm");
     return (QFileInfo(memory).isWritable() ? memory : QDir::tempPath()) + QStringLiteral("/lumavex-fuzz-XXXXXX");
-}
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 } // namespace

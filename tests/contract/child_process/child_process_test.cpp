@@ -175,16 +175,6 @@ TEST(QtChildProcess, TellsFailuresApart)
     EXPECT_NE(failureOf(""), "");
 }
 
-TEST(QtChildProcess, KillsAProgramThatWillNotEnd)
-{
-    QtChildProcess process;
-    bool ended = false;
-    process.outData = [&process](const QByteArray&) { process.terminate(); };
-    process.terminated = [&ended](const QString&) { ended = true; };
-    process.launch("/bin/sh", {"-c", "trap '' TERM; echo ready; while :; do sleep 1; done"});
-    EXPECT_TRUE(QTest::qWaitFor([&ended] { return ended; }, 20000));
-}
-
 TEST(QtChildProcess, MoreThanAPipeHoldsComesThroughAndThereIsNoStandardInput)
 {
     const RealRun run = runReally(

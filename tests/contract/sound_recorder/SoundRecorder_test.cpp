@@ -61,22 +61,6 @@ TEST_F(SoundRecorderTest, PausesCutExactly)
     EXPECT_EQ(sound.headerFrames, framesIn(recorded));
 }
 
-TEST_F(SoundRecorderTest, IsReadableAllTheTime)
-{
-    const Nanoseconds from = record();
-    spin(1500ms);
-    for (int i = 0; i < 5; ++i) {
-        spin(130ms);
-        const std::int64_t passed = framesIn(now() - from);
-        const RecordedSound sound = readWav(path_);
-        EXPECT_GE(sound.frames(), passed - 3 * kRate / 2);
-        EXPECT_LE(sound.headerFrames, sound.frames());
-        EXPECT_GE(sound.headerFrames, sound.frames() - kRate);
-    }
-    EXPECT_EQ(QFile::permissions(path_) & ~(QFile::ReadUser | QFile::WriteUser), QFile::ReadOwner | QFile::WriteOwner);
-    recorder_->stop(now());
-}
-
 TEST_F(SoundRecorderTest, PathThatCannotBeWrittenIsToldByBothWays)
 {
     recorder_ = make(folder_.filePath("none/audio.wav"));

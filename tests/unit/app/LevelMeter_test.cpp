@@ -59,26 +59,6 @@ TEST(LevelMeter, IsDrawnAgainOnlyWhenASegmentChanges)
     EXPECT_TRUE(QTest::qWaitFor([&draws] { return draws.count > 0; }));
 }
 
-TEST(LevelMeter, AsksItsSourceOnlyWhileItIsSeen)
-{
-    LevelMeter meter;
-    int asked = 0;
-    meter.setSource([&asked] {
-        ++asked;
-        return SoundPeaks{1, 1};
-    });
-    const int atFirst = asked;
-    QTest::qWait(somePolls);
-    EXPECT_EQ(asked, atFirst) << "hidden";
-    meter.show();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return meter.lit()[0] == LevelMeter::kSegments; }));
-    meter.setSource(nullptr);
-    const int asThen = asked;
-    QTest::qWait(somePolls);
-    EXPECT_EQ(asked, asThen);
-    EXPECT_THAT(meter.lit(), ElementsAre(0, 0));
-}
-
 TEST_F(Program, ASoundLibraryThatIsSlowToComeDoesNotDelayWhatIsRecorded)
 {
     platform.createSoundRecorder = [this, make = platform.createSoundRecorder](const QString& path, auto onEvent) {

@@ -183,6 +183,8 @@ TEST(FrameConverter, JpegFramesWithAndWithoutHuffmanTables)
         bytes.remove(table, 2 + 256 * std::uint8_t(bytes[table + 2]) + std::uint8_t(bytes[table + 3]));
     ASSERT_GT(removed, 0);
     EXPECT_EQ(converter.convert(jpegFrame(bytes), kNoControls), picture);
+    expectNear(converter.convert(jpegFrame(bytes.chopped(20)), kNoControls).pixel(5, 5), color, 3); // what is there
+    EXPECT_TRUE(converter.convert(jpegFrame(bytes.first(20)), kNoControls).isNull());
 }
 
 TEST(FrameConverter, AJpegThatAsksForTooMuchIsGivenUp)

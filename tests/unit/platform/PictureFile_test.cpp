@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/PictureFile.h"
+#include "tests/support/contentOf.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -10,12 +11,6 @@
 
 namespace lumavex {
 namespace {
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 class PictureFile : public testing::Test {
 protected:

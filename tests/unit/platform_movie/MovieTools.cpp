@@ -138,12 +138,6 @@ double psnrOf(const QImage& a, const QImage& b)
     return 10 * std::log10(255.0 * 255.0 * 3 * a.width() * a.height() / std::max(sum, 1.0));
 }
 
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 void writeContent(const QString& path, const QByteArray& content)
 {
     QFile file(path);

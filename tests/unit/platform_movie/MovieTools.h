@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/MovieWriter.h"
+#include "tests/support/contentOf.h"
 
 #include <QByteArray>
 #include <QImage>
@@ -43,7 +44,6 @@ CVPixelBufferRef pixelBufferOf(const QImage& picture);
 QImage testPicture(int width, int height, int seed);
 double psnrOf(const QImage& a, const QImage& b);
 
-QByteArray contentOf(const QString& path);
 void writeContent(const QString& path, const QByteArray& content);
 
 /// Finishes and waits.

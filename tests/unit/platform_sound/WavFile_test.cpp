@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/gstreamer/WavFile.h"
+#include "tests/support/contentOf.h"
 
 #include <gtest/gtest.h>
 
-#include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <csignal>
 #include <cstring>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <vector>
 
 namespace lumavex {
@@ -23,13 +21,6 @@ std::uint32_t field(const QByteArray& bytes, qsizetype offset)
     return value;
 }
 
-QByteArray contents(const QString& path)
-{
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-    return file.readAll();
-}
-
 class WavFileTest : public ::testing::Test {
 protected:
     QTemporaryDir folder_;
@@ -40,11 +31,11 @@ protected:
 TEST_F(WavFileTest, HeaderIsThatOfPcmAfterEveryAppend)
 {
     WavFile(path_).append(std::vector<std::int16_t>{1, -1});
-    EXPECT_EQ(contents(path_).toHex(' '), "52 49 46 46 28 00 00 00 57 41 56 45 66 6d 74 20 10 00 00 00 01 00 02 00 "
-                                          "44 ac 00 00 10 b1 02 00 04 00 10 00 64 61 74 61 04 00 00 00 01 00 ff ff");
+    EXPECT_EQ(contentOf(path_).toHex(' '), "52 49 46 46 28 00 00 00 57 41 56 45 66 6d 74 20 10 00 00 00 01 00 02 00 "
+                                           "44 ac 00 00 10 b1 02 00 04 00 10 00 64 61 74 61 04 00 00 00 01 00 ff ff");
     WavFile file(path_);
     for (std::uint32_t seconds = 0; seconds < 3; ++seconds) {
-        const QByteArray bytes = contents(path_);
+        const QByteArray bytes = contentOf(path_);
         EXPECT_EQ(bytes.size(), 44 + 176400 * seconds);
         EXPECT_EQ(field(bytes, 4), 36 + 176400 * seconds);
         EXPECT_EQ(field(bytes, 40), 176400 * seconds);
@@ -52,8 +43,8 @@ TEST_F(WavFileTest, HeaderIsThatOfPcmAfterEveryAppend)
     }
     file.truncate(100'000);
     EXPECT_EQ(file.frames(), 100'000);
-    EXPECT_EQ(contents(path_).size(), 44 + 400'000);
-    EXPECT_EQ(field(contents(path_), 40), 400'000u);
+    EXPECT_EQ(contentOf(path_).size(), 44 + 400'000);
+    EXPECT_EQ(field(contentOf(path_), 40), 400'000u);
 }
 
 TEST_F(WavFileTest, SizesStopAtWhatTheFieldsHold)
@@ -88,7 +79,7 @@ TEST_F(WavFileTest, FullDiskKeepsWhatIsThere)
     file.close();
     EXPECT_EQ(file.error(), error);
     EXPECT_EQ(file.frames(), 44100 + 250);
-    const QByteArray bytes = contents(path_);
+    const QByteArray bytes = contentOf(path_);
     EXPECT_EQ(field(bytes, 40), 176400u + 1000u);
     EXPECT_EQ(bytes.size(), 44 + 176400 + 1000);
     EXPECT_EQ(bytes.back(), 0x12);

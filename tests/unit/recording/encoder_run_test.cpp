@@ -6,7 +6,6 @@
 #include "tests/support/EventRunLoop.h"
 
 #include <QFile>
-#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
@@ -111,14 +110,6 @@ TEST_F(EncoderRunTest, OneThatHangsIsEndedWhenCancelledOrWhenTheFileDoesNotGrowA
     EXPECT_THAT(runEncoder(job, factory, loop, {{}, {}, std::chrono::seconds(60)}).toStdString(),
                 HasSubstr("for 60 seconds"));
     EXPECT_NEAR(std::chrono::duration<double>(clock.time - begin).count(), 80 + 60, 2);
-}
-
-TEST_F(EncoderRunTest, ALinkInTheJoinedFilesPlaceIsNotFollowed)
-{
-    const QString outside = QFileInfo(job.s_AV_File_Source).absolutePath() + "/outside";
-    ASSERT_TRUE(QFile::link(outside, job.s_AV_File_Source));
-    EXPECT_EQ(run(), "");
-    EXPECT_FALSE(QFile::exists(outside));
 }
 
 TEST_F(EncoderRunTest, SuccessWithoutAFileIsAFailure)

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "recording/FileMove.h"
+#include "tests/support/contentOf.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -11,7 +12,6 @@
 #include <gmock/gmock.h>
 
 #include <fcntl.h>
-#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -45,11 +45,6 @@ protected:
         QFile file(path);
         return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
     }
-    static QByteArray read(const QString& path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-    }
     static QStringList allFilesIn(const QTemporaryDir& folder)
     {
         return QDir(folder.path()).entryList(QDir::Files | QDir::Hidden | QDir::System);
@@ -57,7 +52,7 @@ protected:
     void expectMovedTo(const QString& destination) const
     {
         EXPECT_FALSE(QFileInfo::exists(source));
-        EXPECT_TRUE(read(destination) == content_);
+        EXPECT_TRUE(contentOf(destination) == content_);
         EXPECT_EQ(QFileInfo(destination).lastModified(), time_);
         struct stat about = {};
         ASSERT_EQ(::stat(qPrintable(destination), &about), 0);
@@ -68,7 +63,7 @@ protected:
         EXPECT_EQ(result.outcome, MoveOutcome::Failed);
         EXPECT_THAT(result.error.toStdString(), HasSubstr(reason.toStdString()));
         EXPECT_THAT(result.error.toStdString(), HasSubstr(source.toStdString()));
-        EXPECT_TRUE(read(source) == content_);
+        EXPECT_TRUE(contentOf(source) == content_);
     }
 
     QTemporaryDir here_{"/tmp/lumavex-move-XXXXXX"};
@@ -114,10 +109,10 @@ TEST_F(FileMoveTest, ReplacesOnlyWhenTold)
         const QString destination = folder->filePath("saved.mov");
         ASSERT_TRUE(write(destination, "older"));
         expectUntouched(moveFile(source, destination, ExistingDestination::Keep), "there already");
-        EXPECT_EQ(read(destination), "older");
+        EXPECT_EQ(contentOf(destination), "older");
 
         EXPECT_EQ(moveFile(source, destination, ExistingDestination::Replace).outcome, MoveOutcome::Moved);
-        EXPECT_TRUE(read(destination) == content_);
+        EXPECT_TRUE(contentOf(destination) == content_);
         ASSERT_TRUE(write(source, content_));
     }
 }
@@ -139,8 +134,8 @@ TEST_F(FileMoveTest, ACopyThatIsCancelledOrFailsLeavesNoTrace)
                                        [](std::int64_t done, std::int64_t total) { return done < total / 2; });
     EXPECT_EQ(result.outcome, MoveOutcome::Cancelled);
     EXPECT_TRUE(result.error.isEmpty());
-    EXPECT_TRUE(read(source) == content_);
-    EXPECT_EQ(read(destination), "older");
+    EXPECT_TRUE(contentOf(source) == content_);
+    EXPECT_EQ(contentOf(destination), "older");
     EXPECT_EQ(allFilesIn(there_), QStringList{"saved.mov"});
 }
 
@@ -165,7 +160,7 @@ TEST_F(FileMoveTest, OntoItselfIsDoneAlready)
 {
     const QString roundabout = here_.path() + "/../" + QFileInfo(here_.path()).fileName() + "/movie.mov";
     EXPECT_EQ(moveFile(source, roundabout, ExistingDestination::Replace).outcome, MoveOutcome::Moved);
-    EXPECT_TRUE(read(source) == content_);
+    EXPECT_TRUE(contentOf(source) == content_);
 
     const QString second = here_.filePath("second.mov"); // another name of the same file
     ASSERT_EQ(::link(qPrintable(source), qPrintable(second)), 0);

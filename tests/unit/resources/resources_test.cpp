@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/support/contentOf.h"
+
 #include <QDirIterator>
-#include <QFile>
 #include <QImage>
 #include <QPainter>
 #include <QRegularExpression>
@@ -12,12 +13,6 @@
 
 namespace {
 
-QByteArray contentsOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // An icon that Qt cannot draw shows as an empty button, and a colour that is neither the placeholder nor the accent
 // disappears on a dark or a light theme.
 TEST(Icons, DrawSomethingAndUseOnlyColoursThatCanBeAdapted)
@@ -28,7 +23,7 @@ TEST(Icons, DrawSomethingAndUseOnlyColoursThatCanBeAdapted)
     for (QDirIterator icons(QStringLiteral(":/icons")); icons.hasNext();) {
         const QString path = icons.next();
         SCOPED_TRACE(path.toStdString());
-        const QByteArray source = contentsOf(path);
+        const QByteArray source = lumavex::contentOf(path);
         QSvgRenderer renderer(source);
         ASSERT_TRUE(renderer.isValid());
         QImage picture(24, 24, QImage::Format_ARGB32_Premultiplied);
