@@ -10,7 +10,6 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
-#include <future>
 
 namespace lumavex {
 namespace {
@@ -19,14 +18,12 @@ const QString kCamera = QStringLiteral("Camera");
 const QString kTrouble = QStringLiteral("It is not there.");
 
 /// Of the library that is loaded; the library's functions are plain ones.
-FakeCameraSource* cameras = nullptr;
 std::shared_ptr<FakeSound> sound;
 
 const MediaBackends fakeBackends = {
     .stamp = "",
     .createCameraSource = []() -> std::unique_ptr<CameraSource> {
         auto source = std::make_unique<FakeCameraSource>();
-        cameras = source.get();
         FakeCamera camera{.name = kCamera};
         camera.interval.reset();
         source->add(camera);
@@ -51,13 +48,6 @@ struct Library {
         };
     }
 };
-
-void send()
-{
-    QImage picture(640, 480, QImage::Format_RGB32);
-    picture.fill(Qt::red);
-    cameras->send(picture);
-}
 
 TEST(LazyMedia, IsNotLoadedBeforeItIsNeeded)
 {
