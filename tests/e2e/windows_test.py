@@ -22,6 +22,7 @@ def is_desktop(picture):
 class WindowsTest(EndToEndTest):
     def setUp(self):
         output_of("xsetroot", "-solid", "#%02x%02x%02x" % DESKTOP)
+        wait_for("an empty screen", lambda: is_desktop(screenshot()).all())
 
     def record_by_keys(self, gui, seconds):
         gui.key("ctrl+r")
