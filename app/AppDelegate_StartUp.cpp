@@ -38,8 +38,8 @@ AppDelegate::~AppDelegate()
 
 void AppDelegate::awakeFromNib()
 {
-    capture.listOptions = 1;
-    capture.imageOptions = 0;
+    capture.listOptions = ListOnScreenOnly;
+    capture.imageOptions = ImageDefault;
     capture.imageBounds = infiniteRect;
     QMetaObject::invokeMethod(this, &AppDelegate::refreshWindowList, Qt::QueuedConnection);
     connect(&window_, &Window_Main::windowShouldClose, this, &AppDelegate::Terminate_App);

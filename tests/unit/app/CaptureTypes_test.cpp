@@ -94,6 +94,23 @@ TEST_F(CaptureTypes, WindowExclusiveTakesTheThirdWindowAndKeepsWhatWasChosen)
     EXPECT_FALSE(message().isEmpty());
 }
 
+TEST_F(CaptureTypes, ListAndCompositeAreMadeByTheirOptions)
+{
+    ASSERT_TRUE(start(Camera::None));
+    give(&Window_Main::toolbarWindowExclusive);
+    app->capture.imageBounds = {0, 0, 10, 480};
+    loop->advance(1s);
+    EXPECT_EQ(app->capture.imgScreenCapture.size(), QSize(10, 16));
+    EXPECT_EQ(app->capture.arrayController.size(), 5);
+    addWindows({"Editor", "Player"}, {2000, 0});
+    loop->advance(1s);
+    EXPECT_EQ(app->capture.arrayController.size(), 1) << "of windows beyond the screen";
+    app->capture.listOptions = ListAllWindows;
+    addWindows({"Editor", "Player"}, {2000, 0});
+    loop->advance(1s);
+    EXPECT_EQ(app->capture.arrayController.size(), 3);
+}
+
 TEST_F(CaptureTypes, AMissedWindowIsForgottenWhenAnotherIsChosen)
 {
     ASSERT_TRUE(start(Camera::None));
