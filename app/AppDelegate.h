@@ -209,8 +209,9 @@ private:
     void check(QAction*& last, QAction* item);
     bool createWorkingFolders();
     void startCameraOfSettings();
-    void startNamedCamera();
+    void tellCameraFailure(); ///< and does without a camera from now on
     void restartCamera();
+    void adaptToCamera(); ///< controls, source and rate, to whether one is connected
     void dropCamera();
     void showScreenAlone();
     LiveSettings liveSettings() const;

@@ -43,14 +43,13 @@ void AppDelegate::startCameraOfSettings()
     if (camera.s_Camera_Name == doNotConnectToCamera)
         return;
     camera.arrayCameras = cameraDelegate.enumCameras();
-    startNamedCamera();
+    camera.b_Camera_Connected = cameraDelegate.startCamera(camera.s_Camera_Name);
+    if (!camera.b_Camera_Connected)
+        tellCameraFailure();
 }
 
-void AppDelegate::startNamedCamera()
+void AppDelegate::tellCameraFailure()
 {
-    camera.b_Camera_Connected = cameraDelegate.startCamera(camera.s_Camera_Name);
-    if (camera.b_Camera_Connected)
-        return;
     qWarning("%s", qUtf8Printable(cameraDelegate.trouble()));
     window_.showMessage(cameraDelegate.trouble());
     platform_.dialogs->runAlert({QStringLiteral("Error"),
@@ -71,6 +70,11 @@ void AppDelegate::dropCamera()
 void AppDelegate::connectCamera()
 {
     connect(&cameraDelegate, &CameraDelegate::pictureTaken, this, &AppDelegate::adoptCameraSize);
+    connect(&cameraDelegate, &CameraDelegate::startFailed, this, [this] {
+        camera.b_Camera_Connected = false;
+        tellCameraFailure();
+        adaptToCamera();
+    });
     connect(&cameraDelegate, &CameraDelegate::cameraPresenceChanged, this, [this](bool present) {
         tell((present ? tr("The camera %1 is back.")
                       : tr("The camera %1 is gone. Its last picture stays until it comes back."))
