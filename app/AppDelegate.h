@@ -229,7 +229,6 @@ private:
     template <class Guide>
     void runGuide(const char* setting, std::int64_t& value);
     void runRegionSelector();
-    void chooseFirstWindow();
     void openPage(const QUrl& address);
     void setUpSourceControls();
     void setUpOutputSize();

@@ -85,7 +85,13 @@ TEST_F(CaptureTypes, WindowExclusiveTakesTheThirdWindowAndKeepsWhatWasChosen)
     give(&Window_Main::menuWindowExclusive);
     EXPECT_EQ(app->capture.sWindowExclusive, QStringLiteral("Editor (11) (101)"));
 
-    // With nothing but own windows and the desktop the user is asked to choose.
+    // The third one is taken whosever it is; without one the user is asked to choose.
+    addWindows({"Editor", "Player", "Lumavex"});
+    ASSERT_TRUE(launch());
+    QApplication::processEvents();
+    give(&Window_Main::toolbarWindowExclusive);
+    EXPECT_EQ(app->capture.sWindowExclusive, QStringLiteral("Lumavex (12) (102)"));
+    EXPECT_EQ(message(), QString());
     screen->setWindows({});
     ASSERT_TRUE(launch());
     QApplication::processEvents();
