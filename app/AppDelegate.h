@@ -78,7 +78,7 @@ public:
 
     // --- Frame sizes and size menus: AppDelegate_FrameSizes.cpp ---
     void GetScreenSize();
-    void FillArrayFrameResolution();
+    void FillArrayFrameResolution(); ///< an index stored outside it counts as its default; what is stored stays
     void FillSubMenuVideoOutputFrame();
     void FillSubMenuFollowCursorFrame();
     void FillSubMenuRegionFrame();

@@ -186,9 +186,6 @@ void AppDelegate::createRefreshTimers()
 
 void AppDelegate::setUpOutputSize()
 {
-    compose.index_size_Video_Output = usableOutputIndex(compose.index_size_Video_Output);
-    capture.index_size_Follow_Cursor = usableFollowCursorIndex(capture.index_size_Follow_Cursor);
-    capture.index_size_Region = usableRegionIndex(capture.index_size_Region);
     if (compose.index_size_Video_Output == 0)
         setVideoOutputSize(capture.size_Screen);
     else
