@@ -78,7 +78,7 @@ public:
 
     // --- Frame sizes and size menus: AppDelegate_FrameSizes.cpp ---
     void GetScreenSize();
-    void FillArrayFrameResolution();
+    void FillArrayFrameResolution(); ///< an index stored outside it counts as its default; what is stored stays
     void FillSubMenuVideoOutputFrame();
     void FillSubMenuFollowCursorFrame();
     void FillSubMenuRegionFrame();
@@ -209,8 +209,9 @@ private:
     void check(QAction*& last, QAction* item);
     bool createWorkingFolders();
     void startCameraOfSettings();
-    void startNamedCamera();
+    void tellCameraFailure(); ///< and does without a camera from now on
     void restartCamera();
+    void adaptToCamera(); ///< controls, source and rate, to whether one is connected
     void dropCamera();
     void showScreenAlone();
     LiveSettings liveSettings() const;
@@ -228,7 +229,6 @@ private:
     template <class Guide>
     void runGuide(const char* setting, std::int64_t& value);
     void runRegionSelector();
-    void chooseFirstWindow();
     void openPage(const QUrl& address);
     void setUpSourceControls();
     void setUpOutputSize();

@@ -181,13 +181,12 @@ std::optional<std::chrono::seconds> AppDelegate::patience() const
 QString AppDelegate::joinSoundAndPicture()
 {
     setProgress(0);
-    recording.u_Type_Progress = 0;
-    recording.terminated = false;
+    recording.encoder = {};
     recording.windowProgress->setCancelling(Window_Progress::Cancelling::Offered);
     const EncoderWatch watch{[this](float percentage) { setProgress(percentage); },
                              [this] { return recording.cancelled.load(); }, patience()};
-    QString problem = runEncoder(joiningJob(), platform_.createChildProcess, *platform_.runLoop, watch);
-    recording.terminated = true;
+    QString problem =
+        runEncoder(joiningJob(), recording.encoder, platform_.createChildProcess, *platform_.runLoop, watch);
     if (problem.isEmpty())
         problem = whatIsMissingFrom(recording.s_AV_File_Source);
     return problem;

@@ -20,6 +20,9 @@ void AppDelegate::GetScreenSize()
 void AppDelegate::FillArrayFrameResolution()
 {
     capture.arrayFrameResolution = frameResolutionCatalogue();
+    compose.index_size_Video_Output = usableOutputIndex(compose.index_size_Video_Output);
+    capture.index_size_Follow_Cursor = usableFollowCursorIndex(capture.index_size_Follow_Cursor);
+    capture.index_size_Region = usableRegionIndex(capture.index_size_Region);
 }
 
 void AppDelegate::FillSubMenuVideoOutputFrame()

@@ -56,7 +56,8 @@ void AppDelegate::tellWhetherWindowIsThere(const QString& identifier)
 void AppDelegate::createMultiWindowShot(const QList<WindowEntry>& windows)
 {
     const bool composite = capture.i_Type_Screen_Capture == WindowExclusive || capture.b_Lumavex_Invisible_To_Capture;
-    setOutputImage(composite ? platform_.screen->grabWindows(newWindowListFromSelection(windows))
+    setOutputImage(composite ? platform_.screen->grabWindows(newWindowListFromSelection(windows), capture.imageBounds,
+                                                             capture.imageOptions)
                              : platform_.screen->grabMainDisplay());
 }
 

@@ -43,14 +43,13 @@ void AppDelegate::startCameraOfSettings()
     if (camera.s_Camera_Name == doNotConnectToCamera)
         return;
     camera.arrayCameras = cameraDelegate.enumCameras();
-    startNamedCamera();
+    camera.b_Camera_Connected = cameraDelegate.startCamera(camera.s_Camera_Name);
+    if (!camera.b_Camera_Connected)
+        tellCameraFailure();
 }
 
-void AppDelegate::startNamedCamera()
+void AppDelegate::tellCameraFailure()
 {
-    camera.b_Camera_Connected = cameraDelegate.startCamera(camera.s_Camera_Name);
-    if (camera.b_Camera_Connected)
-        return;
     qWarning("%s", qUtf8Printable(cameraDelegate.trouble()));
     window_.showMessage(cameraDelegate.trouble());
     platform_.dialogs->runAlert({QStringLiteral("Error"),
@@ -71,6 +70,11 @@ void AppDelegate::dropCamera()
 void AppDelegate::connectCamera()
 {
     connect(&cameraDelegate, &CameraDelegate::pictureTaken, this, &AppDelegate::adoptCameraSize);
+    connect(&cameraDelegate, &CameraDelegate::startFailed, this, [this] {
+        camera.b_Camera_Connected = false;
+        tellCameraFailure();
+        adaptToCamera();
+    });
     connect(&cameraDelegate, &CameraDelegate::cameraPresenceChanged, this, [this](bool present) {
         tell((present ? tr("The camera %1 is back.")
                       : tr("The camera %1 is gone. Its last picture stays until it comes back."))
@@ -205,8 +209,14 @@ void AppDelegate::OnToolbarWindowExclusive()
                                                       application.b_Show_WindowExclusive_How_To);
     capture.i_Type_Screen_Capture = WindowExclusive;
     showCaptureType(window_.toolbarWindowExclusive, window_.menuWindowExclusive);
-    if (!capture.sWindowExclusive)
-        chooseFirstWindow();
+    if (capture.sWindowExclusive)
+        return;
+    updateWindowList();
+    // The third window from the front, whosever it is: the first two are the program's own, as a rule.
+    if (capture.arrayController.size() > 2)
+        capture.sWindowExclusive = Return_Window_Identifier_String(capture.arrayController.at(2));
+    else
+        window_.showMessage(tr("Choose a window in the menu Frame, Window."));
 }
 
 void AppDelegate::runRegionSelector()
@@ -214,23 +224,6 @@ void AppDelegate::runRegionSelector()
     Window_Transparent_Region windowTransparentRegion(capture, *platform_.overlay);
     keepInFront(windowTransparentRegion, window_);
     windowTransparentRegion.runModal();
-}
-
-void AppDelegate::chooseFirstWindow()
-{
-    updateWindowList();
-    // The third window from the front: the first two are the program's own, as a rule. The program's own windows and
-    // the desktop behind all others are never the first choice; without another one the user picks from the menu.
-    QList<WindowEntry> candidates;
-    for (const WindowEntry& entry : std::as_const(capture.arrayController))
-        if (!belongsToLumavex(entry) && &entry != &capture.arrayController.constLast())
-            candidates.append(entry);
-    if (capture.arrayController.size() > 2 && candidates.contains(capture.arrayController.at(2)))
-        capture.sWindowExclusive = Return_Window_Identifier_String(capture.arrayController.at(2));
-    else if (!candidates.isEmpty())
-        capture.sWindowExclusive = Return_Window_Identifier_String(candidates.first());
-    else
-        window_.showMessage(tr("Choose a window in the menu Frame, Window."));
 }
 
 template <class Guide>

@@ -38,8 +38,8 @@ AppDelegate::~AppDelegate()
 
 void AppDelegate::awakeFromNib()
 {
-    capture.listOptions = 1;
-    capture.imageOptions = 0;
+    capture.listOptions = ListOnScreenOnly;
+    capture.imageOptions = ImageDefault;
     capture.imageBounds = infiniteRect;
     QMetaObject::invokeMethod(this, &AppDelegate::refreshWindowList, Qt::QueuedConnection);
     connect(&window_, &Window_Main::windowShouldClose, this, &AppDelegate::Terminate_App);
@@ -186,9 +186,6 @@ void AppDelegate::createRefreshTimers()
 
 void AppDelegate::setUpOutputSize()
 {
-    compose.index_size_Video_Output = usableOutputIndex(compose.index_size_Video_Output);
-    capture.index_size_Follow_Cursor = usableFollowCursorIndex(capture.index_size_Follow_Cursor);
-    capture.index_size_Region = usableRegionIndex(capture.index_size_Region);
     if (compose.index_size_Video_Output == 0)
         setVideoOutputSize(capture.size_Screen);
     else

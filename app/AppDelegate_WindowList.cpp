@@ -18,11 +18,10 @@ void AppDelegate::updateWindowList()
     // Asked before the windows are: what changes in between is then a change of the next time.
     const std::uint64_t serial = platform_.screen->windowsSerial();
     if (capture.windowsSerial != serial) {
-        auto list = std::make_shared<QList<WindowEntry>>();
-        capture.windowListData = std::make_unique<WindowListApplierData>(list);
-        for (const WindowDescription& window : platform_.screen->windowDescriptions())
+        capture.windowListData = std::make_unique<WindowListApplierData>(std::make_shared<QList<WindowEntry>>());
+        for (const WindowDescription& window : platform_.screen->windowDescriptions(capture.listOptions))
             WindowListApplierFunction(window, *capture.windowListData);
-        capture.arrayController = *list;
+        capture.arrayController = *capture.windowListData->outputArray;
         capture.windowsSerial = serial;
     }
 

@@ -88,34 +88,34 @@ QString lastLines(const QByteArray& standardError)
     return lines.mid(qMax(qsizetype{0}, lines.size() - kShownLines)).join(u'\n');
 }
 
-QString runEncoder(const EncoderJob& job, const ChildProcessFactory& createChildProcess, RunLoop& runLoop,
-                   const EncoderWatch& watch)
+QString runEncoder(const EncoderJob& job, EncoderState& state, const ChildProcessFactory& createChildProcess,
+                   RunLoop& runLoop, const EncoderWatch& watch)
 {
     if (job.sffmpegPath.isEmpty())
         return Text::tr("The encoder ffmpeg, which joins picture and sound, is not installed.");
     QFile::remove(job.s_AV_File_Source); // the encoder refuses to overwrite, but would follow a link to nowhere
 
-    bool terminated = false;
     QString failure;
     QByteArray standardError;
     const std::unique_ptr<ChildProcess> encoder = createChildProcess();
     encoder->outData = [](const QByteArray&) {}; // read, so that the encoder cannot block on a full pipe
     encoder->errData = [&](const QByteArray& chunk) {
         standardError = (standardError + chunk.right(kKeptBytes)).right(kKeptBytes);
-        if (const auto seconds = encoderSeconds(chunk); seconds && watch.progress)
+        const bool joining = state.u_Type_Progress == 0;
+        if (const auto seconds = joining ? encoderSeconds(chunk) : std::nullopt; seconds && watch.progress)
             watch.progress(encoderPercentage(static_cast<std::uint64_t>(*seconds), job.i_Orig_Duration_in_Seconds));
     };
     encoder->terminated = [&](const QString& what) {
         failure = what;
-        terminated = true;
+        state.terminated = true;
     };
     const Watchdog watchdog(runLoop, job.s_AV_File_Source, watch.patience);
     const auto isCancelled = [&watch] { return watch.isCancelled && watch.isCancelled(); };
     encoder->launch(job.sffmpegPath, encoderArguments(job));
-    runLoop.runUntil([&] { return terminated || isCancelled() || watchdog.hasLostPatience(); });
+    runLoop.runUntil([&] { return state.terminated || isCancelled() || watchdog.hasLostPatience(); });
 
     // Here an encoder that is still at work is killed, with its handle: it may be one that does not listen any more.
-    if (!terminated)
+    if (!state.terminated)
         return isCancelled() ? Text::tr("Joining was cancelled.")
                              : Text::tr("The encoder did not get any further for %1 seconds and was ended.")
                                    .arg(watch.patience.value_or(std::chrono::seconds(0)).count());

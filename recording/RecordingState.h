@@ -5,6 +5,7 @@
 #include "platform/MovieWriter.h"
 #include "platform/RunLoop.h"
 #include "platform/SoundRecorder.h"
+#include "recording/EncoderRun.h"
 #include "recording/FileMove.h"
 #include "recording/RecordingStatistics.h"
 #include "recording/SavedMovie.h"
@@ -60,10 +61,9 @@ struct RecordingState {
     QString s_Saved_File;        ///< where the movie is being moved, or was
 
     std::unique_ptr<MovieWriter> assetWriter;
-    MovieInput* assetInput = nullptr;                ///< assetWriter's
-    PixelBufferAdaptor* assetInputAdaptor = nullptr; ///< assetWriter's
-    std::unique_ptr<WriterReadiness>
-        writerReadiness; ///< isWaitingForInputReady and writeSemaphore; gone before assetWriter
+    MovieInput* assetInput = nullptr;                 ///< assetWriter's
+    PixelBufferAdaptor* assetInputAdaptor = nullptr;  ///< assetWriter's
+    std::unique_ptr<WriterReadiness> writerReadiness; ///< waits until assetInput takes more; gone before assetWriter
     std::unique_ptr<SoundRecorder> soundRecorder;
     TimerId recordTimer = 0; ///< the duration display's
 
@@ -74,9 +74,8 @@ struct RecordingState {
     Nanoseconds durationRemainder{0};
 
     std::unique_ptr<Window_Progress> windowProgress;      ///< only during Stop
-    std::uint64_t u_Type_Progress = 0;                    ///< 0: joining sound and picture
+    EncoderState encoder;                                 ///< of the joining
     std::uint64_t i_Orig_Duration_in_Seconds = 0;         ///< denominator of the joining progress
-    bool terminated = false;                              ///< the encoder has ended
     std::atomic<bool> cancelled = false;                  ///< joining or copying is to be given up; any thread reads it
     bool rescueCancelled = false;                         ///< joining what an earlier run left is to be given up
     std::shared_future<MovieWriter::Result> writerResult; ///< valid from Stop to the next Record

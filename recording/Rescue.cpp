@@ -123,7 +123,8 @@ QString joinInPlace(const RescuedRecording& recording, const RescueTools& tools,
     const double length = soundSeconds(recording.sound).value_or(0);
     const EncoderJob job{tools.sffmpegPath, recording.movie, recording.sound, joiningPath(recording.movie),
                          static_cast<std::uint64_t>(length)};
-    QString failure = runEncoder(job, tools.createChildProcess, runLoop, tools.watch);
+    EncoderState encoder;
+    QString failure = runEncoder(job, encoder, tools.createChildProcess, runLoop, tools.watch);
     if (failure.isEmpty())
         runOnWorker(runLoop, [&] {
             const MovieFacts::Track picture = tools.readMovie(recording.movie).picture.value_or(MovieFacts::Track());

@@ -119,6 +119,27 @@ QString FakeCameraSource::open(const CameraRequest& request)
     return trouble;
 }
 
+QString FakeCameraSource::beginOpening(const CameraRequest& request, OutcomeHandler outcome)
+{
+    const QString trouble = open(request);
+    const auto camera = find(request.name);
+    const bool isRefusal = camera != cameras_.end() && !camera->refusal.isEmpty();
+    if (!trouble.isEmpty() && !isRefusal)
+        return trouble;
+    opened_ = request; // until `stop` says otherwise
+    QMetaObject::invokeMethod(
+        &outcomes_,
+        [this, trouble, opening = source_, outcome = std::move(outcome)] {
+            if (opening != source_ || !opened_)
+                return;
+            if (!trouble.isEmpty())
+                opened_.reset();
+            outcome(trouble);
+        },
+        Qt::QueuedConnection);
+    return {};
+}
+
 QString FakeCameraSource::start()
 {
     const auto camera = find(opened_->name);

@@ -5,6 +5,7 @@
 #include "platform/CameraSource.h"
 
 #include <QImage>
+#include <QObject>
 
 #include <chrono>
 #include <memory>
@@ -35,6 +36,8 @@ public:
     QString trouble() override { return noCameras; }
     QStringList names() override;
     QString open(const CameraRequest& request) override;
+    /// A camera's refusal is the outcome; what else is wrong is told at once.
+    QString beginOpening(const CameraRequest& request, OutcomeHandler outcome) override;
     void stop() override;
     std::uint64_t currentSource() const override { return source_; }
     void setFrameHandler(FrameHandler handler) override { frameHandler_ = std::move(handler); }
@@ -61,6 +64,7 @@ private:
     std::uint64_t source_ = 0;
     std::optional<CameraRequest> opened_;
     std::unique_ptr<CaptureQueue> queue_; ///< null: no camera runs
+    QObject outcomes_;                    ///< what is still to be told ends with it
 };
 
 } // namespace lumavex

@@ -88,19 +88,21 @@ Grab FakeScreenGrabber::grabMainDisplay()
     return {GrabOutcome::Success, screen_, screenChanges_.latest(), screenChanges_};
 }
 
-Grab FakeScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBack)
+Grab FakeScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
+                                    std::uint32_t imageOptions)
 {
     grabsOfWindows_.push_back(frontToBack);
     if (const GrabOutcome outcome = nextOutcome(); outcome != GrabOutcome::Success)
         return {outcome, {}, 0};
-    const Grab composite = compose(frontToBack);
+    const Grab composite = compose(frontToBack, imageBounds, imageOptions);
     if (composite.outcome != GrabOutcome::Success)
         return composite;
     noteChange(compositeChanges_, std::exchange(lastComposite_, composite.picture), composite.picture);
     return {GrabOutcome::Success, lastComposite_, compositeChanges_.latest(), compositeChanges_};
 }
 
-Grab FakeScreenGrabber::compose(const std::vector<std::uint32_t>& frontToBack) const
+Grab FakeScreenGrabber::compose(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
+                                std::uint32_t imageOptions) const
 {
     const bool desktop = std::find(frontToBack.begin(), frontToBack.end(), kDesktopNumber) != frontToBack.end();
     std::vector<const Window*> layers;
@@ -116,6 +118,7 @@ Grab FakeScreenGrabber::compose(const std::vector<std::uint32_t>& frontToBack) c
     }
     if (desktop)
         canvas = screen_.rect();
+    canvas = (QRectF(canvas) & flippedDown(imageBounds, screen_.height())).toAlignedRect();
     if (canvas.isEmpty())
         return {};
     QImage picture(canvas.size(), QImage::Format_RGB32);
@@ -125,17 +128,20 @@ Grab FakeScreenGrabber::compose(const std::vector<std::uint32_t>& frontToBack) c
     if (desktop)
         painter.drawImage(0, 0, desktop_);
     for (auto layer = layers.rbegin(); layer != layers.rend(); ++layer)
-        painter.drawImage(boundsOf((*layer)->description).topLeft(), (*layer)->picture);
+        painter.drawImage(boundsOf((*layer)->description).topLeft(),
+                          imageOptions & ImageOpaque ? (*layer)->picture.convertToFormat(QImage::Format_RGB32)
+                                                     : (*layer)->picture);
     painter.end();
     return {GrabOutcome::Success, picture, 0};
 }
 
-std::vector<WindowDescription> FakeScreenGrabber::windowDescriptions()
+std::vector<WindowDescription> FakeScreenGrabber::windowDescriptions(std::uint32_t listOptions)
 {
     ++windowEnumerations_;
     std::vector<WindowDescription> descriptions;
     for (const Window& window : windows_)
-        descriptions.push_back(window.description);
+        if (!(listOptions & ListOnScreenOnly) || screen_.rect().intersects(boundsOf(window.description)))
+            descriptions.push_back(window.description);
     WindowDescription desktop;
     desktop.ownerName = QStringLiteral("Desktop");
     desktop.width = screen_.width();

@@ -37,17 +37,20 @@ public:
     QString trouble() const override { return trouble_; }
     CGSize sizeOfMainDisplay() override;
     Grab grabMainDisplay() override;
-    Grab grabWindows(const std::vector<std::uint32_t>& frontToBack) override;
+    using ScreenGrabber::grabWindows;
+    Grab grabWindows(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
+                     std::uint32_t imageOptions) override;
     CGPoint mouseLocation() override { return mouseLocation_; }
     std::uint64_t windowsSerial() override { return windowsSerial_; }
-    std::vector<WindowDescription> windowDescriptions() override;
+    std::vector<WindowDescription> windowDescriptions(std::uint32_t listOptions) override;
 
     static constexpr std::uint32_t kDesktopNumber = 1;
 
 private:
     GrabOutcome nextOutcome();
     void noteChange(ChangeHistory& history, const QImage& before, const QImage& now);
-    Grab compose(const std::vector<std::uint32_t>& frontToBack) const;
+    Grab compose(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
+                 std::uint32_t imageOptions) const;
 
     QString trouble_;
     QImage screen_;

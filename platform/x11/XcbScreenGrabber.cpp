@@ -21,6 +21,13 @@ namespace {
 /// The name that the desktop's background goes by in the list of windows.
 constexpr auto kDesktopName = "Desktop";
 
+/// The part of an area in root coordinates that lies in the bounds, upward on the display.
+QRect commonPart(const QRect& area, const CGRect& bounds, const QRect& display)
+{
+    const QRectF down = flippedDown(bounds, display.height()).translated(display.topLeft());
+    return (QRectF(area) & down).toAlignedRect();
+}
+
 class XcbScreenGrabber final : public ScreenGrabber {
 public:
     XcbScreenGrabber();
@@ -28,10 +35,12 @@ public:
     QString trouble() const override;
     CGSize sizeOfMainDisplay() override;
     Grab grabMainDisplay() override;
-    Grab grabWindows(const std::vector<std::uint32_t>& frontToBack) override;
+    using ScreenGrabber::grabWindows;
+    Grab grabWindows(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
+                     std::uint32_t imageOptions) override;
     CGPoint mouseLocation() override;
     std::uint64_t windowsSerial() override;
-    std::vector<WindowDescription> windowDescriptions() override;
+    std::vector<WindowDescription> windowDescriptions(std::uint32_t listOptions) override;
 
 private:
     /// What works on a screen that can be recorded.
@@ -116,7 +125,8 @@ Grab XcbScreenGrabber::grabMainDisplay()
     return grab.outcome == GrabOutcome::Success ? grab : Grab{failure(), {}, 0};
 }
 
-Grab XcbScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBack)
+Grab XcbScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
+                                   std::uint32_t imageOptions)
 {
     if (!usable())
         return {GrabOutcome::GiveUp, {}, 0};
@@ -129,7 +139,10 @@ Grab XcbScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBack
     }
     connection_.sync();
     listen();
-    const Grab grab = parts_->composite.compose(requestFor(frontToBack));
+    CompositeRequest request = requestFor(frontToBack);
+    request.canvas = commonPart(request.canvas, imageBounds, parts_->display.rect());
+    request.alpha = !(imageOptions & ImageOpaque) && parts_->tree.compositingManagerRuns();
+    const Grab grab = parts_->composite.compose(request);
     return grab.outcome == GrabOutcome::Success ? grab : Grab{failure(), {}, 0};
 }
 
@@ -153,7 +166,6 @@ CompositeRequest XcbScreenGrabber::requestFor(const std::vector<std::uint32_t>& 
     }
     if (request.desktop)
         request.canvas = parts_->display.rect();
-    request.alpha = parts_->tree.compositingManagerRuns();
     request.rootSize = parts_->display.root().size();
     return request;
 }
@@ -179,7 +191,7 @@ std::uint64_t XcbScreenGrabber::windowsSerial()
     return usable() ? windowsSerial_ : ~windowsSerial_;
 }
 
-std::vector<WindowDescription> XcbScreenGrabber::windowDescriptions()
+std::vector<WindowDescription> XcbScreenGrabber::windowDescriptions(std::uint32_t listOptions)
 {
     std::vector<WindowDescription> descriptions;
     if (!usable())
@@ -189,8 +201,11 @@ std::vector<WindowDescription> XcbScreenGrabber::windowDescriptions()
     const QRect rect = parts_->display.rect();
     for (const TopLevel& top : parts_->tree.topToBottom()) {
         const QRect bounds = top.bounds();
+        const bool onScreen = top.viewable && parts_->display.root().intersects(bounds);
+        if (!onScreen && (listOptions & ListOnScreenOnly))
+            continue;
         WindowDescription description;
-        description.shared = top.viewable && parts_->display.root().intersects(bounds);
+        description.shared = onScreen;
         description.ownerName = top.facts.ownerName;
         description.ownerPid = top.facts.ownerPid;
         description.x = bounds.x() - rect.x();

@@ -29,7 +29,8 @@ TEST(Encoder, TheRealOneTellsItsProgressAndItsReason)
     float last = -1;
     EventRunLoop runLoop;
     const auto run = [&] {
-        return runEncoder(job, [] { return std::make_unique<QtChildProcess>(); }, runLoop,
+        EncoderState state;
+        return runEncoder(job, state, [] { return std::make_unique<QtChildProcess>(); }, runLoop,
                           {[&last](float percentage) { last = percentage; }, {}, {}});
     };
     ASSERT_TRUE(make({"testsrc=size=320x240:rate=30:duration=3", "-c:v", "mjpeg", job.s_Video_File_Source}));

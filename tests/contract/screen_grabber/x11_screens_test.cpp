@@ -23,7 +23,7 @@ void expectGivenUp(ScreenGrabber& grabber, const std::string& reason)
 {
     EXPECT_EQ(grabber.grabMainDisplay().outcome, GrabOutcome::GiveUp);
     EXPECT_EQ(grabber.grabWindows({1}).outcome, GrabOutcome::GiveUp);
-    EXPECT_TRUE(grabber.windowDescriptions().empty());
+    EXPECT_TRUE(grabber.windowDescriptions(ListAllWindows).empty());
     EXPECT_FALSE(grabber.trouble().isEmpty());
     EXPECT_THAT(grabber.trouble().toStdString(), testing::HasSubstr(reason));
 }
@@ -113,7 +113,7 @@ TEST(X11Screens, SizeFollowsTheMainDisplay)
     // A root larger than its one output: only the output is the main display.
     ASSERT_TRUE(TestServer::run("xrandr", {"--fb", "700x500"}));
     EXPECT_EQ(grabber->sizeOfMainDisplay(), (CGSize{512, 384}));
-    EXPECT_EQ(grabber->windowDescriptions().back().width, 512);
+    EXPECT_EQ(grabber->windowDescriptions(ListAllWindows).back().width, 512);
 }
 
 TEST(X11Screens, PicturesMayEndOnOtherThreadsAndAfterTheGrabber)

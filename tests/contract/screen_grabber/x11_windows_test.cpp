@@ -25,7 +25,7 @@ protected:
 
     std::optional<WindowDescription> describe(std::uint32_t number)
     {
-        for (const WindowDescription& entry : grabber->windowDescriptions()) {
+        for (const WindowDescription& entry : grabber->windowDescriptions(ListAllWindows)) {
             if (entry.number == number)
                 return entry;
         }
@@ -84,7 +84,7 @@ TEST_F(X11Windows, SurvivesWindowsThatComeAndGoMeanwhile)
         const Grab grab = grabber->grabWindows(windows);
         EXPECT_NE(grab.outcome, GrabOutcome::GiveUp);
         windows[i % 12] = client.show({i % 300, i % 200, 40 + i % 90, 30 + i % 50}, kGreen);
-        grabber->windowDescriptions();
+        grabber->windowDescriptions(ListAllWindows);
     }
     const auto survivor = client.show({0, 0, 70, 50}, kBlue);
     EXPECT_TRUE(shows({survivor}, 69, 49, kBlue));
@@ -127,9 +127,9 @@ TEST_F(X11Windows, OrderFollowsRaising)
 {
     const auto first = client.show({0, 0, 50, 50}, kRed);
     const auto second = client.show({10, 10, 50, 50}, kGreen);
-    EXPECT_EQ(grabber->windowDescriptions().front().number, second);
+    EXPECT_EQ(grabber->windowDescriptions(ListAllWindows).front().number, second);
     client.raise(first);
-    EXPECT_EQ(grabber->windowDescriptions().front().number, first);
+    EXPECT_EQ(grabber->windowDescriptions(ListAllWindows).front().number, first);
 }
 
 TEST_F(X11Windows, PartialChangesKeepTheRestAndTheStacking)
@@ -173,13 +173,15 @@ TEST_F(X11CompositedWindows, AlphaIsBlended)
     const auto window = client.showTranslucent({0, 0, 40, 40}, 0x80800000);
     EXPECT_TRUE(shows({window, client.root()}, 5, 5, 0xff80007f));
     EXPECT_TRUE(shows({window}, 5, 5, 0xff800000));
+    const Grab opaque = grabber->grabWindows({window, client.root()}, infiniteRect, ImageOpaque);
+    EXPECT_EQ(opaque.picture.pixel(5, 5) | 0xff000000U, 0xff800000);
 }
 
 TEST_F(X11CompositedWindows, ThePaintingSurfaceOfTheManagerIsNoWindow)
 {
     const auto window = client.show({10, 10, 40, 40}, kRed);
     ASSERT_TRUE(shows({window}, 5, 5, kRed));
-    for (const WindowDescription& entry : grabber->windowDescriptions()) {
+    for (const WindowDescription& entry : grabber->windowDescriptions(ListAllWindows)) {
         EXPECT_FALSE(entry.number != client.root() && entry.shared && entry.width >= 640) << entry.number;
     }
 }

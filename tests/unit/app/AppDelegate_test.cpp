@@ -36,9 +36,12 @@ TEST_F(Program, StoredIndexesOutsideTheCatalogueUseTheDefaultsAndStayStored)
     ASSERT_TRUE(launch());
     store->texts[settingKey("index_size_Video_Output")] = QStringLiteral("77");
     store->texts[settingKey("index_size_Follow_Cursor")] = QStringLiteral("-4");
+    store->texts[settingKey("index_size_Region")] = QStringLiteral("30");
     ASSERT_TRUE(launch());
+    EXPECT_TRUE(window->menuitemVideoOutputScreenResolution->isChecked());
+    EXPECT_TRUE(window->submenuFollowCursorFrame->actions().at(3)->isChecked());
+    EXPECT_TRUE(window->submenuRegionFrame->actions().at(1)->isChecked());
     EXPECT_EQ(app->compose.size_Video_Output, (CGSize{640, 480}));
-    EXPECT_EQ(app->capture.index_size_Follow_Cursor, 3);
     EXPECT_EQ(store->texts.value(settingKey("index_size_Video_Output")), QStringLiteral("77"));
 }
 

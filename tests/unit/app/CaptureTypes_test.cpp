@@ -85,13 +85,36 @@ TEST_F(CaptureTypes, WindowExclusiveTakesTheThirdWindowAndKeepsWhatWasChosen)
     give(&Window_Main::menuWindowExclusive);
     EXPECT_EQ(app->capture.sWindowExclusive, QStringLiteral("Editor (11) (101)"));
 
-    // With nothing but own windows and the desktop the user is asked to choose.
+    // The third one is taken whosever it is; without one the user is asked to choose.
+    addWindows({"Editor", "Player", "Lumavex"});
+    ASSERT_TRUE(launch());
+    QApplication::processEvents();
+    give(&Window_Main::toolbarWindowExclusive);
+    EXPECT_EQ(app->capture.sWindowExclusive, QStringLiteral("Lumavex (12) (102)"));
+    EXPECT_EQ(message(), QString());
     screen->setWindows({});
     ASSERT_TRUE(launch());
     QApplication::processEvents();
     give(&Window_Main::toolbarWindowExclusive);
     EXPECT_EQ(app->capture.sWindowExclusive, std::nullopt);
     EXPECT_FALSE(message().isEmpty());
+}
+
+TEST_F(CaptureTypes, ListAndCompositeAreMadeByTheirOptions)
+{
+    ASSERT_TRUE(start(Camera::None));
+    give(&Window_Main::toolbarWindowExclusive);
+    app->capture.imageBounds = {0, 0, 10, 480};
+    loop->advance(1s);
+    EXPECT_EQ(app->capture.imgScreenCapture.size(), QSize(10, 16));
+    EXPECT_EQ(app->capture.arrayController.size(), 5);
+    addWindows({"Editor", "Player"}, {2000, 0});
+    loop->advance(1s);
+    EXPECT_EQ(app->capture.arrayController.size(), 1) << "of windows beyond the screen";
+    app->capture.listOptions = ListAllWindows;
+    addWindows({"Editor", "Player"}, {2000, 0});
+    loop->advance(1s);
+    EXPECT_EQ(app->capture.arrayController.size(), 3);
 }
 
 TEST_F(CaptureTypes, AMissedWindowIsForgottenWhenAnotherIsChosen)

@@ -45,12 +45,14 @@ struct SourceControls : Program {
         return which == Camera::None || until([this] { return app->camera.size_Camera == cameraSize; });
     }
 
-    void addWindows()
+    void addWindows(const std::vector<const char*>& names = {"Lumavex", "Editor", "Player", "Lumavex"},
+                    const CGPoint& place = {})
     {
-        std::vector<FakeScreenGrabber::Window> windows(4);
-        const char* names[] = {"Lumavex", "Editor", "Player", "Lumavex"};
+        std::vector<FakeScreenGrabber::Window> windows(names.size());
         for (std::size_t i = 0; i < windows.size(); ++i) {
             windows[i].description.ownerName = QLatin1String(names[i]);
+            windows[i].description.x = place.x;
+            windows[i].description.y = place.y;
             windows[i].description.ownerPid = static_cast<int>(i) + 10;
             windows[i].description.number = static_cast<std::uint32_t>(i) + 100;
             windows[i].picture = QImage(16, 16, QImage::Format_RGB32);
