@@ -28,6 +28,12 @@ struct WindowDescription {
     std::int32_t layer = 0;   ///< 0 normal, above 0 kept above others, below 0 below (the desktop is lowest)
 };
 
+/// A window as the user knows it.
+struct WindowLook {
+    QString title; ///< empty when it has none
+    QImage icon;   ///< Format_ARGB32; null when it has none
+};
+
 enum class GrabOutcome {
     Success, ///< `picture` is the current one
     Retry,   ///< nothing this time (a window vanished meanwhile, the screen is changing its size); ask again
@@ -81,6 +87,14 @@ public:
     /// All windows front to back, override-redirect ones included; the desktop background is the last one, named
     /// "Desktop", with the bounds of the main display.
     virtual std::vector<WindowDescription> windowDescriptions() = 0;
+
+    /// The looks of windows of windowDescriptions, in the same order. An icon is the smallest that is at least
+    /// `iconSize` pixels high among those that the window offers, else the largest. Windows that have gone have none.
+    virtual std::vector<WindowLook> looksOf(const std::vector<std::uint32_t>& windows, int iconSize) = 0;
+
+    /// Whether the application's own part of the window is on the screen now. False for a window that was closed,
+    /// minimised or left on another desktop, at once: its frame may be seen for longer.
+    virtual bool showsContents(std::uint32_t window) = 0;
 };
 
 } // namespace lumavex
