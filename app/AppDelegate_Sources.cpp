@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
+#include "app/ChosenWindow.h"
 #include "app/Window_Main.h"
 #include "capture/Window_FollowCursor_How_It_Works.h"
 #include "capture/Window_Region_How_It_Works.h"
@@ -9,6 +10,8 @@
 
 #include <QAction>
 #include <QWindow>
+
+#include <utility>
 
 namespace lumavex {
 
@@ -201,12 +204,14 @@ void AppDelegate::OnToolbarRegion()
 void AppDelegate::OnToolbarWindowExclusive()
 {
     if (application.b_Show_WindowExclusive_How_To == 1)
-        runGuide<Window_WindowExclusive_How_It_Works>("b_Show_WindowExclusive_How_To",
-                                                      application.b_Show_WindowExclusive_How_To);
+        runGuide<Window_WindowExclusive_How_It_Works>(
+            "b_Show_WindowExclusive_How_To", application.b_Show_WindowExclusive_How_To, chosenWindow_->isHeld(),
+            [this](bool hold) { chosenWindow_->setHeld(hold); });
     capture.i_Type_Screen_Capture = WindowExclusive;
     showCaptureType(window_.toolbarWindowExclusive, window_.menuWindowExclusive);
     if (!capture.sWindowExclusive)
         chooseFirstWindow();
+    chosenWindow_->announce();
 }
 
 void AppDelegate::runRegionSelector()
@@ -219,27 +224,20 @@ void AppDelegate::runRegionSelector()
 void AppDelegate::chooseFirstWindow()
 {
     updateWindowList();
-    // The third window from the front: the first two are the program's own, as a rule. The program's own windows and
-    // the desktop behind all others are never the first choice; without another one the user picks from the menu.
-    QList<WindowEntry> candidates;
-    for (const WindowEntry& entry : std::as_const(capture.arrayController))
-        if (!belongsToLumavex(entry) && &entry != &capture.arrayController.constLast())
-            candidates.append(entry);
-    if (capture.arrayController.size() > 2 && candidates.contains(capture.arrayController.at(2)))
-        capture.sWindowExclusive = Return_Window_Identifier_String(capture.arrayController.at(2));
-    else if (!candidates.isEmpty())
-        capture.sWindowExclusive = Return_Window_Identifier_String(candidates.first());
-    else
-        window_.showMessage(tr("Choose a window in the menu Frame, Window."));
+    constexpr qsizetype first = 2; // the two in front of it are the program's own, as a rule
+    if (capture.arrayController.size() > first)
+        capture.sWindowExclusive = Return_Window_Identifier_String(capture.arrayController.at(first));
 }
 
-template <class Guide>
-void AppDelegate::runGuide(const char* setting, std::int64_t& value)
+template <class Guide, class... Extra>
+void AppDelegate::runGuide(const char* setting, std::int64_t& value, Extra&&... extra)
 {
-    Guide guide([this, setting, &value] {
-        value = 0;
-        storeInteger(setting, 0);
-    });
+    Guide guide(
+        [this, setting, &value] {
+            value = 0;
+            storeInteger(setting, 0);
+        },
+        std::forward<Extra>(extra)...);
     keepInFront(guide, window_);
     guide.runModal();
 }
@@ -293,6 +291,7 @@ QString AppDelegate::chooseWindowByText(const QString& text)
         capture.sWindowExclusive = identifier;
         showCaptureType(window_.toolbarWindowExclusive, window_.menuWindowExclusive);
         capture.i_Type_Screen_Capture = WindowExclusive;
+        chosenWindow_->announce();
         return {};
     }
     return tr("There is no window whose name contains \"%1\" (see --list-windows).").arg(text);
@@ -300,6 +299,7 @@ QString AppDelegate::chooseWindowByText(const QString& text)
 
 void AppDelegate::showCaptureType(QAction* toolbarItem, QAction* menuItem)
 {
+    window_.withdrawMessage(MessageTopic::Window); // of the type that was left
     EnableScreenCaptureModes(true);
     toolbarItem->setEnabled(false);
     menuItem->setEnabled(false);
