@@ -23,6 +23,7 @@
 
 namespace lumavex {
 
+class ChosenWindow;
 class Window_Main;
 
 /// Owns the program's state and carries out its commands. One object, as long as the process; main thread only.
@@ -51,6 +52,9 @@ public:
     void OnMenuQuit() { Terminate_App(); }
     /// What of the command line could not be done, in the user's words; empty when all is well.
     QString launchProblem;
+    /// In the main window and on standard error.
+    void tell(MessageTopic topic, const Message& message);
+    void tell(const QString& text) { tell(MessageTopic::General, {text}); }
     /// The larger of the screen's and the running camera's rate, at least 1.
     std::int32_t nominalRate() const;
     void createRefreshTimers();
@@ -97,8 +101,8 @@ public:
 
     // --- Screen grabber: AppDelegate_ScreenGrabber.cpp ---
     void TimerRefreshVideoRoutine(const TimerFiring& firing);
-    void createMultiWindowShot(const QList<WindowEntry>& windows);
-    void setOutputImage(const Grab& grab);
+    bool createMultiWindowShot(const QList<WindowEntry>& windows); ///< as setOutputImage
+    bool setOutputImage(const Grab& grab);                         ///< whether imgScreenCapture is of this grab
     /// Takes the picture of the screen that the next frame is composed of.
     void grabScreen();
     /// The screen as it goes into the next frame; updates imgScreenCaptureToDraw and rect_Screen_Follow_Cursor.
@@ -199,11 +203,6 @@ private:
     bool isPreviewInSight() const;
     /// Whether the next frame is of use: to a recording, a snapshot or somebody who looks.
     bool isFrameWanted() const;
-    /// In the main window and on standard error.
-    void tell(MessageTopic topic, const Message& message);
-    void tell(const QString& text) { tell(MessageTopic::General, {text}); }
-    /// Tells once that the chosen window is not listed any more, and once that it is listed again.
-    void tellWhetherWindowIsThere(const QString& identifier);
     void fillSizeMenu(class QMenu& menu, std::int64_t offset, std::int64_t checkedIndex, QAction*& checkedItem,
                       void (AppDelegate::*click)(QAction*));
     void check(QAction*& last, QAction* item);
@@ -226,8 +225,8 @@ private:
     void chooseSource(VideoSource primary, Secondary secondary);
     void showCaptureType(QAction* toolbarItem, QAction* menuItem);
     CGSize catalogueSize(std::int64_t index) const;
-    template <class Guide>
-    void runGuide(const char* setting, std::int64_t& value);
+    template <class Guide, class... Extra>
+    void runGuide(const char* setting, std::int64_t& value, Extra&&... extra);
     void runRegionSelector();
     void openPage(const QUrl& address);
     void setUpSourceControls();
@@ -292,6 +291,7 @@ private:
     Window_Main& window_;
     const LaunchOptions options_;
     MoreSettings choices_;
+    std::unique_ptr<ChosenWindow> chosenWindow_;
     CameraDelegate cameraDelegate;
     Compositor compositor_;
     std::vector<RowRange> changedRows_;     ///< of the frame that is appended; here for its memory

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
+#include "app/ChosenWindow.h"
 #include "app/Window_Main.h"
 #include "capture/FollowCursor.h"
 
@@ -29,39 +30,28 @@ void AppDelegate::grabScreen()
         return;
     const std::optional<QString> chosen = exclusive ? capture.sWindowExclusive : std::nullopt;
     if (capture.windowsMinusLumavexSerial != capture.windowsSerial || capture.windowsMinusLumavexChosen != chosen) {
-        if (chosen)
-            tellWhetherWindowIsThere(*chosen);
         capture.arrayWindowsMinusLumavex = windowsToGrab(capture.arrayController, chosen ? &*chosen : nullptr);
+        capture.numberOfWindowExclusive.reset();
+        if (const WindowEntry* entry = chosen ? windowOfIdentifier(capture.arrayController, *chosen) : nullptr)
+            capture.numberOfWindowExclusive = entry->value(kWindowIDKey).toUInt();
         capture.windowsMinusLumavexSerial = capture.windowsSerial;
         capture.windowsMinusLumavexChosen = chosen;
     }
-    createMultiWindowShot(capture.arrayWindowsMinusLumavex);
+    if (exclusive)
+        chosenWindow_->grab();
+    else
+        createMultiWindowShot(capture.arrayWindowsMinusLumavex);
 }
 
-void AppDelegate::tellWhetherWindowIsThere(const QString& identifier)
-{
-    const bool present = windowOfIdentifier(capture.arrayController, identifier) != nullptr;
-    if (!present && capture.sWindowExclusive_Missed != identifier) {
-        capture.sWindowExclusive_Missed = identifier;
-        tell(tr("The window %1 is not on the screen. All other windows are shown until it is back or "
-                "another one is chosen.")
-                 .arg(identifier));
-    } else if (present && capture.sWindowExclusive_Missed) {
-        if (capture.sWindowExclusive_Missed == identifier)
-            tell(tr("The window %1 is back.").arg(identifier));
-        capture.sWindowExclusive_Missed.reset();
-    }
-}
-
-void AppDelegate::createMultiWindowShot(const QList<WindowEntry>& windows)
+bool AppDelegate::createMultiWindowShot(const QList<WindowEntry>& windows)
 {
     const bool composite = capture.i_Type_Screen_Capture == WindowExclusive || capture.b_Lumavex_Invisible_To_Capture;
-    setOutputImage(composite ? platform_.screen->grabWindows(newWindowListFromSelection(windows), capture.imageBounds,
-                                                             capture.imageOptions)
-                             : platform_.screen->grabMainDisplay());
+    return setOutputImage(composite ? platform_.screen->grabWindows(newWindowListFromSelection(windows),
+                                                                    capture.imageBounds, capture.imageOptions)
+                                    : platform_.screen->grabMainDisplay());
 }
 
-void AppDelegate::setOutputImage(const Grab& grab)
+bool AppDelegate::setOutputImage(const Grab& grab)
 {
     if (grab.outcome == GrabOutcome::GiveUp) {
         const QString trouble = platform_.screen->trouble();
@@ -70,11 +60,11 @@ void AppDelegate::setOutputImage(const Grab& grab)
         else if (trouble != screenTrouble_)
             window_.showMessage(trouble);
         screenTrouble_ = trouble;
-        return;
+        return false;
     }
     screenTrouble_.clear();
     if (grab.outcome != GrabOutcome::Success || grab.picture.isNull())
-        return;
+        return false;
     capture.imgScreenCapture = grab.picture;
     capture.serialScreen = grab.serial;
     capture.screenChanges = grab.changes;
@@ -82,6 +72,7 @@ void AppDelegate::setOutputImage(const Grab& grab)
     // A single window is stretched to the screen's size instead.
     if (capture.i_Type_Screen_Capture != WindowExclusive)
         capture.size_Screen = {static_cast<double>(grab.picture.width()), static_cast<double>(grab.picture.height())};
+    return true;
 }
 
 ScreenPicture AppDelegate::prepareScreenPicture()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
+#include "app/ChosenWindow.h"
 #include "app/Window_Main.h"
 #include "capture/Window_FollowCursor_How_It_Works.h"
 #include "capture/Window_Region_How_It_Works.h"
@@ -9,6 +10,8 @@
 
 #include <QAction>
 #include <QWindow>
+
+#include <utility>
 
 namespace lumavex {
 
@@ -205,18 +208,14 @@ void AppDelegate::OnToolbarRegion()
 void AppDelegate::OnToolbarWindowExclusive()
 {
     if (application.b_Show_WindowExclusive_How_To == 1)
-        runGuide<Window_WindowExclusive_How_It_Works>("b_Show_WindowExclusive_How_To",
-                                                      application.b_Show_WindowExclusive_How_To);
+        runGuide<Window_WindowExclusive_How_It_Works>(
+            "b_Show_WindowExclusive_How_To", application.b_Show_WindowExclusive_How_To, chosenWindow_->isHeld(),
+            [this](bool hold) { chosenWindow_->setHeld(hold); });
     capture.i_Type_Screen_Capture = WindowExclusive;
     showCaptureType(window_.toolbarWindowExclusive, window_.menuWindowExclusive);
-    if (capture.sWindowExclusive)
-        return;
-    updateWindowList();
-    // The third window from the front, whosever it is: the first two are the program's own, as a rule.
-    if (capture.arrayController.size() > 2)
-        capture.sWindowExclusive = Return_Window_Identifier_String(capture.arrayController.at(2));
-    else
-        window_.showMessage(tr("Choose a window in the menu Frame, Window."));
+    if (!capture.sWindowExclusive)
+        chooseFirstWindow();
+    chosenWindow_->announce();
 }
 
 void AppDelegate::runRegionSelector()
@@ -226,13 +225,23 @@ void AppDelegate::runRegionSelector()
     windowTransparentRegion.runModal();
 }
 
-template <class Guide>
-void AppDelegate::runGuide(const char* setting, std::int64_t& value)
+void AppDelegate::chooseFirstWindow()
 {
-    Guide guide([this, setting, &value] {
-        value = 0;
-        storeInteger(setting, 0);
-    });
+    updateWindowList();
+    constexpr qsizetype first = 2; // the two in front of it are the program's own, as a rule
+    if (capture.arrayController.size() > first)
+        capture.sWindowExclusive = Return_Window_Identifier_String(capture.arrayController.at(first));
+}
+
+template <class Guide, class... Extra>
+void AppDelegate::runGuide(const char* setting, std::int64_t& value, Extra&&... extra)
+{
+    Guide guide(
+        [this, setting, &value] {
+            value = 0;
+            storeInteger(setting, 0);
+        },
+        std::forward<Extra>(extra)...);
     keepInFront(guide, window_);
     guide.runModal();
 }
@@ -286,6 +295,7 @@ QString AppDelegate::chooseWindowByText(const QString& text)
         capture.sWindowExclusive = identifier;
         showCaptureType(window_.toolbarWindowExclusive, window_.menuWindowExclusive);
         capture.i_Type_Screen_Capture = WindowExclusive;
+        chosenWindow_->announce();
         return {};
     }
     return tr("There is no window whose name contains \"%1\" (see --list-windows).").arg(text);
@@ -293,6 +303,7 @@ QString AppDelegate::chooseWindowByText(const QString& text)
 
 void AppDelegate::showCaptureType(QAction* toolbarItem, QAction* menuItem)
 {
+    window_.withdrawMessage(MessageTopic::Window); // of the type that was left
     EnableScreenCaptureModes(true);
     toolbarItem->setEnabled(false);
     menuItem->setEnabled(false);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
+#include "app/ChosenWindow.h"
 #include "app/LevelMeter.h"
 #include "app/Window_Main.h"
 #include "app/Window_More_Information.h"
@@ -25,6 +26,7 @@ QImage bundleImage(const char* name)
 
 AppDelegate::AppDelegate(Platform& platform, Window_Main& window, const LaunchOptions& options)
     : platform_(platform), window_(window), options_(options), choices_(*platform.moreSettings),
+      chosenWindow_(std::make_unique<ChosenWindow>(*this, *platform.screen, window, choices_)),
       cameraDelegate(*platform.cameras, camera)
 {
     connectCamera();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
+#include "app/ChosenWindow.h"
 #include "app/Window_Main.h"
 
 #include <QAction>
@@ -8,10 +9,6 @@
 #include <QMenu>
 
 namespace lumavex {
-
-namespace {
-constexpr int firstWindowItem = 2; ///< the refresh command and a separator stand before the windows
-}
 
 void AppDelegate::updateWindowList()
 {
@@ -48,6 +45,7 @@ void AppDelegate::FillMenuWindows()
         item->setCheckable(true);
         item->setProperty("tag", QVariant::fromValue<qlonglong>(capture.i_Menu_Windows_Count + firstWindowItem));
         item->setData(identifier);
+        item->setProperty("windowNumber", entry.value(kWindowIDKey));
         connect(item, &QAction::triggered, this, [this, item] { MenuWindowClick(item); });
         if (capture.i_Menu_Windows_Count == 0)
             check(capture.mi_last_Window_Exclusive, item);
@@ -59,6 +57,7 @@ void AppDelegate::MenuWindowClick(QAction* item)
 {
     check(capture.mi_last_Window_Exclusive, item);
     capture.sWindowExclusive = item->data().toString();
+    chosenWindow_->announce();
 }
 
 void AppDelegate::OnMenuRefreshListOfWindows()

@@ -89,6 +89,19 @@ QString applyChoice(const QString& value, std::initializer_list<std::pair<const 
     return translated("must be one of %1").arg(names.join(QStringLiteral(", ")));
 }
 
+/// Finds the value among the words of a choice beside the settings.
+template <class Value>
+QString applyWord(const QString& value, const Choice<Value>& choice, std::optional<Value>& target)
+{
+    QStringList words;
+    for (const char* word : choice.words)
+        words.append(QLatin1String(word));
+    if (!words.contains(value))
+        return translated("must be one of %1").arg(words.join(QStringLiteral(", ")));
+    target = static_cast<Value>(words.indexOf(value));
+    return {};
+}
+
 QString applySource(const QString& value, LaunchOptions& options)
 {
     using Source = LaunchOptions::Source;
@@ -177,6 +190,11 @@ const Option optionTable[] = {
      [](const QString& value, LaunchOptions& options) {
          options.window = value;
          return value.isEmpty() ? translated("must be part of a window's name") : QString();
+     }},
+    {"when-window-goes", "hold|others",
+     QT_TRANSLATE_NOOP("CommandLine", "Hold its last picture then, or show all other windows."),
+     [](const QString& value, LaunchOptions& options) {
+         return applyWord(value, choices::whenWindowGoes, options.whenWindowGoes);
      }},
     {"camera", "NAME", QT_TRANSLATE_NOOP("CommandLine", "The camera of this name."),
      [](const QString& value, LaunchOptions& options) {

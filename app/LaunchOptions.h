@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/MoreSettings.h"
 #include "platform/Geometry.h"
 
 #include <QString>
@@ -37,8 +38,9 @@ struct LaunchOptions {
         int height = 0;
     };
     std::optional<Rectangle> region;
-    std::optional<CGSize> follow;           ///< size of the rectangle that follows the cursor
-    QString window;                         ///< part of the name of the window to capture
+    std::optional<CGSize> follow; ///< size of the rectangle that follows the cursor
+    QString window;               ///< part of the name of the window to capture
+    std::optional<WhenWindowGoes> whenWindowGoes;
     QString camera;                         ///< name of the camera
     std::optional<std::int64_t> cameraSize; ///< resolution code 0 to 7
 

@@ -13,6 +13,7 @@
 #include <QShortcut>
 #include <QTimer>
 #include <QToolButton>
+#include <QWindow>
 
 namespace lumavex {
 
@@ -89,13 +90,14 @@ void Window_Main::setLevel(Level level)
     const bool floating = level == Level::Floating;
     if (windowFlags().testFlag(Qt::WindowStaysOnTopHint) == floating)
         return;
-    const bool visible = isVisible();
-    const QPoint place = pos();
-    setWindowFlag(Qt::WindowStaysOnTopHint, floating);
-    if (visible) {
-        move(place);
-        show();
+    if (!windowHandle()) {
+        setWindowFlag(Qt::WindowStaysOnTopHint, floating);
+        return;
     }
+    // The native window asks the window manager for its new state. Setting the widget's flag would replace the native
+    // window, and the windows that stay in front of the old one would lose their place.
+    overrideWindowFlags(windowFlags().setFlag(Qt::WindowStaysOnTopHint, floating));
+    windowHandle()->setFlag(Qt::WindowStaysOnTopHint, floating);
 }
 
 void Window_Main::showMessage(MessageTopic topic, const Message& message)

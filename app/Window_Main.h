@@ -29,7 +29,7 @@ public:
     /// What will be recorded.
     RecordingSummary* summary = nullptr;
 
-    /// Floating windows stay above those of other applications. A visible window keeps its place.
+    /// Floating windows stay above those of other applications. A window that exists stays the same native window.
     enum class Level { Normal, Floating };
     void setLevel(Level level);
 

@@ -64,4 +64,16 @@ std::unique_ptr<LayeredUserDefaults> layeredSettings(UserDefaults& stored, const
     return layer;
 }
 
+std::unique_ptr<LayeredUserDefaults> layeredChoices(UserDefaults& stored, const LaunchOptions& options)
+{
+    auto layer = std::make_unique<LayeredUserDefaults>(stored);
+    const auto lay = [&layer]<class Value>(const Choice<Value>& choice, const std::optional<Value>& value) {
+        if (value)
+            layer->lay(QLatin1String(choice.words[static_cast<std::size_t>(*value)]), QLatin1String(choice.key));
+    };
+    lay(choices::whenWindowGoes, options.whenWindowGoes);
+    layer->startingIsOver(); // no first run writes choices
+    return layer;
+}
+
 } // namespace lumavex

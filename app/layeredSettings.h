@@ -14,4 +14,7 @@ namespace lumavex {
 std::unique_ptr<LayeredUserDefaults> layeredSettings(UserDefaults& stored, const LaunchOptions& options,
                                                      CameraSource& cameras);
 
+/// The stored choices beside the settings, with those of the command line laid over them in the same way.
+std::unique_ptr<LayeredUserDefaults> layeredChoices(UserDefaults& stored, const LaunchOptions& options);
+
 } // namespace lumavex

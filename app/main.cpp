@@ -72,6 +72,8 @@ int run(const LaunchOptions& options, Platform& platform, SingleInstance& instan
     auto layered = layeredSettings(*stored, options, *platform.cameras);
     LayeredUserDefaults& settings = *layered;
     platform.userDefaults = std::move(layered);
+    const std::unique_ptr<UserDefaults> storedChoices = std::move(platform.moreSettings);
+    platform.moreSettings = layeredChoices(*storedChoices, options);
 
     Window_Main window;
     AppDelegate app(platform, window, options);

@@ -58,13 +58,14 @@ struct CaptureState {
     std::uint64_t windowsSerial = 0;             ///< the screen's, of arrayController; 0 before the first
     QList<WindowEntry> arrayWindowsMinusLumavex; ///< the windows to grab at this tick
     std::uint64_t windowsMinusLumavexSerial = 0; ///< what arrayWindowsMinusLumavex was chosen from, by windowsSerial
-    std::optional<QString> windowsMinusLumavexChosen; ///< and the chosen window then; nothing: no exclusive capture
+    std::optional<QString> windowsMinusLumavexChosen;     ///< and the chosen window then; nothing: no exclusive capture
+    std::optional<std::uint32_t> numberOfWindowExclusive; ///< of the chosen window, when it is listed among them
     std::unique_ptr<WindowListApplierData> windowListData; ///< of the latest enumeration; holds arrayController's list
     bool b_Refresh_Menu_Windows = false;                   ///< rebuild the window menu at the next enumeration
     std::int64_t i_Menu_Windows_Count = 0;                 ///< window items now in the menu
     QAction* mi_last_Window_Exclusive = nullptr;
     std::optional<QString> sWindowExclusive;        ///< identifier of the chosen window
-    std::optional<QString> sWindowExclusive_Missed; ///< the chosen window that the user was told is not listed
+    std::optional<QString> sWindowExclusive_Missed; ///< the chosen window that the user was told has gone
 
     std::vector<FrameDimension> arrayScreenPointSquare; ///< the region selector's five handles
 };

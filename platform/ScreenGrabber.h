@@ -45,6 +45,12 @@ enum WindowImageOptions : std::uint32_t {
 inline constexpr CGRect infiniteRect{-std::numeric_limits<double>::max() / 2, -std::numeric_limits<double>::max() / 2,
                                      std::numeric_limits<double>::max(), std::numeric_limits<double>::max()};
 
+/// A window as the user knows it.
+struct WindowLook {
+    QString title; ///< empty when it has none
+    QImage icon;   ///< Format_ARGB32; null when it has none
+};
+
 enum class GrabOutcome {
     Success, ///< `picture` is the current one
     Retry,   ///< nothing this time (a window vanished meanwhile, the screen is changing its size); ask again
@@ -106,6 +112,14 @@ public:
     /// The windows front to back, override-redirect ones included; the desktop background is the last one, named
     /// "Desktop", with the bounds of the main display. `listOptions` are WindowListOptions.
     virtual std::vector<WindowDescription> windowDescriptions(std::uint32_t listOptions) = 0;
+
+    /// The looks of windows of windowDescriptions, in the same order. An icon is the smallest that is at least
+    /// `iconSize` pixels high among those that the window offers, else the largest. Windows that have gone have none.
+    virtual std::vector<WindowLook> looksOf(const std::vector<std::uint32_t>& windows, int iconSize) = 0;
+
+    /// Whether the application's own part of the window is on the screen now. False for a window that was closed,
+    /// minimised or left on another desktop, at once: its frame may be seen for longer.
+    virtual bool showsContents(std::uint32_t window) = 0;
 };
 
 } // namespace lumavex

@@ -108,12 +108,10 @@ Grab FakeScreenGrabber::compose(const std::vector<std::uint32_t>& frontToBack, c
     std::vector<const Window*> layers;
     QRect canvas;
     for (const std::uint32_t number : frontToBack) {
-        const auto window = std::find_if(windows_.begin(), windows_.end(), [&](const Window& candidate) {
-            return candidate.description.number == number;
-        });
-        if (window == windows_.end())
+        const Window* const window = windowOf(number);
+        if (!window)
             continue;
-        layers.push_back(&*window);
+        layers.push_back(window);
         canvas |= boundsOf(window->description);
     }
     if (desktop)
@@ -150,6 +148,30 @@ std::vector<WindowDescription> FakeScreenGrabber::windowDescriptions(std::uint32
     desktop.layer = -20;
     descriptions.push_back(desktop);
     return descriptions;
+}
+
+std::vector<WindowLook> FakeScreenGrabber::looksOf(const std::vector<std::uint32_t>& windows, int)
+{
+    std::vector<WindowLook> looks;
+    for (const std::uint32_t number : windows) {
+        const Window* const window = windowOf(number);
+        looks.push_back(window ? window->look : WindowLook{});
+    }
+    return looks;
+}
+
+bool FakeScreenGrabber::showsContents(std::uint32_t number)
+{
+    const Window* const window = windowOf(number);
+    return window ? window->showsContents : number == kDesktopNumber;
+}
+
+const FakeScreenGrabber::Window* FakeScreenGrabber::windowOf(std::uint32_t number) const
+{
+    const auto window = std::find_if(windows_.begin(), windows_.end(), [number](const Window& candidate) {
+        return candidate.description.number == number;
+    });
+    return window == windows_.end() ? nullptr : &*window;
 }
 
 } // namespace lumavex

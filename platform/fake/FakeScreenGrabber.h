@@ -14,6 +14,8 @@ public:
     struct Window {
         WindowDescription description; ///< its width and height are those of `picture`
         QImage picture;
+        WindowLook look = {};
+        bool showsContents = true;
     };
 
     /// What the main display shows, its size included. `windows` are not drawn into it. Grabs tell the
@@ -43,6 +45,8 @@ public:
     CGPoint mouseLocation() override { return mouseLocation_; }
     std::uint64_t windowsSerial() override { return windowsSerial_; }
     std::vector<WindowDescription> windowDescriptions(std::uint32_t listOptions) override;
+    std::vector<WindowLook> looksOf(const std::vector<std::uint32_t>& windows, int iconSize) override;
+    bool showsContents(std::uint32_t window) override;
 
     static constexpr std::uint32_t kDesktopNumber = 1;
 
@@ -51,6 +55,7 @@ private:
     void noteChange(ChangeHistory& history, const QImage& before, const QImage& now);
     Grab compose(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
                  std::uint32_t imageOptions) const;
+    const Window* windowOf(std::uint32_t number) const;
 
     QString trouble_;
     QImage screen_;

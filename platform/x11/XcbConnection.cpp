@@ -18,6 +18,8 @@ namespace {
 
 constexpr std::array<const char*, static_cast<std::size_t>(Atom::Count)> kAtomNames = {
     "WM_STATE",
+    "_NET_WM_ICON",
+    "_NET_WM_NAME",
     "_NET_WM_PID",
     "_NET_WM_STATE",
     "_NET_WM_STATE_ABOVE",

@@ -14,6 +14,8 @@ namespace lumavex {
 /// The atoms this backend uses; their texts stand in XcbConnection.cpp in the same order.
 enum class Atom {
     WM_STATE,
+    NET_WM_ICON,
+    NET_WM_NAME,
     NET_WM_PID,
     NET_WM_STATE,
     NET_WM_STATE_ABOVE,

@@ -7,6 +7,7 @@
 #include "platform/x11/PixelLayout.h"
 #include "platform/x11/SharedImagePool.h"
 #include "platform/x11/WindowComposite.h"
+#include "platform/x11/WindowLooks.h"
 #include "platform/x11/WindowTree.h"
 #include "platform/x11/XcbConnection.h"
 
@@ -41,6 +42,8 @@ public:
     CGPoint mouseLocation() override;
     std::uint64_t windowsSerial() override;
     std::vector<WindowDescription> windowDescriptions(std::uint32_t listOptions) override;
+    std::vector<WindowLook> looksOf(const std::vector<std::uint32_t>& windows, int iconSize) override;
+    bool showsContents(std::uint32_t window) override;
 
 private:
     /// What works on a screen that can be recorded.
@@ -226,6 +229,21 @@ std::vector<WindowDescription> XcbScreenGrabber::windowDescriptions(std::uint32_
     desktop.layer = kLayerBackground;
     descriptions.push_back(desktop);
     return descriptions;
+}
+
+std::vector<WindowLook> XcbScreenGrabber::looksOf(const std::vector<std::uint32_t>& windows, int iconSize)
+{
+    return usable() ? looksOfWindows(connection_, windows, iconSize) : std::vector<WindowLook>(windows.size());
+}
+
+bool XcbScreenGrabber::showsContents(std::uint32_t window)
+{
+    if (!usable())
+        return false;
+    xcb_connection_t* const c = connection_.get();
+    const XcbOwned<xcb_get_window_attributes_reply_t> attributes(
+        xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, window), nullptr));
+    return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
 }
 
 } // namespace

@@ -5,7 +5,7 @@
 import time
 import unittest
 
-from lumavex_e2e import PREVIEW, Gui, Lumavex, Movie, output_of, place_of, press, wait_for
+from lumavex_e2e import PREVIEW, Gui, Lumavex, Movie, output_of, press, wait_for
 from pictures import SCREEN, Coded, PictureWindow, plain, stages_of, stretched
 from unattended import UnattendedTest
 
@@ -72,6 +72,26 @@ class WindowTest(UnattendedTest):
         # Between them stands the title bar alone, as the window manager lets it fly to where windows are minimised.
         self.assertEqual([each for each in seen if isinstance(each, int)], [0, 1, 2, 3])
 
+    def test_its_last_picture_is_held_while_it_is_gone_when_that_is_asked_for(self):
+        window = self.chosen_window()
+        frame = window.frame()
+        program, file = self.begin_recording("--window", "chosen", "--when-window-goes", "hold")
+        held = f"The window {self.identifier(window)} is not on the screen. Its last picture is held"
+        output_of("xdotool", "windowminimize", window.window)
+        wait_for("the note", lambda: program.stderr.count(held) == 1)
+        time.sleep(2 * HOLD)
+        output_of("xdotool", "windowmap", window.window)
+        wait_for("the second note", lambda: program.stderr.count(f"The window {self.identifier(window)} is back.") == 1)
+        time.sleep(HOLD)
+        window.kill()
+        wait_for("the note once more", lambda: program.stderr.count(held) == 2)
+        time.sleep(HOLD)
+        self.end_recording(program)
+        stages = [(self.picture, stretched(400, 300, *frame)), (self.backdrop, stretched(*SCREEN))]
+        seen = stages_of(Movie(file), stages, WITHIN_A_PIXEL)
+        self.assertEqual({each for each in seen if isinstance(each, int)}, {0}, seen)
+        self.assertEqual(seen[-1], 0)
+
     def test_window_is_chosen_in_the_menu_while_recording(self):
         window = self.chosen_window()
         frame = window.frame()
@@ -93,10 +113,8 @@ class WindowTest(UnattendedTest):
         press("Up", "Right", *["Down"] * (names.index(self.identifier(window)) + 1))
         press("Return")
         time.sleep(2 * HOLD)
-        height = place_of(gui.main).height
         window.kill()
-        wait_for("the note in the window", lambda: place_of(gui.main).height > height + 10)
-        self.assertEqual(gui.stderr.count(f"The window {self.identifier(window)} is not on the screen."), 1)
+        wait_for("the note", lambda: gui.stderr.count(f"The window {self.identifier(window)} is not on the screen.") == 1)
         time.sleep(HOLD)
         gui.key("ctrl+s")
         gui.save_as(home.videos / "movie.mov")

@@ -90,9 +90,13 @@ void makeTexts(const QString& root)
     line.add(QStringLiteral("region"),
              "--region=100,50,640,480\n--type\nregion\n--source\nboth-camera\n--overwrite\n--ignore-load");
     line.add(QStringLiteral("follow"), "--follow\n640x480\n--camera\nName\n--camera-size=7\n--hide-own-windows");
-    line.add(QStringLiteral("window"), "--type=window\n--window\nEditor");
+    line.add(QStringLiteral("window"), "--type=window\n--window\nEditor\n--when-window-goes=hold");
     line.add(QStringLiteral("lists"), "--list-cameras\n--list-windows\n--list-sizes");
     line.add(QStringLiteral("help"), "--help");
+
+    const SeedFolder icons(root, "window_icon");
+    const std::uint32_t two[] = {2, 1, 0xff102030, 0x80405060, 1, 3, 1, 2, 3, 1000, 1000, 7};
+    icons.add(QStringLiteral("two"), '\x02' + QByteArray(reinterpret_cast<const char*>(two), sizeof two));
 
     const SeedFolder settings(root, "settings");
     settings.add(QStringLiteral("ordinary"),

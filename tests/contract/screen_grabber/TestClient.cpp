@@ -141,6 +141,16 @@ void TestClient::setAtoms(xcb_window_t window, const char* property, const char*
     change(window, atom(property), XCB_ATOM_ATOM, 32, 1, atoms);
 }
 
+void TestClient::setText(xcb_window_t window, const char* property, const char* type, const QByteArray& text)
+{
+    change(window, atom(property), atom(type), 8, static_cast<std::uint32_t>(text.size()), text.constData());
+}
+
+void TestClient::setNumbers(xcb_window_t window, const char* property, const std::vector<std::uint32_t>& numbers)
+{
+    change(window, atom(property), XCB_ATOM_CARDINAL, 32, static_cast<std::uint32_t>(numbers.size()), numbers.data());
+}
+
 void TestClient::leaveWallpaper(QRgb color)
 {
     const xcb_pixmap_t pixmap = xcb_generate_id(connection_);

@@ -7,6 +7,8 @@
 
 #include <xcb/xcb.h>
 
+#include <vector>
+
 namespace lumavex::test {
 
 /// Another program on the screen of $DISPLAY. Every call has been carried out by the server when it returns.
@@ -32,6 +34,8 @@ public:
     void setClass(xcb_window_t window, const QByteArray& instanceAndClass);
     void setPid(xcb_window_t window, std::uint32_t pid);
     void setAtoms(xcb_window_t window, const char* property, const char* value);
+    void setText(xcb_window_t window, const char* property, const char* type, const QByteArray& text);
+    void setNumbers(xcb_window_t window, const char* property, const std::vector<std::uint32_t>& numbers);
     /// Leaves a one-coloured wallpaper of the root's size for others, as setters of wallpapers do.
     void leaveWallpaper(QRgb color);
     void movePointer(int x, int y);

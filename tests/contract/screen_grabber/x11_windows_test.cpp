@@ -60,13 +60,16 @@ TEST_F(X11Windows, UnmappedWindowIsRetriedAndComesBack)
 {
     const auto window = client.show({10, 10, 60, 40}, kRed);
     ASSERT_TRUE(shows({window}, 0, 0, kRed));
+    EXPECT_TRUE(grabber->showsContents(window));
     client.unmap(window);
+    EXPECT_FALSE(grabber->showsContents(window));
     EXPECT_EQ(grabber->grabWindows({window}).outcome, GrabOutcome::Retry);
     EXPECT_FALSE(describe(window)->shared);
     client.map(window);
     client.fill(window, {0, 0, 60, 40}, kGreen);
     EXPECT_TRUE(shows({window}, 5, 5, kGreen)) << "the picture of before the unmapping is still shown";
     client.destroy(window);
+    EXPECT_FALSE(grabber->showsContents(window));
     EXPECT_EQ(grabber->grabWindows({window}).outcome, GrabOutcome::Retry);
     EXPECT_FALSE(describe(window));
     EXPECT_EQ(grabber->trouble(), QString());
@@ -121,6 +124,25 @@ TEST_F(X11Windows, NamesOwnersAndLayers)
     EXPECT_LT(describe(classless)->layer, 0);
     other.setAtoms(classless, "_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_DOCK");
     EXPECT_GT(describe(classless)->layer, 0);
+}
+
+TEST_F(X11Windows, LooksAreTheWindowsOwnTitleAndTheIconOfTheWantedSize)
+{
+    const auto plain = client.show({0, 0, 50, 50}, kRed);
+    const auto dressed = client.show({50, 0, 50, 50}, kRed);
+    client.setText(dressed, "WM_NAME", "STRING", "old");
+    EXPECT_EQ(grabber->looksOf({dressed}, 16).at(0).title, QStringLiteral("old"));
+    client.setText(dressed, "_NET_WM_NAME", "UTF8_STRING", "\xc3\x84 title");
+    // Two icons, and a third of which most is missing.
+    client.setNumbers(dressed, "_NET_WM_ICON", {1, 2, kRed, kGreen, 1, 1, kBlue, 90, 90, kRed});
+    const auto looks = grabber->looksOf({plain, dressed, 0xdead}, 1);
+    ASSERT_EQ(looks.size(), 3U);
+    EXPECT_EQ(looks[0].title, QString());
+    EXPECT_TRUE(looks[0].icon.isNull());
+    EXPECT_EQ(looks[1].title, QString::fromUtf8("\xc3\x84 title"));
+    EXPECT_EQ(looks[1].icon.size(), QSize(1, 1));
+    EXPECT_EQ(looks[1].icon.pixel(0, 0), kBlue);
+    EXPECT_EQ(grabber->looksOf({dressed}, 3).at(0).icon.pixel(0, 1), kGreen) << "the largest there is";
 }
 
 TEST_F(X11Windows, OrderFollowsRaising)

@@ -10,6 +10,7 @@
 #include <QPushButton>
 #include <QSlider>
 #include <QTimer>
+#include <QWindow>
 
 using namespace lumavex;
 using namespace std::chrono_literals;
@@ -57,6 +58,7 @@ TEST_F(Settings, OkStoresInOrderAndIsFoundAtTheNextStart)
 {
     ASSERT_TRUE(start(Camera::None));
     window->resize(500, 100);
+    const WId nativeWindow = window->winId();
     change([this] {
         store->written.clear();
         control<QCheckBox>("checkOnTopOtherWindows").setChecked(false);
@@ -83,6 +85,8 @@ TEST_F(Settings, OkStoresInOrderAndIsFoundAtTheNextStart)
     EXPECT_EQ(store->written, expected);
     EXPECT_EQ(rate(), 24);
     EXPECT_FALSE(window->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+    EXPECT_FALSE(window->windowHandle()->flags().testFlag(Qt::WindowStaysOnTopHint));
+    EXPECT_EQ(window->winId(), nativeWindow) << "the windows in front of it would be left behind";
     EXPECT_TRUE(app->compose.bOverlay);
     EXPECT_EQ(app->compose.i_Position_Overlay, 4);
     EXPECT_EQ(app->compose.i_Size_Overlay, 12);

@@ -48,6 +48,9 @@ TEST(SettingsTable, OnlyTheDefaultingRuleWritesAndTheLayerIsNeverStored)
     layer.lay(QStringLiteral("5"), settingKey("c"));
     layer.setObject_forKey(QStringLiteral("1"), settingKey("c"));
     EXPECT_EQ(store.texts.value(settingKey("c")), QStringLiteral("1")) << "a first run stores all its defaults";
+    layer.startingIsOver();
+    layer.setObject_forKey(QStringLiteral("6"), settingKey("c"));
+    EXPECT_EQ(readInteger(layer, "c", ReadRule::Plain), 6) << "what the user chooses holds";
 }
 
 TEST(CommandLine, OptionsInBothFormsAndMistakesInTheUsersWords)
@@ -56,7 +59,8 @@ TEST(CommandLine, OptionsInBothFormsAndMistakesInTheUsersWords)
     for (const char* right :
          {"--record 2.5 --output=a.mov --fps 25 --size 1280x720 --sound no --cursor=yes --overwrite --ignore-load",
           "--overlay a.tif --overlay-position 0 --overlay-size 1638 --secondary-position 8 --secondary-size 4 "
-          "--source both --saturation 0 --brightness -2.5 --contrast 20 --snapshot a.PNG"})
+          "--source both --saturation 0 --brightness -2.5 --contrast 20 --snapshot a.PNG",
+          "--when-window-goes hold", "--record 1 --output a --window a --when-window-goes=others"})
         EXPECT_FALSE(parse(QLatin1String(right)).exitStatus.has_value()) << right;
 
     const QString wrongOnes = QStringLiteral(
@@ -70,7 +74,8 @@ TEST(CommandLine, OptionsInBothFormsAndMistakesInTheUsersWords)
         "--overlay a.png --overlay-size 1639|--secondary-size 5|--secondary-size 1 --source camera|"
         "--secondary-position 1 --source screen|--saturation -1|--saturation nan|--brightness 10.1|--contrast 21|"
         "--contrast 5 --source screen|--snapshot a.jpg|--snapshot a.png --record 1 --output a|"
-        "--snapshot a.png --output a|--snapshot a.png --type region");
+        "--snapshot a.png --output a|--snapshot a.png --type region|"
+        "--when-window-goes vanish|--when-window-goes hold --region 1,2,3,4|--when-window-goes hold --snapshot a.png");
     for (const QString& wrong : wrongOnes.split(u'|')) {
         const CommandLine result = parse(wrong);
         EXPECT_EQ(result.exitStatus, 2) << wrong.toStdString();
