@@ -264,8 +264,8 @@ private:
     void beginProgress();
     void setProgress(float percentage);
     void endProgress();
-    QString beginFinishing(Nanoseconds stoppedAt);
-    QString finishWriter(Nanoseconds stoppedAt);
+    QString beginFinishing(Nanoseconds heardUntil);
+    QString finishWriter(Nanoseconds heardUntil);
     QString noteLengths();
     EncoderJob joiningJob() const;
     std::optional<std::chrono::seconds> patience() const;

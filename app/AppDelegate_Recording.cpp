@@ -65,12 +65,14 @@ bool AppDelegate::startWriter()
 
     recording.i_Actual_FPS_while_Recording = recording.i_fps_of_Recording;
     recording.m_Current_Video_Frame = CMTimeMake(1, std::max(recording.i_fps_of_Recording, 30));
+    recording.firstVideoFrame = recording.m_Current_Video_Frame;
     recording.size_Movie = compose.size_Video_Output;
 
     recording.soundRecorder.reset();
     recording.writerReadiness.reset();
-    recording.assetWriter = platform_.createMovieWriter(recording.s_Video_File_Source,
-                                                        {recording.size_Movie.width, recording.size_Movie.height});
+    recording.assetWriter = platform_.createMovieWriter(
+        recording.s_Video_File_Source,
+        {recording.size_Movie.width, recording.size_Movie.height, recording.i_fps_of_Recording});
     recording.assetInput = &recording.assetWriter->input();
     recording.assetInputAdaptor = &recording.assetWriter->adaptor();
     recording.writerReadiness = std::make_unique<WriterReadiness>(*recording.assetWriter);
@@ -84,8 +86,8 @@ void AppDelegate::startRecording()
 {
     if (recording.b_Record_Include_Audio == 1)
         makeSoundRecorder(); // before the origin: its library may have to come from the disk first
-    // Grab, frame, tick and sound share one origin: what is seen and heard at origin + t stands at t in the movie,
-    // whatever the phase of the timers was before.
+    // Grab, frame, tick and sound share one origin, whatever the phase of the timers was before: the frame of the time
+    // t shows what is seen at origin + t. The movie begins with its first frame, and so does the sound.
     RunLoop& runLoop = *platform_.runLoop;
     const Nanoseconds origin = runLoop.now();
     recording.notBefore = origin;
@@ -97,14 +99,14 @@ void AppDelegate::startRecording()
     compose.lastAppended.reset();
     beginStatistics();
 
-    if (recording.b_Record_Include_Audio == 1)
-        recording.soundRecorder->record(origin);
     for (const TimerId timer : {application.timerVideoRefresh, compose.timerViewRefresh}) {
         if (recording.i_fps_of_Recording >= 30)
             runLoop.restart(timer, origin); // the first frame's time is one interval
         else
             runLoop.setNextDeadline(timer, origin + Nanoseconds(std::chrono::seconds(1)) / 30);
     }
+    if (recording.soundRecorder)
+        recording.soundRecorder->record(runLoop.nextDeadline(compose.timerViewRefresh));
     runLoop.restart(compose.timerdebug1Second, origin);
     startDurationTimer(origin + std::chrono::seconds(1));
 
@@ -118,8 +120,8 @@ void AppDelegate::resumeRecording()
     RunLoop& runLoop = *platform_.runLoop;
     const Nanoseconds now = runLoop.now();
     recording.notBefore = now;
-    if (recording.soundRecorder)
-        recording.soundRecorder->record(now);
+    if (recording.soundRecorder) // paused before the first frame, it still begins with that
+        recording.soundRecorder->record(recording.i_Frames_Appended > 0 ? now : now + recording.viewRemainder);
     runLoop.setNextDeadline(application.timerVideoRefresh, now + recording.grabRemainder);
     runLoop.setNextDeadline(compose.timerViewRefresh, now + recording.viewRemainder);
     runLoop.setNextDeadline(compose.timerdebug1Second, now + recording.secondRemainder);

@@ -213,8 +213,12 @@ void AppDelegate::OnToolbarWindowExclusive()
             [this](bool hold) { chosenWindow_->setHeld(hold); });
     capture.i_Type_Screen_Capture = WindowExclusive;
     showCaptureType(window_.toolbarWindowExclusive, window_.menuWindowExclusive);
-    if (!capture.sWindowExclusive)
-        chooseFirstWindow();
+    if (!capture.sWindowExclusive) {
+        updateWindowList();
+        constexpr qsizetype first = 2; // the two in front of it are the program's own, as a rule
+        if (capture.arrayController.size() > first)
+            capture.sWindowExclusive = Return_Window_Identifier_String(capture.arrayController.at(first));
+    }
     chosenWindow_->announce();
 }
 
@@ -223,14 +227,6 @@ void AppDelegate::runRegionSelector()
     Window_Transparent_Region windowTransparentRegion(capture, *platform_.overlay);
     keepInFront(windowTransparentRegion, window_);
     windowTransparentRegion.runModal();
-}
-
-void AppDelegate::chooseFirstWindow()
-{
-    updateWindowList();
-    constexpr qsizetype first = 2; // the two in front of it are the program's own, as a rule
-    if (capture.arrayController.size() > first)
-        capture.sWindowExclusive = Return_Window_Identifier_String(capture.arrayController.at(first));
 }
 
 template <class Guide, class... Extra>

@@ -11,18 +11,19 @@ QString AppDelegate::openStatistics()
 RecordingStatistics AppDelegate::statistics() const
 {
     RecordingStatistics now;
-    now.time = CMTimeGetSeconds(recording.m_Current_Video_Frame);
+    now.time = recording.movieSeconds();
     now.frames = recording.frameCounts;
     now.movie = recording.assetWriter->statistics();
     now.processor = processorTimeOfProcess();
     if (recording.soundRecorder && !recording.stopping) { // at the end no next frame is due
-        // The sound file holds what is heard while recording, to the sample, so its time when the next frame is due
-        // is the time recorded until then.
+        // The sound file holds what is heard while recording, to the sample, so the sound's time when the next frame is
+        // due is the time recorded until then.
         const Nanoseconds sinceResumed =
             recording.m_RecordStatus == Paused
                 ? recording.viewRemainder
                 : platform_.runLoop->nextDeadline(compose.timerViewRefresh) - recording.notBefore;
-        now.skew = now.time - std::chrono::duration<double>(recording.recordedBefore + sinceResumed).count();
+        now.skew = CMTimeGetSeconds(recording.m_Current_Video_Frame)
+                   - std::chrono::duration<double>(recording.recordedBefore + sinceResumed).count();
     }
     return now;
 }

@@ -127,8 +127,9 @@ void UnattendedRun::record()
         return;
     const TimerId stop =
         runLoop_.scheduleOnce({1, 1}, [this](const TimerFiring& firing) { app_.stopRecording(firing.deadline); });
+    // The movie begins with its first frame, and its length is counted from there.
     runLoop_.setNextDeadline(
-        stop, app_.recording.notBefore
+        stop, runLoop_.nextDeadline(app_.compose.timerViewRefresh)
                   + std::chrono::duration_cast<Nanoseconds>(std::chrono::duration<double>(*options_.recordSeconds)));
     if (terminal_)
         progressTimer_ = runLoop_.scheduleRepeating({1, 4}, RunLoopMode::Common, TimerOrder::Other,
@@ -152,7 +153,7 @@ void UnattendedRun::showProgress()
     if (app_.recording.m_RecordStatus != Recording)
         return;
     const QString line = tr("Recording %1 s of %2 s, ends early with Ctrl+C")
-                             .arg(CMTimeGetSeconds(app_.recording.m_Current_Video_Frame), 0, 'f', 1)
+                             .arg(app_.recording.movieSeconds(), 0, 'f', 1)
                              .arg(*options_.recordSeconds, 0, 'f', 1);
     std::fprintf(stderr, "%s%s", eraseLine, qUtf8Printable(line));
 }

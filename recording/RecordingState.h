@@ -48,6 +48,7 @@ struct RecordingState {
     std::int64_t i_debug_number_of_view_refresh = 0; ///< frames appended since the last one-second tick
     std::int64_t i_Frames_Appended = 0;              ///< of this recording, repeated ones among them
     CMTime m_Current_Video_Frame;                    ///< time of the next frame
+    CMTime firstVideoFrame;                          ///< time of the first one, where the movie begins
     CGSize size_Movie;                               ///< what the writer was made for, whatever the output size is now
     Nanoseconds notBefore{0};      ///< refreshes that were due earlier belong to the time before Record or Resume
     Nanoseconds recordedBefore{0}; ///< recorded time up to the latest Pause
@@ -81,6 +82,9 @@ struct RecordingState {
     std::shared_future<MovieWriter::Result> writerResult; ///< valid from Stop to the next Record
     std::shared_future<MoveResult> moveResult;            ///< of s_Saved_File; valid from saving to the next Record
     RecordedLengths lengths;                              ///< what the saved movie is held against; from Stop on
+
+    /// The movie's length so far.
+    double movieSeconds() const { return CMTimeGetSeconds(CMTimeSubtract(m_Current_Video_Frame, firstVideoFrame)); }
 };
 
 } // namespace lumavex

@@ -27,7 +27,7 @@ ProcessorTime processorTimeOfProcess();
 
 /// The state of a recording at one moment; counts are since Record.
 struct RecordingStatistics {
-    double time = 0; ///< presentation time of the next frame, in seconds
+    double time = 0; ///< the movie's length so far, in seconds
     FrameCounts frames;
     MovieWriterStatistics movie;
     ProcessorTime processor;

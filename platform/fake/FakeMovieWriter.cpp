@@ -113,6 +113,12 @@ CMTime FakeMovie::end() const
     return end_;
 }
 
+double FakeMovie::seconds() const
+{
+    const std::lock_guard lock(mutex_);
+    return appends_.empty() ? 0 : CMTimeGetSeconds(CMTimeSubtract(end_, appends_.front().time));
+}
+
 QString FakeMovie::start(const QString& path, const MovieWriterSettings& settings)
 {
     const std::lock_guard lock(mutex_);

@@ -41,7 +41,8 @@ public:
     MovieWriterSettings settings() const;
     std::vector<Append> appends() const; ///< accepted ones
     bool finishRequested() const;
-    CMTime end() const; ///< as given to finishWriting
+    CMTime end() const;     ///< as given to finishWriting
+    double seconds() const; ///< from the first frame to that end
 
     // The writer's side.
     QString start(const QString& path, const MovieWriterSettings& settings);

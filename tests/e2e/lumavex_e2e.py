@@ -447,8 +447,7 @@ def takes_of(movie):
     codes, _ = movie.scene_times()
     assert len(times) == len(codes), f"{len(times)} packets, {len(codes)} frames"
     assert not numpy.isnan(codes[1:]).any(), f"frames {numpy.flatnonzero(numpy.isnan(codes))} are illegible"
-    # The first frame shows the moment of the second one's predecessor but lasts from 0 on.
-    times, codes = times[1:], codes[1:]
+    times, codes = times[1:], codes[1:]  # the first frame is taken while everything starts, and may be late
     cuts = numpy.flatnonzero(numpy.diff(codes) - numpy.diff(times) > 1) + 1
     takes = [Take(*both) for both in zip(numpy.split(times, cuts), numpy.split(codes, cuts), strict=True)]
     cycle = DISTINCT_BEATS * BEAT
@@ -513,12 +512,20 @@ class EndToEndTest(unittest.TestCase):
         self.assertEqual(home.working_files(), [])
         return kept
 
-    def assert_movie(self, movie, seconds=None, tolerance=0.25):
+    def assert_rate(self, movie, rate=30):
+        """The picture starts at once and is of exactly the rate asked for, since editors make projects of that rate."""
+        video = movie.stream("video")
+        self.assertEqual([video["avg_frame_rate"], video["r_frame_rate"]], [f"{rate}/1"] * 2)
+        self.assertEqual(float(video["start_time"]), 0)
+        self.assertAlmostEqual(float(video["duration"]), int(video["nb_frames"]) / rate, delta=2e-6)
+
+    def assert_movie(self, movie, seconds=None, tolerance=0.25, rate=30):
         """One picture and one sound stream that decode without a complaint and agree in length within a frame."""
         self.assertEqual(sorted(each["codec_name"] for each in movie.streams()), ["mjpeg", "pcm_s16le"])
         audio = movie.stream("audio")
         self.assertEqual((audio["sample_rate"], audio["channels"]), ("44100", 2))
         self.assertEqual(movie.errors(), "")
-        self.assertLess(abs(movie.picture_seconds() - movie.sound_seconds()), FRAME)
+        self.assert_rate(movie, rate)
+        self.assertLess(abs(movie.picture_seconds() - movie.sound_seconds()), 1 / rate)
         if seconds is not None:
             self.assertAlmostEqual(movie.picture_seconds(), seconds, delta=tolerance)

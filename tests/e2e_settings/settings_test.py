@@ -166,8 +166,7 @@ class SettingsTest(EndToEndTest):
         gui.save_as(path)
         gui.close_alert()
         movie = Movie(path)
-        times = movie.frame_times()
-        self.assertAlmostEqual(float(times[-1] - times[1]) / (len(times) - 2), 1 / 30, delta=0.001)
+        self.assert_rate(movie)
         picture = movie.picture_at(1).astype(int)
         overlay = (abs(picture - (255, 0, 255)) < 40).all(axis=2)
         rows, columns = overlay.any(axis=1).nonzero()[0], overlay.any(axis=0).nonzero()[0]

@@ -116,9 +116,36 @@ TEST_F(Program, RecordingPauseAndResumeShareOneTimeForPictureSoundAndClock)
     EXPECT_EQ(CMTimeCompare(appends.back().time, CMTimeMake(4, 1)), 0);
     EXPECT_EQ(CMTimeCompare(movie->end(), CMTimeMake(121, 30)), 0);
     ASSERT_EQ(sound->recordings.size(), 1U);
-    EXPECT_EQ(sound->recordings[0]->recorded, recorded);
-    EXPECT_EQ(sound->recordings[0]->calls.front().time, origin);
+    const Nanoseconds firstFrame = Nanoseconds(1s) / 30; // where picture and sound begin
+    EXPECT_EQ(sound->recordings[0]->calls.front().time, origin + firstFrame);
+    EXPECT_EQ(sound->recordings[0]->recorded, recorded - firstFrame);
     EXPECT_EQ(sound->recordings[0]->calls.size(), 8U);
+}
+
+TEST_F(Program, SoundBeginsWithTheFirstFrameWhateverComesBeforeIt)
+{
+    ASSERT_TRUE(launch());
+    const Nanoseconds firstFrame = Nanoseconds(1s) / 30;
+    window->btnRecord->trigger();
+    loop->advance(20ms);
+    window->btnPause->trigger();
+    loop->advance(500ms);
+    window->btnRecord->trigger();
+    const Nanoseconds resumed = clock.time;
+    loop->advance(100ms);
+    window->btnStop->trigger();
+    EXPECT_EQ(movie->appends().size(), 1U);
+    EXPECT_EQ(sound->recordings[0]->calls[2].time, resumed - 20ms + firstFrame);
+    EXPECT_EQ(sound->recordings[0]->recorded, 120ms - firstFrame);
+
+    window->btnRecord->trigger();
+    loop->advance(20ms);
+    window->btnPause->trigger();
+    const Nanoseconds stopped = clock.time;
+    window->btnStop->trigger(); // before the first frame
+    EXPECT_EQ(movie->appends().size(), 1U);
+    EXPECT_EQ(sound->recordings[1]->calls[2].time, stopped);
+    EXPECT_EQ(sound->recordings[1]->recorded, firstFrame) << "without sound it could not be joined";
 }
 
 TEST_F(Program, PausedAndIdleNothingIsAppendedAndControlsFollowTheState)

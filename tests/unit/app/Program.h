@@ -75,8 +75,8 @@ struct Program : testing::Test {
         platform.createMovieWriter = fakeMovieWriters(movie);
         platform.createSoundRecorder = fakeSoundRecorderFactory(sound);
         platform.readMovie = [this](const QString&) {
-            return readMovie.value_or(MovieFacts{
-                {}, MovieFacts::Track{std::int64_t(movie->appends().size()), CMTimeGetSeconds(movie->end())}, {}});
+            return readMovie.value_or(
+                MovieFacts{{}, MovieFacts::Track{std::int64_t(movie->appends().size()), movie->seconds()}, {}});
         };
         encoder.work = [](const QStringList& arguments) {
             QFile joined(arguments.last());

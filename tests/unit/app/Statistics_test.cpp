@@ -58,7 +58,7 @@ TEST_F(Statistics, EverySecondHasALineAndTheyAddUpToTheMovie)
 
     const auto told = lines();
     ASSERT_EQ(told.size(), 4U) << "three whole seconds without the pause, and the rest";
-    EXPECT_NEAR(told[1].value(QLatin1String("time")).toDouble(), 2 + 1 / 30.0, 1e-6);
+    EXPECT_NEAR(told[1].value(QLatin1String("time")).toDouble(), 2, 1e-6);
     for (std::size_t second = 0; second < 3; ++second) {
         EXPECT_EQ(told[second].value(QLatin1String("encoded")).toInteger()
                       + told[second].value(QLatin1String("repeated")).toInteger(),

@@ -100,7 +100,7 @@ TEST_F(WriterMemory, AnHourTakesSixteenBytesAFrame)
     EXPECT_EQ(result.frames, kFrames);
     const auto packets = packetsOf(path_);
     ASSERT_EQ(packets.size(), static_cast<std::size_t>(kFrames));
-    EXPECT_EQ(packets.back().time, std::int64_t{kFrames} * 1500);
+    EXPECT_EQ(packets.back().time, std::int64_t{kFrames - 1} * 1500);
 }
 
 TEST_F(WriterMemory, AFrameThereIsNoMemoryForEndsTheMovieBeforeIt)
