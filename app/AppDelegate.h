@@ -158,8 +158,6 @@ public:
     /// Appends the frame, or when it is null the previous frame again, and moves the clock on. `changed` is where it
     /// differs from the frame appended before; nothing: unknown. False when it was refused, which ends the recording.
     bool appendFrame(const CVPixelBufferRef& buffer, const std::optional<ChangedArea>& changed);
-    /// Whether the refresh that was due at `deadline` belongs to the running recording.
-    bool isRecordingAt(Nanoseconds deadline) const;
 
     // --- Statistics: AppDelegate_Statistics.cpp ---
     /// Makes the file that the options name, if any. Empty, or why it cannot be written, in the user's words.
@@ -203,6 +201,8 @@ private:
     bool isPreviewInSight() const;
     /// Whether the next frame is of use: to a recording, a snapshot or somebody who looks.
     bool isFrameWanted() const;
+    /// Takes one step of the frame that was due at `deadline`: grab; compose, append or repeat.
+    void makeFrame(FrameStep step, Nanoseconds deadline);
     void fillSizeMenu(class QMenu& menu, std::int64_t offset, std::int64_t checkedIndex, QAction*& checkedItem,
                       void (AppDelegate::*click)(QAction*));
     void check(QAction*& last, QAction* item);
@@ -242,6 +242,7 @@ private:
     void startRecording();
     void resumeRecording();
     void startDurationTimer(Nanoseconds next);
+    void runDueRefreshes(Nanoseconds until);
     void showControlsOf(RecordStatus status);
     void makeSoundRecorder();
     /// The level meter follows what the recorder hears while it records.
@@ -256,11 +257,10 @@ private:
     QString offerPicture(const TakenPicture& picture);
     QString placePicture(const TakenPicture& picture, const QString& path);
     void tellPictureSaved(const QString& path);
-
     RecordingStatistics statistics() const; ///< only after a recording was started
     void beginStatistics();
     void writeStatistics();
-
+    void tellPictureShortage(); ///< if there was any in this recording
     void beginProgress();
     void setProgress(float percentage);
     void endProgress();

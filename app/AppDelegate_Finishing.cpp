@@ -25,9 +25,7 @@ void AppDelegate::stopRecording(Nanoseconds stoppedAt)
     if (recording.m_RecordStatus == Idle || recording.stopping)
         return;
     if (recording.m_RecordStatus == Recording)
-        platform_.runLoop->runDue(stoppedAt - Nanoseconds(1)); // refreshes that were due before belong to the recording
-    if (recording.m_RecordStatus == Idle || recording.stopping)
-        return; // one of the timers that were due has stopped it
+        runDueRefreshes(stoppedAt - Nanoseconds(1)); // a frame of the last instant would last beyond it
     Nanoseconds heardUntil = stoppedAt;
     if (!compose.lastAppended) { // stopped before the first frame was due: the movie still shows and sounds something
         grabScreen();

@@ -13,6 +13,7 @@
 #include <QMenu>
 
 #include <algorithm>
+#include <array>
 
 namespace lumavex {
 
@@ -121,9 +122,9 @@ void AppDelegate::resumeRecording()
     const Nanoseconds now = runLoop.now();
     recording.notBefore = now;
     if (recording.soundRecorder) // paused before the first frame, it still begins with that
-        recording.soundRecorder->record(recording.i_Frames_Appended > 0 ? now : now + recording.viewRemainder);
-    runLoop.setNextDeadline(application.timerVideoRefresh, now + recording.grabRemainder);
-    runLoop.setNextDeadline(compose.timerViewRefresh, now + recording.viewRemainder);
+        recording.soundRecorder->record(recording.i_Frames_Appended > 0 ? now : now + recording.refreshRemainder);
+    for (const TimerId timer : {application.timerVideoRefresh, compose.timerViewRefresh})
+        runLoop.setNextDeadline(timer, now + recording.refreshRemainder);
     runLoop.setNextDeadline(compose.timerdebug1Second, now + recording.secondRemainder);
     startDurationTimer(now + recording.durationRemainder);
     recording.m_RecordStatus = Recording;
@@ -135,11 +136,8 @@ void AppDelegate::OnToolbarPause()
         return;
     RunLoop& runLoop = *platform_.runLoop;
     const Nanoseconds now = runLoop.now();
-    runLoop.runDue(now); // refreshes that were due before the pause belong to the recording
-    if (recording.m_RecordStatus != Recording || recording.stopping)
-        return;
-    recording.grabRemainder = runLoop.nextDeadline(application.timerVideoRefresh) - now;
-    recording.viewRemainder = runLoop.nextDeadline(compose.timerViewRefresh) - now;
+    runDueRefreshes(now);
+    recording.refreshRemainder = runLoop.nextDeadline(compose.timerViewRefresh) - now;
     recording.secondRemainder = runLoop.nextDeadline(compose.timerdebug1Second) - now;
     recording.durationRemainder = runLoop.nextDeadline(recording.recordTimer) - now;
     if (recording.soundRecorder)
@@ -155,8 +153,17 @@ void AppDelegate::startDurationTimer(Nanoseconds next)
 {
     platform_.runLoop->invalidate(recording.recordTimer);
     recording.recordTimer = platform_.runLoop->scheduleRepeating(
-        {1, 1}, RunLoopMode::Common, TimerOrder::Other, [this](const TimerFiring&) { Update_Record_Duration(); });
+        {1, 1}, RunLoopMode::Common, [this](const TimerFiring&) { Update_Record_Duration(); });
     platform_.runLoop->setNextDeadline(recording.recordTimer, next);
+}
+
+void AppDelegate::runDueRefreshes(Nanoseconds until)
+{
+    // What was due before Pause or Stop belongs to the recording. Anything else waits: it may open a window, behind
+    // which the recording would go on.
+    const std::array timers{application.timerVideoRefresh, compose.timerViewRefresh, compose.timerdebug1Second,
+                            recording.recordTimer};
+    platform_.runLoop->runDue(timers, until);
 }
 
 void AppDelegate::Update_Record_Duration()
@@ -178,11 +185,6 @@ void AppDelegate::showControlsOf(RecordStatus status)
     if (status != Idle)
         window_.textDurationTime->show();
     showSoundLevel(status);
-}
-
-bool AppDelegate::isRecordingAt(Nanoseconds deadline) const
-{
-    return recording.m_RecordStatus == Recording && !recording.stopping && deadline >= recording.notBefore;
 }
 
 bool AppDelegate::appendFrame(const CVPixelBufferRef& buffer, const std::optional<ChangedArea>& changed)

@@ -33,6 +33,7 @@ AppDelegate::WorkingFiles AppDelegate::saveMovie(const QString& movie, const QSt
             const QString missing = whatIsMissingFrom(*path);
             if (!missing.isEmpty())
                 return keepWhatWasRecorded(*path, (missing + u' ' + problem).trimmed());
+            tellPictureShortage();
             Q_EMIT recordingFinished(*path, problem, problem.isEmpty() ? Kept::AsAsked : Kept::Otherwise);
             tellSaved(*path);
             return WorkingFiles::NotNeeded;

@@ -5,18 +5,11 @@
 #include "app/Window_Main.h"
 #include "capture/FollowCursor.h"
 
-#include <algorithm>
-
 namespace lumavex {
 
 void AppDelegate::TimerRefreshVideoRoutine(const TimerFiring& firing)
 {
-    if (isRecordingAt(firing.deadline))
-        recording.frameCounts.lateness =
-            std::max(recording.frameCounts.lateness, platform_.runLoop->now() - firing.deadline);
-    // Overtaken: the next grab is due already, and its frame is the one that will be composed, unless a picture waits.
-    if (isFrameWanted() && (!firing.overtaken || compose.b_Take_Picture))
-        grabScreen();
+    makeFrame(FrameStep::Grab, firing.deadline);
 }
 
 void AppDelegate::grabScreen()
@@ -45,10 +38,10 @@ void AppDelegate::grabScreen()
 
 bool AppDelegate::createMultiWindowShot(const QList<WindowEntry>& windows)
 {
-    const bool composite = capture.i_Type_Screen_Capture == WindowExclusive || capture.b_Lumavex_Invisible_To_Capture;
-    return setOutputImage(composite ? platform_.screen->grabWindows(newWindowListFromSelection(windows),
-                                                                    capture.imageBounds, capture.imageOptions)
-                                    : platform_.screen->grabMainDisplay());
+    return setOutputImage(capture.isComposite()
+                              ? platform_.screen->grabWindows(newWindowListFromSelection(windows), capture.imageBounds,
+                                                              capture.imageOptions)
+                              : platform_.screen->grabMainDisplay());
 }
 
 bool AppDelegate::setOutputImage(const Grab& grab)

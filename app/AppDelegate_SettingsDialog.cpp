@@ -176,12 +176,11 @@ void AppDelegate::OnToolbarSettings()
         dialog.thumbnail().setPicture(compositor.previewPass(inputs, pixels, units));
         shown.emplace(std::move(inputs), units);
     };
-    const TimerId timer = platform_.runLoop->scheduleRepeating({1, 5}, RunLoopMode::Common, TimerOrder::Other,
+    const TimerId timer = platform_.runLoop->scheduleRepeating({1, 5}, RunLoopMode::Common,
                                                                [&showFrame](const TimerFiring&) { showFrame(); });
     // The input is chosen in another program, while this dialog is open.
-    const TimerId inputTimer =
-        platform_.runLoop->scheduleRepeating({2, 1}, RunLoopMode::Common, TimerOrder::Other,
-                                             [&](const TimerFiring&) { dialog.setSoundInput(soundInputText()); });
+    const TimerId inputTimer = platform_.runLoop->scheduleRepeating(
+        {2, 1}, RunLoopMode::Common, [&](const TimerFiring&) { dialog.setSoundInput(soundInputText()); });
     showFrame();
     const std::int64_t returnCode = dialog.runModal();
     platform_.runLoop->invalidate(timer);

@@ -80,7 +80,7 @@ bool AppDelegate::applicationDidFinishLaunching()
     createRefreshTimers();
     recording.i_debug_number_of_view_refresh = 0;
     compose.timerdebug1Second = platform_.runLoop->scheduleRepeating(
-        {1, 1}, RunLoopMode::Common, TimerOrder::Second, [this](const TimerFiring&) { TimerDebug1SecondRoutine(); });
+        {1, 1}, RunLoopMode::Common, [this](const TimerFiring&) { TimerDebug1SecondRoutine(); });
 
     setUpSourceControls();
     setUpOutputSize();
@@ -89,7 +89,7 @@ bool AppDelegate::applicationDidFinishLaunching()
             {1, 5}, [this](const TimerFiring&) { Timer_Open_Preview_Window_Routine(); });
 
     application.numCPUs = platform_.processorLoad->processorCount();
-    application.updateTimer = platform_.runLoop->scheduleRepeating({3, 1}, RunLoopMode::Default, TimerOrder::Other,
+    application.updateTimer = platform_.runLoop->scheduleRepeating({3, 1}, RunLoopMode::Default,
                                                                    [this](const TimerFiring&) { updateInfo(); });
     applyCaptureOptions();
     applyOverlayOption();
@@ -175,15 +175,16 @@ void AppDelegate::createRefreshTimers()
     RunLoop& runLoop = *platform_.runLoop;
     const TimerInterval interval{1, recording.i_fps_of_Recording};
     runLoop.invalidate(application.timerVideoRefresh);
-    application.timerVideoRefresh =
-        runLoop.scheduleRepeating(interval, RunLoopMode::Common, TimerOrder::Grab,
-                                  [this](const TimerFiring& firing) { TimerRefreshVideoRoutine(firing); });
+    application.timerVideoRefresh = runLoop.scheduleRepeating(
+        interval, RunLoopMode::Common, [this](const TimerFiring& firing) { TimerRefreshVideoRoutine(firing); });
     runLoop.invalidate(compose.timerViewRefresh);
-    compose.timerViewRefresh =
-        runLoop.scheduleRepeating(interval, RunLoopMode::Common, TimerOrder::View,
-                                  [this](const TimerFiring& firing) { TimerRefreshViewRoutine(firing); });
-    // One phase for both, so that every frame is composed of the grab made for it.
-    runLoop.setNextDeadline(compose.timerViewRefresh, runLoop.nextDeadline(application.timerVideoRefresh));
+    compose.timerViewRefresh = runLoop.scheduleRepeating(
+        interval, RunLoopMode::Common, [this](const TimerFiring& firing) { TimerRefreshViewRoutine(firing); });
+    // One base for both, so that every frame is composed of the grab made for it: from two bases rounding makes
+    // deadlines a nanosecond apart. The grab comes first at equal deadlines, being started first.
+    const Nanoseconds origin = runLoop.now();
+    for (const TimerId timer : {application.timerVideoRefresh, compose.timerViewRefresh})
+        runLoop.restart(timer, origin);
 }
 
 void AppDelegate::setUpOutputSize()

@@ -116,8 +116,9 @@ void UnattendedRun::takePicture()
     app_.Timer_Open_Preview_Window_Routine(); // frames are made only while there is a preview, in sight or not
     app_.OnToolbarTakePicture();
     // At once, however low the rate.
+    const Nanoseconds now = runLoop_.now();
     for (const TimerId timer : {app_.application.timerVideoRefresh, app_.compose.timerViewRefresh})
-        runLoop_.setNextDeadline(timer, runLoop_.now());
+        runLoop_.setNextDeadline(timer, now);
 }
 
 void UnattendedRun::record()
@@ -132,8 +133,8 @@ void UnattendedRun::record()
         stop, runLoop_.nextDeadline(app_.compose.timerViewRefresh)
                   + std::chrono::duration_cast<Nanoseconds>(std::chrono::duration<double>(*options_.recordSeconds)));
     if (terminal_)
-        progressTimer_ = runLoop_.scheduleRepeating({1, 4}, RunLoopMode::Common, TimerOrder::Other,
-                                                    [this](const TimerFiring&) { showProgress(); });
+        progressTimer_ =
+            runLoop_.scheduleRepeating({1, 4}, RunLoopMode::Common, [this](const TimerFiring&) { showProgress(); });
 }
 
 void UnattendedRun::endEarly()

@@ -41,6 +41,9 @@ struct CaptureState {
     std::int64_t b_Screen_Include_Mouse = 0;           ///< 1: the cursor is drawn into the screen picture
     bool b_Lumavex_Invisible_To_Capture = false;       ///< the program's own windows are left out
 
+    /// Whether windows are put together, instead of the display being read as it is.
+    bool isComposite() const { return i_Type_Screen_Capture == WindowExclusive || b_Lumavex_Invisible_To_Capture; }
+
     QImage imgMouseCursor;
     QImage imgScreenCapture;          ///< the latest good grab; null until the first
     std::uint64_t serialScreen = 0;   ///< changes with imgScreenCapture's pixels

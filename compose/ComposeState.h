@@ -2,6 +2,7 @@
 #pragma once
 
 #include "compose/FrameInputs.h"
+#include "compose/FrameTick.h"
 #include "compose/Window_Preview.h"
 #include "platform/Geometry.h"
 #include "platform/MovieWriter.h"
@@ -63,6 +64,7 @@ struct ComposeState {
     std::optional<ComposedFrame> previewShown; ///< what the view shows, so that an unchanged frame is not drawn again
     std::optional<ComposedFrame> lastAppended; ///< the latest frame of the recording
 
+    FrameTick frameTick;
     TimerId timerViewRefresh = 0;
     TimerId timerdebug1Second = 0;
     TimerId timer_Open_Preview_Window = 0;

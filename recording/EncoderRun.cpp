@@ -40,8 +40,7 @@ public:
         : runLoop_(runLoop), path_(path), patience_(patience), grown_(runLoop.now())
     {
         if (patience_)
-            timer_ = runLoop_.scheduleRepeating({1, 1}, RunLoopMode::Common, TimerOrder::Other,
-                                                [this](const TimerFiring&) { look(); });
+            timer_ = runLoop_.scheduleRepeating({1, 1}, RunLoopMode::Common, [this](const TimerFiring&) { look(); });
     }
     ~Watchdog() { runLoop_.invalidate(timer_); }
     Watchdog(const Watchdog&) = delete;

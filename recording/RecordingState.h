@@ -7,6 +7,7 @@
 #include "platform/SoundRecorder.h"
 #include "recording/EncoderRun.h"
 #include "recording/FileMove.h"
+#include "recording/FrameCounts.h"
 #include "recording/RecordingStatistics.h"
 #include "recording/SavedMovie.h"
 #include "recording/Window_Progress.h"
@@ -53,7 +54,14 @@ struct RecordingState {
     Nanoseconds notBefore{0};      ///< refreshes that were due earlier belong to the time before Record or Resume
     Nanoseconds recordedBefore{0}; ///< recorded time up to the latest Pause
 
+    /// Whether the refresh that was due at `deadline` belongs to the running recording.
+    bool isRecordingAt(Nanoseconds deadline) const
+    {
+        return m_RecordStatus == Recording && !stopping && deadline >= notBefore;
+    }
+
     FrameCounts frameCounts;
+    bool shortageTold = false;     ///< that pictures are missing, in this recording
     StatisticsFile statisticsFile; ///< open only when the user wants statistics
 
     QString s_Video_File_Source; ///< the writer's file
@@ -69,8 +77,7 @@ struct RecordingState {
     TimerId recordTimer = 0; ///< the duration display's
 
     /// What was left of each period when the recording was paused.
-    Nanoseconds grabRemainder{0};
-    Nanoseconds viewRemainder{0};
+    Nanoseconds refreshRemainder{0};
     Nanoseconds secondRemainder{0};
     Nanoseconds durationRemainder{0};
 

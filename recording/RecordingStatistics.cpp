@@ -17,10 +17,10 @@ double secondsOf(const timeval& time)
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
 }
 
-/// To the microsecond, so that lines stay short.
-double rounded(double seconds)
+/// To the millionth, so that lines stay short.
+double rounded(double figure)
 {
-    return std::round(seconds * 1e6) / 1e6;
+    return std::round(figure * 1e6) / 1e6;
 }
 
 } // namespace
@@ -35,12 +35,15 @@ ProcessorTime processorTimeOfProcess()
 QByteArray statisticsLine(const RecordingStatistics& before, const RecordingStatistics& now)
 {
     const auto count = [](std::int64_t earlier, std::int64_t later) { return static_cast<qint64>(later - earlier); };
+    const std::int64_t pictures = now.movie.encoded + now.movie.spliced - before.movie.encoded - before.movie.spliced;
+    const std::int64_t frames = pictures + now.movie.repeated - before.movie.repeated;
     const QJsonObject line{
         {QStringLiteral("time"), rounded(now.time)},
         {QStringLiteral("composed"), count(before.frames.composed, now.frames.composed)},
         {QStringLiteral("encoded"), count(before.movie.encoded, now.movie.encoded)},
         {QStringLiteral("spliced"), count(before.movie.spliced, now.movie.spliced)},
         {QStringLiteral("repeated"), count(before.movie.repeated, now.movie.repeated)},
+        {QStringLiteral("new"), frames > 0 ? QJsonValue(rounded(double(pictures) / double(frames))) : QJsonValue()},
         {QStringLiteral("late"), count(before.frames.late, now.frames.late)},
         {QStringLiteral("lateness"), rounded(std::chrono::duration<double>(now.frames.lateness).count())},
         {QStringLiteral("queue"), static_cast<qint64>(now.movie.queued)},

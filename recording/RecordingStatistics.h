@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/Clock.h"
 #include "platform/MovieWriter.h"
+#include "recording/FrameCounts.h"
 
 #include <QFile>
 
@@ -10,13 +10,6 @@
 #include <optional>
 
 namespace lumavex {
-
-/// What the making of frames counts, since Record. Main thread.
-struct FrameCounts {
-    std::int64_t composed = 0;
-    std::int64_t late = 0;   ///< the machine could not keep up, so the frame before stands for them
-    Nanoseconds lateness{0}; ///< the longest that a grab began after it was due, since the last line of statistics
-};
 
 /// Processor time of the whole process, all threads, in seconds.
 struct ProcessorTime {

@@ -67,8 +67,9 @@ CGSize FakeScreenGrabber::sizeOfMainDisplay()
     return {static_cast<double>(screen_.width()), static_cast<double>(screen_.height())};
 }
 
-GrabOutcome FakeScreenGrabber::nextOutcome()
+GrabOutcome FakeScreenGrabber::beginGrab()
 {
+    work_();
     if (!trouble_.isEmpty())
         return GrabOutcome::GiveUp;
     if (outcomes_.empty())
@@ -81,7 +82,7 @@ GrabOutcome FakeScreenGrabber::nextOutcome()
 Grab FakeScreenGrabber::grabMainDisplay()
 {
     ++grabsOfMainDisplay_;
-    if (const GrabOutcome outcome = nextOutcome(); outcome != GrabOutcome::Success)
+    if (const GrabOutcome outcome = beginGrab(); outcome != GrabOutcome::Success)
         return {outcome, {}, 0};
     if (screen_.isNull())
         return {};
@@ -92,7 +93,7 @@ Grab FakeScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBac
                                     std::uint32_t imageOptions)
 {
     grabsOfWindows_.push_back(frontToBack);
-    if (const GrabOutcome outcome = nextOutcome(); outcome != GrabOutcome::Success)
+    if (const GrabOutcome outcome = beginGrab(); outcome != GrabOutcome::Success)
         return {outcome, {}, 0};
     const Grab composite = compose(frontToBack, imageBounds, imageOptions);
     if (composite.outcome != GrabOutcome::Success)

@@ -4,6 +4,8 @@
 #include "platform/ScreenGrabber.h"
 
 #include <deque>
+#include <functional>
+#include <utility>
 #include <vector>
 
 namespace lumavex {
@@ -30,6 +32,8 @@ public:
     void setTrouble(const QString& trouble) { trouble_ = trouble; }
     /// The outcome of the next grab without one, of either kind; further calls queue up.
     void addOutcome(GrabOutcome outcome) { outcomes_.push_back(outcome); }
+    /// Called when a grab of either kind begins: it may let time pass, or change what the screen shows.
+    void setWork(std::function<void()> work) { work_ = std::move(work); }
 
     int grabsOfMainDisplay() const { return grabsOfMainDisplay_; }
     int windowEnumerations() const { return windowEnumerations_; }
@@ -51,7 +55,7 @@ public:
     static constexpr std::uint32_t kDesktopNumber = 1;
 
 private:
-    GrabOutcome nextOutcome();
+    GrabOutcome beginGrab();
     void noteChange(ChangeHistory& history, const QImage& before, const QImage& now);
     Grab compose(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
                  std::uint32_t imageOptions) const;
@@ -63,6 +67,7 @@ private:
     std::vector<Window> windows_;
     CGPoint mouseLocation_;
     std::deque<GrabOutcome> outcomes_;
+    std::function<void()> work_ = [] {};
     int grabsOfMainDisplay_ = 0;
     int windowEnumerations_ = 0;
     std::vector<std::vector<std::uint32_t>> grabsOfWindows_;

@@ -2,13 +2,14 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Whatever breaks on the way, the recording is kept and the user is told."""
 
+import json
 import os
 import subprocess
 import time
 import unittest
 from pathlib import Path
 
-from lumavex_e2e import PREVIEW, EndToEndTest, Gui, Movie, Process, place_of, wait_for
+from lumavex_e2e import BUSY, PREVIEW, EndToEndTest, Gui, Movie, Process, Scene, place_of, wait_for
 
 
 class SoundServer(Process):
@@ -75,6 +76,18 @@ class FaultsTest(EndToEndTest):
         sound = abs(movie.sound())
         self.assertGreater(sound[int(0.5 * 44100) : int(1.5 * 44100)].max(), 1000)
         self.assertEqual(sound[int(3.5 * 44100) :].max(), 0)
+
+    def test_screen_that_is_read_slowly(self):
+        home = self.home().make_settings(b_Record_Include_Audio=0)
+        scene = self.start(Scene(sounding=False))
+        program, path = self.start_recording(home, 4, "--stats", home.root / "stats", LUMAVEX_SLOW_MILLISECONDS="80",
+                                             LD_PRELOAD=os.environ["LUMAVEX_SLOW_SCREEN"])  # fmt: skip
+        self.assertEqual(program.wait(), 0, program.stderr)
+        composed = sum(json.loads(line)["composed"] for line in (home.root / "stats").read_text().splitlines())
+        self.assertGreater(composed, 5)
+        self.assertGreater(len(set(Movie(path, scene).scene_times()[0])), composed / 2)
+        for told in BUSY:
+            self.assertEqual(program.stderr_file.read_text().count(told), 1)
 
     def test_saving_to_another_file_system(self):
         home = self.home().make_settings()

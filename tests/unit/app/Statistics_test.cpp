@@ -67,6 +67,8 @@ TEST_F(Statistics, EverySecondHasALineAndTheyAddUpToTheMovie)
     }
     EXPECT_TRUE(told[3].value(QLatin1String("skew")).isNull());
     const auto appends = static_cast<std::int64_t>(movie->appends().size());
+    EXPECT_NEAR(told[0].value(QLatin1String("new")).toDouble(), 1 / 10.0, 1e-6) << "the first one of ten";
+    EXPECT_NEAR(told[2].value(QLatin1String("new")).toDouble(1), 0, 1e-6);
     EXPECT_EQ(sum("composed"), 2);
     EXPECT_EQ(sum("encoded"), 2);
     EXPECT_EQ(sum("repeated"), appends - 2);

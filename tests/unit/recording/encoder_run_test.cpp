@@ -109,7 +109,7 @@ TEST_F(EncoderRunTest, OneThatHangsIsEndedWhenCancelledOrWhenTheFileDoesNotGrowA
 
     const Nanoseconds begin = clock.time;
     // Slow, but it gets on: the file grows for a while.
-    loop.scheduleRepeating({20, 1}, RunLoopMode::Common, TimerOrder::Other, [&](const TimerFiring&) {
+    loop.scheduleRepeating({20, 1}, RunLoopMode::Common, [&](const TimerFiring&) {
         QFile file(job.s_AV_File_Source);
         if (clock.time - begin < std::chrono::seconds(100) && file.open(QIODevice::Append))
             file.write("more");
