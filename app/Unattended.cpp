@@ -66,16 +66,6 @@ void UnattendedRun::begin()
     options_.recordSeconds ? record() : takePicture();
 }
 
-bool UnattendedRun::showsCamera() const
-{
-    return app_.compose.i_Video_Source_Primary == 2 || app_.compose.i_Show_Secondary == 1;
-}
-
-bool UnattendedRun::showsScreen() const
-{
-    return app_.compose.i_Video_Source_Primary != 2 || app_.compose.i_Show_Secondary == 1;
-}
-
 bool UnattendedRun::waitForScreen()
 {
     const Nanoseconds patience = runLoop_.now() + snapshotPatience;
@@ -88,7 +78,7 @@ bool UnattendedRun::waitForScreen()
 
 void UnattendedRun::waitForCamera()
 {
-    if (!showsCamera())
+    if (!app_.compose.showsCamera())
         return;
     // The camera's size, which the movie may take, is known with its first picture. A recording may begin without it, a
     // picture not.
@@ -98,7 +88,7 @@ void UnattendedRun::waitForCamera()
 
 void UnattendedRun::takePicture()
 {
-    if (showsCamera() && app_.camera.imgDeviceCapture.isNull()) {
+    if (app_.compose.showsCamera() && app_.camera.imgDeviceCapture.isNull()) {
         finished({},
                  tr("The camera %1 sent no picture within %2 seconds.")
                      .arg(app_.camera.s_Camera_Name)
@@ -106,7 +96,7 @@ void UnattendedRun::takePicture()
                  Kept::Nothing);
         return;
     }
-    if (showsScreen() && !waitForScreen()) {
+    if (app_.compose.showsScreen() && !waitForScreen()) {
         finished({}, tr("The screen could not be read within %1 seconds.").arg(snapshotPatience.count()),
                  Kept::Nothing);
         return;

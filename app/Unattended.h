@@ -42,8 +42,6 @@ public:
     int exitStatus() const { return status_; } ///< 1 until the recording has ended
 
 private:
-    bool showsCamera() const;
-    bool showsScreen() const;
     void waitForCamera();
     bool waitForScreen();
     void record();

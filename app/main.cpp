@@ -8,6 +8,7 @@
 #include "app/SingleInstance.h"
 #include "app/Unattended.h"
 #include "app/Window_Main.h"
+#include "app/awaitCameras.h"
 #include "app/connectCommands.h"
 #include "app/layeredSettings.h"
 
@@ -69,7 +70,12 @@ int run(const LaunchOptions& options, Platform& platform, SingleInstance& instan
         return fail(trouble);
     }
     const std::unique_ptr<UserDefaults> stored = std::move(platform.userDefaults);
-    auto layered = layeredSettings(*stored, options, *platform.cameras);
+    const auto cameraNames = [&] {
+        return unattended ? awaitCameras(*platform.cameras, *platform.runLoop,
+                                         [](const QStringList& names) { return !names.isEmpty(); })
+                          : platform.cameras->names();
+    };
+    auto layered = layeredSettings(*stored, options, cameraNames);
     LayeredUserDefaults& settings = *layered;
     platform.userDefaults = std::move(layered);
 

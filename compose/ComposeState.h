@@ -35,6 +35,8 @@ struct TakenPicture {
 struct ComposeState {
     std::int64_t i_Video_Source_Primary = 0; ///< 1 screen, 2 camera
     std::int64_t i_Show_Secondary = 0;       ///< 1: the other source is drawn small
+    bool showsCamera() const { return i_Video_Source_Primary == 2 || i_Show_Secondary != 0; }
+    bool showsScreen() const { return i_Video_Source_Primary != 2 || i_Show_Secondary != 0; }
     std::int64_t i_Size_Screen_Secondary = 0;
     std::int64_t i_Position_Screen_Secondary = 0;
     std::int64_t i_Size_Camera_Secondary = 0;
