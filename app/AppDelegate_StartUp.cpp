@@ -114,6 +114,8 @@ void AppDelegate::showMainWindow()
         window_.showMessage(launchProblem);
     if (application.sffmpegPath.isEmpty())
         window_.showMessage(tr("The program ffmpeg is not installed. Recordings with sound need it."));
+    if (const QString limitation = platform_.screen->limitation(); !limitation.isEmpty())
+        window_.showMessage(MessageTopic::Session, {limitation});
     // What the window can do without until it is there and drawn.
     platform_.runLoop->scheduleOnce({1, 10}, [this](const TimerFiring&) { cameraDelegate.beginListing(); });
     platform_.runLoop->scheduleOnce({1, 2}, [this](const TimerFiring&) {

@@ -46,8 +46,9 @@ std::optional<QString> UnattendedDialogs::runSavePanel(const SavePanel&)
     return path;
 }
 
-UnattendedRun::UnattendedRun(AppDelegate& app, RunLoop& runLoop, const LaunchOptions& options)
-    : app_(app), runLoop_(runLoop), options_(options), terminal_(isatty(STDERR_FILENO) == 1)
+UnattendedRun::UnattendedRun(AppDelegate& app, RunLoop& runLoop, const LaunchOptions& options,
+                             const QString& limitation)
+    : app_(app), runLoop_(runLoop), options_(options), limitation_(limitation), terminal_(isatty(STDERR_FILENO) == 1)
 {
     connect(&app_, &AppDelegate::recordingFinished, this, &UnattendedRun::finished);
     connect(&app_, &AppDelegate::pictureFinished, this,
@@ -56,8 +57,10 @@ UnattendedRun::UnattendedRun(AppDelegate& app, RunLoop& runLoop, const LaunchOpt
 
 void UnattendedRun::begin()
 {
-    if (!app_.launchProblem.isEmpty()) {
-        finished({}, app_.launchProblem, Kept::Nothing);
+    const QString& problem =
+        app_.launchProblem.isEmpty() && app_.compose.showsScreen() ? limitation_ : app_.launchProblem;
+    if (!problem.isEmpty()) {
+        finished({}, problem, Kept::Nothing);
         return;
     }
     waitForCamera();

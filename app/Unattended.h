@@ -33,7 +33,8 @@ private:
 class UnattendedRun final : public QObject {
     Q_OBJECT
 public:
-    UnattendedRun(AppDelegate& app, RunLoop& runLoop, const LaunchOptions& options);
+    /// `limitation` is what of the screen cannot be seen (ScreenGrabber::limitation): with one no screen is recorded.
+    UnattendedRun(AppDelegate& app, RunLoop& runLoop, const LaunchOptions& options, const QString& limitation);
 
     void begin();
     /// Stops early and saves. Before a recording began it ends the program; while picture and sound are being joined or
@@ -52,6 +53,7 @@ private:
     AppDelegate& app_;
     RunLoop& runLoop_;
     const LaunchOptions options_;
+    const QString limitation_;
     bool terminal_;
     TimerId progressTimer_ = 0;
     int status_ = 1;

@@ -37,8 +37,13 @@ std::function<int()> onScreenLoss;
 void onMessage(QtMsgType type, const QMessageLogContext&, const QString& message)
 {
     if (type == QtFatalMsg && message.contains(QLatin1String("platform plugin"))) {
-        std::fputs("lumavex: There is no graphical display to show windows on, or it cannot be reached. "
-                   "Start Lumavex in a desktop session, or set DISPLAY.\n",
+        const bool onlyWayland =
+            qEnvironmentVariableIsEmpty("DISPLAY") && !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+        std::fputs(onlyWayland
+                       ? "lumavex: This is a Wayland session without XWayland, where Lumavex has no windows and "
+                         "the screen cannot be recorded yet. Log in to an X11 session.\n"
+                       : "lumavex: There is no graphical display to show windows on, or it cannot be reached. "
+                         "Start Lumavex in a desktop session, or set DISPLAY.\n",
                    stderr);
         std::_Exit(1);
     }
@@ -94,7 +99,7 @@ int run(const LaunchOptions& options, Platform& platform, SingleInstance& instan
     TerminationSignals signals;
     std::unique_ptr<UnattendedRun> unattendedRun;
     if (unattended) {
-        unattendedRun = std::make_unique<UnattendedRun>(app, *platform.runLoop, options);
+        unattendedRun = std::make_unique<UnattendedRun>(app, *platform.runLoop, options, platform.screen->limitation());
         QTimer::singleShot(0, unattendedRun.get(), &UnattendedRun::begin);
         QObject::connect(&signals, &TerminationSignals::terminationRequested, unattendedRun.get(),
                          &UnattendedRun::endEarly);

@@ -26,6 +26,7 @@ public:
     void setMouseLocation(const CGPoint& location) { mouseLocation_ = location; }
     /// From now on every grab gives up for this reason; an empty one ends that.
     void setTrouble(const QString& trouble) { trouble_ = trouble; }
+    void setLimitation(const QString& limitation) { limitation_ = limitation; }
     /// The outcome of the next grab without one, of either kind; further calls queue up.
     void addOutcome(GrabOutcome outcome) { outcomes_.push_back(outcome); }
 
@@ -35,6 +36,7 @@ public:
     const std::vector<std::vector<std::uint32_t>>& grabsOfWindows() const { return grabsOfWindows_; }
 
     QString trouble() const override { return trouble_; }
+    QString limitation() override { return limitation_; }
     CGSize sizeOfMainDisplay() override;
     Grab grabMainDisplay() override;
     Grab grabWindows(const std::vector<std::uint32_t>& frontToBack) override;
@@ -50,6 +52,7 @@ private:
     Grab compose(const std::vector<std::uint32_t>& frontToBack) const;
 
     QString trouble_;
+    QString limitation_;
     QImage screen_;
     QImage desktop_;
     std::vector<Window> windows_;

@@ -279,7 +279,7 @@ TEST_F(SnapshotTest, UnattendedAScreenThatCannotBeReadGivesNoPicture)
     platform.dialogs = std::make_unique<UnattendedDialogs>(options);
     ASSERT_TRUE(launch());
     screen->setTrouble(QStringLiteral("The screen is gone."));
-    UnattendedRun run(*app, *loop, options);
+    UnattendedRun run(*app, *loop, options, {});
     testing::internal::CaptureStderr();
     run.begin();
     loop->advance(2s);
@@ -302,7 +302,7 @@ TEST_F(SnapshotTest, UnattendedItIsTakenAtOnceAndNotWithoutTheCamerasPicture)
 
     for (const bool sends : {false, true}) {
         ASSERT_TRUE(launch());
-        UnattendedRun run(*app, *loop, options);
+        UnattendedRun run(*app, *loop, options, {});
         if (sends)
             QTimer::singleShot(0, [this] {
                 QImage picture(320, 240, QImage::Format_RGB32);
