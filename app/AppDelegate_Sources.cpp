@@ -286,8 +286,8 @@ void AppDelegate::applyCaptureOptions()
     case WindowExclusive:
         if (options_.window.isEmpty())
             QMetaObject::invokeMethod(this, &AppDelegate::OnToolbarWindowExclusive, Qt::QueuedConnection);
-        else
-            launchProblem = chooseWindowByText(options_.window);
+        else if (const QString problem = chooseWindowByText(options_.window); !problem.isEmpty())
+            launchProblem = problem;
         break;
     default:
         break;

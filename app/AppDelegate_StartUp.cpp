@@ -2,21 +2,27 @@
 #include "app/AppDelegate.h"
 
 #include "app/LevelMeter.h"
+#include "app/OutputSize.h"
 #include "app/Window_Main.h"
 #include "app/Window_More_Information.h"
 #include "recording/WorkingFolders.h"
 
 #include <QAction>
 #include <QCoreApplication>
+#include <QMenu>
 #include <QStandardPaths>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace lumavex {
 
 namespace {
+
+constexpr std::int64_t sizeOfNoItem = 1; ///< the output index of a size that the menu does not offer; never stored
+
 QImage bundleImage(const char* name)
 {
     return QImage(QStringLiteral(":/images/%1.png").arg(QLatin1String(name)), "PNG");
@@ -195,13 +201,31 @@ void AppDelegate::setUpOutputSize()
         setVideoOutputSize(capture.size_Screen);
     else
         setVideoOutputSize(catalogueSize(compose.index_size_Video_Output - 2));
-    if (options_.size) {
-        setVideoOutputSize(options_.size->width > 0 ? *options_.size : capture.size_Screen);
-        camera.b_Change_to_Camera_Resolution = false;
-    } else if (compose.index_size_Video_Output == 0 && compose.i_Video_Source_Primary == 2
-               && compose.i_Show_Secondary == 1) {
-        camera.b_Change_to_Camera_Resolution = options_.source.has_value();
+    if (!options_.size) {
+        if (compose.index_size_Video_Output == 0 && compose.i_Video_Source_Primary == CameraPrimary
+            && compose.i_Show_Secondary == 1)
+            camera.b_Change_to_Camera_Resolution = options_.source.has_value();
+        return;
     }
+    const CGSize size = options_.size->width > 0 ? *options_.size : capture.size_Screen;
+    if (compose.i_Video_Source_Primary == ScreenPrimary)
+        launchProblem = vanishingProblem(capture.size_Screen, size);
+    if (!launchProblem.isEmpty())
+        return;
+    // The size holds whatever source is chosen, until another size is.
+    if (compose.mi_last_Video_Output)
+        std::exchange(compose.mi_last_Video_Output, nullptr)->setChecked(false);
+    compose.index_size_Video_Output = sizeOfNoItem;
+    const QString title = QStringLiteral("%1x%2").arg(size.width).arg(size.height);
+    const auto items = window_.submenuVideoOutputFrame->actions();
+    for (QAction* item : items) {
+        if (item->text() != title)
+            continue;
+        check(compose.mi_last_Video_Output, item);
+        compose.index_size_Video_Output = item->data().toLongLong();
+    }
+    setVideoOutputSize(size);
+    camera.b_Change_to_Camera_Resolution = false;
 }
 
 void AppDelegate::Terminate_App()

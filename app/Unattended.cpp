@@ -2,6 +2,7 @@
 #include "app/Unattended.h"
 
 #include "app/AppDelegate.h"
+#include "app/OutputSize.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -66,6 +67,13 @@ void UnattendedRun::begin()
     waitForCamera();
     if (ended_)
         return;
+    const bool cameraLarge = app_.compose.i_Video_Source_Primary == 2;
+    const QString tooFlat =
+        vanishingProblem(cameraLarge ? app_.camera.size_Camera : app_.capture.size_Screen, app_.compose.size_Video_Output);
+    if (!tooFlat.isEmpty()) {
+        finished({}, tooFlat, Kept::Nothing);
+        return;
+    }
     options_.recordSeconds ? record() : takePicture();
 }
 

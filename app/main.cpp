@@ -134,6 +134,8 @@ int main(int argc, char* argv[])
         return *commandLine.exitStatus;
     }
     const LaunchOptions& options = commandLine.options;
+    if (!commandLine.note.isEmpty())
+        std::fprintf(stderr, "lumavex: %s\n", qUtf8Printable(commandLine.note));
     if (options.isUnattended())
         if (const QString problem = outputProblem(options); !problem.isEmpty())
             return fail(problem);
@@ -158,13 +160,16 @@ int main(int argc, char* argv[])
     }
     SingleInstance instance;
     if (!instance.isFirst()) {
-        if (!instance.activateFirst())
-            return fail(QStringLiteral("Another Lumavex runs already, but does not answer."));
+        // Nobody asked for the first one's window, which might come into its movie.
         if (options.recordSeconds)
             return fail(QStringLiteral("Lumavex runs already. End it first, or record with its window."));
         if (options.isUnattended())
             return fail(QStringLiteral("Lumavex runs already. End it first, or take the picture with its window."));
-        return 0;
+        if (!instance.activateFirst())
+            return fail(QStringLiteral("Another Lumavex runs already, but does not answer."));
+        return arguments.isEmpty() ? 0
+                                   : fail(QStringLiteral("Lumavex runs already, so the options were ignored. End it "
+                                                         "first to start it with them."));
     }
     Platform platform = createPlatform();
     return run(options, platform, instance);

@@ -47,7 +47,7 @@ struct ComposeState {
     std::uint64_t serialOverlay = 0; ///< changes with imgOverlay
     bool bOverlay = false;
 
-    std::int64_t index_size_Video_Output = 0; ///< 0: the primary source's size; k from 2: catalogue entry k - 2
+    std::int64_t index_size_Video_Output = 0; ///< 0: the primary source's size; 1: a given one; k from 2: entry k - 2
     CGSize size_Video_Output;
     float fwVideoOutputRatio = 1; ///< width / height of size_Video_Output
     QAction* mi_last_Video_Output = nullptr;

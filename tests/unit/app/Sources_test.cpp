@@ -170,6 +170,15 @@ TEST_F(Sources, AFixedOutputSizeIsHeldToo)
     outputIsHeld = true;
     expected.output = {160, 120};
     walkThroughAllPairs(Camera::Running);
+
+    options.size = CGSize{200, 150}; // which the menu does not offer
+    store->texts[settingKey("i_Video_Source_Primary")] = QStringLiteral("1");
+    store->texts[settingKey("i_Show_Secondary")] = QStringLiteral("0");
+    ASSERT_TRUE(start(Camera::Running));
+    EXPECT_FALSE(window->menuitemVideoOutputScreenResolution->isChecked());
+    expected = {};
+    expected.output = *options.size;
+    walkThroughAllPairs(Camera::Running);
 }
 
 TEST_F(Sources, TheNextStartFindsTheSourceAndFallsBackToTheScreenWithoutItsCamera)
