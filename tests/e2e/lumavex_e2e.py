@@ -138,9 +138,7 @@ class Process:
 
     @property
     def stderr(self):
-        """Without the processor load, which is told every three seconds."""
-        text = self.stderr_file.read_text(errors="replace")
-        return "".join(line for line in text.splitlines(True) if not line.startswith("Usage: "))
+        return self.stderr_file.read_text(errors="replace")
 
     def wait(self, seconds=60):
         seconds *= SLOWNESS
