@@ -13,7 +13,6 @@
 #include <QStandardPaths>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <utility>
 
@@ -230,8 +229,7 @@ void AppDelegate::setUpOutputSize()
 
 void AppDelegate::Terminate_App()
 {
-    std::fflush(nullptr);
-    std::_Exit(0);
+    std::quick_exit(0); // with what main has registered, and without the destructors of what still runs
 }
 
 } // namespace lumavex

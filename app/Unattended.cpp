@@ -3,36 +3,28 @@
 
 #include "app/AppDelegate.h"
 #include "app/OutputSize.h"
+#include "app/StandardStreams.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
 
 #include <chrono>
-#include <cstdio>
-#include <unistd.h>
 #include <utility>
 
 namespace lumavex {
 
 namespace {
 
-void print(std::FILE* stream, const QString& line)
-{
-    std::fputs(qUtf8Printable(line + u'\n'), stream);
-    std::fflush(stream);
-}
-
 using namespace std::chrono_literals;
 
 constexpr std::chrono::seconds snapshotPatience = 10s; ///< with a camera that is only starting
-constexpr const char* eraseLine = "\r\033[K";
 
 } // namespace
 
 int UnattendedDialogs::runAlert(const Alert& alert)
 {
     if (alert.reader == Alert::Reader::Anybody)
-        print(stderr, QStringLiteral("lumavex: %1: %2").arg(alert.messageText, alert.informativeText));
+        streams_.tell(QStringLiteral("lumavex: %1: %2").arg(alert.messageText, alert.informativeText));
     return static_cast<int>(alert.buttons.size()) - 1;
 }
 
@@ -47,9 +39,9 @@ std::optional<QString> UnattendedDialogs::runSavePanel(const SavePanel&)
     return path;
 }
 
-UnattendedRun::UnattendedRun(AppDelegate& app, RunLoop& runLoop, const LaunchOptions& options,
+UnattendedRun::UnattendedRun(AppDelegate& app, RunLoop& runLoop, StandardStreams& streams, const LaunchOptions& options,
                              const QString& limitation)
-    : app_(app), runLoop_(runLoop), options_(options), limitation_(limitation), terminal_(isatty(STDERR_FILENO) == 1)
+    : app_(app), runLoop_(runLoop), streams_(streams), options_(options), limitation_(limitation)
 {
     connect(&app_, &AppDelegate::recordingFinished, this, &UnattendedRun::finished);
     connect(&app_, &AppDelegate::pictureFinished, this,
@@ -68,8 +60,8 @@ void UnattendedRun::begin()
     if (ended_)
         return;
     const bool cameraLarge = app_.compose.i_Video_Source_Primary == 2;
-    const QString tooFlat =
-        vanishingProblem(cameraLarge ? app_.camera.size_Camera : app_.capture.size_Screen, app_.compose.size_Video_Output);
+    const QString tooFlat = vanishingProblem(cameraLarge ? app_.camera.size_Camera : app_.capture.size_Screen,
+                                             app_.compose.size_Video_Output);
     if (!tooFlat.isEmpty()) {
         finished({}, tooFlat, Kept::Nothing);
         return;
@@ -131,7 +123,7 @@ void UnattendedRun::record()
     runLoop_.setNextDeadline(
         stop, app_.recording.notBefore
                   + std::chrono::duration_cast<Nanoseconds>(std::chrono::duration<double>(*options_.recordSeconds)));
-    if (terminal_)
+    if (streams_.errorIsTerminal())
         progressTimer_ = runLoop_.scheduleRepeating({1, 4}, RunLoopMode::Common, TimerOrder::Other,
                                                     [this](const TimerFiring&) { showProgress(); });
 }
@@ -155,7 +147,7 @@ void UnattendedRun::showProgress()
     const QString line = tr("Recording %1 s of %2 s, ends early with Ctrl+C")
                              .arg(CMTimeGetSeconds(app_.recording.m_Current_Video_Frame), 0, 'f', 1)
                              .arg(*options_.recordSeconds, 0, 'f', 1);
-    std::fprintf(stderr, "%s%s", eraseLine, qUtf8Printable(line));
+    streams_.showProgress(line);
 }
 
 void UnattendedRun::finished(const QString& path, const QString& problem, Kept kept)
@@ -163,12 +155,11 @@ void UnattendedRun::finished(const QString& path, const QString& problem, Kept k
     if (std::exchange(ended_, true))
         return;
     runLoop_.invalidate(progressTimer_);
-    if (terminal_)
-        std::fputs(eraseLine, stderr);
+    streams_.endProgress();
     if (!problem.isEmpty())
-        print(stderr, QStringLiteral("lumavex: ") + problem);
+        streams_.tell(QStringLiteral("lumavex: ") + problem);
     if (!path.isEmpty())
-        print(stdout, path);
+        streams_.print(path);
     status_ = kept == Kept::AsAsked ? 0 : kept == Kept::Otherwise ? 3 : 1;
     const auto end = [this] {
         app_.finishRescue(); // no time was lost with an earlier run's recording before this one

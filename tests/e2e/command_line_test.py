@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Recording from the command line: options, exit statuses, what is printed, signals."""
 
+import contextlib
 import json
 import os
 import pty
@@ -12,7 +13,9 @@ import time
 import unittest
 from pathlib import Path
 
-from lumavex_e2e import FRAME, PREVIEW, EndToEndTest, Gui, Lumavex, Movie, Scene, output_of, place_of, takes_of, wait_for
+from lumavex_e2e import (
+    FRAME, LUMAVEX, PREVIEW, EndToEndTest, Gui, Lumavex, Movie, Process, Scene, output_of, place_of, takes_of, wait_for,
+)  # fmt: skip
 
 OPTIONS = ("record", "output", "snapshot", "overlay", "saturation", "fps", "size", "sound", "cursor", "hide-own-windows", "overwrite", "ignore-load")
 
@@ -159,6 +162,29 @@ class CommandLineTest(EndToEndTest):
         self.assertEqual(told, sorted(told))
         self.assertTrue(text.endswith(b"\r\x1b[K"), text[-80:])
         self.assertEqual(program.stdout, f"{path}\n")
+
+    def test_nobody_has_to_read_what_is_told(self):
+        home = self.home().make_settings()
+        outer, inner = pty.openpty()
+        self.addCleanup(os.close, outer)
+        self.addCleanup(os.close, inner)
+        os.set_blocking(inner, False)
+        for _ in range(10):  # until the terminal is full, which passes some on with a delay
+            with contextlib.suppress(BlockingIOError):
+                while os.write(inner, b"x" * 100):
+                    pass
+            time.sleep(0.05)
+        os.set_blocking(inner, True)
+        fifo, path = home.root / "fifo", home.videos / "movie.mov"
+        os.mkfifo(fifo)
+        program = self.start(Lumavex(home, "--record", 2, "--output", path, "--stats", fifo, "--ignore-load", terminal=inner))
+        self.assertEqual((program.wait(), program.stdout), (0, f"{path}\n"))
+        self.assert_movie(Movie(path), 2, tolerance=FRAME)
+
+        closed = ["sh", "-c", 'exec "$0" "$@" 2>&- >&- <&-', LUMAVEX, "--record", 1, "--output", path, "--overwrite"]
+        program = self.start(Process([*map(str, closed), "--ignore-load"], home.environment))
+        self.assertEqual(program.wait(), 0)
+        self.assert_movie(Movie(path), 1, tolerance=FRAME)
 
     def test_what_cannot_work_is_refused_at_once(self):
         home = self.home().make_settings()

@@ -65,10 +65,10 @@ TEST_F(Program, AScreenThatNoGrabShowsIsToldAndNotRecordedWithoutAUser)
     EXPECT_EQ(message(), screen->limitation());
     options.recordSeconds = 1;
     ASSERT_TRUE(launch());
-    UnattendedRun(*app, *loop, options, screen->limitation()).begin();
+    UnattendedRun(*app, *loop, streams, options, screen->limitation()).begin();
     EXPECT_EQ(app->recording.m_RecordStatus, Idle);
     app->compose.i_Video_Source_Primary = 2; // a camera alone
-    UnattendedRun(*app, *loop, options, screen->limitation()).begin();
+    UnattendedRun(*app, *loop, streams, options, screen->limitation()).begin();
     EXPECT_EQ(app->recording.m_RecordStatus, Recording);
 }
 

@@ -2,6 +2,7 @@
 #include "app/CommandLine.h"
 #include "app/OutputSize.h"
 #include "app/SettingsTable.h"
+#include "app/StandardStreams.h"
 #include "app/Unattended.h"
 #include "platform/fake/FakeUserDefaults.h"
 
@@ -104,8 +105,9 @@ TEST(UnattendedDialogs, AFileThatCameMeanwhileIsNotReplaced)
         options.output = folder.filePath(QLatin1String(wanted));
         QFile file(options.output);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        EXPECT_EQ(UnattendedDialogs(options).runSavePanel({}), folder.filePath(QLatin1String(given)));
+        StandardStreams streams;
+        EXPECT_EQ(UnattendedDialogs(options, streams).runSavePanel({}), folder.filePath(QLatin1String(given)));
         options.existing = LaunchOptions::Existing::Overwrite;
-        EXPECT_EQ(UnattendedDialogs(options).runSavePanel({}), options.output);
+        EXPECT_EQ(UnattendedDialogs(options, streams).runSavePanel({}), options.output);
     }
 }
