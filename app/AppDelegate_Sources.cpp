@@ -3,6 +3,7 @@
 
 #include "app/ChosenWindow.h"
 #include "app/Window_Main.h"
+#include "app/awaitCameras.h"
 #include "capture/Window_FollowCursor_How_It_Works.h"
 #include "capture/Window_Region_How_It_Works.h"
 #include "capture/Window_Transparent_Region.h"
@@ -45,7 +46,15 @@ void AppDelegate::startCameraOfSettings()
     // Without a camera that is to run, nobody has to wait for those there are (see showMainWindow).
     if (camera.s_Camera_Name == doNotConnectToCamera)
         return;
-    camera.arrayCameras = cameraDelegate.enumCameras();
+    if (options_.isUnattended()) {
+        if (!compose.showsCamera())
+            return; // nobody is there to bring it into view later
+        camera.arrayCameras = awaitCameras(*platform_.cameras, *platform_.runLoop, [this](const QStringList& names) {
+            return names.contains(camera.s_Camera_Name);
+        });
+    } else {
+        camera.arrayCameras = cameraDelegate.enumCameras();
+    }
     camera.b_Camera_Connected = cameraDelegate.startCamera(camera.s_Camera_Name);
     if (!camera.b_Camera_Connected)
         tellCameraFailure();
@@ -65,8 +74,10 @@ void AppDelegate::tellCameraFailure()
 void AppDelegate::dropCamera()
 {
     camera.m_i_Camera_Capture_FPS = 1;
-    storeInteger("i_Camera_Capture_FPS", 1);
     camera.s_Camera_Name = doNotConnectToCamera;
+    if (options_.isUnattended())
+        return; // a run that nobody watches does not change what the user chose
+    storeInteger("i_Camera_Capture_FPS", 1);
     storeText("s_Camera_Name", camera.s_Camera_Name);
 }
 
@@ -273,8 +284,8 @@ void AppDelegate::applyCaptureOptions()
     case WindowExclusive:
         if (options_.window.isEmpty())
             QMetaObject::invokeMethod(this, &AppDelegate::OnToolbarWindowExclusive, Qt::QueuedConnection);
-        else
-            launchProblem = chooseWindowByText(options_.window);
+        else if (const QString problem = chooseWindowByText(options_.window); !problem.isEmpty())
+            launchProblem = problem;
         break;
     default:
         break;

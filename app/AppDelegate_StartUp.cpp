@@ -3,21 +3,26 @@
 
 #include "app/ChosenWindow.h"
 #include "app/LevelMeter.h"
+#include "app/OutputSize.h"
 #include "app/Window_Main.h"
 #include "app/Window_More_Information.h"
 #include "recording/WorkingFolders.h"
 
 #include <QAction>
 #include <QCoreApplication>
+#include <QMenu>
 #include <QStandardPaths>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace lumavex {
 
 namespace {
+
+constexpr std::int64_t sizeOfNoItem = 1; ///< the output index of a size that the menu does not offer; never stored
+
 QImage bundleImage(const char* name)
 {
     return QImage(QStringLiteral(":/images/%1.png").arg(QLatin1String(name)), "PNG");
@@ -116,6 +121,8 @@ void AppDelegate::showMainWindow()
         window_.showMessage(launchProblem);
     if (application.sffmpegPath.isEmpty())
         window_.showMessage(tr("The program ffmpeg is not installed. Recordings with sound need it."));
+    if (const QString limitation = platform_.screen->limitation(); !limitation.isEmpty())
+        window_.showMessage(MessageTopic::Session, {limitation});
     // What the window can do without until it is there and drawn.
     platform_.runLoop->scheduleOnce({1, 10}, [this](const TimerFiring&) { cameraDelegate.beginListing(); });
     platform_.runLoop->scheduleOnce({1, 2}, [this](const TimerFiring&) {
@@ -193,19 +200,36 @@ void AppDelegate::setUpOutputSize()
         setVideoOutputSize(capture.size_Screen);
     else
         setVideoOutputSize(catalogueSize(compose.index_size_Video_Output - 2));
-    if (options_.size) {
-        setVideoOutputSize(options_.size->width > 0 ? *options_.size : capture.size_Screen);
-        camera.b_Change_to_Camera_Resolution = false;
-    } else if (compose.index_size_Video_Output == 0 && compose.i_Video_Source_Primary == 2
-               && compose.i_Show_Secondary == 1) {
-        camera.b_Change_to_Camera_Resolution = options_.source.has_value();
+    if (!options_.size) {
+        if (compose.index_size_Video_Output == 0 && compose.i_Video_Source_Primary == CameraPrimary
+            && compose.i_Show_Secondary == 1)
+            camera.b_Change_to_Camera_Resolution = options_.source.has_value();
+        return;
     }
+    const CGSize size = options_.size->width > 0 ? *options_.size : capture.size_Screen;
+    if (compose.i_Video_Source_Primary == ScreenPrimary)
+        launchProblem = vanishingProblem(capture.size_Screen, size);
+    if (!launchProblem.isEmpty())
+        return;
+    // The size holds whatever source is chosen, until another size is.
+    if (compose.mi_last_Video_Output)
+        std::exchange(compose.mi_last_Video_Output, nullptr)->setChecked(false);
+    compose.index_size_Video_Output = sizeOfNoItem;
+    const QString title = QStringLiteral("%1x%2").arg(size.width).arg(size.height);
+    const auto items = window_.submenuVideoOutputFrame->actions();
+    for (QAction* item : items) {
+        if (item->text() != title)
+            continue;
+        check(compose.mi_last_Video_Output, item);
+        compose.index_size_Video_Output = item->data().toLongLong();
+    }
+    setVideoOutputSize(size);
+    camera.b_Change_to_Camera_Resolution = false;
 }
 
 void AppDelegate::Terminate_App()
 {
-    std::fflush(nullptr);
-    std::_Exit(0);
+    std::quick_exit(0); // with what main has registered, and without the destructors of what still runs
 }
 
 } // namespace lumavex

@@ -45,7 +45,8 @@ void AppDelegate::writeStatistics()
 {
     if (!recording.statisticsFile.isOpen())
         return;
-    if (const QString problem = recording.statisticsFile.append(statistics()); !problem.isEmpty())
+    const auto line = recording.stopping ? StatisticsFile::Line::Last : StatisticsFile::Line::Ordinary;
+    if (const QString problem = recording.statisticsFile.append(statistics(), line); !problem.isEmpty())
         tell(problem);
     recording.frameCounts.lateness = Nanoseconds(0);
 }

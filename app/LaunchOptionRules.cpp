@@ -72,6 +72,8 @@ QString checkPictures(const LaunchOptions& options)
         {options.overlaySize && options.overlay.isEmpty(), "--overlay-size", withOverlay},
         {options.secondaryPosition && alone, "--secondary-position", withBoth},
         {options.secondarySize && alone, "--secondary-size", withBoth},
+        {!options.camera.isEmpty() && isSource(Source::Screen), "--camera", withCamera},
+        {options.cameraSize && isSource(Source::Screen), "--camera-size", withCamera},
         {options.saturation && isSource(Source::Screen), "--saturation", withCamera},
         {options.brightness && isSource(Source::Screen), "--brightness", withCamera},
         {options.contrast && isSource(Source::Screen), "--contrast", withCamera},

@@ -36,6 +36,8 @@ struct TakenPicture {
 struct ComposeState {
     std::int64_t i_Video_Source_Primary = 0; ///< 1 screen, 2 camera
     std::int64_t i_Show_Secondary = 0;       ///< 1: the other source is drawn small
+    bool showsCamera() const { return i_Video_Source_Primary == 2 || i_Show_Secondary != 0; }
+    bool showsScreen() const { return i_Video_Source_Primary != 2 || i_Show_Secondary != 0; }
     std::int64_t i_Size_Screen_Secondary = 0;
     std::int64_t i_Position_Screen_Secondary = 0;
     std::int64_t i_Size_Camera_Secondary = 0;
@@ -46,7 +48,7 @@ struct ComposeState {
     std::uint64_t serialOverlay = 0; ///< changes with imgOverlay
     bool bOverlay = false;
 
-    std::int64_t index_size_Video_Output = 0; ///< 0: the primary source's size; k from 2: catalogue entry k - 2
+    std::int64_t index_size_Video_Output = 0; ///< 0: the primary source's size; 1: a given one; k from 2: entry k - 2
     CGSize size_Video_Output;
     float fwVideoOutputRatio = 1; ///< width / height of size_Video_Output
     QAction* mi_last_Video_Output = nullptr;

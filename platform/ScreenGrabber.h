@@ -78,6 +78,10 @@ public:
     /// windows were asked for that this screen cannot show one by one (the main display can still be grabbed then).
     virtual QString trouble() const = 0;
 
+    /// What of the session no grab shows although the screen can be read, in the user's words; empty when nothing is
+    /// missing. Asked once, at the start.
+    virtual QString limitation() = 0;
+
     /// Size of the main display in device pixels as it is now.
     virtual CGSize sizeOfMainDisplay() = 0;
 

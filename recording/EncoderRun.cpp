@@ -90,27 +90,37 @@ QString lastLines(const QByteArray& standardError)
 QString runEncoder(const EncoderJob& job, EncoderState& state, const ChildProcessFactory& createChildProcess,
                    RunLoop& runLoop, const EncoderWatch& watch)
 {
-    if (job.sffmpegPath.isEmpty())
-        return Text::tr("The encoder ffmpeg, which joins picture and sound, is not installed.");
     QFile::remove(job.s_AV_File_Source); // the encoder refuses to overwrite, but would follow a link to nowhere
+    return runEncoder({job.sffmpegPath, encoderArguments(job), job.s_AV_File_Source, job.i_Orig_Duration_in_Seconds}, state,
+                      createChildProcess, runLoop, watch);
+}
+
+QString runEncoder(const EncoderCall& call, EncoderState& state, const ChildProcessFactory& createChildProcess,
+                   RunLoop& runLoop, const EncoderWatch& watch, QByteArray* standardOutput)
+{
+    if (call.sffmpegPath.isEmpty())
+        return Text::tr("The encoder ffmpeg, which joins picture and sound, is not installed.");
 
     QString failure;
     QByteArray standardError;
     const std::unique_ptr<ChildProcess> encoder = createChildProcess();
-    encoder->outData = [](const QByteArray&) {}; // read, so that the encoder cannot block on a full pipe
+    encoder->outData = [standardOutput](const QByteArray& chunk) { // read, so that it cannot block on a full pipe
+        if (standardOutput)
+            *standardOutput += chunk;
+    };
     encoder->errData = [&](const QByteArray& chunk) {
         standardError = (standardError + chunk.right(kKeptBytes)).right(kKeptBytes);
         const bool joining = state.u_Type_Progress == 0;
         if (const auto seconds = joining ? encoderSeconds(chunk) : std::nullopt; seconds && watch.progress)
-            watch.progress(encoderPercentage(static_cast<std::uint64_t>(*seconds), job.i_Orig_Duration_in_Seconds));
+            watch.progress(encoderPercentage(static_cast<std::uint64_t>(*seconds), call.seconds));
     };
     encoder->terminated = [&](const QString& what) {
         failure = what;
         state.terminated = true;
     };
-    const Watchdog watchdog(runLoop, job.s_AV_File_Source, watch.patience);
+    const Watchdog watchdog(runLoop, call.written, watch.patience);
     const auto isCancelled = [&watch] { return watch.isCancelled && watch.isCancelled(); };
-    encoder->launch(job.sffmpegPath, encoderArguments(job));
+    encoder->launch(call.sffmpegPath, call.arguments);
     runLoop.runUntil([&] { return state.terminated || isCancelled() || watchdog.hasLostPatience(); });
 
     // Here an encoder that is still at work is killed, with its handle: it may be one that does not listen any more.
@@ -118,7 +128,7 @@ QString runEncoder(const EncoderJob& job, EncoderState& state, const ChildProces
         return isCancelled() ? Text::tr("Joining was cancelled.")
                              : Text::tr("The encoder did not get any further for %1 seconds and was ended.")
                                    .arg(watch.patience.value_or(std::chrono::seconds(0)).count());
-    if (failure.isEmpty() && QFileInfo(job.s_AV_File_Source).size() == 0)
+    if (failure.isEmpty() && !call.written.isEmpty() && QFileInfo(call.written).size() == 0)
         failure = Text::tr("The encoder wrote no file.");
     if (failure.isEmpty())
         return {};

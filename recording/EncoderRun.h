@@ -38,6 +38,14 @@ struct EncoderWatch {
     std::optional<std::chrono::seconds> patience;
 };
 
+/// One run of the encoder.
+struct EncoderCall {
+    QString sffmpegPath; ///< empty when there is no encoder
+    QStringList arguments;
+    QString written;           ///< the file that must be there afterwards, by whose growth work is told; empty: none
+    std::uint64_t seconds = 0; ///< what the progress is measured by
+};
+
 QStringList encoderArguments(const EncoderJob& job);
 
 /// Runs the encoder and returns when it has ended; meanwhile the run loop serves the default mode. Whatever lies in the
@@ -46,7 +54,12 @@ QStringList encoderArguments(const EncoderJob& job);
 QString runEncoder(const EncoderJob& job, EncoderState& state, const ChildProcessFactory& createChildProcess,
                    RunLoop& runLoop, const EncoderWatch& watch);
 
-/// The same for a program that has no event loop any more: blocks, ten minutes at most, and does not tell the progress.
+/// The same for any use of the encoder; nothing is removed before. `standardOutput` receives what the encoder writes
+/// there; null: nobody wants it.
+QString runEncoder(const EncoderCall& call, EncoderState& state, const ChildProcessFactory& createChildProcess,
+                   RunLoop& runLoop, const EncoderWatch& watch, QByteArray* standardOutput = nullptr);
+
+/// Joins for a program that has no event loop any more: blocks, ten minutes at most, and does not tell the progress.
 QString joinWithoutEvents(const EncoderJob& job);
 
 /// The last lines a program wrote to its standard error, without progress reports and empty lines, fit to be shown:

@@ -30,6 +30,7 @@ public:
     void setMouseLocation(const CGPoint& location) { mouseLocation_ = location; }
     /// From now on every grab gives up for this reason; an empty one ends that.
     void setTrouble(const QString& trouble) { trouble_ = trouble; }
+    void setLimitation(const QString& limitation) { limitation_ = limitation; }
     /// The outcome of the next grab without one, of either kind; further calls queue up.
     void addOutcome(GrabOutcome outcome) { outcomes_.push_back(outcome); }
     /// Called when a grab of either kind begins: it may let time pass, or change what the screen shows.
@@ -41,6 +42,7 @@ public:
     const std::vector<std::vector<std::uint32_t>>& grabsOfWindows() const { return grabsOfWindows_; }
 
     QString trouble() const override { return trouble_; }
+    QString limitation() override { return limitation_; }
     CGSize sizeOfMainDisplay() override;
     Grab grabMainDisplay() override;
     using ScreenGrabber::grabWindows;
@@ -62,6 +64,7 @@ private:
     const Window* windowOf(std::uint32_t number) const;
 
     QString trouble_;
+    QString limitation_;
     QImage screen_;
     QImage desktop_;
     std::vector<Window> windows_;

@@ -9,6 +9,7 @@
 #include "platform/x11/WindowComposite.h"
 #include "platform/x11/WindowLooks.h"
 #include "platform/x11/WindowTree.h"
+#include "platform/x11/XWayland.h"
 #include "platform/x11/XcbConnection.h"
 
 #include <QCoreApplication>
@@ -34,6 +35,7 @@ public:
     XcbScreenGrabber();
 
     QString trouble() const override;
+    QString limitation() override;
     CGSize sizeOfMainDisplay() override;
     Grab grabMainDisplay() override;
     using ScreenGrabber::grabWindows;
@@ -93,6 +95,15 @@ bool XcbScreenGrabber::composites() const
 QString XcbScreenGrabber::trouble() const
 {
     return connection_.alive() ? screenTrouble_ : connection_.trouble();
+}
+
+QString XcbScreenGrabber::limitation()
+{
+    return isXWayland(connection_)
+               ? QCoreApplication::translate("ScreenGrabber",
+                                             "This is a Wayland session: its windows cannot be recorded yet. Log in to "
+                                             "an X11 session to record the screen.")
+               : QString();
 }
 
 void XcbScreenGrabber::listen()

@@ -54,7 +54,7 @@ class LoadTest(EndToEndTest):
         self.assertTrue(gui.is_running())
 
     def test_nothing_is_measured_beneath_a_menu_or_a_dialog(self):
-        gui = self.start(Gui(self.home().make_settings()))
+        gui = self.start(Gui(self.home().make_settings(), QT_LOGGING_RULES="lumavex.load.info=true"))
         gui.wait_for_window(PREVIEW)
         wait_for("a measurement", lambda: self.measurements(gui) > 0)
 

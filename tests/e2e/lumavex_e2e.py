@@ -139,9 +139,9 @@ class Process:
 
     @property
     def stderr(self):
-        """Without the processor load, which is told every three seconds, and what a busy machine makes it tell."""
+        """Without what a busy machine makes it tell."""
         text = self.stderr_file.read_text(errors="replace")
-        return "".join(line for line in text.splitlines(True) if not line.startswith(("Usage: ", *BUSY)))
+        return "".join(line for line in text.splitlines(True) if not line.startswith(BUSY))
 
     def wait(self, seconds=60):
         seconds *= SLOWNESS

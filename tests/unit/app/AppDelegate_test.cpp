@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/SettingsTable.h"
+#include "app/Unattended.h"
 #include "tests/unit/app/Program.h"
 
 #include <QAction>
@@ -58,6 +59,20 @@ TEST_F(Program, SizeMenusOfferWhatFitsAndAClickStoresTheTag)
             EXPECT_EQ(items[each]->isChecked(), each == clicked);
         EXPECT_EQ(store->texts.value(settingKey("index_size_Video_Output")), QString::number(clicked));
     }
+}
+
+TEST_F(Program, AScreenThatNoGrabShowsIsToldAndNotRecordedWithoutAUser)
+{
+    screen->setLimitation(QStringLiteral("Its windows cannot be recorded."));
+    ASSERT_TRUE(launch());
+    EXPECT_EQ(message(), screen->limitation());
+    options.recordSeconds = 1;
+    ASSERT_TRUE(launch());
+    UnattendedRun(*app, *loop, streams, options, screen->limitation()).begin();
+    EXPECT_EQ(app->recording.m_RecordStatus, Idle);
+    app->compose.i_Video_Source_Primary = 2; // a camera alone
+    UnattendedRun(*app, *loop, streams, options, screen->limitation()).begin();
+    EXPECT_EQ(app->recording.m_RecordStatus, Recording);
 }
 
 TEST_F(Program, TheWindowMenuListsOtherWindowsOnceHoweverOftenItIsRefreshed)

@@ -314,7 +314,7 @@ TEST_F(Finishing, ARunThatIsOverCanBeEndedWhileItCompletesWhatAnEarlierOneLeft)
         loop->scheduleOnce({3, 1}, [&run](const TimerFiring&) { run->endEarly(); });
     });
     ASSERT_TRUE(launch());
-    run = std::make_unique<UnattendedRun>(*app, *loop, options);
+    run = std::make_unique<UnattendedRun>(*app, *loop, streams, options, QString());
     Q_EMIT app->pictureFinished({});
     EXPECT_EQ(QApplication::exec(), 1);
     EXPECT_EQ(launches.size(), 1U);

@@ -4,6 +4,11 @@
 #include <QAction>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QTest>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace lumavex;
 using namespace std::chrono_literals;
@@ -13,14 +18,19 @@ namespace {
 struct Statistics : Program {
     QString path = home.filePath(QStringLiteral("statistics.jsonl"));
 
+    static std::vector<QJsonObject> linesOf(const QByteArray& text)
+    {
+        std::vector<QJsonObject> found;
+        for (const QByteArray& line : text.trimmed().split('\n'))
+            found.push_back(QJsonDocument::fromJson(line).object());
+        return found;
+    }
+
     std::vector<QJsonObject> lines() const
     {
         QFile file(path);
         EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-        std::vector<QJsonObject> found;
-        for (const QByteArray& line : file.readAll().trimmed().split('\n'))
-            found.push_back(QJsonDocument::fromJson(line).object());
-        return found;
+        return linesOf(file.readAll());
     }
 
     bool launchAt(int framesPerSecond)
@@ -31,13 +41,14 @@ struct Statistics : Program {
         return launch() && app->openStatistics().isEmpty();
     }
 
-    std::int64_t sum(const char* name) const
+    static std::int64_t sum(const std::vector<QJsonObject>& lines, const char* name)
     {
         std::int64_t total = 0;
-        for (const QJsonObject& line : lines())
+        for (const QJsonObject& line : lines)
             total += line.value(QLatin1String(name)).toInteger();
         return total;
     }
+    std::int64_t sum(const char* name) const { return sum(lines(), name); }
 };
 
 } // namespace
@@ -91,6 +102,29 @@ TEST_F(Statistics, FramesTheMachineWasTooSlowForAreLate)
     EXPECT_NEAR(lateness, 0.850 - (0.5 + 1 / 30.0), 1e-6) << "of the first of them";
 }
 
+TEST_F(Statistics, AReaderWhoFallsBehindGetsFewerLinesThatStillAddUp)
+{
+    ASSERT_EQ(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    const FileDescriptor reader(::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK));
+    ASSERT_TRUE(launch());
+    ASSERT_TRUE(launchAt(1));
+    window->btnRecord->trigger();
+    loop->advance(1000s);
+    window->btnStop->trigger();
+
+    QByteArray text;
+    const auto isWhole = [&] {
+        char piece[4096];
+        const ssize_t count = ::read(reader.get(), piece, sizeof piece);
+        text.append(piece, std::max<qsizetype>(0, count));
+        return text.endsWith('\n') && linesOf(text).back().value(QLatin1String("skew")).isNull(); // the last line's
+    };
+    ASSERT_TRUE(QTest::qWaitFor([&] { return isWhole(); }, 10'000));
+    const auto told = linesOf(text);
+    EXPECT_LT(told.size(), 1000U);
+    EXPECT_EQ(sum(told, "encoded") + sum(told, "repeated"), std::int64_t(movie->appends().size()));
+}
+
 TEST_F(Statistics, AFileThatCannotBeWrittenIsTold)
 {
     options.stats = QStringLiteral("/dev/full");
@@ -98,6 +132,7 @@ TEST_F(Statistics, AFileThatCannotBeWrittenIsTold)
     ASSERT_EQ(app->openStatistics(), QString());
     window->btnRecord->trigger();
     loop->advance(5s);
-    EXPECT_TRUE(message().contains(options.stats));
     EXPECT_EQ(app->recording.m_RecordStatus, Recording) << "the movie matters more";
+    window->btnStop->trigger();
+    EXPECT_TRUE(message().contains(options.stats));
 }

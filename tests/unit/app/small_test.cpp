@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/CommandLine.h"
+#include "app/OutputSize.h"
 #include "app/SettingsTable.h"
+#include "app/StandardStreams.h"
 #include "app/Unattended.h"
 #include "platform/fake/FakeUserDefaults.h"
 
@@ -74,13 +76,29 @@ TEST(CommandLine, OptionsInBothFormsAndMistakesInTheUsersWords)
         "--overlay a.png --overlay-size 1639|--secondary-size 5|--secondary-size 1 --source camera|"
         "--secondary-position 1 --source screen|--saturation -1|--saturation nan|--brightness 10.1|--contrast 21|"
         "--contrast 5 --source screen|--snapshot a.jpg|--snapshot a.png --record 1 --output a|"
-        "--snapshot a.png --output a|--snapshot a.png --type region|"
+        "--snapshot a.png --output a|--snapshot a.png --type region|--record 1 --output a.mp4|--camera a --source screen|"
         "--when-window-goes vanish|--when-window-goes hold --region 1,2,3,4|--when-window-goes hold --snapshot a.png");
     for (const QString& wrong : wrongOnes.split(u'|')) {
         const CommandLine result = parse(wrong);
         EXPECT_EQ(result.exitStatus, 2) << wrong.toStdString();
         EXPECT_TRUE(result.text.startsWith(QLatin1String("lumavex: "))) << wrong.toStdString();
     }
+}
+
+TEST(CommandLine, AMovieWithoutAnEndingGetsTheUsualOneAndThatIsTold)
+{
+    for (const auto& [given, output] : {std::pair{"talk", "talk.mov"}, {"talk.", "talk.mov"}, {"b.MKV", "b.MKV"}}) {
+        const CommandLine line = parseCommandLine({QStringLiteral("--record=1"), QStringLiteral("--output"), given});
+        EXPECT_EQ(line.options.output, output);
+        EXPECT_EQ(line.note.contains(QLatin1String(output)), line.options.output != given);
+    }
+}
+
+TEST(OutputSize, ThatWouldShowNothingOfThePictureIsRefused)
+{
+    EXPECT_TRUE(vanishingProblem({1920, 1080}, {1920, 100}).contains(QLatin1String("1920x1080")));
+    EXPECT_EQ(vanishingProblem({1280, 800}, {1920, 100}), QString()) << "the last step but one leaves 128x80 of it";
+    EXPECT_EQ(vanishingProblem({0, 0}, {1920, 100}), QString()) << "a camera before its first picture";
 }
 
 TEST(UnattendedDialogs, AFileThatCameMeanwhileIsNotReplaced)
@@ -91,8 +109,9 @@ TEST(UnattendedDialogs, AFileThatCameMeanwhileIsNotReplaced)
         options.output = folder.filePath(QLatin1String(wanted));
         QFile file(options.output);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        EXPECT_EQ(UnattendedDialogs(options).runSavePanel({}), folder.filePath(QLatin1String(given)));
+        StandardStreams streams;
+        EXPECT_EQ(UnattendedDialogs(options, streams).runSavePanel({}), folder.filePath(QLatin1String(given)));
         options.existing = LaunchOptions::Existing::Overwrite;
-        EXPECT_EQ(UnattendedDialogs(options).runSavePanel({}), options.output);
+        EXPECT_EQ(UnattendedDialogs(options, streams).runSavePanel({}), options.output);
     }
 }
