@@ -45,10 +45,12 @@ Grab WindowComposite::compose(const CompositeRequest& request)
     }
     if (extent == Extent::Part)
         changed = fetchArea(connection_, changedParts_.id(), whole).value_or(changed);
-    const Grab grab = series_.next(canvas_.id(), whole, changed);
-    if (grab.outcome != GrabOutcome::Success)
+    if (!series_.read(canvas_.id(), whole, changed)) {
         shown_.reset();
-    return grab;
+        return {};
+    }
+    series_.compare();
+    return series_.finish();
 }
 
 void WindowComposite::release()

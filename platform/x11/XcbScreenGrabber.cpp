@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/x11/XcbScreenGrabber.h"
 
-#include "platform/x11/DamageTracker.h"
-#include "platform/x11/GrabSeries.h"
+#include "platform/x11/DisplaySeries.h"
 #include "platform/x11/MainDisplay.h"
 #include "platform/x11/PixelLayout.h"
 #include "platform/x11/SharedImagePool.h"
@@ -37,16 +36,14 @@ private:
     /// What works on a screen that can be recorded.
     struct Parts {
         Parts(const XcbConnection& connection, const PixelLayout& screenLayout)
-            : layout(screenLayout), display(connection), damage(connection), tree(connection), pool(connection),
-              series(pool, screenLayout), composite(connection, pool)
+            : display(connection), tree(connection), pool(connection), series(connection, pool, screenLayout),
+              composite(connection, pool)
         {
         }
-        PixelLayout layout;
         MainDisplay display;
-        DamageTracker damage;
         WindowTree tree;
         SharedImagePool pool;
-        GrabSeries series; ///< of the main display
+        DisplaySeries series;
         WindowComposite composite;
     };
 
@@ -110,9 +107,9 @@ Grab XcbScreenGrabber::grabMainDisplay()
         return {GrabOutcome::GiveUp, {}, 0};
     parts_->composite.release();
     // The damage's answer is also the round trip after which every earlier event is here.
-    const ChangedArea changed = parts_->damage.takeChanges(parts_->series.rect());
+    parts_->series.takeDamage();
     listen();
-    const Grab grab = parts_->series.next(connection_.root(), parts_->display.rect(), changed);
+    const Grab grab = parts_->series.read(parts_->display.rect()) ? parts_->series.finish() : Grab{};
     return grab.outcome == GrabOutcome::Success ? grab : Grab{failure(), {}, 0};
 }
 
