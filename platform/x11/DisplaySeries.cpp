@@ -30,9 +30,9 @@ void DisplaySeries::takeDamage(xcb_xfixes_region_t except)
 
 bool DisplaySeries::read(const QRect& display, const ChangedArea& changedToo, const SharedImagePool::Reading* beside)
 {
-    told_.add(changedToo);
-    checking_ = Clock::now() >= wholeDue_;
     const ChangedArea whole(QRect(QPoint(0, 0), display.size()));
+    told_.add(display == series_.rect() ? changedToo : whole);
+    checking_ = Clock::now() >= wholeDue_;
     return series_.read(connection_.root(), display, checking_ ? whole : told_, beside);
 }
 

@@ -80,9 +80,9 @@ bool GrabSeries::read(xcb_drawable_t drawable, const QRect& rect, const ChangedA
                       const SharedImagePool::Reading* beside)
 {
     const QRect whole(QPoint(0, 0), rect.size());
-    if (rect != std::exchange(rect_, rect))
+    if (rect.size() != rect_.size())
         forget();
-    changed_.add(changed);
+    changed_.add(rect == std::exchange(rect_, rect) ? changed : ChangedArea(whole));
     difference_ = {};
     if (last_.serial != 0 && changed_.isEmpty())
         return true;

@@ -2,6 +2,7 @@
 #include "platform/x11/XcbConnection.h"
 
 #include <xcb/randr.h>
+#include <xcb/shape.h>
 #include <xcb/shm.h>
 
 #include <QCoreApplication>
@@ -84,7 +85,7 @@ XcbConnection::XcbConnection() : displayName_(qEnvironmentVariable("DISPLAY"))
         xcb_screen_next(&screens);
     screen_ = screens.data;
     for (xcb_extension_t* extension :
-         {&xcb_shm_id, &xcb_composite_id, &xcb_damage_id, &xcb_xfixes_id, &xcb_randr_id, &xcb_render_id})
+         {&xcb_shm_id, &xcb_composite_id, &xcb_damage_id, &xcb_xfixes_id, &xcb_randr_id, &xcb_render_id, &xcb_shape_id})
         xcb_prefetch_extension_data(connection_, extension);
     internAtoms(screenNumber);
     askExtensions();
@@ -139,6 +140,10 @@ void XcbConnection::askExtensions()
     const auto randrCookie = askVersion(c, &xcb_randr_id, xcb_randr_query_version, 1, 3);
     const auto renderCookie = askVersion(c, &xcb_render_id, xcb_render_query_version, 0, 11);
 
+    if (const auto* const shape = xcb_get_extension_data(c, &xcb_shape_id); shape && shape->present) {
+        extensions_.shape = true;
+        extensions_.shapeEvent = shape->first_event;
+    }
     const auto shm = answer(c, shmCookie, xcb_shm_query_version_reply);
     extensions_.shm = shm != nullptr;
     extensions_.shmDescriptors = shm && atLeast(shm->major_version, shm->minor_version, 1, 2);
