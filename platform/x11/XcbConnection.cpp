@@ -137,7 +137,7 @@ void XcbConnection::askExtensions()
     const auto fixesCookie = askVersion(c, &xcb_xfixes_id, xcb_xfixes_query_version, 2, 0);
     const auto compositeCookie = askVersion(c, &xcb_composite_id, xcb_composite_query_version, 0, 2);
     const auto damageCookie = askVersion(c, &xcb_damage_id, xcb_damage_query_version, 1, 1);
-    const auto randrCookie = askVersion(c, &xcb_randr_id, xcb_randr_query_version, 1, 3);
+    const auto randrCookie = askVersion(c, &xcb_randr_id, xcb_randr_query_version, 1, 5);
     const auto renderCookie = askVersion(c, &xcb_render_id, xcb_render_query_version, 0, 11);
 
     if (const auto* const shape = xcb_get_extension_data(c, &xcb_shape_id); shape && shape->present) {
@@ -157,6 +157,7 @@ void XcbConnection::askExtensions()
         extensions_.damageEvent = xcb_get_extension_data(c, &xcb_damage_id)->first_event;
     const auto randr = answer(c, randrCookie, xcb_randr_query_version_reply);
     extensions_.randr = randr && atLeast(randr->major_version, randr->minor_version, 1, 3);
+    extensions_.randrMonitors = randr && atLeast(randr->major_version, randr->minor_version, 1, 5);
     if (randr)
         extensions_.randrEvent = xcb_get_extension_data(c, &xcb_randr_id)->first_event;
     const auto render = answer(c, renderCookie, xcb_render_query_version_reply);

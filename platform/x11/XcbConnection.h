@@ -37,6 +37,7 @@ struct XcbExtensions {
     bool damage = false;
     bool fixes = false;
     bool randr = false;         ///< 1.3 or newer: tells the primary output
+    bool randrMonitors = false; ///< 1.5 or newer
     bool render = false;
     bool shape = false;
     std::uint8_t damageEvent = 0; ///< first event number

@@ -118,6 +118,18 @@ TEST(X11Screens, SizeFollowsTheMainDisplay)
     EXPECT_EQ(grabber->windowDescriptions().back().width, 512);
 }
 
+/// As the toolkit chooses the screen of the region selector.
+TEST(X11Screens, OfSeveralMonitorsThePrimaryOneCountsElseTheFirst)
+{
+    TestServer server({.screen = "800x600x24", .arguments = {}});
+    ASSERT_TRUE(TestServer::run("xrandr", {"--setmonitor", "right", "300/80x600/160+500+0", "screen"}));
+    ASSERT_TRUE(TestServer::run("xrandr", {"--setmonitor", "left", "500/130x600/160+0+0", "none"}));
+    EXPECT_EQ(createXcbScreenGrabber()->sizeOfMainDisplay(), (CGSize{300, 600}));
+    ASSERT_TRUE(TestServer::run("xrandr", {"--delmonitor", "left"}));
+    ASSERT_TRUE(TestServer::run("xrandr", {"--setmonitor", "*left", "500/130x600/160+0+0", "none"}));
+    EXPECT_EQ(createXcbScreenGrabber()->sizeOfMainDisplay(), (CGSize{500, 600}));
+}
+
 TEST(X11Screens, ChangesThatNoDamageTellsOfAreFound)
 {
     const QTemporaryDir folder;
