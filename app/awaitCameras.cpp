@@ -12,7 +12,7 @@ QStringList awaitCameras(CameraSource& cameras, RunLoop& runLoop,
         return names;
     const Nanoseconds deadline = runLoop.now() + patience;
     const TimerId wakeUp =
-        runLoop.scheduleRepeating({1, 5}, RunLoopMode::Common, TimerOrder::Other, [](const TimerFiring&) {});
+        runLoop.scheduleRepeating({1, 5}, RunLoopMode::Common, [](const TimerFiring&) {});
     runLoop.runUntil([&] {
         names = cameras.names();
         return suffices(names) || runLoop.now() > deadline;

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/x11/XcbScreenGrabber.h"
 
-#include "platform/x11/DamageTracker.h"
-#include "platform/x11/GrabSeries.h"
 #include "platform/x11/MainDisplay.h"
+#include "platform/x11/MendedDisplay.h"
 #include "platform/x11/PixelLayout.h"
 #include "platform/x11/SharedImagePool.h"
 #include "platform/x11/WindowComposite.h"
@@ -15,6 +14,7 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <optional>
 
 namespace lumavex {
 
@@ -51,16 +51,15 @@ private:
     /// What works on a screen that can be recorded.
     struct Parts {
         Parts(const XcbConnection& connection, const PixelLayout& screenLayout)
-            : layout(screenLayout), display(connection), damage(connection), tree(connection), pool(connection),
-              series(pool, screenLayout), composite(connection, pool)
+            : display(connection), tree(connection), pool(connection), painter(connection),
+              mended(connection, pool, painter, screenLayout), composite(painter, pool)
         {
         }
-        PixelLayout layout;
         MainDisplay display;
-        DamageTracker damage;
         WindowTree tree;
         SharedImagePool pool;
-        GrabSeries series; ///< of the main display
+        WindowPainter painter;
+        MendedDisplay mended;
         WindowComposite composite;
     };
 
@@ -68,7 +67,11 @@ private:
     bool composites() const;
     GrabOutcome failure() const { return usable() ? GrabOutcome::Retry : GrabOutcome::GiveUp; }
     void listen();
-    CompositeRequest requestFor(const std::vector<std::uint32_t>& frontToBack);
+    PaintRequest requestFor(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
+                            std::uint32_t imageOptions);
+    std::optional<MendingRequest> asPartOfScreen(const PaintRequest& request, bool orderMayBeOld);
+    Grab grabListed(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
+                    std::uint32_t imageOptions);
 
     XcbConnection connection_;
     QString screenTrouble_;
@@ -113,7 +116,7 @@ void XcbScreenGrabber::listen()
         const bool otherWindows = parts_->tree.note(event);
         if (otherDisplay || otherWindows)
             ++windowsSerial_;
-        parts_->composite.note(event);
+        parts_->painter.note(event);
     });
 }
 
@@ -131,11 +134,12 @@ Grab XcbScreenGrabber::grabMainDisplay()
 {
     if (!usable())
         return {GrabOutcome::GiveUp, {}, 0};
-    parts_->composite.release();
-    // The damage's answer is also the round trip after which every earlier event is here.
-    const ChangedArea changed = parts_->damage.takeChanges(parts_->series.rect());
-    listen();
-    const Grab grab = parts_->series.next(connection_.root(), parts_->display.rect(), changed);
+    parts_->painter.release();
+    parts_->composite.forget();
+    const Grab grab = parts_->mended.grabAsItIs([this] {
+        listen();
+        return parts_->display.rect();
+    });
     return grab.outcome == GrabOutcome::Success ? grab : Grab{failure(), {}, 0};
 }
 
@@ -151,18 +155,67 @@ Grab XcbScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBack
             "XFixes): only the whole screen can be recorded.");
         return {GrabOutcome::GiveUp, {}, 0};
     }
-    connection_.sync();
-    listen();
-    CompositeRequest request = requestFor(frontToBack);
-    request.canvas = commonPart(request.canvas, imageBounds, parts_->display.rect());
-    request.alpha = !(imageOptions & ImageOpaque) && parts_->tree.compositingManagerRuns();
-    const Grab grab = parts_->composite.compose(request);
+    const Grab grab = grabListed(frontToBack, imageBounds, imageOptions);
     return grab.outcome == GrabOutcome::Success ? grab : Grab{failure(), {}, 0};
 }
 
-CompositeRequest XcbScreenGrabber::requestFor(const std::vector<std::uint32_t>& frontToBack)
+/// Windows may move at any time. What is read while they do shows those that are left out where they were not expected:
+/// it is read again, while the server serves nobody else.
+Grab XcbScreenGrabber::grabListed(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
+                                  std::uint32_t imageOptions)
 {
-    CompositeRequest request;
+    const std::uint64_t askedAt = windowsSerial_;
+    for (const bool alone : {false, true}) {
+        const ServerGrab grab(alone ? connection_.get() : nullptr);
+        connection_.sync();
+        listen();
+        const PaintRequest request = requestFor(frontToBack, imageBounds, imageOptions);
+        const std::uint64_t serial = windowsSerial_;
+        const auto unmoved = [&] {
+            listen();
+            return serial == windowsSerial_;
+        };
+        const auto part = asPartOfScreen(request, serial != askedAt);
+        auto result = MendedDisplay::Result{MendedDisplay::Obstacle::TooMuch, {}};
+        if (part)
+            result = parts_->mended.grab(*part, request.rootSize, unmoved);
+        if (result.obstacle == MendedDisplay::Obstacle::TooMuch)
+            return parts_->composite.compose(request);
+        if (result.obstacle == MendedDisplay::Obstacle::None)
+            return result.grab;
+    }
+    return {};
+}
+
+/// The request as what the screen shows but for some windows. Nothing when it is not that: the windows lie in another
+/// order or reach beyond the screen.
+std::optional<MendingRequest> XcbScreenGrabber::asPartOfScreen(const PaintRequest& request, bool orderMayBeOld)
+{
+    if (request.canvas.isEmpty() || !parts_->display.root().contains(request.canvas)
+        || request.alpha != parts_->tree.compositingManagerRuns())
+        return std::nullopt;
+    MendingRequest part{{}, request.desktop, request.alpha, request.canvas};
+    std::size_t next = 0;
+    bool inOrder = true;
+    for (const TopLevel& top : parts_->tree.topToBottom()) {
+        if (!top.viewable)
+            continue;
+        const auto& listed = request.frontToBack;
+        const bool shown = std::any_of(listed.begin(), listed.end(),
+                                       [&](const TopLevel& other) { return other.window == top.window; });
+        inOrder = inOrder && (!shown || listed[next].window == top.window);
+        next += shown ? 1 : 0;
+        part.topToBottom.push_back({top, shown});
+    }
+    if (!inOrder && !orderMayBeOld)
+        return std::nullopt;
+    return part;
+}
+
+PaintRequest XcbScreenGrabber::requestFor(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
+                                          std::uint32_t imageOptions)
+{
+    PaintRequest request;
     const auto& tops = parts_->tree.topToBottom();
     for (const std::uint32_t number : frontToBack) {
         request.desktop = request.desktop || number == connection_.root();
@@ -180,6 +233,8 @@ CompositeRequest XcbScreenGrabber::requestFor(const std::vector<std::uint32_t>& 
     }
     if (request.desktop)
         request.canvas = parts_->display.rect();
+    request.canvas = commonPart(request.canvas, imageBounds, parts_->display.rect());
+    request.alpha = !(imageOptions & ImageOpaque) && parts_->tree.compositingManagerRuns();
     request.rootSize = parts_->display.root().size();
     return request;
 }

@@ -90,6 +90,17 @@ void TestClient::raise(xcb_window_t window)
     sync();
 }
 
+void TestClient::place(xcb_window_t window, const QRect& bounds)
+{
+    const std::uint32_t values[] = {static_cast<std::uint32_t>(bounds.x()), static_cast<std::uint32_t>(bounds.y()),
+                                    static_cast<std::uint32_t>(bounds.width()),
+                                    static_cast<std::uint32_t>(bounds.height())};
+    xcb_configure_window(connection_, window,
+                         XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
+                         values);
+    sync();
+}
+
 void TestClient::unmap(xcb_window_t window)
 {
     xcb_unmap_window(connection_, window);

@@ -28,6 +28,7 @@ public:
     void fill(xcb_window_t window, const QRect& part, QRgb color);
     void fillRoot(const QRect& part, QRgb color);
     void raise(xcb_window_t window);
+    void place(xcb_window_t window, const QRect& bounds);
     void unmap(xcb_window_t window);
     void map(xcb_window_t window);
     void destroy(xcb_window_t window);

@@ -157,6 +157,7 @@ TEST_F(X11Windows, OrderFollowsRaising)
 TEST_F(X11Windows, PartialChangesKeepTheRestAndTheStacking)
 {
     client.leaveWallpaper(kBlue);
+    client.fillRoot({0, 0, 640, 480}, kBlue);
     const auto low = client.show({100, 100, 200, 200}, kRed);
     const auto high = client.show({150, 150, 50, 50}, kGreen);
     const std::vector<std::uint32_t> windows{high, low, client.root()};
