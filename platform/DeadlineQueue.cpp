@@ -68,11 +68,11 @@ bool DeadlineQueue::runNext(Nanoseconds until, Nanoseconds now, RunLoopMode mode
     if (next->repeat == Repeat::Once) {
         remove(next->id);
     } else {
-        Timer* timer = find(next->id);
-        ++timer->k;
-        firing.overtaken = timer->deadline() <= now;
-        while (timer->mode == RunLoopMode::Default && timer->deadline() <= now)
-            ++timer->k;
+        Timer& timer = timers_[static_cast<std::size_t>(next - timers_.data())];
+        ++timer.k;
+        firing.overtaken = timer.deadline() <= now;
+        while (timer.mode == RunLoopMode::Default && timer.deadline() <= now)
+            ++timer.k;
     }
     (*callback)(firing);
     return true;
