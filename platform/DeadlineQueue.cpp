@@ -102,10 +102,10 @@ bool DeadlineQueue::run(const Timer* next, Nanoseconds until, Nanoseconds now)
     if (next->repeat == Repeat::Once) {
         remove(next->id);
     } else {
-        Timer* timer = find(next->id);
-        ++timer->k;
-        while (timer->mode == RunLoopMode::Default && timer->deadline() <= now)
-            ++timer->k;
+        Timer& timer = timers_[static_cast<std::size_t>(next - timers_.data())];
+        ++timer.k;
+        while (timer.mode == RunLoopMode::Default && timer.deadline() <= now)
+            ++timer.k;
     }
     (*callback)(firing);
     return true;

@@ -49,6 +49,7 @@ SETTINGS = {
     "s_Camera_Name": "Do not connect to Camera", "i_Camera_CRP": 0, "i_Size_Camera_Secondary": 1,
     "i_Position_Camera_Secondary": 8, "i_Size_Overlay": 30, "i_Position_Overlay": 8,
 }  # fmt: skip
+TEST_CAMERA = Path(__file__).resolve().parents[1] / "support" / "test-camera"
 
 
 def output_of(*command, check=True, timeout=60, binary=False):
@@ -317,22 +318,24 @@ class Cameras:
 
     def __init__(self):
         self.made = 0
+        self.processes = {}
 
     def plug_in(self, name):
         self.made += 1
         node = f"test-camera-{self.made}"
-        output_of("pw-cli", "create-node", "spa-node-factory",
-                  f'{{ factory.name=videotestsrc node.name={node} node.description="{name}" media.class=Video/Source '
-                  "media.role=Camera live=true object.linger=true }")  # fmt: skip
-        wait_for(f"the camera {name}", lambda: self.number(node))
+        self.processes[node] = subprocess.Popen((TEST_CAMERA, node, name), stdin=subprocess.DEVNULL,
+                                                stdout=subprocess.DEVNULL, preexec_fn=die_with_parent)  # fmt: skip
+        wait_for(f"the camera {name}", lambda: f'node.name = "{node}"' in output_of("pw-cli", "ls", "Node"))
         return node
 
-    def number(self, node):
-        nodes = re.split(r"(?m)^\s*id ", output_of("pw-cli", "ls", "Node"))
-        return next((each.split(",")[0] for each in nodes if f'node.name = "{node}"' in each), None)
-
     def unplug(self, node):
-        output_of("pw-cli", "destroy", self.number(node))
+        process = self.processes.pop(node)
+        process.kill()
+        process.wait()
+
+    def unplug_all(self):
+        for node in list(self.processes):
+            self.unplug(node)
 
 
 class Movie:

@@ -44,16 +44,7 @@ def bottom_right(frame, size):
 class CameraTest(EndToEndTest):
     def setUp(self):
         self.cameras = Cameras()
-        self.nodes = []
-
-    def tearDown(self):
-        for node in self.nodes:
-            if self.cameras.number(node):
-                self.cameras.unplug(node)
-
-    def plug_in(self, name):
-        self.nodes.append(self.cameras.plug_in(name))
-        return self.nodes[-1]
+        self.addCleanup(self.cameras.unplug_all)
 
     def lumavex(self, home, *options):
         return self.start(Lumavex(home, *options, PIPEWIRE_RUNTIME_DIR=os.environ["XDG_RUNTIME_DIR"]))
@@ -91,7 +82,7 @@ class CameraTest(EndToEndTest):
 
     def test_options_place_the_small_picture_and_colour_the_camera(self):
         self.start(PictureWindow(plain(ORANGE), "backdrop", background=True))
-        self.plug_in("Bars")
+        self.cameras.plug_in("Bars")
         width, height = SCREEN
         margin = width / 60
         # Whichever source is the small picture: middle left, a half; top centre, an eighth.
@@ -120,7 +111,7 @@ class CameraTest(EndToEndTest):
 
     def test_every_source_stands_where_the_layout_puts_it(self):
         self.start(PictureWindow(plain(ORANGE), "backdrop", background=True))
-        self.plug_in("Bars")
+        self.cameras.plug_in("Bars")
         listed = self.lumavex(self.home(), "--list-cameras")
         self.assertEqual((listed.wait(), listed.stdout), (0, "Bars\n"), listed.stderr)
 
@@ -151,15 +142,15 @@ class CameraTest(EndToEndTest):
                 self.assert_edges(edges_of(is_colour(camera_large, ORANGE)), layout)
 
     def test_camera_that_comes_back_is_taken_up_again(self):
-        self.plug_in("Other")
-        node = self.plug_in("Chosen")
+        self.cameras.plug_in("Other")
+        node = self.cameras.plug_in("Chosen")
         home, program, path = self.record(60, "--camera", "Chosen", "--camera-size", 3, "--source", "camera")
         wait_for("a recording", home.growing_movie)
         time.sleep(1.5)
         self.cameras.unplug(node)
         wait_for("the note", lambda: "The camera Chosen is gone." in program.stderr)
         time.sleep(2)
-        self.plug_in("Chosen")
+        self.cameras.plug_in("Chosen")
         wait_for("the second note", lambda: "The camera Chosen is back." in program.stderr)
         time.sleep(2)
         program.send(2)
