@@ -49,7 +49,7 @@ protected:
     std::vector<std::uint32_t> listed(const std::vector<xcb_window_t>& ours, bool desktop)
     {
         std::vector<std::uint32_t> numbers;
-        for (const WindowDescription& entry : grabber->windowDescriptions()) {
+        for (const WindowDescription& entry : grabber->windowDescriptions(ListOnScreenOnly)) {
             const bool left = std::find(ours.begin(), ours.end(), entry.number) != ours.end();
             if (entry.shared && !left && (desktop || entry.number != client.root()))
                 numbers.push_back(entry.number);
