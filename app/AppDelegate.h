@@ -205,7 +205,6 @@ private:
     void makeFrame(FrameStep step, Nanoseconds deadline);
     void fillSizeMenu(class QMenu& menu, std::int64_t offset, std::int64_t checkedIndex, QAction*& checkedItem,
                       void (AppDelegate::*click)(QAction*));
-    void check(QAction*& last, QAction* item);
     bool createWorkingFolders();
     void startCameraOfSettings();
     void tellCameraFailure(); ///< and does without a camera from now on
@@ -224,10 +223,8 @@ private:
     bool hasCamera(const QString& messageText);
     void chooseSource(VideoSource primary, Secondary secondary);
     void showCaptureType(QAction* toolbarItem, QAction* menuItem);
-    CGSize catalogueSize(std::int64_t index) const;
     template <class Guide, class... Extra>
     void runGuide(const char* setting, std::int64_t& value, Extra&&... extra);
-    void runRegionSelector();
     void openPage(const QUrl& address);
     void setUpSourceControls();
     void setUpOutputSize();
@@ -268,7 +265,6 @@ private:
     QString finishWriter(Nanoseconds heardUntil);
     QString noteLengths();
     EncoderJob joiningJob() const;
-    std::optional<std::chrono::seconds> patience() const;
     QString joinSoundAndPicture();
     /// Whether the picture and sound files in the video folder still hold what is nowhere else.
     enum class WorkingFiles { NotNeeded, Needed };
@@ -284,7 +280,6 @@ private:
     bool isInWorkingFolder(const QString& path) const;
     MoveResult moveWithProgress(const QString& from, const QString& to);
     WorkingFiles keepMovie(const QString& movie, const QString& why);
-    static QString whereItIs(const RescuedRecording& kept);
     void tellSaved(const QString& path);
 
     Platform& platform_;

@@ -178,19 +178,13 @@ EncoderJob AppDelegate::joiningJob() const
     return job;
 }
 
-std::optional<std::chrono::seconds> AppDelegate::patience() const
-{
-    // With nobody there to press Cancel, work that stands still must end by itself.
-    return options_.isUnattended() ? std::optional(std::chrono::seconds(60)) : std::nullopt;
-}
-
 QString AppDelegate::joinSoundAndPicture()
 {
     setProgress(0);
     recording.encoder = {};
     recording.windowProgress->setCancelling(Window_Progress::Cancelling::Offered);
     const EncoderWatch watch{[this](float percentage) { setProgress(percentage); },
-                             [this] { return recording.cancelled.load(); }, patience()};
+                             [this] { return recording.cancelled.load(); }, options_.patience()};
     QString problem =
         runEncoder(joiningJob(), recording.encoder, platform_.createChildProcess, *platform_.runLoop, watch);
     if (problem.isEmpty())
@@ -236,7 +230,7 @@ void AppDelegate::finishRescue()
                                         platform_.createChildProcess,
                                         application.sffmpegPath,
                                         {[&progress](float percentage) { progress.setProgress(percentage); },
-                                         [this] { return recording.rescueCancelled; }, patience()}},
+                                         [this] { return recording.rescueCancelled; }, options_.patience()}},
                                        *platform_.runLoop);
     platform_.runLoop->invalidate(show);
     progress.hide();

@@ -39,7 +39,7 @@ AppDelegate::WorkingFiles AppDelegate::saveMovie(const QString& movie, const QSt
             obstacle = copyIntoContainer({application.sffmpegPath, movie, file, recording.i_fps_of_Recording,
                                           recording.i_Orig_Duration_in_Seconds},
                                          platform_.createChildProcess, *platform_.runLoop,
-                                         {{}, [this] { return recording.cancelled.load(); }, patience()});
+                                         {{}, [this] { return recording.cancelled.load(); }, options_.patience()});
         }
         const MoveResult moved =
             obstacle.isEmpty() ? moveWithProgress(file, *path) : MoveResult{MoveOutcome::Failed, obstacle};
@@ -77,14 +77,6 @@ bool AppDelegate::isInWorkingFolder(const QString& path) const
             return true;
     }
     return false;
-}
-
-QString AppDelegate::whereItIs(const RescuedRecording& kept)
-{
-    const QString files = kept.sound.isEmpty()
-                              ? tr("The recording was kept as %1.").arg(kept.movie)
-                              : tr("Picture and sound were kept as %1 and %2.").arg(kept.movie, kept.sound);
-    return (kept.error + u' ' + files).trimmed();
 }
 
 AppDelegate::WorkingFiles AppDelegate::keepMovie(const QString& movie, const QString& why)

@@ -201,7 +201,7 @@ void AppDelegate::OnToolbarFollowCursor()
         runGuide<Window_FollowCursor_How_It_Works>("b_Show_FollowCursor_How_To",
                                                    application.b_Show_FollowCursor_How_To);
     showCaptureType(window_.toolbarFollowCursor, window_.menuFollowCursor);
-    capture.size_Follow_Cursor = catalogueSize(capture.index_size_Follow_Cursor);
+    capture.size_Follow_Cursor = capture.catalogueSize(capture.index_size_Follow_Cursor);
     capture.i_Type_Screen_Capture = FollowCursor;
 }
 
@@ -211,8 +211,10 @@ void AppDelegate::OnToolbarRegion()
         runGuide<Window_Region_How_It_Works>("b_Show_Select_Region_How_To", application.b_Show_Select_Region_How_To);
     capture.i_Type_Screen_Capture = Region;
     showCaptureType(window_.toolbarRegion, window_.menuRegion);
-    capture.size_Region = catalogueSize(capture.index_size_Region);
-    runRegionSelector();
+    capture.size_Region = capture.catalogueSize(capture.index_size_Region);
+    Window_Transparent_Region windowTransparentRegion(capture, *platform_.overlay);
+    keepInFront(windowTransparentRegion, window_);
+    windowTransparentRegion.runModal();
     window_.toolbarRegion->setEnabled(true); // the region can be placed anew
 }
 
@@ -231,13 +233,6 @@ void AppDelegate::OnToolbarWindowExclusive()
             capture.sWindowExclusive = Return_Window_Identifier_String(capture.arrayController.at(first));
     }
     chosenWindow_->announce();
-}
-
-void AppDelegate::runRegionSelector()
-{
-    Window_Transparent_Region windowTransparentRegion(capture, *platform_.overlay);
-    keepInFront(windowTransparentRegion, window_);
-    windowTransparentRegion.runModal();
 }
 
 template <class Guide, class... Extra>
@@ -262,7 +257,7 @@ void AppDelegate::applyCaptureOptions()
     switch (options_.captureType.value_or(EntireScreen)) {
     case FollowCursor:
         showCaptureType(window_.toolbarFollowCursor, window_.menuFollowCursor);
-        capture.size_Follow_Cursor = options_.follow.value_or(catalogueSize(capture.index_size_Follow_Cursor));
+        capture.size_Follow_Cursor = options_.follow.value_or(capture.catalogueSize(capture.index_size_Follow_Cursor));
         capture.i_Type_Screen_Capture = FollowCursor;
         break;
     case Region:

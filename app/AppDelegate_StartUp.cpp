@@ -199,7 +199,7 @@ void AppDelegate::setUpOutputSize()
     if (compose.index_size_Video_Output == 0)
         setVideoOutputSize(capture.size_Screen);
     else
-        setVideoOutputSize(catalogueSize(compose.index_size_Video_Output - 2));
+        setVideoOutputSize(capture.catalogueSize(compose.index_size_Video_Output - 2));
     if (!options_.size) {
         if (compose.index_size_Video_Output == 0 && compose.i_Video_Source_Primary == CameraPrimary
             && compose.i_Show_Secondary == 1)
@@ -220,7 +220,7 @@ void AppDelegate::setUpOutputSize()
     for (QAction* item : items) {
         if (item->text() != title)
             continue;
-        check(compose.mi_last_Video_Output, item);
+        Window_Main::moveCheckMark(compose.mi_last_Video_Output, item);
         compose.index_size_Video_Output = item->data().toLongLong();
     }
     setVideoOutputSize(size);

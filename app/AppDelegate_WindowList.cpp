@@ -48,14 +48,14 @@ void AppDelegate::FillMenuWindows()
         item->setProperty("windowNumber", entry.value(kWindowIDKey));
         connect(item, &QAction::triggered, this, [this, item] { MenuWindowClick(item); });
         if (capture.i_Menu_Windows_Count == 0)
-            check(capture.mi_last_Window_Exclusive, item);
+            Window_Main::moveCheckMark(capture.mi_last_Window_Exclusive, item);
         ++capture.i_Menu_Windows_Count;
     }
 }
 
 void AppDelegate::MenuWindowClick(QAction* item)
 {
-    check(capture.mi_last_Window_Exclusive, item);
+    Window_Main::moveCheckMark(capture.mi_last_Window_Exclusive, item);
     capture.sWindowExclusive = item->data().toString();
     chosenWindow_->announce();
 }

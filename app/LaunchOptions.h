@@ -6,6 +6,7 @@
 
 #include <QString>
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 
@@ -59,6 +60,11 @@ struct LaunchOptions {
     bool adjustsColours() const { return saturation || brightness || contrast; }
     /// Nobody is there to see windows or to answer.
     bool isUnattended() const { return recordSeconds || !snapshot.isEmpty(); }
+    /// How long work may stand still before it is ended; nothing: for ever, since somebody is there to press Cancel.
+    std::optional<std::chrono::seconds> patience() const
+    {
+        return isUnattended() ? std::optional(std::chrono::seconds(60)) : std::nullopt;
+    }
     /// Where the movie or the picture of an unattended run goes.
     const QString& file() const { return snapshot.isEmpty() ? output : snapshot; }
 };

@@ -85,6 +85,14 @@ void Window_Main::fitSize()
     });
 }
 
+void Window_Main::moveCheckMark(QAction*& from, QAction* to)
+{
+    if (from)
+        from->setChecked(false);
+    to->setChecked(true);
+    from = to;
+}
+
 void Window_Main::setLevel(Level level)
 {
     const bool floating = level == Level::Floating;

@@ -147,7 +147,8 @@ Cost median(const Kind& kind, const Kind& scene)
 int main()
 {
     Scene scene;
-    const std::uint32_t desktop = lumavex::createXcbScreenGrabber()->windowDescriptions().back().number;
+    const std::uint32_t desktop =
+        lumavex::createXcbScreenGrabber()->windowDescriptions(lumavex::ListOnScreenOnly).back().number;
     const auto entire = [](lumavex::ScreenGrabber& grabber) { return grabber.grabMainDisplay(); };
     const auto follow = [](lumavex::ScreenGrabber& grabber) {
         grabber.mouseLocation();

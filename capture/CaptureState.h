@@ -70,6 +70,12 @@ struct CaptureState {
     std::optional<QString> sWindowExclusive;        ///< identifier of the chosen window
     std::optional<QString> sWindowExclusive_Missed; ///< the chosen window that the user was told has gone
 
+    /// `index` is one of the catalogue's.
+    CGSize catalogueSize(std::int64_t index) const
+    {
+        return arrayFrameResolution.at(static_cast<std::size_t>(index)).sizeDimension;
+    }
+
     std::vector<FrameDimension> arrayScreenPointSquare; ///< the region selector's five handles
 };
 

@@ -288,6 +288,14 @@ void forgetRescued(const std::vector<RescuedRecording>& recordings)
         QFile::remove(markPath(recording.movie));
 }
 
+QString whereItIs(const RescuedRecording& kept)
+{
+    const QString files = kept.sound.isEmpty()
+                              ? Text::tr("The recording was kept as %1.").arg(kept.movie)
+                              : Text::tr("Picture and sound were kept as %1 and %2.").arg(kept.movie, kept.sound);
+    return (kept.error + u' ' + files).trimmed();
+}
+
 QString rescueMessage(const std::vector<RescueNote>& notes)
 {
     if (notes.empty())
