@@ -38,10 +38,9 @@ void AppDelegate::grabScreen()
 
 bool AppDelegate::createMultiWindowShot(const QList<WindowEntry>& windows)
 {
-    return setOutputImage(capture.isComposite()
-                              ? platform_.screen->grabWindows(newWindowListFromSelection(windows), capture.imageBounds,
-                                                              capture.imageOptions)
-                              : platform_.screen->grabMainDisplay());
+    return setOutputImage(capture.isComposite() ? platform_.screen->grabWindows(
+                              newWindowListFromSelection(windows), capture.imageBounds, capture.imageOptions)
+                                                : platform_.screen->grabMainDisplay());
 }
 
 bool AppDelegate::setOutputImage(const Grab& grab)

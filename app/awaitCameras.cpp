@@ -11,8 +11,7 @@ QStringList awaitCameras(CameraSource& cameras, RunLoop& runLoop,
     if (suffices(names) || !cameras.trouble().isEmpty())
         return names;
     const Nanoseconds deadline = runLoop.now() + patience;
-    const TimerId wakeUp =
-        runLoop.scheduleRepeating({1, 5}, RunLoopMode::Common, [](const TimerFiring&) {});
+    const TimerId wakeUp = runLoop.scheduleRepeating({1, 5}, RunLoopMode::Common, [](const TimerFiring&) {});
     runLoop.runUntil([&] {
         names = cameras.names();
         return suffices(names) || runLoop.now() > deadline;

@@ -91,8 +91,8 @@ QString runEncoder(const EncoderJob& job, EncoderState& state, const ChildProces
                    RunLoop& runLoop, const EncoderWatch& watch)
 {
     QFile::remove(job.s_AV_File_Source); // the encoder refuses to overwrite, but would follow a link to nowhere
-    return runEncoder({job.sffmpegPath, encoderArguments(job), job.s_AV_File_Source, job.i_Orig_Duration_in_Seconds}, state,
-                      createChildProcess, runLoop, watch);
+    return runEncoder({job.sffmpegPath, encoderArguments(job), job.s_AV_File_Source, job.i_Orig_Duration_in_Seconds},
+                      state, createChildProcess, runLoop, watch);
 }
 
 QString runEncoder(const EncoderCall& call, EncoderState& state, const ChildProcessFactory& createChildProcess,

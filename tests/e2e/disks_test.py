@@ -42,7 +42,7 @@ class DisksTest(EndToEndTest):
         self.assertIn("no space left on the disk", program.stderr)
         movie = Movie(path)
         self.assert_movie(movie)
-        self.assertGreater(movie.picture_seconds(), 2)
+        self.assertGreater(movie.picture_seconds(), 1)
 
     def test_disk_that_another_program_fills_to_the_last_byte(self):
         home = self.home_on_disk("250m")

@@ -76,7 +76,8 @@ TEST(CommandLine, OptionsInBothFormsAndMistakesInTheUsersWords)
         "--overlay a.png --overlay-size 1639|--secondary-size 5|--secondary-size 1 --source camera|"
         "--secondary-position 1 --source screen|--saturation -1|--saturation nan|--brightness 10.1|--contrast 21|"
         "--contrast 5 --source screen|--snapshot a.jpg|--snapshot a.png --record 1 --output a|"
-        "--snapshot a.png --output a|--snapshot a.png --type region|--record 1 --output a.mp4|--camera a --source screen|"
+        "--snapshot a.png --output a|--snapshot a.png --type region|--record 1 --output a.mp4|--camera a --source "
+        "screen|"
         "--when-window-goes vanish|--when-window-goes hold --region 1,2,3,4|--when-window-goes hold --snapshot a.png");
     for (const QString& wrong : wrongOnes.split(u'|')) {
         const CommandLine result = parse(wrong);
