@@ -23,6 +23,7 @@
 
 namespace lumavex {
 
+class ChosenWindow;
 class Window_Main;
 
 /// Owns the program's state and carries out its commands. One object, as long as the process; main thread only.
@@ -51,6 +52,9 @@ public:
     void OnMenuQuit() { Terminate_App(); }
     /// What of the command line could not be done, in the user's words; empty when all is well.
     QString launchProblem;
+    /// In the main window and on standard error.
+    void tell(MessageTopic topic, const Message& message);
+    void tell(const QString& text) { tell(MessageTopic::General, {text}); }
     /// The larger of the screen's and the running camera's rate, at least 1.
     std::int32_t nominalRate() const;
     void createRefreshTimers();
@@ -78,7 +82,7 @@ public:
 
     // --- Frame sizes and size menus: AppDelegate_FrameSizes.cpp ---
     void GetScreenSize();
-    void FillArrayFrameResolution();
+    void FillArrayFrameResolution(); ///< an index stored outside it counts as its default; what is stored stays
     void FillSubMenuVideoOutputFrame();
     void FillSubMenuFollowCursorFrame();
     void FillSubMenuRegionFrame();
@@ -97,8 +101,8 @@ public:
 
     // --- Screen grabber: AppDelegate_ScreenGrabber.cpp ---
     void TimerRefreshVideoRoutine(const TimerFiring& firing);
-    void createMultiWindowShot(const QList<WindowEntry>& windows);
-    void setOutputImage(const Grab& grab);
+    bool createMultiWindowShot(const QList<WindowEntry>& windows); ///< as setOutputImage
+    bool setOutputImage(const Grab& grab);                         ///< whether imgScreenCapture is of this grab
     /// Takes the picture of the screen that the next frame is composed of.
     void grabScreen();
     /// The screen as it goes into the next frame; updates imgScreenCaptureToDraw and rect_Screen_Follow_Cursor.
@@ -154,8 +158,6 @@ public:
     /// Appends the frame, or when it is null the previous frame again, and moves the clock on. `changed` is where it
     /// differs from the frame appended before; nothing: unknown. False when it was refused, which ends the recording.
     bool appendFrame(const CVPixelBufferRef& buffer, const std::optional<ChangedArea>& changed);
-    /// Whether the refresh that was due at `deadline` belongs to the running recording.
-    bool isRecordingAt(Nanoseconds deadline) const;
 
     // --- Statistics: AppDelegate_Statistics.cpp ---
     /// Makes the file that the options name, if any. Empty, or why it cannot be written, in the user's words.
@@ -199,18 +201,15 @@ private:
     bool isPreviewInSight() const;
     /// Whether the next frame is of use: to a recording, a snapshot or somebody who looks.
     bool isFrameWanted() const;
-    /// In the main window and on standard error.
-    void tell(MessageTopic topic, const Message& message);
-    void tell(const QString& text) { tell(MessageTopic::General, {text}); }
-    /// Tells once that the chosen window is not listed any more, and once that it is listed again.
-    void tellWhetherWindowIsThere(const QString& identifier);
+    /// Takes one step of the frame that was due at `deadline`: grab; compose, append or repeat.
+    void makeFrame(FrameStep step, Nanoseconds deadline);
     void fillSizeMenu(class QMenu& menu, std::int64_t offset, std::int64_t checkedIndex, QAction*& checkedItem,
                       void (AppDelegate::*click)(QAction*));
-    void check(QAction*& last, QAction* item);
     bool createWorkingFolders();
     void startCameraOfSettings();
-    void startNamedCamera();
+    void tellCameraFailure(); ///< and does without a camera from now on
     void restartCamera();
+    void adaptToCamera(); ///< controls, source and rate, to whether one is connected
     void dropCamera();
     void showScreenAlone();
     LiveSettings liveSettings() const;
@@ -224,11 +223,8 @@ private:
     bool hasCamera(const QString& messageText);
     void chooseSource(VideoSource primary, Secondary secondary);
     void showCaptureType(QAction* toolbarItem, QAction* menuItem);
-    CGSize catalogueSize(std::int64_t index) const;
-    template <class Guide>
-    void runGuide(const char* setting, std::int64_t& value);
-    void runRegionSelector();
-    void chooseFirstWindow();
+    template <class Guide, class... Extra>
+    void runGuide(const char* setting, std::int64_t& value, Extra&&... extra);
     void openPage(const QUrl& address);
     void setUpSourceControls();
     void setUpOutputSize();
@@ -243,6 +239,7 @@ private:
     void startRecording();
     void resumeRecording();
     void startDurationTimer(Nanoseconds next);
+    void runDueRefreshes(Nanoseconds until);
     void showControlsOf(RecordStatus status);
     void makeSoundRecorder();
     /// The level meter follows what the recorder hears while it records.
@@ -257,19 +254,17 @@ private:
     QString offerPicture(const TakenPicture& picture);
     QString placePicture(const TakenPicture& picture, const QString& path);
     void tellPictureSaved(const QString& path);
-
     RecordingStatistics statistics() const; ///< only after a recording was started
     void beginStatistics();
     void writeStatistics();
-
+    void tellPictureShortage(); ///< if there was any in this recording
     void beginProgress();
     void setProgress(float percentage);
     void endProgress();
-    QString beginFinishing(Nanoseconds stoppedAt);
-    QString finishWriter(Nanoseconds stoppedAt);
+    QString beginFinishing(Nanoseconds heardUntil);
+    QString finishWriter(Nanoseconds heardUntil);
     QString noteLengths();
     EncoderJob joiningJob() const;
-    std::optional<std::chrono::seconds> patience() const;
     QString joinSoundAndPicture();
     /// Whether the picture and sound files in the video folder still hold what is nowhere else.
     enum class WorkingFiles { NotNeeded, Needed };
@@ -285,13 +280,13 @@ private:
     bool isInWorkingFolder(const QString& path) const;
     MoveResult moveWithProgress(const QString& from, const QString& to);
     WorkingFiles keepMovie(const QString& movie, const QString& why);
-    static QString whereItIs(const RescuedRecording& kept);
     void tellSaved(const QString& path);
 
     Platform& platform_;
     Window_Main& window_;
     const LaunchOptions options_;
     MoreSettings choices_;
+    std::unique_ptr<ChosenWindow> chosenWindow_;
     CameraDelegate cameraDelegate;
     Compositor compositor_;
     std::vector<RowRange> changedRows_;     ///< of the frame that is appended; here for its memory

@@ -25,12 +25,16 @@ void AppDelegate::stopRecording(Nanoseconds stoppedAt)
     if (recording.m_RecordStatus == Idle || recording.stopping)
         return;
     if (recording.m_RecordStatus == Recording)
-        platform_.runLoop->runDue(stoppedAt - Nanoseconds(1)); // refreshes that were due before belong to the recording
-    if (recording.m_RecordStatus == Idle || recording.stopping)
-        return;                  // one of the timers that were due has stopped it
-    if (!compose.lastAppended) { // stopped before the first frame was due: the movie still shows something
+        runDueRefreshes(stoppedAt - Nanoseconds(1)); // a frame of the last instant would last beyond it
+    Nanoseconds heardUntil = stoppedAt;
+    if (!compose.lastAppended) { // stopped before the first frame was due: the movie still shows and sounds something
         grabScreen();
         composeOutput(frameInputs(), true);
+        heardUntil += Nanoseconds(std::chrono::seconds(1)) / 30;
+        if (recording.soundRecorder) {
+            recording.soundRecorder->pause(stoppedAt);
+            recording.soundRecorder->record(stoppedAt);
+        }
     }
     recording.stopping = true;
     recording.cancelled = false;
@@ -38,7 +42,7 @@ void AppDelegate::stopRecording(Nanoseconds stoppedAt)
     recording.recordTimer = 0;
 
     beginProgress();
-    QStringList problems{finishWriter(stoppedAt)};
+    QStringList problems{finishWriter(heardUntil)};
     writeStatistics();
     showControlsOf(Idle);
     recording.m_RecordStatus = Idle;
@@ -110,7 +114,7 @@ void AppDelegate::cancelFinishing()
         this, [] {}, Qt::QueuedConnection); // wakes the loop that waits for what is cancelled
 }
 
-QString AppDelegate::beginFinishing(Nanoseconds stoppedAt)
+QString AppDelegate::beginFinishing(Nanoseconds heardUntil)
 {
     recording.writerReadiness->waitUntilReady();
     setProgress(20);
@@ -126,14 +130,14 @@ QString AppDelegate::beginFinishing(Nanoseconds stoppedAt)
     setProgress(30);
     QString soundProblem;
     if (recording.soundRecorder)
-        soundProblem = recording.soundRecorder->stop(stoppedAt);
+        soundProblem = recording.soundRecorder->stop(heardUntil);
     setProgress(40);
     return soundProblem;
 }
 
-QString AppDelegate::finishWriter(Nanoseconds stoppedAt)
+QString AppDelegate::finishWriter(Nanoseconds heardUntil)
 {
-    const QString soundProblem = beginFinishing(stoppedAt);
+    const QString soundProblem = beginFinishing(heardUntil);
     platform_.runLoop->runUntil(
         [this] { return recording.writerResult.wait_for(std::chrono::seconds(0)) == std::future_status::ready; });
     recording.writerReadiness.reset();
@@ -150,10 +154,12 @@ QString AppDelegate::noteLengths()
         recording.lengths.soundSeconds = soundSeconds(recording.s_Sound_File_Source);
     if (!result.error.isEmpty())
         return result.error;
-    recording.lengths.pictureSeconds = CMTimeGetSeconds(recording.m_Current_Video_Frame);
+    recording.lengths.pictureSeconds = recording.movieSeconds();
     if (result.frames != recording.i_Frames_Appended)
         return tr("Of %1 frames %2 are in the movie.").arg(recording.i_Frames_Appended).arg(result.frames);
-    constexpr double tolerance = 1; // of a second; what was not heard is silence, so that the lengths agree
+    // In seconds. What was not heard is silence, so that the lengths agree but for the last frame: it lasts its whole
+    // time whenever Stop came, a second at one frame a second.
+    const double tolerance = 1 + 1.0 / recording.i_Actual_FPS_while_Recording;
     const double apart =
         recording.lengths.soundSeconds.value_or(*recording.lengths.pictureSeconds) - *recording.lengths.pictureSeconds;
     return std::abs(apart) < tolerance
@@ -172,22 +178,15 @@ EncoderJob AppDelegate::joiningJob() const
     return job;
 }
 
-std::optional<std::chrono::seconds> AppDelegate::patience() const
-{
-    // With nobody there to press Cancel, work that stands still must end by itself.
-    return options_.isUnattended() ? std::optional(std::chrono::seconds(60)) : std::nullopt;
-}
-
 QString AppDelegate::joinSoundAndPicture()
 {
     setProgress(0);
-    recording.u_Type_Progress = 0;
-    recording.terminated = false;
+    recording.encoder = {};
     recording.windowProgress->setCancelling(Window_Progress::Cancelling::Offered);
     const EncoderWatch watch{[this](float percentage) { setProgress(percentage); },
-                             [this] { return recording.cancelled.load(); }, patience()};
-    QString problem = runEncoder(joiningJob(), platform_.createChildProcess, *platform_.runLoop, watch);
-    recording.terminated = true;
+                             [this] { return recording.cancelled.load(); }, options_.patience()};
+    QString problem =
+        runEncoder(joiningJob(), recording.encoder, platform_.createChildProcess, *platform_.runLoop, watch);
     if (problem.isEmpty())
         problem = whatIsMissingFrom(recording.s_AV_File_Source);
     return problem;
@@ -231,7 +230,7 @@ void AppDelegate::finishRescue()
                                         platform_.createChildProcess,
                                         application.sffmpegPath,
                                         {[&progress](float percentage) { progress.setProgress(percentage); },
-                                         [this] { return recording.rescueCancelled; }, patience()}},
+                                         [this] { return recording.rescueCancelled; }, options_.patience()}},
                                        *platform_.runLoop);
     platform_.runLoop->invalidate(show);
     progress.hide();

@@ -20,12 +20,15 @@ void AppDelegate::GetScreenSize()
 void AppDelegate::FillArrayFrameResolution()
 {
     capture.arrayFrameResolution = frameResolutionCatalogue();
+    compose.index_size_Video_Output = usableOutputIndex(compose.index_size_Video_Output);
+    capture.index_size_Follow_Cursor = usableFollowCursorIndex(capture.index_size_Follow_Cursor);
+    capture.index_size_Region = usableRegionIndex(capture.index_size_Region);
 }
 
 void AppDelegate::FillSubMenuVideoOutputFrame()
 {
     if (compose.index_size_Video_Output == 0)
-        check(compose.mi_last_Video_Output, window_.menuitemVideoOutputScreenResolution);
+        Window_Main::moveCheckMark(compose.mi_last_Video_Output, window_.menuitemVideoOutputScreenResolution);
     fillSizeMenu(*window_.submenuVideoOutputFrame, outputOffset, compose.index_size_Video_Output,
                  compose.mi_last_Video_Output, &AppDelegate::MenuVideoOutputFrameClick);
 }
@@ -53,24 +56,11 @@ void AppDelegate::fillSizeMenu(QMenu& menu, std::int64_t offset, std::int64_t ch
         const auto tag = static_cast<std::int64_t>(i) + offset;
         item->setCheckable(true);
         item->setData(QVariant::fromValue<qlonglong>(tag));
-        // A click on the checked item must not uncheck it: check() decides, not the click.
+        // A click on the checked item must not uncheck it: moveCheckMark decides, not the click.
         connect(item, &QAction::triggered, this, [this, item, click] { (this->*click)(item); });
         if (tag == checkedIndex)
-            check(checkedItem, item);
+            Window_Main::moveCheckMark(checkedItem, item);
     }
-}
-
-void AppDelegate::check(QAction*& last, QAction* item)
-{
-    if (last)
-        last->setChecked(false);
-    item->setChecked(true);
-    last = item;
-}
-
-CGSize AppDelegate::catalogueSize(std::int64_t index) const
-{
-    return capture.arrayFrameResolution.at(static_cast<std::size_t>(index)).sizeDimension;
 }
 
 void AppDelegate::setVideoOutputSize(const CGSize& size)
@@ -82,9 +72,9 @@ void AppDelegate::setVideoOutputSize(const CGSize& size)
 
 void AppDelegate::MenuVideoOutputFrameClick(QAction* item)
 {
-    check(compose.mi_last_Video_Output, item);
+    Window_Main::moveCheckMark(compose.mi_last_Video_Output, item);
     const std::int64_t tag = item->data().toLongLong();
-    setVideoOutputSize(catalogueSize(tag - outputOffset));
+    setVideoOutputSize(capture.catalogueSize(tag - outputOffset));
     Refresh_Preview_Window();
     compose.index_size_Video_Output = tag;
     storeInteger("index_size_Video_Output", tag);
@@ -92,18 +82,18 @@ void AppDelegate::MenuVideoOutputFrameClick(QAction* item)
 
 void AppDelegate::MenuFollowCursorFrameClick(QAction* item)
 {
-    check(capture.mi_last_Follow_Cursor, item);
+    Window_Main::moveCheckMark(capture.mi_last_Follow_Cursor, item);
     const std::int64_t tag = item->data().toLongLong();
-    capture.size_Follow_Cursor = catalogueSize(tag);
+    capture.size_Follow_Cursor = capture.catalogueSize(tag);
     capture.index_size_Follow_Cursor = tag;
     storeInteger("index_size_Follow_Cursor", tag);
 }
 
 void AppDelegate::MenuRegionFrameClick(QAction* item)
 {
-    check(capture.mi_last_Region, item);
+    Window_Main::moveCheckMark(capture.mi_last_Region, item);
     const std::int64_t tag = item->data().toLongLong();
-    capture.size_Region = catalogueSize(tag);
+    capture.size_Region = capture.catalogueSize(tag);
     capture.index_size_Region = tag;
     storeInteger("index_size_Region", tag);
 }
@@ -116,7 +106,7 @@ void AppDelegate::OnMenuVideoOutputScreenResolution()
     else
         setVideoOutputSize(cameraSize ? camera.size_Camera : capture.size_Screen);
     Refresh_Preview_Window();
-    check(compose.mi_last_Video_Output, window_.menuitemVideoOutputScreenResolution);
+    Window_Main::moveCheckMark(compose.mi_last_Video_Output, window_.menuitemVideoOutputScreenResolution);
     compose.index_size_Video_Output = 0;
     storeInteger("index_size_Video_Output", 0);
 }

@@ -97,60 +97,7 @@ FrameInputs AppDelegate::frameInputs()
 
 void AppDelegate::TimerRefreshViewRoutine(const TimerFiring& firing)
 {
-    if (!isFrameWanted()) {
-        compose.previewShown.reset();
-        return;
-    }
-    const bool record = isRecordingAt(firing.deadline);
-    // The machine could not keep up: this frame's time has passed, so the previous picture stands for it, which costs
-    // next to nothing and keeps the rate constant. A snapshot needs a frame of its own.
-    if (firing.overtaken && !compose.b_Take_Picture && (!record || compose.lastAppended)) {
-        recording.frameCounts.late += record ? 1 : 0;
-        if (record)
-            appendFrame(nullptr, {});
-        return;
-    }
-    const FrameInputs inputs = frameInputs();
-    composePreview(inputs);
-    if (record || compose.b_Take_Picture)
-        composeOutput(inputs, record);
-}
-
-void AppDelegate::composePreview(const FrameInputs& inputs)
-{
-    if (!isPreviewInSight()) {
-        compose.previewShown.reset();
-        return;
-    }
-    View_Preview* view = compose.windowPreview->viewPreview();
-    const QSize pixels = view->pixelSize();
-    if (compose.previewShown && compose.previewShown->inputs == inputs && view->pictureSize() == pixels)
-        return;
-    const QImage picture = compositor_.previewPass(inputs, pixels, {double(view->width()), double(view->height())});
-    const ChangeHistory& changes = compositor_.previewChanges();
-    view->setPicture(picture, compose.previewShown ? changes.since(compose.previewShown->frame) : std::nullopt);
-    compose.previewShown = {inputs, changes.latest()};
-}
-
-void AppDelegate::composeOutput(const FrameInputs& inputs, bool record)
-{
-    if (record && !compose.b_Take_Picture && compose.lastAppended && compose.lastAppended->inputs == inputs) {
-        appendFrame(nullptr, {}); // equal inputs give equal pixels
-        return;
-    }
-    const CVPixelBufferRef frame =
-        compositor_.outputPass(inputs, record ? recording.size_Movie : compose.size_Video_Output);
-    if (compose.b_Take_Picture)
-        savePicture(frame);
-    compose.b_Take_Picture = false;
-    recording.frameCounts.composed += record && frame ? 1 : 0;
-    if (record && frame) {
-        const ChangeHistory& changes = compositor_.outputChanges();
-        if (appendFrame(frame, compose.lastAppended ? changes.since(compose.lastAppended->frame) : std::nullopt))
-            compose.lastAppended = {inputs, changes.latest()};
-    } else if (record) {
-        stopBecause(tr("There is not enough memory to compose the movie's frames."));
-    }
+    makeFrame(FrameStep::View, firing.deadline);
 }
 
 void AppDelegate::TimerDebug1SecondRoutine()
@@ -158,10 +105,13 @@ void AppDelegate::TimerDebug1SecondRoutine()
     if (!isFrameWanted())
         updateWindowList(); // no grab does it, but the window menu is to be right when it is opened
     showSummary();
-    if (!compose.windowPreview || recording.m_RecordStatus != Recording)
+    if (!compose.windowPreview || recording.m_RecordStatus != Recording || recording.stopping)
         return;
     recording.i_Actual_FPS_while_Recording = adaptedRate(
         recording.i_fps_of_Recording, recording.i_debug_number_of_view_refresh, recording.i_Actual_FPS_while_Recording);
+    recording.frameCounts.endSecond(recording.i_debug_number_of_view_refresh);
+    if (!recording.shortageTold)
+        tellPictureShortage();
     recording.i_debug_number_of_view_refresh = 0;
     watchFreeSpace();
     writeStatistics();

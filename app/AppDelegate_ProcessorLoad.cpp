@@ -5,9 +5,16 @@
 #include "app/Window_Main.h"
 #include "app/Window_More_Information.h"
 
-#include <cstdio>
+#include <QLoggingCategory>
 
 namespace lumavex {
+
+namespace {
+
+// 28,800 lines a day are for those who ask for them.
+Q_LOGGING_CATEGORY(logLoad, "lumavex.load", QtWarningMsg)
+
+} // namespace
 
 void AppDelegate::updateInfo()
 {
@@ -20,7 +27,7 @@ void AppDelegate::updateInfo()
         const std::lock_guard lock(application.CPUUsageLock);
         application.fCPUUsage = processorUsage(*cpuInfo, application.prevCpuInfo, application.numCPUs);
     }
-    qInfo("Usage: %.2f", static_cast<double>(application.fCPUUsage));
+    qCInfo(logLoad, "Usage: %.2f", static_cast<double>(application.fCPUUsage));
     if (static_cast<double>(application.fCPUUsage) > processorUsageLimit
         && options_.load == LaunchOptions::Load::Refuse)
         Show_Window_Can_Not_Record();

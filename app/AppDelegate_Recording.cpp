@@ -13,6 +13,7 @@
 #include <QMenu>
 
 #include <algorithm>
+#include <array>
 
 namespace lumavex {
 
@@ -65,12 +66,14 @@ bool AppDelegate::startWriter()
 
     recording.i_Actual_FPS_while_Recording = recording.i_fps_of_Recording;
     recording.m_Current_Video_Frame = CMTimeMake(1, std::max(recording.i_fps_of_Recording, 30));
+    recording.firstVideoFrame = recording.m_Current_Video_Frame;
     recording.size_Movie = compose.size_Video_Output;
 
     recording.soundRecorder.reset();
     recording.writerReadiness.reset();
-    recording.assetWriter = platform_.createMovieWriter(recording.s_Video_File_Source,
-                                                        {recording.size_Movie.width, recording.size_Movie.height});
+    recording.assetWriter = platform_.createMovieWriter(
+        recording.s_Video_File_Source,
+        {recording.size_Movie.width, recording.size_Movie.height, recording.i_fps_of_Recording});
     recording.assetInput = &recording.assetWriter->input();
     recording.assetInputAdaptor = &recording.assetWriter->adaptor();
     recording.writerReadiness = std::make_unique<WriterReadiness>(*recording.assetWriter);
@@ -84,8 +87,8 @@ void AppDelegate::startRecording()
 {
     if (recording.b_Record_Include_Audio == 1)
         makeSoundRecorder(); // before the origin: its library may have to come from the disk first
-    // Grab, frame, tick and sound share one origin: what is seen and heard at origin + t stands at t in the movie,
-    // whatever the phase of the timers was before.
+    // Grab, frame, tick and sound share one origin, whatever the phase of the timers was before: the frame of the time
+    // t shows what is seen at origin + t. The movie begins with its first frame, and so does the sound.
     RunLoop& runLoop = *platform_.runLoop;
     const Nanoseconds origin = runLoop.now();
     recording.notBefore = origin;
@@ -97,14 +100,14 @@ void AppDelegate::startRecording()
     compose.lastAppended.reset();
     beginStatistics();
 
-    if (recording.b_Record_Include_Audio == 1)
-        recording.soundRecorder->record(origin);
     for (const TimerId timer : {application.timerVideoRefresh, compose.timerViewRefresh}) {
         if (recording.i_fps_of_Recording >= 30)
             runLoop.restart(timer, origin); // the first frame's time is one interval
         else
             runLoop.setNextDeadline(timer, origin + Nanoseconds(std::chrono::seconds(1)) / 30);
     }
+    if (recording.soundRecorder)
+        recording.soundRecorder->record(runLoop.nextDeadline(compose.timerViewRefresh));
     runLoop.restart(compose.timerdebug1Second, origin);
     startDurationTimer(origin + std::chrono::seconds(1));
 
@@ -118,10 +121,10 @@ void AppDelegate::resumeRecording()
     RunLoop& runLoop = *platform_.runLoop;
     const Nanoseconds now = runLoop.now();
     recording.notBefore = now;
-    if (recording.soundRecorder)
-        recording.soundRecorder->record(now);
-    runLoop.setNextDeadline(application.timerVideoRefresh, now + recording.grabRemainder);
-    runLoop.setNextDeadline(compose.timerViewRefresh, now + recording.viewRemainder);
+    if (recording.soundRecorder) // paused before the first frame, it still begins with that
+        recording.soundRecorder->record(recording.i_Frames_Appended > 0 ? now : now + recording.refreshRemainder);
+    for (const TimerId timer : {application.timerVideoRefresh, compose.timerViewRefresh})
+        runLoop.setNextDeadline(timer, now + recording.refreshRemainder);
     runLoop.setNextDeadline(compose.timerdebug1Second, now + recording.secondRemainder);
     startDurationTimer(now + recording.durationRemainder);
     recording.m_RecordStatus = Recording;
@@ -133,11 +136,8 @@ void AppDelegate::OnToolbarPause()
         return;
     RunLoop& runLoop = *platform_.runLoop;
     const Nanoseconds now = runLoop.now();
-    runLoop.runDue(now); // refreshes that were due before the pause belong to the recording
-    if (recording.m_RecordStatus != Recording || recording.stopping)
-        return;
-    recording.grabRemainder = runLoop.nextDeadline(application.timerVideoRefresh) - now;
-    recording.viewRemainder = runLoop.nextDeadline(compose.timerViewRefresh) - now;
+    runDueRefreshes(now);
+    recording.refreshRemainder = runLoop.nextDeadline(compose.timerViewRefresh) - now;
     recording.secondRemainder = runLoop.nextDeadline(compose.timerdebug1Second) - now;
     recording.durationRemainder = runLoop.nextDeadline(recording.recordTimer) - now;
     if (recording.soundRecorder)
@@ -153,8 +153,17 @@ void AppDelegate::startDurationTimer(Nanoseconds next)
 {
     platform_.runLoop->invalidate(recording.recordTimer);
     recording.recordTimer = platform_.runLoop->scheduleRepeating(
-        {1, 1}, RunLoopMode::Common, TimerOrder::Other, [this](const TimerFiring&) { Update_Record_Duration(); });
+        {1, 1}, RunLoopMode::Common, [this](const TimerFiring&) { Update_Record_Duration(); });
     platform_.runLoop->setNextDeadline(recording.recordTimer, next);
+}
+
+void AppDelegate::runDueRefreshes(Nanoseconds until)
+{
+    // What was due before Pause or Stop belongs to the recording. Anything else waits: it may open a window, behind
+    // which the recording would go on.
+    const std::array timers{application.timerVideoRefresh, compose.timerViewRefresh, compose.timerdebug1Second,
+                            recording.recordTimer};
+    platform_.runLoop->runDue(timers, until);
 }
 
 void AppDelegate::Update_Record_Duration()
@@ -176,11 +185,6 @@ void AppDelegate::showControlsOf(RecordStatus status)
     if (status != Idle)
         window_.textDurationTime->show();
     showSoundLevel(status);
-}
-
-bool AppDelegate::isRecordingAt(Nanoseconds deadline) const
-{
-    return recording.m_RecordStatus == Recording && !recording.stopping && deadline >= recording.notBefore;
 }
 
 bool AppDelegate::appendFrame(const CVPixelBufferRef& buffer, const std::optional<ChangedArea>& changed)

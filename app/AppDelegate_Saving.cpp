@@ -2,10 +2,12 @@
 #include "app/AppDelegate.h"
 
 #include "app/Window_Main.h"
+#include "recording/MovieContainer.h"
 #include "recording/SavedMovie.h"
 #include "recording/WorkerRun.h"
 #include "recording/WorkingFolders.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QUrl>
 
@@ -19,20 +21,35 @@ AppDelegate::WorkingFiles AppDelegate::saveMovie(const QString& movie, const QSt
     panel.title = QStringLiteral("Select a folder to save the video file recorded");
     panel.nameField = QFileInfo(recording.s_Video_File_Source).fileName();
     panel.filter = tr("Movies (*.mov)");
+    panel.ending = QStringLiteral("mov");
     for (;;) {
         const std::optional<QString> path = platform_.dialogs->runSavePanel(panel);
         if (!path) {
             Q_EMIT recordingFinished({}, problem, Kept::Nothing);
             return WorkingFiles::NotNeeded;
         }
+        // In the window the name does not change what the file is.
+        const bool otherKind = options_.isUnattended() && promisesAnotherKind(*path);
+        QString file = movie;
+        QString obstacle;
+        if (isInWorkingFolder(*path)) {
+            obstacle = tr("Lumavex empties this folder at every start.");
+        } else if (otherKind) {
+            file = pathIn(application.s_Video_Folder, QStringLiteral("finalvideo.") + QFileInfo(*path).suffix());
+            obstacle = copyIntoContainer({application.sffmpegPath, movie, file, recording.i_fps_of_Recording,
+                                          recording.i_Orig_Duration_in_Seconds},
+                                         platform_.createChildProcess, *platform_.runLoop,
+                                         {{}, [this] { return recording.cancelled.load(); }, options_.patience()});
+        }
         const MoveResult moved =
-            isInWorkingFolder(*path)
-                ? MoveResult{MoveOutcome::Failed, tr("Lumavex empties this folder at every start.")}
-                : moveWithProgress(movie, *path);
+            obstacle.isEmpty() ? moveWithProgress(file, *path) : MoveResult{MoveOutcome::Failed, obstacle};
         if (moved.outcome == MoveOutcome::Moved) {
-            const QString missing = whatIsMissingFrom(*path);
+            const QString missing = otherKind ? QString() : whatIsMissingFrom(*path); // it was compared before
+            if (otherKind)
+                QFile::remove(movie);
             if (!missing.isEmpty())
                 return keepWhatWasRecorded(*path, (missing + u' ' + problem).trimmed());
+            tellPictureShortage();
             Q_EMIT recordingFinished(*path, problem, problem.isEmpty() ? Kept::AsAsked : Kept::Otherwise);
             tellSaved(*path);
             return WorkingFiles::NotNeeded;
@@ -60,14 +77,6 @@ bool AppDelegate::isInWorkingFolder(const QString& path) const
             return true;
     }
     return false;
-}
-
-QString AppDelegate::whereItIs(const RescuedRecording& kept)
-{
-    const QString files = kept.sound.isEmpty()
-                              ? tr("The recording was kept as %1.").arg(kept.movie)
-                              : tr("Picture and sound were kept as %1 and %2.").arg(kept.movie, kept.sound);
-    return (kept.error + u' ' + files).trimmed();
 }
 
 AppDelegate::WorkingFiles AppDelegate::keepMovie(const QString& movie, const QString& why)

@@ -1,21 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
+#include "app/ChosenWindow.h"
 #include "app/Window_Main.h"
 #include "capture/FollowCursor.h"
-
-#include <algorithm>
 
 namespace lumavex {
 
 void AppDelegate::TimerRefreshVideoRoutine(const TimerFiring& firing)
 {
-    if (isRecordingAt(firing.deadline))
-        recording.frameCounts.lateness =
-            std::max(recording.frameCounts.lateness, platform_.runLoop->now() - firing.deadline);
-    // Overtaken: the next grab is due already, and its frame is the one that will be composed, unless a picture waits.
-    if (isFrameWanted() && (!firing.overtaken || compose.b_Take_Picture))
-        grabScreen();
+    makeFrame(FrameStep::Grab, firing.deadline);
 }
 
 void AppDelegate::grabScreen()
@@ -29,38 +23,27 @@ void AppDelegate::grabScreen()
         return;
     const std::optional<QString> chosen = exclusive ? capture.sWindowExclusive : std::nullopt;
     if (capture.windowsMinusLumavexSerial != capture.windowsSerial || capture.windowsMinusLumavexChosen != chosen) {
-        if (chosen)
-            tellWhetherWindowIsThere(*chosen);
         capture.arrayWindowsMinusLumavex = windowsToGrab(capture.arrayController, chosen ? &*chosen : nullptr);
+        capture.numberOfWindowExclusive.reset();
+        if (const WindowEntry* entry = chosen ? windowOfIdentifier(capture.arrayController, *chosen) : nullptr)
+            capture.numberOfWindowExclusive = entry->value(kWindowIDKey).toUInt();
         capture.windowsMinusLumavexSerial = capture.windowsSerial;
         capture.windowsMinusLumavexChosen = chosen;
     }
-    createMultiWindowShot(capture.arrayWindowsMinusLumavex);
+    if (exclusive)
+        chosenWindow_->grab();
+    else
+        createMultiWindowShot(capture.arrayWindowsMinusLumavex);
 }
 
-void AppDelegate::tellWhetherWindowIsThere(const QString& identifier)
+bool AppDelegate::createMultiWindowShot(const QList<WindowEntry>& windows)
 {
-    const bool present = windowOfIdentifier(capture.arrayController, identifier) != nullptr;
-    if (!present && capture.sWindowExclusive_Missed != identifier) {
-        capture.sWindowExclusive_Missed = identifier;
-        tell(tr("The window %1 is not on the screen. All other windows are shown until it is back or "
-                "another one is chosen.")
-                 .arg(identifier));
-    } else if (present && capture.sWindowExclusive_Missed) {
-        if (capture.sWindowExclusive_Missed == identifier)
-            tell(tr("The window %1 is back.").arg(identifier));
-        capture.sWindowExclusive_Missed.reset();
-    }
+    return setOutputImage(capture.isComposite() ? platform_.screen->grabWindows(
+                              newWindowListFromSelection(windows), capture.imageBounds, capture.imageOptions)
+                                                : platform_.screen->grabMainDisplay());
 }
 
-void AppDelegate::createMultiWindowShot(const QList<WindowEntry>& windows)
-{
-    const bool composite = capture.i_Type_Screen_Capture == WindowExclusive || capture.b_Lumavex_Invisible_To_Capture;
-    setOutputImage(composite ? platform_.screen->grabWindows(newWindowListFromSelection(windows))
-                             : platform_.screen->grabMainDisplay());
-}
-
-void AppDelegate::setOutputImage(const Grab& grab)
+bool AppDelegate::setOutputImage(const Grab& grab)
 {
     if (grab.outcome == GrabOutcome::GiveUp) {
         const QString trouble = platform_.screen->trouble();
@@ -69,11 +52,11 @@ void AppDelegate::setOutputImage(const Grab& grab)
         else if (trouble != screenTrouble_)
             window_.showMessage(trouble);
         screenTrouble_ = trouble;
-        return;
+        return false;
     }
     screenTrouble_.clear();
     if (grab.outcome != GrabOutcome::Success || grab.picture.isNull())
-        return;
+        return false;
     capture.imgScreenCapture = grab.picture;
     capture.serialScreen = grab.serial;
     capture.screenChanges = grab.changes;
@@ -81,6 +64,7 @@ void AppDelegate::setOutputImage(const Grab& grab)
     // A single window is stretched to the screen's size instead.
     if (capture.i_Type_Screen_Capture != WindowExclusive)
         capture.size_Screen = {static_cast<double>(grab.picture.width()), static_cast<double>(grab.picture.height())};
+    return true;
 }
 
 ScreenPicture AppDelegate::prepareScreenPicture()

@@ -2,6 +2,7 @@
 #include "app/AppDelegate.h"
 
 #include "recording/EncoderRun.h"
+#include "recording/MovieContainer.h"
 #include "recording/SavedMovie.h"
 
 #include <QFile>
@@ -43,10 +44,11 @@ MoveResult AppDelegate::moveWithoutScreen()
     const std::optional<QString> path = platform_.dialogs->runSavePanel({});
     if (!problem.isEmpty() || !path)
         return {MoveOutcome::Failed, problem};
-    recording.s_Saved_File = *path;
-    const MoveResult moved = moveFile(movie, *path, ExistingDestination::Replace);
+    // What copies it into a file of another kind needs the event loop.
+    recording.s_Saved_File = promisesAnotherKind(*path) ? *path + QStringLiteral(".mov") : *path;
+    const MoveResult moved = moveFile(movie, recording.s_Saved_File, ExistingDestination::Replace);
     if (moved.outcome == MoveOutcome::Moved)
-        giveOrdinaryMode(*path);
+        giveOrdinaryMode(recording.s_Saved_File);
     return moved;
 }
 
@@ -54,7 +56,8 @@ void AppDelegate::saveWithoutScreen(QStringList problems)
 {
     const MoveResult moved = moveWithoutScreen();
     QString problem = moved.outcome == MoveOutcome::Cancelled ? tr("Saving was cancelled.") : moved.error;
-    if (moved.outcome == MoveOutcome::Moved)
+    // A file of another kind was compared with what was recorded before it was moved.
+    if (moved.outcome == MoveOutcome::Moved && !promisesAnotherKind(recording.s_Saved_File))
         problem = whatIsMissing(platform_.readMovie(recording.s_Saved_File), recording.lengths);
     const bool whole = moved.outcome == MoveOutcome::Moved && problem.isEmpty();
     QFile::remove(recording.s_AV_File_Source);
@@ -69,6 +72,8 @@ void AppDelegate::saveWithoutScreen(QStringList problems)
                 : RescuedRecording{recording.s_Saved_File, {}, {}};
         problems += {problem, whereItIs(kept)};
     }
+    if (whole && promisesAnotherKind(options_.output) && !promisesAnotherKind(recording.s_Saved_File))
+        problems += tr("Without the screen it could only be saved as %1.").arg(recording.s_Saved_File);
     problems.removeAll(QString());
     Q_EMIT recordingFinished(whole ? recording.s_Saved_File : QString(), problems.join(u' '),
                              problems.isEmpty() ? Kept::AsAsked : Kept::Otherwise);

@@ -6,8 +6,6 @@
 #include "settings_dialog/FrameThumbnail.h"
 #include "settings_dialog/Window_Configurations.h"
 
-#include <QGuiApplication>
-
 #include <algorithm>
 #include <cmath>
 #include <optional>
@@ -23,15 +21,6 @@ QRectF partOfFrame(const CGRect& rect, const CGSize& frame)
     return {rect.x / frame.width, 1 - (rect.y + rect.height) / frame.height, rect.width / frame.width,
             rect.height / frame.height};
 }
-
-/// The pointer tells that the program works, for as long as this lives.
-class BusyPointer {
-public:
-    BusyPointer() { QGuiApplication::setOverrideCursor(Qt::WaitCursor); }
-    ~BusyPointer() { QGuiApplication::restoreOverrideCursor(); }
-    BusyPointer(const BusyPointer&) = delete;
-    BusyPointer& operator=(const BusyPointer&) = delete;
-};
 
 /// A rate of the command line that the dialog does not offer holds for this run, unless another one is chosen.
 std::int64_t heldRate(std::int64_t chosen, std::int64_t held, const LaunchOptions& options)
@@ -187,12 +176,11 @@ void AppDelegate::OnToolbarSettings()
         dialog.thumbnail().setPicture(compositor.previewPass(inputs, pixels, units));
         shown.emplace(std::move(inputs), units);
     };
-    const TimerId timer = platform_.runLoop->scheduleRepeating({1, 5}, RunLoopMode::Common, TimerOrder::Other,
+    const TimerId timer = platform_.runLoop->scheduleRepeating({1, 5}, RunLoopMode::Common,
                                                                [&showFrame](const TimerFiring&) { showFrame(); });
     // The input is chosen in another program, while this dialog is open.
-    const TimerId inputTimer =
-        platform_.runLoop->scheduleRepeating({2, 1}, RunLoopMode::Common, TimerOrder::Other,
-                                             [&](const TimerFiring&) { dialog.setSoundInput(soundInputText()); });
+    const TimerId inputTimer = platform_.runLoop->scheduleRepeating(
+        {2, 1}, RunLoopMode::Common, [&](const TimerFiring&) { dialog.setSoundInput(soundInputText()); });
     showFrame();
     const std::int64_t returnCode = dialog.runModal();
     platform_.runLoop->invalidate(timer);
@@ -209,31 +197,39 @@ void AppDelegate::applySettings()
     storeInteger("i_Video_Source_Primary", compose.i_Video_Source_Primary);
     storeInteger("i_Show_Secondary", compose.i_Show_Secondary);
     restartCamera();
-    EnableCameraRelatedControls(camera.b_Camera_Connected);
-    if (!camera.b_Camera_Connected)
-        showScreenAlone();
-    recording.i_fps_of_Recording = nominalRate();
-    createRefreshTimers();
+    adaptToCamera();
 }
 
 void AppDelegate::restartCamera()
 {
-    // A camera that runs as it is asked to goes on: giving it back and opening it again takes up to a second, in which
-    // nothing of it is seen.
-    if (camera.b_Camera_Connected && cameraDelegate.delivers(camera.s_Camera_Name))
-        return;
     camera.b_Camera_Connected = false;
-    const BusyPointer busy;
-    cameraDelegate.stopCamera();
     if (camera.s_Camera_Name == doNotConnectToCamera) {
+        cameraDelegate.stopCamera();
         dropCamera();
         return;
     }
-    startNamedCamera();
-    // The new resolution is the movie's where the movie follows the camera.
-    if (camera.b_Camera_Connected && compose.i_Video_Source_Primary == CameraPrimary
+    const std::optional<CameraRequest> before = cameraDelegate.cameraInput();
+    // Giving a camera back and opening it again takes up to seconds. Nobody waits for that, and the picture stays.
+    camera.b_Camera_Connected = cameraDelegate.startCameraWithoutWaiting(camera.s_Camera_Name);
+    if (!camera.b_Camera_Connected) {
+        tellCameraFailure();
+        return;
+    }
+    // Another resolution is the movie's where the movie follows the camera.
+    if (cameraDelegate.cameraInput() != before && compose.i_Video_Source_Primary == CameraPrimary
         && compose.index_size_Video_Output == 0)
         camera.b_Change_to_Camera_Resolution = true;
+}
+
+void AppDelegate::adaptToCamera()
+{
+    EnableCameraRelatedControls(camera.b_Camera_Connected);
+    if (!camera.b_Camera_Connected)
+        showScreenAlone();
+    if (recording.m_RecordStatus != Idle)
+        return; // it began before the camera failed, and keeps its rate
+    recording.i_fps_of_Recording = nominalRate();
+    createRefreshTimers();
 }
 
 void AppDelegate::showScreenAlone()
@@ -243,7 +239,7 @@ void AppDelegate::showScreenAlone()
     compose.i_Show_Secondary = 0;
     camera.b_Change_to_Camera_Resolution = false;
     EnableScreenCaptureModes(true);
-    if (sizeOfCamera) {
+    if (sizeOfCamera && recording.m_RecordStatus == Idle) {
         setVideoOutputSize(capture.size_Screen);
         Refresh_Preview_Window();
     }

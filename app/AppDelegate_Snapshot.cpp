@@ -99,6 +99,7 @@ QString AppDelegate::offerPicture(const TakenPicture& picture)
     panel.title = QStringLiteral("Select a folder to save the captured image");
     panel.nameField = QFileInfo(picture.path).fileName();
     panel.filter = tr("Pictures (*.png)");
+    panel.ending = QStringLiteral("png");
     panel.directory = picturesFolder();
     for (;;) {
         const std::optional<QString> path = platform_.dialogs->runSavePanel(panel);

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
+#include "app/ChosenWindow.h"
 #include "app/Window_Main.h"
+#include "app/awaitCameras.h"
 #include "capture/Window_FollowCursor_How_It_Works.h"
 #include "capture/Window_Region_How_It_Works.h"
 #include "capture/Window_Transparent_Region.h"
@@ -9,6 +11,8 @@
 
 #include <QAction>
 #include <QWindow>
+
+#include <utility>
 
 namespace lumavex {
 
@@ -42,15 +46,22 @@ void AppDelegate::startCameraOfSettings()
     // Without a camera that is to run, nobody has to wait for those there are (see showMainWindow).
     if (camera.s_Camera_Name == doNotConnectToCamera)
         return;
-    camera.arrayCameras = cameraDelegate.enumCameras();
-    startNamedCamera();
+    if (options_.isUnattended()) {
+        if (!compose.showsCamera())
+            return; // nobody is there to bring it into view later
+        camera.arrayCameras = awaitCameras(*platform_.cameras, *platform_.runLoop, [this](const QStringList& names) {
+            return names.contains(camera.s_Camera_Name);
+        });
+    } else {
+        camera.arrayCameras = cameraDelegate.enumCameras();
+    }
+    camera.b_Camera_Connected = cameraDelegate.startCamera(camera.s_Camera_Name);
+    if (!camera.b_Camera_Connected)
+        tellCameraFailure();
 }
 
-void AppDelegate::startNamedCamera()
+void AppDelegate::tellCameraFailure()
 {
-    camera.b_Camera_Connected = cameraDelegate.startCamera(camera.s_Camera_Name);
-    if (camera.b_Camera_Connected)
-        return;
     qWarning("%s", qUtf8Printable(cameraDelegate.trouble()));
     window_.showMessage(cameraDelegate.trouble());
     platform_.dialogs->runAlert({QStringLiteral("Error"),
@@ -63,14 +74,21 @@ void AppDelegate::startNamedCamera()
 void AppDelegate::dropCamera()
 {
     camera.m_i_Camera_Capture_FPS = 1;
-    storeInteger("i_Camera_Capture_FPS", 1);
     camera.s_Camera_Name = doNotConnectToCamera;
+    if (options_.isUnattended())
+        return; // a run that nobody watches does not change what the user chose
+    storeInteger("i_Camera_Capture_FPS", 1);
     storeText("s_Camera_Name", camera.s_Camera_Name);
 }
 
 void AppDelegate::connectCamera()
 {
     connect(&cameraDelegate, &CameraDelegate::pictureTaken, this, &AppDelegate::adoptCameraSize);
+    connect(&cameraDelegate, &CameraDelegate::startFailed, this, [this] {
+        camera.b_Camera_Connected = false;
+        tellCameraFailure();
+        adaptToCamera();
+    });
     connect(&cameraDelegate, &CameraDelegate::cameraPresenceChanged, this, [this](bool present) {
         tell((present ? tr("The camera %1 is back.")
                       : tr("The camera %1 is gone. Its last picture stays until it comes back."))
@@ -183,7 +201,7 @@ void AppDelegate::OnToolbarFollowCursor()
         runGuide<Window_FollowCursor_How_It_Works>("b_Show_FollowCursor_How_To",
                                                    application.b_Show_FollowCursor_How_To);
     showCaptureType(window_.toolbarFollowCursor, window_.menuFollowCursor);
-    capture.size_Follow_Cursor = catalogueSize(capture.index_size_Follow_Cursor);
+    capture.size_Follow_Cursor = capture.catalogueSize(capture.index_size_Follow_Cursor);
     capture.i_Type_Screen_Capture = FollowCursor;
 }
 
@@ -193,53 +211,39 @@ void AppDelegate::OnToolbarRegion()
         runGuide<Window_Region_How_It_Works>("b_Show_Select_Region_How_To", application.b_Show_Select_Region_How_To);
     capture.i_Type_Screen_Capture = Region;
     showCaptureType(window_.toolbarRegion, window_.menuRegion);
-    capture.size_Region = catalogueSize(capture.index_size_Region);
-    runRegionSelector();
+    capture.size_Region = capture.catalogueSize(capture.index_size_Region);
+    Window_Transparent_Region windowTransparentRegion(capture, *platform_.overlay);
+    keepInFront(windowTransparentRegion, window_);
+    windowTransparentRegion.runModal();
     window_.toolbarRegion->setEnabled(true); // the region can be placed anew
 }
 
 void AppDelegate::OnToolbarWindowExclusive()
 {
     if (application.b_Show_WindowExclusive_How_To == 1)
-        runGuide<Window_WindowExclusive_How_It_Works>("b_Show_WindowExclusive_How_To",
-                                                      application.b_Show_WindowExclusive_How_To);
+        runGuide<Window_WindowExclusive_How_It_Works>(
+            "b_Show_WindowExclusive_How_To", application.b_Show_WindowExclusive_How_To, chosenWindow_->isHeld(),
+            [this](bool hold) { chosenWindow_->setHeld(hold); });
     capture.i_Type_Screen_Capture = WindowExclusive;
     showCaptureType(window_.toolbarWindowExclusive, window_.menuWindowExclusive);
-    if (!capture.sWindowExclusive)
-        chooseFirstWindow();
+    if (!capture.sWindowExclusive) {
+        updateWindowList();
+        constexpr qsizetype first = 2; // the two in front of it are the program's own, as a rule
+        if (capture.arrayController.size() > first)
+            capture.sWindowExclusive = Return_Window_Identifier_String(capture.arrayController.at(first));
+    }
+    chosenWindow_->announce();
 }
 
-void AppDelegate::runRegionSelector()
+template <class Guide, class... Extra>
+void AppDelegate::runGuide(const char* setting, std::int64_t& value, Extra&&... extra)
 {
-    Window_Transparent_Region windowTransparentRegion(capture, *platform_.overlay);
-    keepInFront(windowTransparentRegion, window_);
-    windowTransparentRegion.runModal();
-}
-
-void AppDelegate::chooseFirstWindow()
-{
-    updateWindowList();
-    // The third window from the front: the first two are the program's own, as a rule. The program's own windows and
-    // the desktop behind all others are never the first choice; without another one the user picks from the menu.
-    QList<WindowEntry> candidates;
-    for (const WindowEntry& entry : std::as_const(capture.arrayController))
-        if (!belongsToLumavex(entry) && &entry != &capture.arrayController.constLast())
-            candidates.append(entry);
-    if (capture.arrayController.size() > 2 && candidates.contains(capture.arrayController.at(2)))
-        capture.sWindowExclusive = Return_Window_Identifier_String(capture.arrayController.at(2));
-    else if (!candidates.isEmpty())
-        capture.sWindowExclusive = Return_Window_Identifier_String(candidates.first());
-    else
-        window_.showMessage(tr("Choose a window in the menu Frame, Window."));
-}
-
-template <class Guide>
-void AppDelegate::runGuide(const char* setting, std::int64_t& value)
-{
-    Guide guide([this, setting, &value] {
-        value = 0;
-        storeInteger(setting, 0);
-    });
+    Guide guide(
+        [this, setting, &value] {
+            value = 0;
+            storeInteger(setting, 0);
+        },
+        std::forward<Extra>(extra)...);
     keepInFront(guide, window_);
     guide.runModal();
 }
@@ -253,7 +257,7 @@ void AppDelegate::applyCaptureOptions()
     switch (options_.captureType.value_or(EntireScreen)) {
     case FollowCursor:
         showCaptureType(window_.toolbarFollowCursor, window_.menuFollowCursor);
-        capture.size_Follow_Cursor = options_.follow.value_or(catalogueSize(capture.index_size_Follow_Cursor));
+        capture.size_Follow_Cursor = options_.follow.value_or(capture.catalogueSize(capture.index_size_Follow_Cursor));
         capture.i_Type_Screen_Capture = FollowCursor;
         break;
     case Region:
@@ -275,8 +279,8 @@ void AppDelegate::applyCaptureOptions()
     case WindowExclusive:
         if (options_.window.isEmpty())
             QMetaObject::invokeMethod(this, &AppDelegate::OnToolbarWindowExclusive, Qt::QueuedConnection);
-        else
-            launchProblem = chooseWindowByText(options_.window);
+        else if (const QString problem = chooseWindowByText(options_.window); !problem.isEmpty())
+            launchProblem = problem;
         break;
     default:
         break;
@@ -293,6 +297,7 @@ QString AppDelegate::chooseWindowByText(const QString& text)
         capture.sWindowExclusive = identifier;
         showCaptureType(window_.toolbarWindowExclusive, window_.menuWindowExclusive);
         capture.i_Type_Screen_Capture = WindowExclusive;
+        chosenWindow_->announce();
         return {};
     }
     return tr("There is no window whose name contains \"%1\" (see --list-windows).").arg(text);
@@ -300,6 +305,7 @@ QString AppDelegate::chooseWindowByText(const QString& text)
 
 void AppDelegate::showCaptureType(QAction* toolbarItem, QAction* menuItem)
 {
+    window_.withdrawMessage(MessageTopic::Window); // of the type that was left
     EnableScreenCaptureModes(true);
     toolbarItem->setEnabled(false);
     menuItem->setEnabled(false);

@@ -1,22 +1,28 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
+#include "app/ChosenWindow.h"
 #include "app/LevelMeter.h"
+#include "app/OutputSize.h"
 #include "app/Window_Main.h"
 #include "app/Window_More_Information.h"
 #include "recording/WorkingFolders.h"
 
 #include <QAction>
 #include <QCoreApplication>
+#include <QMenu>
 #include <QStandardPaths>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace lumavex {
 
 namespace {
+
+constexpr std::int64_t sizeOfNoItem = 1; ///< the output index of a size that the menu does not offer; never stored
+
 QImage bundleImage(const char* name)
 {
     return QImage(QStringLiteral(":/images/%1.png").arg(QLatin1String(name)), "PNG");
@@ -25,6 +31,7 @@ QImage bundleImage(const char* name)
 
 AppDelegate::AppDelegate(Platform& platform, Window_Main& window, const LaunchOptions& options)
     : platform_(platform), window_(window), options_(options), choices_(*platform.moreSettings),
+      chosenWindow_(std::make_unique<ChosenWindow>(*this, *platform.screen, window, choices_)),
       cameraDelegate(*platform.cameras, camera)
 {
     connectCamera();
@@ -38,8 +45,8 @@ AppDelegate::~AppDelegate()
 
 void AppDelegate::awakeFromNib()
 {
-    capture.listOptions = 1;
-    capture.imageOptions = 0;
+    capture.listOptions = ListOnScreenOnly;
+    capture.imageOptions = ImageDefault;
     capture.imageBounds = infiniteRect;
     QMetaObject::invokeMethod(this, &AppDelegate::refreshWindowList, Qt::QueuedConnection);
     connect(&window_, &Window_Main::windowShouldClose, this, &AppDelegate::Terminate_App);
@@ -78,7 +85,7 @@ bool AppDelegate::applicationDidFinishLaunching()
     createRefreshTimers();
     recording.i_debug_number_of_view_refresh = 0;
     compose.timerdebug1Second = platform_.runLoop->scheduleRepeating(
-        {1, 1}, RunLoopMode::Common, TimerOrder::Second, [this](const TimerFiring&) { TimerDebug1SecondRoutine(); });
+        {1, 1}, RunLoopMode::Common, [this](const TimerFiring&) { TimerDebug1SecondRoutine(); });
 
     setUpSourceControls();
     setUpOutputSize();
@@ -87,7 +94,7 @@ bool AppDelegate::applicationDidFinishLaunching()
             {1, 5}, [this](const TimerFiring&) { Timer_Open_Preview_Window_Routine(); });
 
     application.numCPUs = platform_.processorLoad->processorCount();
-    application.updateTimer = platform_.runLoop->scheduleRepeating({3, 1}, RunLoopMode::Default, TimerOrder::Other,
+    application.updateTimer = platform_.runLoop->scheduleRepeating({3, 1}, RunLoopMode::Default,
                                                                    [this](const TimerFiring&) { updateInfo(); });
     applyCaptureOptions();
     applyOverlayOption();
@@ -114,6 +121,8 @@ void AppDelegate::showMainWindow()
         window_.showMessage(launchProblem);
     if (application.sffmpegPath.isEmpty())
         window_.showMessage(tr("The program ffmpeg is not installed. Recordings with sound need it."));
+    if (const QString limitation = platform_.screen->limitation(); !limitation.isEmpty())
+        window_.showMessage(MessageTopic::Session, {limitation});
     // What the window can do without until it is there and drawn.
     platform_.runLoop->scheduleOnce({1, 10}, [this](const TimerFiring&) { cameraDelegate.beginListing(); });
     platform_.runLoop->scheduleOnce({1, 2}, [this](const TimerFiring&) {
@@ -173,39 +182,54 @@ void AppDelegate::createRefreshTimers()
     RunLoop& runLoop = *platform_.runLoop;
     const TimerInterval interval{1, recording.i_fps_of_Recording};
     runLoop.invalidate(application.timerVideoRefresh);
-    application.timerVideoRefresh =
-        runLoop.scheduleRepeating(interval, RunLoopMode::Common, TimerOrder::Grab,
-                                  [this](const TimerFiring& firing) { TimerRefreshVideoRoutine(firing); });
+    application.timerVideoRefresh = runLoop.scheduleRepeating(
+        interval, RunLoopMode::Common, [this](const TimerFiring& firing) { TimerRefreshVideoRoutine(firing); });
     runLoop.invalidate(compose.timerViewRefresh);
-    compose.timerViewRefresh =
-        runLoop.scheduleRepeating(interval, RunLoopMode::Common, TimerOrder::View,
-                                  [this](const TimerFiring& firing) { TimerRefreshViewRoutine(firing); });
-    // One phase for both, so that every frame is composed of the grab made for it.
-    runLoop.setNextDeadline(compose.timerViewRefresh, runLoop.nextDeadline(application.timerVideoRefresh));
+    compose.timerViewRefresh = runLoop.scheduleRepeating(
+        interval, RunLoopMode::Common, [this](const TimerFiring& firing) { TimerRefreshViewRoutine(firing); });
+    // One base for both, so that every frame is composed of the grab made for it: from two bases rounding makes
+    // deadlines a nanosecond apart. The grab comes first at equal deadlines, being started first.
+    const Nanoseconds origin = runLoop.now();
+    for (const TimerId timer : {application.timerVideoRefresh, compose.timerViewRefresh})
+        runLoop.restart(timer, origin);
 }
 
 void AppDelegate::setUpOutputSize()
 {
-    compose.index_size_Video_Output = usableOutputIndex(compose.index_size_Video_Output);
-    capture.index_size_Follow_Cursor = usableFollowCursorIndex(capture.index_size_Follow_Cursor);
-    capture.index_size_Region = usableRegionIndex(capture.index_size_Region);
     if (compose.index_size_Video_Output == 0)
         setVideoOutputSize(capture.size_Screen);
     else
-        setVideoOutputSize(catalogueSize(compose.index_size_Video_Output - 2));
-    if (options_.size) {
-        setVideoOutputSize(options_.size->width > 0 ? *options_.size : capture.size_Screen);
-        camera.b_Change_to_Camera_Resolution = false;
-    } else if (compose.index_size_Video_Output == 0 && compose.i_Video_Source_Primary == 2
-               && compose.i_Show_Secondary == 1) {
-        camera.b_Change_to_Camera_Resolution = options_.source.has_value();
+        setVideoOutputSize(capture.catalogueSize(compose.index_size_Video_Output - 2));
+    if (!options_.size) {
+        if (compose.index_size_Video_Output == 0 && compose.i_Video_Source_Primary == CameraPrimary
+            && compose.i_Show_Secondary == 1)
+            camera.b_Change_to_Camera_Resolution = options_.source.has_value();
+        return;
     }
+    const CGSize size = options_.size->width > 0 ? *options_.size : capture.size_Screen;
+    if (compose.i_Video_Source_Primary == ScreenPrimary)
+        launchProblem = vanishingProblem(capture.size_Screen, size);
+    if (!launchProblem.isEmpty())
+        return;
+    // The size holds whatever source is chosen, until another size is.
+    if (compose.mi_last_Video_Output)
+        std::exchange(compose.mi_last_Video_Output, nullptr)->setChecked(false);
+    compose.index_size_Video_Output = sizeOfNoItem;
+    const QString title = QStringLiteral("%1x%2").arg(size.width).arg(size.height);
+    const auto items = window_.submenuVideoOutputFrame->actions();
+    for (QAction* item : items) {
+        if (item->text() != title)
+            continue;
+        Window_Main::moveCheckMark(compose.mi_last_Video_Output, item);
+        compose.index_size_Video_Output = item->data().toLongLong();
+    }
+    setVideoOutputSize(size);
+    camera.b_Change_to_Camera_Resolution = false;
 }
 
 void AppDelegate::Terminate_App()
 {
-    std::fflush(nullptr);
-    std::_Exit(0);
+    std::quick_exit(0); // with what main has registered, and without the destructors of what still runs
 }
 
 } // namespace lumavex

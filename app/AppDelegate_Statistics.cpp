@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
+#include "app/Window_Main.h"
+
+#include <cmath>
+
 namespace lumavex {
 
 QString AppDelegate::openStatistics()
@@ -11,18 +15,19 @@ QString AppDelegate::openStatistics()
 RecordingStatistics AppDelegate::statistics() const
 {
     RecordingStatistics now;
-    now.time = CMTimeGetSeconds(recording.m_Current_Video_Frame);
+    now.time = recording.movieSeconds();
     now.frames = recording.frameCounts;
     now.movie = recording.assetWriter->statistics();
     now.processor = processorTimeOfProcess();
     if (recording.soundRecorder && !recording.stopping) { // at the end no next frame is due
-        // The sound file holds what is heard while recording, to the sample, so its time when the next frame is due
-        // is the time recorded until then.
+        // The sound file holds what is heard while recording, to the sample, so the sound's time when the next frame is
+        // due is the time recorded until then.
         const Nanoseconds sinceResumed =
             recording.m_RecordStatus == Paused
-                ? recording.viewRemainder
+                ? recording.refreshRemainder
                 : platform_.runLoop->nextDeadline(compose.timerViewRefresh) - recording.notBefore;
-        now.skew = now.time - std::chrono::duration<double>(recording.recordedBefore + sinceResumed).count();
+        now.skew = CMTimeGetSeconds(recording.m_Current_Video_Frame)
+                   - std::chrono::duration<double>(recording.recordedBefore + sinceResumed).count();
     }
     return now;
 }
@@ -30,6 +35,8 @@ RecordingStatistics AppDelegate::statistics() const
 void AppDelegate::beginStatistics()
 {
     recording.frameCounts = {};
+    recording.shortageTold = false;
+    window_.withdrawMessage(MessageTopic::Rate);
     recording.recordedBefore = Nanoseconds(0);
     recording.statisticsFile.begin(statistics());
 }
@@ -38,9 +45,32 @@ void AppDelegate::writeStatistics()
 {
     if (!recording.statisticsFile.isOpen())
         return;
-    if (const QString problem = recording.statisticsFile.append(statistics()); !problem.isEmpty())
+    const auto line = recording.stopping ? StatisticsFile::Line::Last : StatisticsFile::Line::Ordinary;
+    if (const QString problem = recording.statisticsFile.append(statistics(), line); !problem.isEmpty())
         tell(problem);
     recording.frameCounts.lateness = Nanoseconds(0);
+}
+
+void AppDelegate::tellPictureShortage()
+{
+    const FrameCounts& counts = recording.frameCounts;
+    if (counts.shortSeconds < 2) // one alone is a hiccup that nothing helps against, as often at the start
+        return;
+    recording.shortageTold = true;
+    QStringList help{tr("a lower rate"), tr("a smaller size")};
+    if (isPreviewInSight())
+        help += tr("a hidden preview");
+    if (capture.isComposite() && capture.i_Type_Screen_Capture != WindowExclusive)
+        help += tr("Lumavex's own windows left in the picture");
+    const QString what =
+        recording.m_RecordStatus == Recording
+            ? tr("The machine does not keep up: only %1 of a second's %2 frames show a new picture.")
+                  .arg(counts.latestShortSecond.composed)
+                  .arg(counts.latestShortSecond.frames)
+            : tr("The machine did not keep up: in %1 of %2 seconds fewer than half of the frames show a new picture.")
+                  .arg(counts.shortSeconds)
+                  .arg(std::ceil(CMTimeGetSeconds(recording.m_Current_Video_Frame)));
+    tell(MessageTopic::Rate, {what + u' ' + tr("What helps: %1.").arg(help.join(QStringLiteral(", ")))});
 }
 
 } // namespace lumavex

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
+#include "app/ChosenWindow.h"
 #include "app/RecordingSummary.h"
 #include "app/Window_Main.h"
 
@@ -11,7 +12,7 @@ namespace lumavex {
 namespace {
 
 /// What of the screen is seen, in the middle of a sentence.
-QString screenText(const CaptureState& capture)
+QString screenText(const CaptureState& capture, bool holds)
 {
     switch (capture.i_Type_Screen_Capture) {
     case FollowCursor:
@@ -19,18 +20,22 @@ QString screenText(const CaptureState& capture)
     case Region:
         return RecordingSummary::tr("region of the screen");
     case WindowExclusive: {
-        const QString window = capture.sWindowExclusive.value_or(QString());
-        const QString owner = window.section(QStringLiteral(" ("), 0, -2);
-        return owner.isEmpty() ? RecordingSummary::tr("window") : RecordingSummary::tr("window of %1").arg(owner);
+        if (!capture.sWindowExclusive)
+            return RecordingSummary::tr("window");
+        const bool gone = capture.sWindowExclusive == capture.sWindowExclusive_Missed;
+        const QString text = !gone   ? RecordingSummary::tr("window %1")
+                             : holds ? RecordingSummary::tr("last picture of %1")
+                                     : RecordingSummary::tr("all windows while %1 is away");
+        return text.arg(*capture.sWindowExclusive);
     }
     default:
         return RecordingSummary::tr("entire screen");
     }
 }
 
-QString pictureText(const CaptureState& capture, const ComposeState& compose)
+QString pictureText(const CaptureState& capture, const ComposeState& compose, bool holds)
 {
-    const QString screen = screenText(capture);
+    const QString screen = screenText(capture, holds);
     const bool cameraLarge = compose.i_Video_Source_Primary == 2;
     const bool both = compose.i_Show_Secondary == 1;
     QString text = cameraLarge
@@ -49,7 +54,7 @@ void AppDelegate::showSummary()
     const bool exists = recording.m_RecordStatus != Idle;
     const CGSize size = exists ? recording.size_Movie : compose.size_Video_Output;
     SummaryFacts facts;
-    facts.picture = pictureText(capture, compose);
+    facts.picture = pictureText(capture, compose, chosenWindow_->isHeld());
     facts.width = int(std::lround(size.width));
     facts.height = int(std::lround(size.height));
     facts.rate = recording.i_fps_of_Recording;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
+#include "app/ChosenWindow.h"
 #include "app/Window_Main.h"
 
 #include <QAction>
@@ -9,20 +10,15 @@
 
 namespace lumavex {
 
-namespace {
-constexpr int firstWindowItem = 2; ///< the refresh command and a separator stand before the windows
-}
-
 void AppDelegate::updateWindowList()
 {
     // Asked before the windows are: what changes in between is then a change of the next time.
     const std::uint64_t serial = platform_.screen->windowsSerial();
     if (capture.windowsSerial != serial) {
-        auto list = std::make_shared<QList<WindowEntry>>();
-        capture.windowListData = std::make_unique<WindowListApplierData>(list);
-        for (const WindowDescription& window : platform_.screen->windowDescriptions())
+        capture.windowListData = std::make_unique<WindowListApplierData>(std::make_shared<QList<WindowEntry>>());
+        for (const WindowDescription& window : platform_.screen->windowDescriptions(capture.listOptions))
             WindowListApplierFunction(window, *capture.windowListData);
-        capture.arrayController = *list;
+        capture.arrayController = *capture.windowListData->outputArray;
         capture.windowsSerial = serial;
     }
 
@@ -49,17 +45,19 @@ void AppDelegate::FillMenuWindows()
         item->setCheckable(true);
         item->setProperty("tag", QVariant::fromValue<qlonglong>(capture.i_Menu_Windows_Count + firstWindowItem));
         item->setData(identifier);
+        item->setProperty("windowNumber", entry.value(kWindowIDKey));
         connect(item, &QAction::triggered, this, [this, item] { MenuWindowClick(item); });
         if (capture.i_Menu_Windows_Count == 0)
-            check(capture.mi_last_Window_Exclusive, item);
+            Window_Main::moveCheckMark(capture.mi_last_Window_Exclusive, item);
         ++capture.i_Menu_Windows_Count;
     }
 }
 
 void AppDelegate::MenuWindowClick(QAction* item)
 {
-    check(capture.mi_last_Window_Exclusive, item);
+    Window_Main::moveCheckMark(capture.mi_last_Window_Exclusive, item);
     capture.sWindowExclusive = item->data().toString();
+    chosenWindow_->announce();
 }
 
 void AppDelegate::OnMenuRefreshListOfWindows()

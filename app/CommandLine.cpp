@@ -89,6 +89,19 @@ QString applyChoice(const QString& value, std::initializer_list<std::pair<const 
     return translated("must be one of %1").arg(names.join(QStringLiteral(", ")));
 }
 
+/// Finds the value among the words of a choice beside the settings.
+template <class Value>
+QString applyWord(const QString& value, const Choice<Value>& choice, std::optional<Value>& target)
+{
+    QStringList words;
+    for (const char* word : choice.words)
+        words.append(QLatin1String(word));
+    if (!words.contains(value))
+        return translated("must be one of %1").arg(words.join(QStringLiteral(", ")));
+    target = static_cast<Value>(words.indexOf(value));
+    return {};
+}
+
 QString applySource(const QString& value, LaunchOptions& options)
 {
     using Source = LaunchOptions::Source;
@@ -153,11 +166,8 @@ struct Option {
 const Option optionTable[] = {
     {"record", "SECONDS", QT_TRANSLATE_NOOP("CommandLine", "Record this long without a user, save and end."),
      applyRecord},
-    {"output", "FILE", QT_TRANSLATE_NOOP("CommandLine", "Where the movie is saved (with --record)."),
-     [](const QString& value, LaunchOptions& options) {
-         options.output = value;
-         return value.isEmpty() ? translated("must name a file") : QString();
-     }},
+    {"output", "FILE", QT_TRANSLATE_NOOP("CommandLine", "The movie (with --record): a .mov, .mkv or .avi file."),
+     [](const QString& value, LaunchOptions& options) { return readMoviePath(value, options.output); }},
     {"snapshot", "FILE", QT_TRANSLATE_NOOP("CommandLine", "Save one picture (PNG) without a user and end."),
      [](const QString& value, LaunchOptions& options) { return readPicturePath(value, options.snapshot); }},
     {"fps", "N", QT_TRANSLATE_NOOP("CommandLine", "Frames a second."), applyRate},
@@ -177,6 +187,11 @@ const Option optionTable[] = {
      [](const QString& value, LaunchOptions& options) {
          options.window = value;
          return value.isEmpty() ? translated("must be part of a window's name") : QString();
+     }},
+    {"when-window-goes", "hold|others",
+     QT_TRANSLATE_NOOP("CommandLine", "Hold its last picture then, or show all other windows."),
+     [](const QString& value, LaunchOptions& options) {
+         return applyWord(value, choices::whenWindowGoes, options.whenWindowGoes);
      }},
     {"camera", "NAME", QT_TRANSLATE_NOOP("CommandLine", "The camera of this name."),
      [](const QString& value, LaunchOptions& options) {
@@ -265,6 +280,17 @@ CommandLine mistake(const QString& what)
     return {{}, QStringLiteral("lumavex: ") + what + translated("\nTry \"lumavex --help\".\n"), 2};
 }
 
+/// A name without an ending gets the usual one; what to tell of it.
+QString completeOutput(QString& output)
+{
+    const QFileInfo file(output);
+    if (output.isEmpty() || !file.suffix().isEmpty() || file.isDir())
+        return {};
+    const QString given = output;
+    output += output.endsWith(u'.') ? QStringLiteral("mov") : QStringLiteral(".mov");
+    return translated("%1 has no ending; the movie is saved as %2.").arg(given, output);
+}
+
 const Option* findOption(const QString& name)
 {
     for (const Option& option : optionTable)
@@ -304,6 +330,7 @@ CommandLine parseCommandLine(const QStringList& arguments)
     }
     if (const QString problem = completeOptions(result.options); !problem.isEmpty())
         return mistake(problem);
+    result.note = completeOutput(result.options.output);
     return result;
 }
 

@@ -14,6 +14,7 @@ struct CommandLine {
     LaunchOptions options;
     QString text;                  ///< to print before ending; empty when the program goes on
     std::optional<int> exitStatus; ///< set when the program ends at once: 0 for help and version, 2 for a mistake
+    QString note = {};             ///< to tell on standard error before going on; empty when there is nothing to tell
 };
 
 /// Reads the arguments, without the program's name. Knows no display: help works everywhere.

@@ -61,13 +61,15 @@ public:
         return scaledPixmap(size, mode, state, 1);
     }
 
-    /// `size` is in device pixels, of which `scale` make one of the window's.
+    /// `scale` device pixels make one of the window's. `size` is in device pixels with Qt 6.4, in the window's
+    /// with 6.8.
     QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State, qreal scale) override
     {
-        QPixmap pixmap(size);
+        const QSize pixels = QT_VERSION < QT_VERSION_CHECK(6, 8, 0) ? size : (QSizeF(size) * scale).toSize();
+        QPixmap pixmap(pixels);
         pixmap.fill(Qt::transparent);
         QPainter painter(&pixmap);
-        draw(painter, QRect({0, 0}, size), mode, scale);
+        draw(painter, QRect({0, 0}, pixels), mode, scale);
         return pixmap;
     }
 

@@ -36,6 +36,10 @@ QString completeType(LaunchOptions& options)
         return translated("--type region needs --region X,Y,W,H with %1.").arg(goal);
     if (options.isUnattended() && options.captureType == WindowExclusive && options.window.isEmpty())
         return translated("--type window needs --window TEXT with %1.").arg(goal);
+    // In the window one may be chosen later.
+    const std::int64_t laterType = options.isUnattended() ? EntireScreen : WindowExclusive;
+    if (options.whenWindowGoes && options.captureType.value_or(laterType) != WindowExclusive)
+        return translated("--when-window-goes is of use with --window TEXT.");
     return {};
 }
 
@@ -68,6 +72,8 @@ QString checkPictures(const LaunchOptions& options)
         {options.overlaySize && options.overlay.isEmpty(), "--overlay-size", withOverlay},
         {options.secondaryPosition && alone, "--secondary-position", withBoth},
         {options.secondarySize && alone, "--secondary-size", withBoth},
+        {!options.camera.isEmpty() && isSource(Source::Screen), "--camera", withCamera},
+        {options.cameraSize && isSource(Source::Screen), "--camera-size", withCamera},
         {options.saturation && isSource(Source::Screen), "--saturation", withCamera},
         {options.brightness && isSource(Source::Screen), "--brightness", withCamera},
         {options.contrast && isSource(Source::Screen), "--contrast", withCamera},

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/MoreSettings.h"
 #include "platform/Geometry.h"
 
 #include <QString>
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 
@@ -37,8 +39,9 @@ struct LaunchOptions {
         int height = 0;
     };
     std::optional<Rectangle> region;
-    std::optional<CGSize> follow;           ///< size of the rectangle that follows the cursor
-    QString window;                         ///< part of the name of the window to capture
+    std::optional<CGSize> follow; ///< size of the rectangle that follows the cursor
+    QString window;               ///< part of the name of the window to capture
+    std::optional<WhenWindowGoes> whenWindowGoes;
     QString camera;                         ///< name of the camera
     std::optional<std::int64_t> cameraSize; ///< resolution code 0 to 7
 
@@ -57,6 +60,11 @@ struct LaunchOptions {
     bool adjustsColours() const { return saturation || brightness || contrast; }
     /// Nobody is there to see windows or to answer.
     bool isUnattended() const { return recordSeconds || !snapshot.isEmpty(); }
+    /// How long work may stand still before it is ended; nothing: for ever, since somebody is there to press Cancel.
+    std::optional<std::chrono::seconds> patience() const
+    {
+        return isUnattended() ? std::optional(std::chrono::seconds(60)) : std::nullopt;
+    }
     /// Where the movie or the picture of an unattended run goes.
     const QString& file() const { return snapshot.isEmpty() ? output : snapshot; }
 };

@@ -16,7 +16,7 @@ QStringList windowNames(ScreenGrabber& screen)
 {
     auto list = std::make_shared<QList<WindowEntry>>();
     WindowListApplierData data(list);
-    for (const WindowDescription& window : screen.windowDescriptions())
+    for (const WindowDescription& window : screen.windowDescriptions(ListOnScreenOnly))
         WindowListApplierFunction(window, data);
     QStringList names;
     for (const WindowEntry& entry : std::as_const(*list))

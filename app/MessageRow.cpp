@@ -34,9 +34,9 @@ MessageRow::MessageRow(MessageTopic topic, const Message& message, QWidget* pare
     auto* icon = new QLabel(this);
     icon->setPixmap(style()->standardIcon(picture).pixmap(style()->pixelMetric(QStyle::PM_SmallIconSize)));
     text_->setTextFormat(Qt::PlainText);
-    text_->setWordWrap(true);
-    text_->setTextInteractionFlags(Qt::TextSelectableByMouse);
     text_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    text_->setWordWrap(true); // after the policy, to which it adds that the height follows the width
+    text_->setTextInteractionFlags(Qt::TextSelectableByMouse);
     text_->setForegroundRole(QPalette::ToolTipText);
 
     auto* layout = new QHBoxLayout(this);

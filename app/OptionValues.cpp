@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/OptionValues.h"
 
+#include "recording/MovieContainer.h"
+
 #include <QCoreApplication>
 #include <QFileInfo>
 
@@ -72,6 +74,17 @@ QString readBrightness(const QString& value, std::optional<float>& target)
 QString readContrast(const QString& value, std::optional<float>& target)
 {
     return readColour(value, 0, 20, 10, target);
+}
+
+QString readMoviePath(const QString& value, QString& target)
+{
+    const QFileInfo file(value);
+    if (file.fileName().isEmpty())
+        return translated("must name a file");
+    if (!file.suffix().isEmpty() && !containerOf(value) && !file.isDir())
+        return translated("must name a .mov, .mkv or .avi file; no other kind holds what is recorded as it is");
+    target = value;
+    return {};
 }
 
 QString readPicturePath(const QString& value, QString& target)

@@ -23,6 +23,8 @@ QString readSaturation(const QString& value, std::optional<float>& target);
 QString readBrightness(const QString& value, std::optional<float>& target);
 QString readContrast(const QString& value, std::optional<float>& target);
 
+/// A movie's file: with the ending of a kind that can be made, or without one.
+QString readMoviePath(const QString& value, QString& target);
 /// A picture's file: without an ending, or with that of PNG.
 QString readPicturePath(const QString& value, QString& target);
 

@@ -46,10 +46,11 @@ public:
     void setObject_forKey(const QString& text, const QString& key) override
     {
         const auto over = layer_.constFind(key);
-        if (over != layer_.constEnd() && stored_.stringForKey(key)) {
-            if (starting_ || *over == text)
+        if (over != layer_.constEnd()) {
+            if ((starting_ || *over == text) && stored_.stringForKey(key))
                 return;
-            layer_.erase(over);
+            if (!starting_ && *over != text)
+                layer_.erase(over);
         }
         stored_.setObject_forKey(text, key);
     }

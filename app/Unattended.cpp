@@ -2,36 +2,29 @@
 #include "app/Unattended.h"
 
 #include "app/AppDelegate.h"
+#include "app/OutputSize.h"
+#include "app/StandardStreams.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
 
 #include <chrono>
-#include <cstdio>
-#include <unistd.h>
 #include <utility>
 
 namespace lumavex {
 
 namespace {
 
-void print(std::FILE* stream, const QString& line)
-{
-    std::fputs(qUtf8Printable(line + u'\n'), stream);
-    std::fflush(stream);
-}
-
 using namespace std::chrono_literals;
 
 constexpr std::chrono::seconds snapshotPatience = 10s; ///< with a camera that is only starting
-constexpr const char* eraseLine = "\r\033[K";
 
 } // namespace
 
 int UnattendedDialogs::runAlert(const Alert& alert)
 {
     if (alert.reader == Alert::Reader::Anybody)
-        print(stderr, QStringLiteral("lumavex: %1: %2").arg(alert.messageText, alert.informativeText));
+        streams_.tell(QStringLiteral("lumavex: %1: %2").arg(alert.messageText, alert.informativeText));
     return static_cast<int>(alert.buttons.size()) - 1;
 }
 
@@ -46,8 +39,9 @@ std::optional<QString> UnattendedDialogs::runSavePanel(const SavePanel&)
     return path;
 }
 
-UnattendedRun::UnattendedRun(AppDelegate& app, RunLoop& runLoop, const LaunchOptions& options)
-    : app_(app), runLoop_(runLoop), options_(options), terminal_(isatty(STDERR_FILENO) == 1)
+UnattendedRun::UnattendedRun(AppDelegate& app, RunLoop& runLoop, StandardStreams& streams, const LaunchOptions& options,
+                             const QString& limitation)
+    : app_(app), runLoop_(runLoop), streams_(streams), options_(options), limitation_(limitation)
 {
     connect(&app_, &AppDelegate::recordingFinished, this, &UnattendedRun::finished);
     connect(&app_, &AppDelegate::pictureFinished, this,
@@ -56,24 +50,23 @@ UnattendedRun::UnattendedRun(AppDelegate& app, RunLoop& runLoop, const LaunchOpt
 
 void UnattendedRun::begin()
 {
-    if (!app_.launchProblem.isEmpty()) {
-        finished({}, app_.launchProblem, Kept::Nothing);
+    const QString& problem =
+        app_.launchProblem.isEmpty() && app_.compose.showsScreen() ? limitation_ : app_.launchProblem;
+    if (!problem.isEmpty()) {
+        finished({}, problem, Kept::Nothing);
         return;
     }
     waitForCamera();
     if (ended_)
         return;
+    const bool cameraLarge = app_.compose.i_Video_Source_Primary == 2;
+    const QString tooFlat = vanishingProblem(cameraLarge ? app_.camera.size_Camera : app_.capture.size_Screen,
+                                             app_.compose.size_Video_Output);
+    if (!tooFlat.isEmpty()) {
+        finished({}, tooFlat, Kept::Nothing);
+        return;
+    }
     options_.recordSeconds ? record() : takePicture();
-}
-
-bool UnattendedRun::showsCamera() const
-{
-    return app_.compose.i_Video_Source_Primary == 2 || app_.compose.i_Show_Secondary == 1;
-}
-
-bool UnattendedRun::showsScreen() const
-{
-    return app_.compose.i_Video_Source_Primary != 2 || app_.compose.i_Show_Secondary == 1;
 }
 
 bool UnattendedRun::waitForScreen()
@@ -88,7 +81,7 @@ bool UnattendedRun::waitForScreen()
 
 void UnattendedRun::waitForCamera()
 {
-    if (!showsCamera())
+    if (!app_.compose.showsCamera())
         return;
     // The camera's size, which the movie may take, is known with its first picture. A recording may begin without it, a
     // picture not.
@@ -98,7 +91,7 @@ void UnattendedRun::waitForCamera()
 
 void UnattendedRun::takePicture()
 {
-    if (showsCamera() && app_.camera.imgDeviceCapture.isNull()) {
+    if (app_.compose.showsCamera() && app_.camera.imgDeviceCapture.isNull()) {
         finished({},
                  tr("The camera %1 sent no picture within %2 seconds.")
                      .arg(app_.camera.s_Camera_Name)
@@ -106,7 +99,7 @@ void UnattendedRun::takePicture()
                  Kept::Nothing);
         return;
     }
-    if (showsScreen() && !waitForScreen()) {
+    if (app_.compose.showsScreen() && !waitForScreen()) {
         finished({}, tr("The screen could not be read within %1 seconds.").arg(snapshotPatience.count()),
                  Kept::Nothing);
         return;
@@ -116,8 +109,9 @@ void UnattendedRun::takePicture()
     app_.Timer_Open_Preview_Window_Routine(); // frames are made only while there is a preview, in sight or not
     app_.OnToolbarTakePicture();
     // At once, however low the rate.
+    const Nanoseconds now = runLoop_.now();
     for (const TimerId timer : {app_.application.timerVideoRefresh, app_.compose.timerViewRefresh})
-        runLoop_.setNextDeadline(timer, runLoop_.now());
+        runLoop_.setNextDeadline(timer, now);
 }
 
 void UnattendedRun::record()
@@ -127,12 +121,13 @@ void UnattendedRun::record()
         return;
     const TimerId stop =
         runLoop_.scheduleOnce({1, 1}, [this](const TimerFiring& firing) { app_.stopRecording(firing.deadline); });
+    // The movie begins with its first frame, and its length is counted from there.
     runLoop_.setNextDeadline(
-        stop, app_.recording.notBefore
+        stop, runLoop_.nextDeadline(app_.compose.timerViewRefresh)
                   + std::chrono::duration_cast<Nanoseconds>(std::chrono::duration<double>(*options_.recordSeconds)));
-    if (terminal_)
-        progressTimer_ = runLoop_.scheduleRepeating({1, 4}, RunLoopMode::Common, TimerOrder::Other,
-                                                    [this](const TimerFiring&) { showProgress(); });
+    if (streams_.errorIsTerminal())
+        progressTimer_ =
+            runLoop_.scheduleRepeating({1, 4}, RunLoopMode::Common, [this](const TimerFiring&) { showProgress(); });
 }
 
 void UnattendedRun::endEarly()
@@ -152,9 +147,9 @@ void UnattendedRun::showProgress()
     if (app_.recording.m_RecordStatus != Recording)
         return;
     const QString line = tr("Recording %1 s of %2 s, ends early with Ctrl+C")
-                             .arg(CMTimeGetSeconds(app_.recording.m_Current_Video_Frame), 0, 'f', 1)
+                             .arg(app_.recording.movieSeconds(), 0, 'f', 1)
                              .arg(*options_.recordSeconds, 0, 'f', 1);
-    std::fprintf(stderr, "%s%s", eraseLine, qUtf8Printable(line));
+    streams_.showProgress(line);
 }
 
 void UnattendedRun::finished(const QString& path, const QString& problem, Kept kept)
@@ -162,12 +157,11 @@ void UnattendedRun::finished(const QString& path, const QString& problem, Kept k
     if (std::exchange(ended_, true))
         return;
     runLoop_.invalidate(progressTimer_);
-    if (terminal_)
-        std::fputs(eraseLine, stderr);
+    streams_.endProgress();
     if (!problem.isEmpty())
-        print(stderr, QStringLiteral("lumavex: ") + problem);
+        streams_.tell(QStringLiteral("lumavex: ") + problem);
     if (!path.isEmpty())
-        print(stdout, path);
+        streams_.print(path);
     status_ = kept == Kept::AsAsked ? 0 : kept == Kept::Otherwise ? 3 : 1;
     const auto end = [this] {
         app_.finishRescue(); // no time was lost with an earlier run's recording before this one

@@ -10,13 +10,15 @@
 namespace lumavex {
 
 class AppDelegate;
+class StandardStreams;
 enum class Kept;
 
 /// Answers in place of a user: the save panel with the output file, alerts with a line on standard error where the
 /// run's own report does not say the same.
 class UnattendedDialogs final : public Dialogs {
 public:
-    explicit UnattendedDialogs(const LaunchOptions& options) : options_(options) {}
+    /// `streams` must outlive this object.
+    UnattendedDialogs(const LaunchOptions& options, StandardStreams& streams) : options_(options), streams_(streams) {}
 
     int runAlert(const Alert& alert) override;
     std::optional<QString> runSavePanel(const SavePanel& panel) override;
@@ -25,6 +27,7 @@ public:
 
 private:
     const LaunchOptions options_;
+    StandardStreams& streams_;
 };
 
 /// One recording or one picture without a user, through the same commands as the buttons. A recording shows its
@@ -33,7 +36,9 @@ private:
 class UnattendedRun final : public QObject {
     Q_OBJECT
 public:
-    UnattendedRun(AppDelegate& app, RunLoop& runLoop, const LaunchOptions& options);
+    /// `limitation` is what of the screen cannot be seen (ScreenGrabber::limitation): with one no screen is recorded.
+    UnattendedRun(AppDelegate& app, RunLoop& runLoop, StandardStreams& streams, const LaunchOptions& options,
+                  const QString& limitation);
 
     void begin();
     /// Stops early and saves. Before a recording began it ends the program; while picture and sound are being joined or
@@ -42,8 +47,6 @@ public:
     int exitStatus() const { return status_; } ///< 1 until the recording has ended
 
 private:
-    bool showsCamera() const;
-    bool showsScreen() const;
     void waitForCamera();
     bool waitForScreen();
     void record();
@@ -53,8 +56,9 @@ private:
 
     AppDelegate& app_;
     RunLoop& runLoop_;
+    StandardStreams& streams_;
     const LaunchOptions options_;
-    bool terminal_;
+    const QString limitation_;
     TimerId progressTimer_ = 0;
     int status_ = 1;
     bool ended_ = false;

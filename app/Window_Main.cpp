@@ -13,6 +13,7 @@
 #include <QShortcut>
 #include <QTimer>
 #include <QToolButton>
+#include <QWindow>
 
 namespace lumavex {
 
@@ -84,18 +85,27 @@ void Window_Main::fitSize()
     });
 }
 
+void Window_Main::moveCheckMark(QAction*& from, QAction* to)
+{
+    if (from)
+        from->setChecked(false);
+    to->setChecked(true);
+    from = to;
+}
+
 void Window_Main::setLevel(Level level)
 {
     const bool floating = level == Level::Floating;
     if (windowFlags().testFlag(Qt::WindowStaysOnTopHint) == floating)
         return;
-    const bool visible = isVisible();
-    const QPoint place = pos();
-    setWindowFlag(Qt::WindowStaysOnTopHint, floating);
-    if (visible) {
-        move(place);
-        show();
+    if (!windowHandle()) {
+        setWindowFlag(Qt::WindowStaysOnTopHint, floating);
+        return;
     }
+    // The native window asks the window manager for its new state. Setting the widget's flag would replace the native
+    // window, and the windows that stay in front of the old one would lose their place.
+    overrideWindowFlags(windowFlags().setFlag(Qt::WindowStaysOnTopHint, floating));
+    windowHandle()->setFlag(Qt::WindowStaysOnTopHint, floating);
 }
 
 void Window_Main::showMessage(MessageTopic topic, const Message& message)

@@ -29,7 +29,10 @@ public:
     /// What will be recorded.
     RecordingSummary* summary = nullptr;
 
-    /// Floating windows stay above those of other applications. A visible window keeps its place.
+    /// Takes the check mark from the item that has it, if any, and gives it to another one of its menu.
+    static void moveCheckMark(QAction*& from, QAction* to);
+
+    /// Floating windows stay above those of other applications. A window that exists stays the same native window.
     enum class Level { Normal, Floating };
     void setLevel(Level level);
 

@@ -9,7 +9,7 @@ namespace lumavex {
 namespace {
 
 void layCameraName(LayeredUserDefaults& layer, UserDefaults& stored, const LaunchOptions& options,
-                   CameraSource& cameras)
+                   const std::function<QStringList()>& cameraNames)
 {
     const QString nameKey = settingKey("s_Camera_Name");
     if (!options.camera.isEmpty()) {
@@ -17,7 +17,7 @@ void layCameraName(LayeredUserDefaults& layer, UserDefaults& stored, const Launc
     } else if (options.needsCamera()
                && stored.stringForKey(nameKey).value_or(doNotConnectToCamera) == doNotConnectToCamera) {
         // Whoever asks for the camera without a name means the one there is.
-        if (const QStringList names = cameras.names(); !names.isEmpty())
+        if (const QStringList names = cameraNames(); !names.isEmpty())
             layer.lay(names.first(), nameKey);
     }
 }
@@ -25,7 +25,7 @@ void layCameraName(LayeredUserDefaults& layer, UserDefaults& stored, const Launc
 } // namespace
 
 std::unique_ptr<LayeredUserDefaults> layeredSettings(UserDefaults& stored, const LaunchOptions& options,
-                                                     CameraSource& cameras)
+                                                     const std::function<QStringList()>& cameraNames)
 {
     auto layer = std::make_unique<LayeredUserDefaults>(stored);
     const auto lay = [&layer](const char* name, std::int64_t value) {
@@ -60,7 +60,19 @@ std::unique_ptr<LayeredUserDefaults> layeredSettings(UserDefaults& stored, const
         lay("i_Position_Overlay", *options.overlayPosition);
     if (options.overlaySize)
         lay("i_Size_Overlay", *options.overlaySize);
-    layCameraName(*layer, stored, options, cameras);
+    layCameraName(*layer, stored, options, cameraNames);
+    return layer;
+}
+
+std::unique_ptr<LayeredUserDefaults> layeredChoices(UserDefaults& stored, const LaunchOptions& options)
+{
+    auto layer = std::make_unique<LayeredUserDefaults>(stored);
+    const auto lay = [&layer]<class Value>(const Choice<Value>& choice, const std::optional<Value>& value) {
+        if (value)
+            layer->lay(QLatin1String(choice.words[static_cast<std::size_t>(*value)]), QLatin1String(choice.key));
+    };
+    lay(choices::whenWindowGoes, options.whenWindowGoes);
+    layer->startingIsOver(); // no first run writes choices
     return layer;
 }
 

@@ -3,15 +3,20 @@
 
 #include "app/LaunchOptions.h"
 #include "app/SettingsTable.h"
-#include "platform/CameraSource.h"
 
+#include <QStringList>
+
+#include <functional>
 #include <memory>
 
 namespace lumavex {
 
 /// The stored settings with those of the command line laid over them, for this run. `stored` must outlive the result;
-/// `cameras` is asked for a camera nobody named.
+/// `cameraNames` is called when a camera is needed that nobody named.
 std::unique_ptr<LayeredUserDefaults> layeredSettings(UserDefaults& stored, const LaunchOptions& options,
-                                                     CameraSource& cameras);
+                                                     const std::function<QStringList()>& cameraNames);
+
+/// The stored choices beside the settings, with those of the command line laid over them in the same way.
+std::unique_ptr<LayeredUserDefaults> layeredChoices(UserDefaults& stored, const LaunchOptions& options);
 
 } // namespace lumavex

@@ -6,16 +6,21 @@
 #include "app/Lists.h"
 #include "app/Signals.h"
 #include "app/SingleInstance.h"
+#include "app/StandardStreams.h"
 #include "app/Unattended.h"
 #include "app/Window_Main.h"
+#include "app/awaitCameras.h"
 #include "app/connectCommands.h"
 #include "app/layeredSettings.h"
 
 #include <QApplication>
+#include <QLoggingCategory>
 #include <QTimer>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -24,37 +29,72 @@ namespace {
 
 using namespace lumavex;
 
-/// A run without a user shares its standard error with the user's terminal.
-bool logsTroubleOnly = false;
+/// Made first thing and never destroyed, since messages come until the very end.
+StandardStreams* streams = nullptr;
 
 /// What is to be done before Qt ends the program because the display has gone; the exit status. Empty while nothing is
 /// at stake.
 std::function<int()> onScreenLoss;
 
+/// Whether the rules for logging let warnings of no category through.
+std::atomic<bool> warningsAreWanted = true;
+QLoggingCategory::CategoryFilter rulesFilter = nullptr;
+
+bool isWithoutCategory(const char* category)
+{
+    return !category || std::strcmp(category, "default") == 0;
+}
+
+/// The loss of the display is told as such a warning, so the message handler must get them whatever the rules say.
+void filterCategory(QLoggingCategory* category)
+{
+    rulesFilter(category);
+    if (!isWithoutCategory(category->categoryName()))
+        return;
+    warningsAreWanted = category->isWarningEnabled();
+    category->setEnabled(QtWarningMsg, true);
+}
+
+[[noreturn]] void endAtOnce(int status)
+{
+    streams->finish();
+    std::_Exit(status);
+}
+
 /// Qt ends the program by itself when it cannot reach the display; the user gets words instead of an abort. When the
 /// display goes later Qt only says so before it ends the program, and that is the one moment to save a recording.
-void onMessage(QtMsgType type, const QMessageLogContext&, const QString& message)
+void onMessage(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
     if (type == QtFatalMsg && message.contains(QLatin1String("platform plugin"))) {
-        std::fputs("lumavex: There is no graphical display to show windows on, or it cannot be reached. "
-                   "Start Lumavex in a desktop session, or set DISPLAY.\n",
-                   stderr);
-        std::_Exit(1);
+        const bool onlyWayland =
+            qEnvironmentVariableIsEmpty("DISPLAY") && !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+        streams->tell(onlyWayland
+                          ? QStringLiteral("lumavex: This is a Wayland session without XWayland, where Lumavex has no "
+                                           "windows and the screen cannot be recorded yet. Log in to an X11 session.")
+                          : QStringLiteral("lumavex: There is no graphical display to show windows on, or it cannot be "
+                                           "reached. Start Lumavex in a desktop session, or set DISPLAY."));
+        endAtOnce(1);
     }
     if (type == QtWarningMsg && message.startsWith(QLatin1String("The X11 connection broke")) && onScreenLoss) {
-        std::fputs("lumavex: The X server is gone.\n", stderr);
-        std::_Exit(std::exchange(onScreenLoss, {})());
+        streams->tell(QStringLiteral("lumavex: The X server is gone."));
+        endAtOnce(std::exchange(onScreenLoss, {})());
     }
-    const bool measurement = type == QtInfoMsg;
-    if (type != QtDebugMsg && !(measurement && logsTroubleOnly))
-        std::fprintf(stderr, "%s\n", qUtf8Printable(message));
-    if (type == QtFatalMsg)
+    // Of what is no trouble only our own is told, which has categories that are off unless somebody asks for them.
+    const bool trouble = type != QtDebugMsg && type != QtInfoMsg;
+    const bool wanted =
+        trouble ? type != QtWarningMsg || warningsAreWanted || !isWithoutCategory(context.category)
+                : !isWithoutCategory(context.category) && QByteArrayView(context.category).startsWith("lumavex.");
+    if (wanted)
+        streams->tell(message);
+    if (type == QtFatalMsg) {
+        streams->finish();
         std::abort();
+    }
 }
 
 int fail(const QString& message)
 {
-    std::fprintf(stderr, "lumavex: %s\n", qUtf8Printable(message));
+    streams->tell(QStringLiteral("lumavex: ") + message);
     return 1;
 }
 
@@ -62,16 +102,23 @@ int run(const LaunchOptions& options, Platform& platform, SingleInstance& instan
 {
     const bool unattended = options.isUnattended();
     if (unattended)
-        platform.dialogs = std::make_unique<UnattendedDialogs>(options);
+        platform.dialogs = std::make_unique<UnattendedDialogs>(options, *streams);
     if (const QString trouble = platform.screen->trouble(); !trouble.isEmpty()) {
         if (!unattended)
             platform.dialogs->runAlert({QStringLiteral("Error"), trouble, {QStringLiteral("Close")}});
         return fail(trouble);
     }
     const std::unique_ptr<UserDefaults> stored = std::move(platform.userDefaults);
-    auto layered = layeredSettings(*stored, options, *platform.cameras);
+    const auto cameraNames = [&] {
+        return unattended ? awaitCameras(*platform.cameras, *platform.runLoop,
+                                         [](const QStringList& names) { return !names.isEmpty(); })
+                          : platform.cameras->names();
+    };
+    auto layered = layeredSettings(*stored, options, cameraNames);
     LayeredUserDefaults& settings = *layered;
     platform.userDefaults = std::move(layered);
+    const std::unique_ptr<UserDefaults> storedChoices = std::move(platform.moreSettings);
+    platform.moreSettings = layeredChoices(*storedChoices, options);
 
     Window_Main window;
     AppDelegate app(platform, window, options);
@@ -88,7 +135,8 @@ int run(const LaunchOptions& options, Platform& platform, SingleInstance& instan
     TerminationSignals signals;
     std::unique_ptr<UnattendedRun> unattendedRun;
     if (unattended) {
-        unattendedRun = std::make_unique<UnattendedRun>(app, *platform.runLoop, options);
+        unattendedRun =
+            std::make_unique<UnattendedRun>(app, *platform.runLoop, *streams, options, platform.screen->limitation());
         QTimer::singleShot(0, unattendedRun.get(), &UnattendedRun::begin);
         QObject::connect(&signals, &TerminationSignals::terminationRequested, unattendedRun.get(),
                          &UnattendedRun::endEarly);
@@ -110,9 +158,7 @@ int run(const LaunchOptions& options, Platform& platform, SingleInstance& instan
     return status;
 }
 
-} // namespace
-
-int main(int argc, char* argv[])
+int start(int argc, char* argv[])
 {
     QStringList arguments;
     for (int i = 1; i < argc; ++i)
@@ -123,13 +169,16 @@ int main(int argc, char* argv[])
         return *commandLine.exitStatus;
     }
     const LaunchOptions& options = commandLine.options;
+    if (!commandLine.note.isEmpty())
+        streams->tell(QStringLiteral("lumavex: ") + commandLine.note);
     if (options.isUnattended())
         if (const QString problem = outputProblem(options); !problem.isEmpty())
             return fail(problem);
 
-    logsTroubleOnly = options.isUnattended();
     ignoreWriteSignals();
     qInstallMessageHandler(onMessage);
+    rulesFilter = QLoggingCategory::installFilter(nullptr); // the next call uses it already
+    QLoggingCategory::installFilter(filterCategory);
     // Screen and windows are read through X11, so the program's own windows live there too.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "xcb");
@@ -147,14 +196,29 @@ int main(int argc, char* argv[])
     }
     SingleInstance instance;
     if (!instance.isFirst()) {
-        if (!instance.activateFirst())
-            return fail(QStringLiteral("Another Lumavex runs already, but does not answer."));
+        // Nobody asked for the first one's window, which might come into its movie.
         if (options.recordSeconds)
             return fail(QStringLiteral("Lumavex runs already. End it first, or record with its window."));
         if (options.isUnattended())
             return fail(QStringLiteral("Lumavex runs already. End it first, or take the picture with its window."));
-        return 0;
+        if (!instance.activateFirst())
+            return fail(QStringLiteral("Another Lumavex runs already, but does not answer."));
+        return arguments.isEmpty() ? 0
+                                   : fail(QStringLiteral("Lumavex runs already, so the options were ignored. End it "
+                                                         "first to start it with them."));
     }
     Platform platform = createPlatform();
     return run(options, platform, instance);
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    openClosedStandardStreams();
+    streams = new StandardStreams;
+    std::at_quick_exit([] { streams->finish(); });
+    const int status = start(argc, argv);
+    streams->finish();
+    return status;
 }

@@ -82,7 +82,7 @@ void grabTwentyWindows(benchmark::State& state, Change change)
     Program program(20);
     const auto grabber = lumavex::createXcbScreenGrabber();
     auto numbers = std::vector<std::uint32_t>(program.windows().rbegin(), program.windows().rend());
-    numbers.push_back(grabber->windowDescriptions().back().number);
+    numbers.push_back(grabber->windowDescriptions(lumavex::ListOnScreenOnly).back().number);
     for (auto _ : state) {
         if (change == Change::Drawn) {
             state.PauseTiming();
@@ -106,10 +106,10 @@ void describeTwentyWindows(benchmark::State& state, Windows windows)
             const Program visitor(windows == Windows::Coming ? 1 : 0);
             program.move();
             state.ResumeTiming();
-            benchmark::DoNotOptimize(grabber->windowDescriptions());
+            benchmark::DoNotOptimize(grabber->windowDescriptions(lumavex::ListOnScreenOnly));
             state.PauseTiming();
         } else {
-            benchmark::DoNotOptimize(grabber->windowDescriptions());
+            benchmark::DoNotOptimize(grabber->windowDescriptions(lumavex::ListOnScreenOnly));
         }
         if (windows != Windows::Still)
             state.ResumeTiming();

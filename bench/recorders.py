@@ -153,14 +153,14 @@ class Bench:
     @contextlib.contextmanager
     def camera(self):
         """A camera of the PipeWire server."""
-        node = '{ factory.name=videotestsrc node.name=bench node.description="Bench" media.class=Video/Source '
-        output_of("pw-cli", "create-node", "spa-node-factory", node + "media.role=Camera live=true object.linger=true }")
+        camera = subprocess.Popen((ROOT / "tests" / "support" / "test-camera", "bench", "Bench"),
+                                  stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
         try:
             time.sleep(1)
             yield
         finally:
-            words = output_of("pw-cli", "ls", "Node").partition('node.name = "bench"')[0].split("\tid ")
-            output_of("pw-cli", "destroy", words[-1].split(",")[0])
+            camera.kill()
+            camera.wait()
 
     # --- Lumavex ---
 

@@ -50,13 +50,12 @@ void CameraDelegate::setupVideoOutput()
 {
     m_videoOutput = m_captureSession.currentSource() + 1;
     awaitsFirstPicture_ = true;
-    lastPicture_.reset();
     updateColorControls();
     const std::lock_guard lock(mutex_);
     published_.reset();
 }
 
-bool CameraDelegate::startCamera(const QString& name)
+bool CameraDelegate::prepareStart(const QString& name)
 {
     trouble_.clear();
     if (!createCamera(name)) {
@@ -70,20 +69,31 @@ bool CameraDelegate::startCamera(const QString& name)
         return false;
     }
     setupVideoOutput();
+    return true;
+}
+
+bool CameraDelegate::startCamera(const QString& name)
+{
+    if (!prepareStart(name))
+        return false;
     trouble_ = m_captureSession.open(*m_cameraInput);
     return trouble_.isEmpty();
 }
 
-bool CameraDelegate::delivers(const QString& name) const
+bool CameraDelegate::startCameraWithoutWaiting(const QString& name)
 {
-    constexpr std::chrono::seconds longestGap{1};
-    return m_cameraInput && m_cameraInput->name == name && m_cameraInput->preset == state_.i_Camera_CRP && lastPicture_
-           && std::chrono::steady_clock::now() - *lastPicture_ < longestGap;
+    if (!prepareStart(name))
+        return false;
+    trouble_ = m_captureSession.beginOpening(*m_cameraInput, [this](const QString& trouble) {
+        trouble_ = trouble;
+        if (!trouble_.isEmpty())
+            Q_EMIT startFailed();
+    });
+    return trouble_.isEmpty();
 }
 
 bool CameraDelegate::stopCamera()
 {
-    lastPicture_.reset();
     m_captureSession.stop();
     return true;
 }
@@ -139,7 +149,6 @@ void CameraDelegate::takePicture()
         return;
     state_.imgDeviceCapture = taken->picture;
     state_.serialCamera = taken->serial;
-    lastPicture_ = std::chrono::steady_clock::now();
     state_.size_Camera = {double(taken->picture.width()), double(taken->picture.height())};
     if (std::exchange(awaitsFirstPicture_, false))
         Q_EMIT videoCameraStarted();

@@ -9,7 +9,6 @@
 #include <QObject>
 
 #include <atomic>
-#include <chrono>
 #include <mutex>
 #include <optional>
 
@@ -42,8 +41,11 @@ public:
     void setupVideoOutput();
     /// Starts the camera of that name; one that runs is stopped first. True when it runs, else `trouble` says why not.
     bool startCamera(const QString& name);
-    /// Whether the camera of that name runs at the resolution code of the state and its pictures arrive.
-    bool delivers(const QString& name) const;
+    /// The same without a wait: false when it is certain at once that it cannot be started, else startFailed may
+    /// follow. The last picture stays until the first one arrives.
+    bool startCameraWithoutWaiting(const QString& name);
+    /// What the camera was asked for at the latest start; nothing before the first.
+    const std::optional<CameraRequest>& cameraInput() const { return m_cameraInput; }
     /// Gives the camera back; the last picture stays. Always true.
     bool stopCamera();
 
@@ -60,12 +62,15 @@ public:
 Q_SIGNALS:
     /// The state holds a new picture, its number and its size.
     void pictureTaken();
+    /// The camera that was started without waiting could not be opened after all; `trouble` says why.
+    void startFailed();
     /// The first picture since a start was taken over; comes before its pictureTaken.
     void videoCameraStarted();
     /// The running camera vanished (false), or is back (true). The last picture stays meanwhile.
     void cameraPresenceChanged(bool present);
 
 private:
+    bool prepareStart(const QString& name);
     void copyVideoFrame(const CameraFrame& sampleBuffer);
     void takePicture();
 
@@ -79,7 +84,6 @@ private:
     CameraState& state_;
     QString trouble_;
     bool awaitsFirstPicture_ = false;
-    std::optional<std::chrono::steady_clock::time_point> lastPicture_; ///< nothing: none since the latest start
 
     std::optional<QString> m_camera;              ///< the selected camera; nothing: none
     std::optional<CameraRequest> m_cameraInput;   ///< what is asked of it, made at the latest start

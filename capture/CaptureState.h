@@ -8,7 +8,6 @@
 #include <QImage>
 
 #include <cstdint>
-#include <limits>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -42,6 +41,9 @@ struct CaptureState {
     std::int64_t b_Screen_Include_Mouse = 0;           ///< 1: the cursor is drawn into the screen picture
     bool b_Lumavex_Invisible_To_Capture = false;       ///< the program's own windows are left out
 
+    /// Whether windows are put together, instead of the display being read as it is.
+    bool isComposite() const { return i_Type_Screen_Capture == WindowExclusive || b_Lumavex_Invisible_To_Capture; }
+
     QImage imgMouseCursor;
     QImage imgScreenCapture;          ///< the latest good grab; null until the first
     std::uint64_t serialScreen = 0;   ///< changes with imgScreenCapture's pixels
@@ -51,27 +53,30 @@ struct CaptureState {
     CGRect rect_Screen_Follow_Cursor; ///< of the latest frame in follow-cursor mode
     CGRect rect_Screen_Region;        ///< set by the region selector
 
-    std::uint32_t listOptions = 0;  ///< 1: on-screen windows only
-    std::uint32_t imageOptions = 0; ///< 0: windows as they are
-    CGRect imageBounds; ///< area of a window composite: everything, so it is the union of the windows' bounds
+    std::uint32_t listOptions = 0;  ///< WindowListOptions of arrayController
+    std::uint32_t imageOptions = 0; ///< WindowImageOptions of a window composite
+    CGRect imageBounds;             ///< what a window composite is limited to
 
     QList<WindowEntry> arrayController;          ///< the latest enumeration, front to back
     std::uint64_t windowsSerial = 0;             ///< the screen's, of arrayController; 0 before the first
     QList<WindowEntry> arrayWindowsMinusLumavex; ///< the windows to grab at this tick
     std::uint64_t windowsMinusLumavexSerial = 0; ///< what arrayWindowsMinusLumavex was chosen from, by windowsSerial
-    std::optional<QString> windowsMinusLumavexChosen; ///< and the chosen window then; nothing: no exclusive capture
-    std::unique_ptr<WindowListApplierData> windowListData;
-    bool b_Refresh_Menu_Windows = false;   ///< rebuild the window menu at the next enumeration
-    std::int64_t i_Menu_Windows_Count = 0; ///< window items now in the menu
+    std::optional<QString> windowsMinusLumavexChosen;     ///< and the chosen window then; nothing: no exclusive capture
+    std::optional<std::uint32_t> numberOfWindowExclusive; ///< of the chosen window, when it is listed among them
+    std::unique_ptr<WindowListApplierData> windowListData; ///< of the latest enumeration; holds arrayController's list
+    bool b_Refresh_Menu_Windows = false;                   ///< rebuild the window menu at the next enumeration
+    std::int64_t i_Menu_Windows_Count = 0;                 ///< window items now in the menu
     QAction* mi_last_Window_Exclusive = nullptr;
     std::optional<QString> sWindowExclusive;        ///< identifier of the chosen window
-    std::optional<QString> sWindowExclusive_Missed; ///< the chosen window that the user was told is not listed
+    std::optional<QString> sWindowExclusive_Missed; ///< the chosen window that the user was told has gone
+
+    /// `index` is one of the catalogue's.
+    CGSize catalogueSize(std::int64_t index) const
+    {
+        return arrayFrameResolution.at(static_cast<std::size_t>(index)).sizeDimension;
+    }
 
     std::vector<FrameDimension> arrayScreenPointSquare; ///< the region selector's five handles
 };
-
-/// The rectangle that contains every other one.
-inline constexpr CGRect infiniteRect{-std::numeric_limits<double>::max() / 2, -std::numeric_limits<double>::max() / 2,
-                                     std::numeric_limits<double>::max(), std::numeric_limits<double>::max()};
 
 } // namespace lumavex

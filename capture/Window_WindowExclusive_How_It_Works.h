@@ -3,6 +3,7 @@
 
 #include "capture/ModeGuide.h"
 
+#include <functional>
 #include <memory>
 
 namespace Ui {
@@ -15,7 +16,12 @@ namespace lumavex {
 class Window_WindowExclusive_How_It_Works final : public ModeGuide {
     Q_OBJECT
 public:
-    explicit Window_WindowExclusive_How_It_Works(StopShowing stopShowing);
+    /// Called at most once, when the user changed the second box and pressed OK.
+    using ChooseHolding = std::function<void(bool hold)>;
+
+    /// `hold`: the second box is ticked, by which a window that goes away leaves its last picture.
+    explicit Window_WindowExclusive_How_It_Works(StopShowing stopShowing, bool hold = false,
+                                                 ChooseHolding chooseHolding = {});
     ~Window_WindowExclusive_How_It_Works() override;
 
 private:

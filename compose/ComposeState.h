@@ -2,6 +2,7 @@
 #pragma once
 
 #include "compose/FrameInputs.h"
+#include "compose/FrameTick.h"
 #include "compose/Window_Preview.h"
 #include "platform/Geometry.h"
 #include "platform/MovieWriter.h"
@@ -35,6 +36,8 @@ struct TakenPicture {
 struct ComposeState {
     std::int64_t i_Video_Source_Primary = 0; ///< 1 screen, 2 camera
     std::int64_t i_Show_Secondary = 0;       ///< 1: the other source is drawn small
+    bool showsCamera() const { return i_Video_Source_Primary == 2 || i_Show_Secondary != 0; }
+    bool showsScreen() const { return i_Video_Source_Primary != 2 || i_Show_Secondary != 0; }
     std::int64_t i_Size_Screen_Secondary = 0;
     std::int64_t i_Position_Screen_Secondary = 0;
     std::int64_t i_Size_Camera_Secondary = 0;
@@ -45,7 +48,7 @@ struct ComposeState {
     std::uint64_t serialOverlay = 0; ///< changes with imgOverlay
     bool bOverlay = false;
 
-    std::int64_t index_size_Video_Output = 0; ///< 0: the primary source's size; k from 2: catalogue entry k - 2
+    std::int64_t index_size_Video_Output = 0; ///< 0: the primary source's size; 1: a given one; k from 2: entry k - 2
     CGSize size_Video_Output;
     float fwVideoOutputRatio = 1; ///< width / height of size_Video_Output
     QAction* mi_last_Video_Output = nullptr;
@@ -63,6 +66,7 @@ struct ComposeState {
     std::optional<ComposedFrame> previewShown; ///< what the view shows, so that an unchanged frame is not drawn again
     std::optional<ComposedFrame> lastAppended; ///< the latest frame of the recording
 
+    FrameTick frameTick;
     TimerId timerViewRefresh = 0;
     TimerId timerdebug1Second = 0;
     TimerId timer_Open_Preview_Window = 0;

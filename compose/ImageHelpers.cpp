@@ -2,8 +2,6 @@
 #include "compose/ImageHelpers.h"
 
 #include "compose/FrameLayout.h"
-#include "compose/PixelRows.h"
-#include "platform/ColorMatrix.h"
 
 #include <QPainter>
 
@@ -17,19 +15,6 @@ namespace {
 QSize roundedSize(const CGRect& rect)
 {
     return {int(std::lround(rect.width)), int(std::lround(rect.height))};
-}
-
-/// The picture as premultiplied pixels; where it has no alpha channel, what its fourth bytes hold does not matter.
-QImage withAlpha(const QImage& picture)
-{
-    if (picture.format() != QImage::Format_RGB32)
-        return picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
-    QImage result(picture.size(), QImage::Format_ARGB32_Premultiplied);
-    for (int y = 0; y < picture.height(); ++y)
-        rowFunctions().copy(reinterpret_cast<std::uint32_t*>(result.scanLine(y)),
-                            reinterpret_cast<const std::uint32_t*>(picture.constScanLine(y)),
-                            std::size_t(picture.width()), {PixelOrder::BlueFirst, AlphaUse::Opaque});
-    return result;
 }
 
 QImage withoutScale(const QImage& picture)
@@ -49,13 +34,12 @@ QImage partOfImage(const QImage& picture, const CGRect& rect)
     const QPoint corner(int(std::lround(rect.x)), int(std::lround(picture.height() - rect.y - rect.height)));
     QImage part(size, QImage::Format_ARGB32_Premultiplied);
     part.fill(Qt::transparent);
+    const QImage source = picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
     const QRect inside = QRect(corner, size) & picture.rect();
-    if (inside.isEmpty())
-        return part;
-    const QImage source = withAlpha(picture);
     for (int y = inside.top(); y <= inside.bottom(); ++y)
-        std::copy_n(reinterpret_cast<const QRgb*>(source.constScanLine(y)) + inside.x(), inside.width(),
-                    reinterpret_cast<QRgb*>(part.scanLine(y - corner.y())) + (inside.x() - corner.x()));
+        for (int x = inside.left(); x <= inside.right(); ++x)
+            reinterpret_cast<QRgb*>(part.scanLine(y - corner.y()))[x - corner.x()] =
+                reinterpret_cast<const QRgb*>(source.constScanLine(y))[x];
     return part;
 }
 
@@ -71,19 +55,31 @@ QImage Return_Image_For_Region_IntoRect(const QImage& picture, const CGRect& rec
         return canvas;
     QPainter painter(&canvas);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.drawImage(flippedDown(*fitted, rect.height), withAlpha(picture), QRectF(picture.rect()));
+    painter.drawImage(flippedDown(*fitted, rect.height), picture.convertToFormat(QImage::Format_ARGB32_Premultiplied),
+                      QRectF(picture.rect()));
     return canvas;
 }
 
 QImage imageColorControls(const QImage& picture, const ColorControls& controls)
 {
-    const bool transparency = picture.hasAlphaChannel();
-    QImage result = picture.convertToFormat(transparency ? QImage::Format_ARGB32 : QImage::Format_RGB32);
-    const ColorMatrix matrix(controls.f_ColorControls_Saturation, controls.f_ColorControls_Brightness,
-                             controls.f_ColorControls_Contrast);
-    for (int y = 0; y < result.height(); ++y)
-        matrix.apply(reinterpret_cast<std::uint32_t*>(result.scanLine(y)), std::size_t(result.width()));
-    return result;
+    const double saturation = controls.f_ColorControls_Saturation / 10;
+    const double brightness = controls.f_ColorControls_Brightness / 10;
+    const double contrast = controls.f_ColorControls_Contrast / 10;
+    QImage result(picture.size(), picture.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    for (int y = 0; y < result.height(); ++y) {
+        for (int x = 0; x < result.width(); ++x) {
+            const QRgb pixel = picture.pixel(x, y);
+            const double luma = 0.2126 * qRed(pixel) + 0.7152 * qGreen(pixel) + 0.0722 * qBlue(pixel);
+            const auto controlled = [&](int channel) {
+                const double value = luma + saturation * (channel - luma) + 255 * brightness;
+                return int(std::lround(std::clamp(127.5 + contrast * (value - 127.5), 0.0, 255.0)));
+            };
+            result.setPixel(
+                x, y,
+                qRgba(controlled(qRed(pixel)), controlled(qGreen(pixel)), controlled(qBlue(pixel)), qAlpha(pixel)));
+        }
+    }
+    return imageFromCGImageRef(result);
 }
 
 QImage CGImageRefFromImage(const QImage& drawable)

@@ -5,6 +5,9 @@
 
 #include <QImage>
 
+// The picture operations that frames and camera pictures are defined by, done plainly, one after the other. Compositor
+// and ColorMatrix do the same in one go and fast, and the tests hold them to these. Any thread.
+
 namespace lumavex {
 
 /// The picture's part inside the rectangle as a picture of the rectangle's size, edges rounded to whole pixels; what
@@ -24,7 +27,7 @@ struct ColorControls {
     friend bool operator==(const ColorControls&, const ColorControls&) = default;
 };
 
-/// A new picture of the same size with the controls applied. Any thread.
+/// A new picture of the same size with the controls applied, which is the formula of ColorMatrix in floating point.
 QImage imageColorControls(const QImage& picture, const ColorControls& controls);
 
 /// Drawable to pixel image and back. A drawable picture may carry a scale (device pixels per unit); a pixel image

@@ -34,6 +34,33 @@ Int128 dividedHalfAwayFromZero(Int128 numerator, Int128 denominator)
     return (numerator < 0 ? numerator - half : numerator + half) / denominator;
 }
 
+// a + sign * b
+CMTime sum(CMTime a, CMTime b, int sign)
+{
+    if (!isValid(a) || !isValid(b) || (a.epoch != b.epoch && a.epoch != 0 && b.epoch != 0))
+        return kNotValid;
+    CMTime sum;
+    sum.flags = a.flags | b.flags;
+    sum.epoch = a.epoch != 0 ? a.epoch : b.epoch;
+
+    const Int128 signedValue = Int128{b.value} * sign;
+    const std::int64_t common = std::lcm<std::int64_t, std::int64_t>(a.timescale, b.timescale);
+    std::optional<std::int64_t> value;
+    if (common <= kLargestTimescale) {
+        sum.timescale = static_cast<std::int32_t>(common);
+        value = narrowed(Int128{a.value} * (common / a.timescale) + signedValue * (common / b.timescale));
+    } else {
+        sum.timescale = kLargestTimescale;
+        sum.flags |= kCMTimeFlags_HasBeenRounded;
+        const Int128 numerator = Int128{a.value} * b.timescale + signedValue * a.timescale;
+        value = narrowed(dividedHalfAwayFromZero(numerator * kLargestTimescale, Int128{a.timescale} * b.timescale));
+    }
+    if (!value)
+        return kNotValid;
+    sum.value = *value;
+    return sum;
+}
+
 } // namespace
 
 CMTime CMTimeMake(std::int64_t value, std::int32_t timescale)
@@ -45,27 +72,12 @@ CMTime CMTimeMake(std::int64_t value, std::int32_t timescale)
 
 CMTime CMTimeAdd(CMTime a, CMTime b)
 {
-    if (!isValid(a) || !isValid(b) || (a.epoch != b.epoch && a.epoch != 0 && b.epoch != 0))
-        return kNotValid;
-    CMTime sum;
-    sum.flags = a.flags | b.flags;
-    sum.epoch = a.epoch != 0 ? a.epoch : b.epoch;
+    return sum(a, b, 1);
+}
 
-    const std::int64_t common = std::lcm<std::int64_t, std::int64_t>(a.timescale, b.timescale);
-    std::optional<std::int64_t> value;
-    if (common <= kLargestTimescale) {
-        sum.timescale = static_cast<std::int32_t>(common);
-        value = narrowed(Int128{a.value} * (common / a.timescale) + Int128{b.value} * (common / b.timescale));
-    } else {
-        sum.timescale = kLargestTimescale;
-        sum.flags |= kCMTimeFlags_HasBeenRounded;
-        const Int128 numerator = Int128{a.value} * b.timescale + Int128{b.value} * a.timescale;
-        value = narrowed(dividedHalfAwayFromZero(numerator * kLargestTimescale, Int128{a.timescale} * b.timescale));
-    }
-    if (!value)
-        return kNotValid;
-    sum.value = *value;
-    return sum;
+CMTime CMTimeSubtract(CMTime a, CMTime b)
+{
+    return sum(a, b, -1);
 }
 
 int CMTimeCompare(CMTime a, CMTime b)

@@ -27,6 +27,9 @@ CMTime CMTimeMake(std::int64_t value, std::int32_t timescale);
 /// valid, one of times of two epochs other than 0 (a span of time has epoch 0), and one whose value passes 64 bits.
 CMTime CMTimeAdd(CMTime a, CMTime b);
 
+/// The exact difference a - b, under the rules of CMTimeAdd.
+CMTime CMTimeSubtract(CMTime a, CMTime b);
+
 /// -1, 0 or 1, compared exactly: epochs first. A time that is not valid comes after every valid one.
 int CMTimeCompare(CMTime a, CMTime b);
 

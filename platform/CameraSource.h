@@ -15,6 +15,7 @@ namespace lumavex {
 struct CameraRequest {
     QString name;
     std::int64_t preset = 0;
+    friend bool operator==(const CameraRequest&, const CameraRequest&) = default;
 };
 
 /// Opens cameras by name. Main thread, except that frames arrive one at a time on the serial queue "captureQueue".
@@ -23,8 +24,11 @@ public:
     /// Called on the capture queue. It must not call the camera source.
     using FrameHandler = std::function<void(const CameraFrame&)>;
     /// The running camera vanished or fell silent (`present` false), or gives frames again under its name (true). The
-    /// two alternate, beginning with false; nothing is reported by `open` and `stop`. Main thread.
+    /// two alternate, beginning with false; nothing is reported by openings and `stop`. Main thread.
     using PresenceHandler = std::function<void(bool present)>;
+
+    /// How an opening ended: empty when the camera runs, else why not, in the user's words. Main thread.
+    using OutcomeHandler = std::function<void(const QString& trouble)>;
 
     virtual ~CameraSource() = default;
 
@@ -38,11 +42,15 @@ public:
     /// Opens the first camera of that name and starts it; answers within 3 s. Empty on success, else why not, in the
     /// user's words. A camera that is open is closed first, whatever the outcome.
     virtual QString open(const CameraRequest& request) = 0;
+    /// The same without a wait for the camera, or for one that is open to be given back. Not empty: why it is certain
+    /// at once that it cannot be opened. Empty: it is under way, and the outcome, never null, is told once from the
+    /// event loop within 3 s, unless `open`, `beginOpening` or `stop` is called before. An event loop must run.
+    virtual QString beginOpening(const CameraRequest& request, OutcomeHandler outcome) = 0;
     /// Stops the frames and gives the camera back; none is in flight when it returns, and none follows. Nothing happens
     /// when no camera is open.
     virtual void stop() = 0;
-    /// The number that frames of the latest opening carry as their `source`. Every call of `open` counts it up by one
-    /// before the first frame arrives; it begins with 0.
+    /// The number that frames of the latest opening carry as their `source`. Every call of `open` and `beginOpening`
+    /// counts it up by one before the first frame arrives; it begins with 0.
     virtual std::uint64_t currentSource() const = 0;
     /// Handlers hold for the openings that follow. Null: nobody is told.
     virtual void setFrameHandler(FrameHandler handler) = 0;

@@ -56,9 +56,16 @@ void ChangedArea::add(const ChangedArea& other)
 
 ChangedArea ChangedArea::asRows(int left, int width) const
 {
-    ChangedArea sorted = *this;
+    ChangedArea sorted;
     QRect* const first = sorted.rects_.data();
-    std::sort(first, first + sorted.count_, [](const QRect& a, const QRect& b) { return a.top() < b.top(); });
+    // By insertion: std::sort holds code for more than sixteen, which a compiler sees run past the end of these few.
+    for (const QRect& rect : *this) {
+        QRect* const last = first + sorted.count_++;
+        QRect* const place =
+            std::upper_bound(first, last, rect, [](const QRect& a, const QRect& b) { return a.top() < b.top(); });
+        std::move_backward(place, last, last + 1);
+        *place = rect;
+    }
     ChangedArea rows;
     for (const QRect& rect : sorted) {
         QRect* const last = rows.count_ ? &rows.rects_[rows.count_ - 1] : nullptr;

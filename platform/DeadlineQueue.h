@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace lumavex {
@@ -15,8 +16,7 @@ class DeadlineQueue {
 public:
     enum class Repeat { Forever, Once };
 
-    TimerId add(TimerInterval interval, RunLoopMode mode, TimerOrder order, Repeat repeat, Nanoseconds now,
-                RunLoop::Callback callback);
+    TimerId add(TimerInterval interval, RunLoopMode mode, Repeat repeat, Nanoseconds now, RunLoop::Callback callback);
     void remove(TimerId timer);
     void setNextDeadline(TimerId timer, Nanoseconds deadline);
     void restart(TimerId timer, Nanoseconds origin);
@@ -26,18 +26,20 @@ public:
     /// The earliest deadline of the timers that may fire: all of them, or with Common only the common ones.
     std::optional<Nanoseconds> earliest(RunLoopMode mode) const;
 
-    /// Runs the first timer whose deadline is not after `until`, `now` telling whether it is overtaken; false when
-    /// there is none. The callback may add, remove and move timers and run the queue itself.
+    /// Runs the first timer whose deadline is not after `until`, and drops what a Default timer missed up to `now`;
+    /// false when there is none. The callback may add, remove and move timers and run the queue itself.
     bool runNext(Nanoseconds until, Nanoseconds now, RunLoopMode mode);
+    /// The same among the named timers alone.
+    bool runNext(std::span<const TimerId> timers, Nanoseconds until, Nanoseconds now);
 
 private:
     struct Timer {
         TimerId id;
         TimerInterval interval;
         RunLoopMode mode;
-        TimerOrder order;
         Repeat repeat;
-        Nanoseconds base; ///< deadline number k is base + k intervals, without adding up roundings
+        std::uint64_t started; ///< place among all the times that a timer was added, moved or restarted
+        Nanoseconds base;      ///< deadline number k is base + k intervals, without adding up roundings
         std::int64_t k;
         std::shared_ptr<RunLoop::Callback> callback;
 
@@ -46,10 +48,14 @@ private:
 
     Timer* find(TimerId timer);
     const Timer* find(TimerId timer) const;
-    const Timer* first(RunLoopMode mode) const;
+    /// The first of the timers that `may` fire.
+    template <class Condition>
+    const Timer* first(const Condition& may) const;
+    bool run(const Timer* next, Nanoseconds until, Nanoseconds now);
 
     std::vector<Timer> timers_;
     TimerId lastId_ = 0;
+    std::uint64_t starts_ = 0;
 };
 
 } // namespace lumavex

@@ -24,6 +24,7 @@ struct SavePanel {
     QString directory; ///< where the panel opens; empty for the user's videos, pictures or home folder
     QString nameField; ///< the proposed file name
     QString filter;    ///< e.g. "Movies (*.mov)"; every other type is allowed too
+    QString ending;    ///< e.g. "mov": of a name that is given without one
 };
 
 /// What asks or tells the user and waits for the answer. Main thread only; Common timers go on firing meanwhile.

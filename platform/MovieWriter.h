@@ -52,6 +52,8 @@ using CVPixelBufferRef = std::shared_ptr<const CVPixelBuffer>;
 struct MovieWriterSettings {
     double AVVideoWidthKey = 0; ///< pixels; the codec is Motion JPEG (AVVideoCodecJPEG)
     double AVVideoHeightKey = 0;
+    /// Frames a second to be expected. It changes no picture and no time: the file counts in parts of such a frame.
+    std::int32_t nominalRate = 30;
 };
 
 /// The video input of a writer. Main thread, but for the observer.
@@ -100,7 +102,7 @@ struct MovieWriterStatistics {
 
 /// Writes one movie file with one Motion JPEG track, in MPEG-4 form (ISO/IEC 14496-12), so that it can be played
 /// after a crash at any time but for about the last second. Frames are encoded by worker threads, bounded and in order.
-/// The file's timeline starts at zero: the first frame is shown from zero to the second frame's time.
+/// The file starts with the first frame: each frame stands at its presentation time less that of the first one.
 class MovieWriter {
 public:
     struct Result {
@@ -125,7 +127,8 @@ public:
     virtual MovieWriterStatistics statistics() const = 0;
 
     /// Encodes and writes what is queued, turns the file into an ordinary one in place and flushes it to disk.
-    /// `end` is when the last frame ends. Returns at once; the handler is called once, on a thread of the writer's.
+    /// `end` is the presentation time at which the last frame ends. Returns at once; the handler is called once, on a
+    /// thread of the writer's.
     virtual void finishWritingWithCompletionHandler(CMTime end, std::function<void(const Result&)> handler) = 0;
 };
 

@@ -5,15 +5,12 @@
 
 #include <cstdint>
 #include <functional>
+#include <span>
 
 namespace lumavex {
 
 /// Default: fires only while no modal window and no menu is open. Common: fires always.
 enum class RunLoopMode { Default, Common };
-
-/// Which of two timers with the same deadline runs first (the lower one). One-shot timers come first, so that a
-/// recording told to end at an instant does not take the frame of that instant, which would last beyond it.
-enum class TimerOrder { Once, Grab, View, Second, Other };
 
 /// Seconds as a fraction, so that the k-th deadline of a timer is exact and no rounding adds up: 1/30 s is {1, 30}.
 struct TimerInterval {
@@ -23,16 +20,17 @@ struct TimerInterval {
 
 struct TimerFiring {
     Nanoseconds deadline; ///< when the call was due
-    bool overtaken; ///< the machine could not keep up: the timer's next deadline had passed before this call began
 };
 
 using TimerId = std::uint64_t; ///< 0 names no timer
 
 /// Repeating and one-shot timers with absolute deadlines on the monotonic clock. Main thread only.
 ///
-/// Due timers run strictly in the order of their deadlines, at equal deadlines in the order of TimerOrder, then of
-/// creation. A Common timer's missed deadlines are not merged: they run late, each once. A Default timer that could
-/// not fire runs once when its mode comes back and keeps its phase.
+/// Due timers run strictly in the order of their deadlines. At equal deadlines one-shot timers come first, so that a
+/// recording told to end at an instant does not take the frame of that instant, which would last beyond it; the others
+/// follow in the order in which they were created, moved or restarted last.
+/// A Common timer's missed deadlines are not merged: they run late, each once. A Default timer that could not fire runs
+/// once when its mode comes back and keeps its phase.
 class RunLoop {
 public:
     using Callback = std::function<void(const TimerFiring&)>;
@@ -40,8 +38,7 @@ public:
     virtual ~RunLoop() = default;
 
     /// A repeating timer; its first deadline is one interval from now.
-    virtual TimerId scheduleRepeating(TimerInterval interval, RunLoopMode mode, TimerOrder order,
-                                      Callback callback) = 0;
+    virtual TimerId scheduleRepeating(TimerInterval interval, RunLoopMode mode, Callback callback) = 0;
     /// A timer that fires once, in any mode, and is then gone.
     virtual TimerId scheduleOnce(TimerInterval delay, Callback callback) = 0;
     /// Forgets the timer; nothing happens for 0 or a timer that is gone. Allowed inside the timer's own callback.
@@ -54,9 +51,9 @@ public:
     /// The timer's next deadline; zero for a timer that is gone.
     virtual Nanoseconds nextDeadline(TimerId timer) const = 0;
 
-    /// Runs at once every Common timer whose deadline is not after `until`, in order, without returning to the event
-    /// loop.
-    virtual void runDue(Nanoseconds until) = 0;
+    /// Runs at once those of the timers whose deadline is not after `until`, in their order, without returning to the
+    /// event loop. No other timer runs.
+    virtual void runDue(std::span<const TimerId> timers, Nanoseconds until) = 0;
 
     /// Serves events and timers of the default mode until `done` answers true. `done` is asked after every event.
     virtual void runUntil(const std::function<bool()>& done) = 0;

@@ -40,8 +40,7 @@ public:
         : runLoop_(runLoop), path_(path), patience_(patience), grown_(runLoop.now())
     {
         if (patience_)
-            timer_ = runLoop_.scheduleRepeating({1, 1}, RunLoopMode::Common, TimerOrder::Other,
-                                                [this](const TimerFiring&) { look(); });
+            timer_ = runLoop_.scheduleRepeating({1, 1}, RunLoopMode::Common, [this](const TimerFiring&) { look(); });
     }
     ~Watchdog() { runLoop_.invalidate(timer_); }
     Watchdog(const Watchdog&) = delete;
@@ -88,38 +87,48 @@ QString lastLines(const QByteArray& standardError)
     return lines.mid(qMax(qsizetype{0}, lines.size() - kShownLines)).join(u'\n');
 }
 
-QString runEncoder(const EncoderJob& job, const ChildProcessFactory& createChildProcess, RunLoop& runLoop,
-                   const EncoderWatch& watch)
+QString runEncoder(const EncoderJob& job, EncoderState& state, const ChildProcessFactory& createChildProcess,
+                   RunLoop& runLoop, const EncoderWatch& watch)
 {
-    if (job.sffmpegPath.isEmpty())
-        return Text::tr("The encoder ffmpeg, which joins picture and sound, is not installed.");
     QFile::remove(job.s_AV_File_Source); // the encoder refuses to overwrite, but would follow a link to nowhere
+    return runEncoder({job.sffmpegPath, encoderArguments(job), job.s_AV_File_Source, job.i_Orig_Duration_in_Seconds},
+                      state, createChildProcess, runLoop, watch);
+}
 
-    bool terminated = false;
+QString runEncoder(const EncoderCall& call, EncoderState& state, const ChildProcessFactory& createChildProcess,
+                   RunLoop& runLoop, const EncoderWatch& watch, QByteArray* standardOutput)
+{
+    if (call.sffmpegPath.isEmpty())
+        return Text::tr("The encoder ffmpeg, which joins picture and sound, is not installed.");
+
     QString failure;
     QByteArray standardError;
     const std::unique_ptr<ChildProcess> encoder = createChildProcess();
-    encoder->outData = [](const QByteArray&) {}; // read, so that the encoder cannot block on a full pipe
+    encoder->outData = [standardOutput](const QByteArray& chunk) { // read, so that it cannot block on a full pipe
+        if (standardOutput)
+            *standardOutput += chunk;
+    };
     encoder->errData = [&](const QByteArray& chunk) {
         standardError = (standardError + chunk.right(kKeptBytes)).right(kKeptBytes);
-        if (const auto seconds = encoderSeconds(chunk); seconds && watch.progress)
-            watch.progress(encoderPercentage(static_cast<std::uint64_t>(*seconds), job.i_Orig_Duration_in_Seconds));
+        const bool joining = state.u_Type_Progress == 0;
+        if (const auto seconds = joining ? encoderSeconds(chunk) : std::nullopt; seconds && watch.progress)
+            watch.progress(encoderPercentage(static_cast<std::uint64_t>(*seconds), call.seconds));
     };
     encoder->terminated = [&](const QString& what) {
         failure = what;
-        terminated = true;
+        state.terminated = true;
     };
-    const Watchdog watchdog(runLoop, job.s_AV_File_Source, watch.patience);
+    const Watchdog watchdog(runLoop, call.written, watch.patience);
     const auto isCancelled = [&watch] { return watch.isCancelled && watch.isCancelled(); };
-    encoder->launch(job.sffmpegPath, encoderArguments(job));
-    runLoop.runUntil([&] { return terminated || isCancelled() || watchdog.hasLostPatience(); });
+    encoder->launch(call.sffmpegPath, call.arguments);
+    runLoop.runUntil([&] { return state.terminated || isCancelled() || watchdog.hasLostPatience(); });
 
     // Here an encoder that is still at work is killed, with its handle: it may be one that does not listen any more.
-    if (!terminated)
+    if (!state.terminated)
         return isCancelled() ? Text::tr("Joining was cancelled.")
                              : Text::tr("The encoder did not get any further for %1 seconds and was ended.")
                                    .arg(watch.patience.value_or(std::chrono::seconds(0)).count());
-    if (failure.isEmpty() && QFileInfo(job.s_AV_File_Source).size() == 0)
+    if (failure.isEmpty() && !call.written.isEmpty() && QFileInfo(call.written).size() == 0)
         failure = Text::tr("The encoder wrote no file.");
     if (failure.isEmpty())
         return {};

@@ -5,7 +5,9 @@
 #include "platform/MovieWriter.h"
 #include "platform/RunLoop.h"
 #include "platform/SoundRecorder.h"
+#include "recording/EncoderRun.h"
 #include "recording/FileMove.h"
+#include "recording/FrameCounts.h"
 #include "recording/RecordingStatistics.h"
 #include "recording/SavedMovie.h"
 #include "recording/Window_Progress.h"
@@ -47,11 +49,19 @@ struct RecordingState {
     std::int64_t i_debug_number_of_view_refresh = 0; ///< frames appended since the last one-second tick
     std::int64_t i_Frames_Appended = 0;              ///< of this recording, repeated ones among them
     CMTime m_Current_Video_Frame;                    ///< time of the next frame
+    CMTime firstVideoFrame;                          ///< time of the first one, where the movie begins
     CGSize size_Movie;                               ///< what the writer was made for, whatever the output size is now
     Nanoseconds notBefore{0};      ///< refreshes that were due earlier belong to the time before Record or Resume
     Nanoseconds recordedBefore{0}; ///< recorded time up to the latest Pause
 
+    /// Whether the refresh that was due at `deadline` belongs to the running recording.
+    bool isRecordingAt(Nanoseconds deadline) const
+    {
+        return m_RecordStatus == Recording && !stopping && deadline >= notBefore;
+    }
+
     FrameCounts frameCounts;
+    bool shortageTold = false;     ///< that pictures are missing, in this recording
     StatisticsFile statisticsFile; ///< open only when the user wants statistics
 
     QString s_Video_File_Source; ///< the writer's file
@@ -60,28 +70,28 @@ struct RecordingState {
     QString s_Saved_File;        ///< where the movie is being moved, or was
 
     std::unique_ptr<MovieWriter> assetWriter;
-    MovieInput* assetInput = nullptr;                ///< assetWriter's
-    PixelBufferAdaptor* assetInputAdaptor = nullptr; ///< assetWriter's
-    std::unique_ptr<WriterReadiness>
-        writerReadiness; ///< isWaitingForInputReady and writeSemaphore; gone before assetWriter
+    MovieInput* assetInput = nullptr;                 ///< assetWriter's
+    PixelBufferAdaptor* assetInputAdaptor = nullptr;  ///< assetWriter's
+    std::unique_ptr<WriterReadiness> writerReadiness; ///< waits until assetInput takes more; gone before assetWriter
     std::unique_ptr<SoundRecorder> soundRecorder;
     TimerId recordTimer = 0; ///< the duration display's
 
     /// What was left of each period when the recording was paused.
-    Nanoseconds grabRemainder{0};
-    Nanoseconds viewRemainder{0};
+    Nanoseconds refreshRemainder{0};
     Nanoseconds secondRemainder{0};
     Nanoseconds durationRemainder{0};
 
     std::unique_ptr<Window_Progress> windowProgress;      ///< only during Stop
-    std::uint64_t u_Type_Progress = 0;                    ///< 0: joining sound and picture
+    EncoderState encoder;                                 ///< of the joining
     std::uint64_t i_Orig_Duration_in_Seconds = 0;         ///< denominator of the joining progress
-    bool terminated = false;                              ///< the encoder has ended
     std::atomic<bool> cancelled = false;                  ///< joining or copying is to be given up; any thread reads it
     bool rescueCancelled = false;                         ///< joining what an earlier run left is to be given up
     std::shared_future<MovieWriter::Result> writerResult; ///< valid from Stop to the next Record
     std::shared_future<MoveResult> moveResult;            ///< of s_Saved_File; valid from saving to the next Record
     RecordedLengths lengths;                              ///< what the saved movie is held against; from Stop on
+
+    /// The movie's length so far.
+    double movieSeconds() const { return CMTimeGetSeconds(CMTimeSubtract(m_Current_Video_Frame, firstVideoFrame)); }
 };
 
 } // namespace lumavex

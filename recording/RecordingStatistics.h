@@ -2,21 +2,17 @@
 #pragma once
 
 #include "platform/Clock.h"
+#include "platform/LineWriter.h"
 #include "platform/MovieWriter.h"
+#include "recording/FrameCounts.h"
 
-#include <QFile>
+#include <QString>
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 
 namespace lumavex {
-
-/// What the making of frames counts, since Record. Main thread.
-struct FrameCounts {
-    std::int64_t composed = 0;
-    std::int64_t late = 0;   ///< the machine could not keep up, so the frame before stands for them
-    Nanoseconds lateness{0}; ///< the longest that a grab began after it was due, since the last line of statistics
-};
 
 /// Processor time of the whole process, all threads, in seconds.
 struct ProcessorTime {
@@ -27,7 +23,7 @@ ProcessorTime processorTimeOfProcess();
 
 /// The state of a recording at one moment; counts are since Record.
 struct RecordingStatistics {
-    double time = 0; ///< presentation time of the next frame, in seconds
+    double time = 0; ///< the movie's length so far, in seconds
     FrameCounts frames;
     MovieWriterStatistics movie;
     ProcessorTime processor;
@@ -38,22 +34,30 @@ struct RecordingStatistics {
 /// One line of JSON, without the line's end: what was counted between the two moments, and how it stands at `now`.
 QByteArray statisticsLine(const RecordingStatistics& before, const RecordingStatistics& now);
 
-/// The file that is told once a second what a recording does. Main thread.
+/// The file that is told once a second what a recording does. One that nobody reads, be it a FIFO or a terminal, never
+/// holds up the recording: a line for which there is no room is left out, and the next one tells of its time too. Main
+/// thread.
 class StatisticsFile {
 public:
     /// Creates the file or empties it. Empty, or why it cannot be written, in the user's words.
     QString open(const QString& path);
-    bool isOpen() const { return file_.isOpen(); }
+    bool isOpen() const { return writer_ != nullptr; }
     /// What the next line is to count from.
-    void begin(const RecordingStatistics& now) { before_ = now; }
-    /// Appends a line, which is in the file at once. After a failure the file is closed; empty, or why.
-    QString append(const RecordingStatistics& now);
+    void begin(const RecordingStatistics& now);
+    enum class Line {
+        Ordinary,
+        Last, ///< of a recording: there is room for it, and it is waited for, a second at most
+    };
+    /// Appends a line. After a failure, which a later call may be the first to tell, the file is closed; empty, or why.
+    QString append(const RecordingStatistics& now, Line line);
 
 private:
-    QString problem() const;
+    QString problem(int error) const;
 
-    QFile file_;
+    QString path_;
+    std::unique_ptr<LineWriter> writer_; ///< null when no file is open
     RecordingStatistics before_;
+    Nanoseconds untoldLateness_{0}; ///< of the lines left out
 };
 
 } // namespace lumavex

@@ -123,7 +123,8 @@ QString joinInPlace(const RescuedRecording& recording, const RescueTools& tools,
     const double length = soundSeconds(recording.sound).value_or(0);
     const EncoderJob job{tools.sffmpegPath, recording.movie, recording.sound, joiningPath(recording.movie),
                          static_cast<std::uint64_t>(length)};
-    QString failure = runEncoder(job, tools.createChildProcess, runLoop, tools.watch);
+    EncoderState encoder;
+    QString failure = runEncoder(job, encoder, tools.createChildProcess, runLoop, tools.watch);
     if (failure.isEmpty())
         runOnWorker(runLoop, [&] {
             const MovieFacts::Track picture = tools.readMovie(recording.movie).picture.value_or(MovieFacts::Track());
@@ -285,6 +286,14 @@ void forgetRescued(const std::vector<RescuedRecording>& recordings)
 {
     for (const RescuedRecording& recording : recordings)
         QFile::remove(markPath(recording.movie));
+}
+
+QString whereItIs(const RescuedRecording& kept)
+{
+    const QString files = kept.sound.isEmpty()
+                              ? Text::tr("The recording was kept as %1.").arg(kept.movie)
+                              : Text::tr("Picture and sound were kept as %1 and %2.").arg(kept.movie, kept.sound);
+    return (kept.error + u' ' + files).trimmed();
 }
 
 QString rescueMessage(const std::vector<RescueNote>& notes)

@@ -59,6 +59,9 @@ std::vector<RescueNote> completeRescued(const std::vector<RescuedRecording>& rec
 /// The user has been told of these: they do not come again.
 void forgetRescued(const std::vector<RescuedRecording>& recordings);
 
+/// Says in the user's words where a recording was kept and what went wrong with that.
+QString whereItIs(const RescuedRecording& kept);
+
 /// The one message to the user; empty when there is nothing to tell.
 QString rescueMessage(const std::vector<RescueNote>& notes);
 

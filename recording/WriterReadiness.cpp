@@ -22,17 +22,17 @@ Readiness WriterReadiness::waitUntilReady()
     for (;;) {
         {
             const std::lock_guard guard(lock_);
-            isWaitingForInputReady_ = 1;
+            isWaitingForInputReady = 1;
         }
         const bool ready = assetInput.isReadyForMoreMediaData();
         if (ready || !assetWriter_.error().isEmpty()) {
             const std::lock_guard guard(lock_);
-            isWaitingForInputReady_ = 0;
+            isWaitingForInputReady = 0;
             // A signal given between the announcement and this look must not end the next wait.
-            (void)writeSemaphore_.tryAcquire(writeSemaphore_.available());
+            (void)writeSemaphore.tryAcquire(writeSemaphore.available());
             return ready ? Readiness::Ready : Readiness::Failed;
         }
-        (void)writeSemaphore_.tryAcquire(1, static_cast<int>(lookUp_.count()));
+        (void)writeSemaphore.tryAcquire(1, static_cast<int>(lookUp_.count()));
     }
 }
 
@@ -41,10 +41,10 @@ void WriterReadiness::readyForMoreMediaData()
     if (!assetWriter_.input().isReadyForMoreMediaData())
         return;
     const std::lock_guard guard(lock_);
-    if (isWaitingForInputReady_ == 0)
+    if (isWaitingForInputReady == 0)
         return;
-    isWaitingForInputReady_ = 0;
-    writeSemaphore_.release();
+    isWaitingForInputReady = 0;
+    writeSemaphore.release();
 }
 
 } // namespace lumavex

@@ -40,8 +40,8 @@ private:
     MovieWriter& assetWriter_;
     const std::chrono::milliseconds lookUp_;
     std::mutex lock_;
-    std::int8_t isWaitingForInputReady_ = 0; ///< 1 while the main thread is blocked; under lock_
-    QSemaphore writeSemaphore_{0};
+    std::int8_t isWaitingForInputReady = 0; ///< 1 while the main thread is blocked; under lock_
+    QSemaphore writeSemaphore{0};
 };
 
 } // namespace lumavex

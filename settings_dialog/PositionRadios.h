@@ -25,10 +25,9 @@ public:
         }
         letTabStopAt(0);
     }
-    /// Turns the button of the code on and every other off; all off for a code that is none's.
-    void choose(std::int64_t code)
+    /// Turns the button of the code on, after `disable`; none for a code that is none's.
+    void turnOn(std::int64_t code)
     {
-        disable();
         if (code < 0 || code >= std::int64_t(buttons_.size()))
             return;
         buttons_[std::size_t(code)]->setChecked(true);

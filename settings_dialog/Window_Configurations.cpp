@@ -127,14 +127,17 @@ void Window_Configurations::showSettings()
 {
     ui_->checkOnTopOtherWindows->setChecked(loaded_.i_Top_Other_Windows == 1);
     ui_->check_Invisible->setChecked(loaded_.b_Lumavex_Invisible_To_Capture);
-    radioScreen.choose(loaded_.i_Position_Screen_Secondary);
+    DisableScreenPositionRadios();
+    radioScreen.turnOn(loaded_.i_Position_Screen_Secondary);
     ui_->sliderScreenSize->setValue(within(*ui_->sliderScreenSize, loaded_.i_Size_Screen_Secondary));
     ui_->checkScreenIncludeMouse->setChecked(loaded_.b_Screen_Include_Mouse == 1);
-    radioCamera.choose(loaded_.i_Position_Camera_Secondary);
+    DisableCameraPositionRadios();
+    radioCamera.turnOn(loaded_.i_Position_Camera_Secondary);
     ui_->sliderCameraSize->setValue(within(*ui_->sliderCameraSize, loaded_.i_Size_Camera_Secondary));
     ui_->checkIncludeAudio->setChecked(loaded_.b_Record_Include_Audio != 0);
     ui_->checkOverlay->setChecked(loaded_.bOverlay);
-    radioOverlay.choose(loaded_.i_Position_Overlay);
+    DisableOverlayRadios();
+    radioOverlay.turnOn(loaded_.i_Position_Overlay);
     ui_->sliderOverlaySize->setValue(within(*ui_->sliderOverlaySize, loaded_.i_Size_Overlay));
 }
 
@@ -259,7 +262,8 @@ void Window_Configurations::showValues()
 
 void Window_Configurations::choose(PositionRadios& group, int code)
 {
-    group.choose(code);
+    group.disable();
+    group.turnOn(code);
     showValues();
 }
 

@@ -11,7 +11,7 @@ import subprocess
 import sys
 from pathlib import Path
 
-# Another version of clang-format formats differently.
+# Another version of clang-format formats differently. It is Debian 12's; Debian 13 does not have it.
 CLANG_FORMAT_VERSION = "14"
 FORMATTED_FOLDERS = ("app", "bench", "camera", "capture", "compose", "packaging", "platform", "recording",
                      "settings_dialog", "tests")
@@ -26,12 +26,13 @@ def output_of(command):
 def formatting(root):
     sources = [str(file) for folder in FORMATTED_FOLDERS for file in sorted((root / folder).rglob("*"))
                if file.suffix in (".cpp", ".h")]
-    _, version = output_of(["clang-format", "--version"])
+    clang_format = shutil.which(f"clang-format-{CLANG_FORMAT_VERSION}") or "clang-format"
+    _, version = output_of([clang_format, "--version"])
     found = re.search(r"version (\d+)", version)
     if not found or found.group(1) != CLANG_FORMAT_VERSION:
         print(f"skipped: formatting is checked with clang-format {CLANG_FORMAT_VERSION}, this is {version.strip()}")
         return 0, ""
-    return output_of(["clang-format", "--dry-run", "--Werror"] + sources)
+    return output_of([clang_format, "--dry-run", "--Werror"] + sources)
 
 
 def desktop_entry(root):

@@ -48,9 +48,13 @@ private:
     void run()
     {
         pthread_setname_np(pthread_self(), "captureQueue");
-        QImage grey(job_.camera.trueSize.value_or(job_.choice.size), QImage::Format_RGB32);
-        grey.fill(qRgb(128, 128, 128));
-        const FakeCameraFrame regular(grey, CameraPixels::Bgrx);
+        QImage own = job_.camera.picture;
+        const QSize size = job_.camera.trueSize.value_or(job_.choice.size);
+        if (own.isNull()) {
+            own = QImage(size, QImage::Format_RGB32);
+            own.fill(qRgb(128, 128, 128));
+        }
+        const FakeCameraFrame regular(own.scaled(size), job_.camera.pixels);
         std::unique_lock lock(mutex_);
         const auto due = [this] { return ending_ || !toSend_.isNull(); };
         for (;;) {
@@ -62,7 +66,7 @@ private:
                 return;
             const QImage sent = toSend_;
             lock.unlock();
-            hand(sent.isNull() ? regular : FakeCameraFrame(sent, CameraPixels::Bgrx));
+            hand(sent.isNull() ? regular : FakeCameraFrame(sent, job_.camera.pixels));
             lock.lock();
             toSend_ = {};
             changed_.notify_all();
@@ -113,6 +117,27 @@ QString FakeCameraSource::open(const CameraRequest& request)
     if (!trouble.isEmpty())
         opened_.reset();
     return trouble;
+}
+
+QString FakeCameraSource::beginOpening(const CameraRequest& request, OutcomeHandler outcome)
+{
+    const QString trouble = open(request);
+    const auto camera = find(request.name);
+    const bool isRefusal = camera != cameras_.end() && !camera->refusal.isEmpty();
+    if (!trouble.isEmpty() && !isRefusal)
+        return trouble;
+    opened_ = request; // until `stop` says otherwise
+    QMetaObject::invokeMethod(
+        &outcomes_,
+        [this, trouble, opening = source_, outcome = std::move(outcome)] {
+            if (opening != source_ || !opened_)
+                return;
+            if (!trouble.isEmpty())
+                opened_.reset();
+            outcome(trouble);
+        },
+        Qt::QueuedConnection);
+    return {};
 }
 
 QString FakeCameraSource::start()

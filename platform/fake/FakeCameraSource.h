@@ -5,6 +5,7 @@
 #include "platform/CameraSource.h"
 
 #include <QImage>
+#include <QObject>
 
 #include <chrono>
 #include <memory>
@@ -17,8 +18,10 @@ namespace lumavex {
 struct FakeCamera {
     QString name;
     std::vector<QSize> sizes = {{320, 240}, {640, 480}, {1280, 720}};
+    CameraPixels pixels = CameraPixels::Bgrx;
     QString refusal = {};               ///< why it cannot be opened; empty: it can
     std::optional<QSize> trueSize = {}; ///< what it sends, whatever it promised
+    QImage picture = {};                ///< scaled to its size; null: a grey one
     /// From frame to frame; none: it sends what `send` is given, and nothing else.
     std::optional<std::chrono::milliseconds> interval = std::chrono::milliseconds(10);
 };
@@ -33,6 +36,8 @@ public:
     QString trouble() override { return noCameras; }
     QStringList names() override;
     QString open(const CameraRequest& request) override;
+    /// A camera's refusal is the outcome; what else is wrong is told at once.
+    QString beginOpening(const CameraRequest& request, OutcomeHandler outcome) override;
     void stop() override;
     std::uint64_t currentSource() const override { return source_; }
     void setFrameHandler(FrameHandler handler) override { frameHandler_ = std::move(handler); }
@@ -59,6 +64,7 @@ private:
     std::uint64_t source_ = 0;
     std::optional<CameraRequest> opened_;
     std::unique_ptr<CaptureQueue> queue_; ///< null: no camera runs
+    QObject outcomes_;                    ///< what is still to be told ends with it
 };
 
 } // namespace lumavex

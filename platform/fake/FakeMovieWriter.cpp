@@ -31,6 +31,12 @@ QImage updated(QImage before, const QImage& now, const std::vector<RowRange>& ro
 
 } // namespace
 
+void FakeMovie::setStartError(const QString& error)
+{
+    const std::lock_guard lock(mutex_);
+    startError_ = error;
+}
+
 void FakeMovie::setKeepsPictures(bool keeps)
 {
     const std::lock_guard lock(mutex_);
@@ -41,6 +47,12 @@ void FakeMovie::setAppendsUntilFull(int appends)
 {
     const std::lock_guard lock(mutex_);
     appendsUntilFull_ = appends;
+}
+
+void FakeMovie::holdFinish()
+{
+    const std::lock_guard lock(mutex_);
+    finishHeld_ = true;
 }
 
 void FakeMovie::makeReady()
@@ -54,6 +66,15 @@ void FakeMovie::makeReady()
     const std::lock_guard observing(observerMutex_);
     if (became && observer_)
         observer_();
+}
+
+void FakeMovie::letFinish()
+{
+    {
+        const std::lock_guard lock(mutex_);
+        finishHeld_ = false;
+    }
+    mayFinish_.notify_all();
 }
 
 void FakeMovie::fail(const QString& error)
@@ -92,11 +113,19 @@ CMTime FakeMovie::end() const
     return end_;
 }
 
+double FakeMovie::seconds() const
+{
+    const std::lock_guard lock(mutex_);
+    return appends_.empty() ? 0 : CMTimeGetSeconds(CMTimeSubtract(end_, appends_.front().time));
+}
+
 QString FakeMovie::start(const QString& path, const MovieWriterSettings& settings)
 {
     const std::lock_guard lock(mutex_);
     path_ = path;
     settings_ = settings;
+    if (!startError_.isEmpty())
+        return startError_;
     if (!(settings.AVVideoWidthKey >= 1 && settings.AVVideoHeightKey >= 1))
         return QStringLiteral("A movie must have pixels.");
     appends_.clear();
@@ -182,9 +211,10 @@ void FakeMovie::requestFinish(CMTime end)
     end_ = end;
 }
 
-MovieWriter::Result FakeMovie::result() const
+MovieWriter::Result FakeMovie::awaitFinish()
 {
-    const std::lock_guard lock(mutex_);
+    std::unique_lock lock(mutex_);
+    mayFinish_.wait(lock, [this] { return !finishHeld_; });
     if (!started_)
         return {QStringLiteral("There is no movie to finish."), 0};
     return {error_, static_cast<std::int64_t>(appends_.size())};
@@ -210,7 +240,7 @@ public:
     {
         movie_->requestFinish(end);
         if (!finishing_.joinable())
-            finishing_ = std::jthread([movie = movie_, done = std::move(handler)] { done(movie->result()); });
+            finishing_ = std::jthread([movie = movie_, done = std::move(handler)] { done(movie->awaitFinish()); });
     }
 
 private:

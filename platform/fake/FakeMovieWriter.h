@@ -5,6 +5,7 @@
 
 #include <QImage>
 
+#include <condition_variable>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -24,19 +25,24 @@ public:
     };
 
     // Before the writer starts.
+    void setStartError(const QString& error);
     void setKeepsPictures(bool keeps);
     /// The input is not ready after this many appends, until makeReady. 0: it is always ready.
     void setAppendsUntilFull(int appends);
+    /// Finishing is not complete until letFinish.
+    void holdFinish();
 
     // While it writes.
     void makeReady(); ///< the observer is called on the calling thread, which stands for one of the writer's
+    void letFinish();
     void fail(const QString& error); ///< from now on frames are refused
 
     QString path() const; ///< of the newest writer
     MovieWriterSettings settings() const;
     std::vector<Append> appends() const; ///< accepted ones
     bool finishRequested() const;
-    CMTime end() const; ///< as given to finishWriting
+    CMTime end() const;     ///< as given to finishWriting
+    double seconds() const; ///< from the first frame to that end
 
     // The writer's side.
     QString start(const QString& path, const MovieWriterSettings& settings);
@@ -49,18 +55,21 @@ public:
     std::int64_t bytes() const; ///< one per accepted append
     MovieWriterStatistics statistics() const;
     void requestFinish(CMTime end);
-    MovieWriter::Result result() const;
+    MovieWriter::Result awaitFinish(); ///< blocks while finishing is held
 
 private:
     bool isReadyLocked() const;
 
     mutable std::mutex mutex_;
+    std::condition_variable mayFinish_;
     QString path_;
     MovieWriterSettings settings_;
+    QString startError_;
     QString error_;
     bool keepsPictures_ = true;
     int appendsUntilFull_ = 0;
     int appendsSinceReady_ = 0;
+    bool finishHeld_ = false;
     bool finishRequested_ = false;
     bool started_ = false;
     CMTime end_;

@@ -22,23 +22,21 @@ class FakeRunLoop final : public RunLoop {
 public:
     explicit FakeRunLoop(FakeClock& clock) : clock_(clock) {}
 
-    TimerId scheduleRepeating(TimerInterval interval, RunLoopMode timerMode, TimerOrder order,
-                              Callback callback) override
+    TimerId scheduleRepeating(TimerInterval interval, RunLoopMode timerMode, Callback callback) override
     {
-        return queue_.add(interval, timerMode, order, DeadlineQueue::Repeat::Forever, clock_.time, std::move(callback));
+        return queue_.add(interval, timerMode, DeadlineQueue::Repeat::Forever, clock_.time, std::move(callback));
     }
     TimerId scheduleOnce(TimerInterval delay, Callback callback) override
     {
-        return queue_.add(delay, RunLoopMode::Common, TimerOrder::Once, DeadlineQueue::Repeat::Once, clock_.time,
-                          std::move(callback));
+        return queue_.add(delay, RunLoopMode::Common, DeadlineQueue::Repeat::Once, clock_.time, std::move(callback));
     }
     void invalidate(TimerId timer) override { queue_.remove(timer); }
     void setNextDeadline(TimerId timer, Nanoseconds deadline) override { queue_.setNextDeadline(timer, deadline); }
     void restart(TimerId timer, Nanoseconds origin) override { queue_.restart(timer, origin); }
     Nanoseconds nextDeadline(TimerId timer) const override { return queue_.nextDeadline(timer); }
-    void runDue(Nanoseconds until) override
+    void runDue(std::span<const TimerId> timers, Nanoseconds until) override
     {
-        while (queue_.runNext(until, clock_.time, RunLoopMode::Common)) {
+        while (queue_.runNext(timers, until, clock_.time)) {
         }
     }
     /// For a while this clock goes no faster than the real one, so that real threads, which are waited for here, do not

@@ -67,42 +67,57 @@ CGSize FakeScreenGrabber::sizeOfMainDisplay()
     return {static_cast<double>(screen_.width()), static_cast<double>(screen_.height())};
 }
 
+GrabOutcome FakeScreenGrabber::beginGrab()
+{
+    work_();
+    if (!trouble_.isEmpty())
+        return GrabOutcome::GiveUp;
+    if (outcomes_.empty())
+        return GrabOutcome::Success;
+    const GrabOutcome outcome = outcomes_.front();
+    outcomes_.pop_front();
+    return outcome;
+}
+
 Grab FakeScreenGrabber::grabMainDisplay()
 {
-    if (!trouble_.isEmpty())
-        return {GrabOutcome::GiveUp, {}, 0};
+    ++grabsOfMainDisplay_;
+    if (const GrabOutcome outcome = beginGrab(); outcome != GrabOutcome::Success)
+        return {outcome, {}, 0};
     if (screen_.isNull())
         return {};
     return {GrabOutcome::Success, screen_, screenChanges_.latest(), screenChanges_};
 }
 
-Grab FakeScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBack)
+Grab FakeScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
+                                    std::uint32_t imageOptions)
 {
-    if (!trouble_.isEmpty())
-        return {GrabOutcome::GiveUp, {}, 0};
-    const Grab composite = compose(frontToBack);
+    grabsOfWindows_.push_back(frontToBack);
+    if (const GrabOutcome outcome = beginGrab(); outcome != GrabOutcome::Success)
+        return {outcome, {}, 0};
+    const Grab composite = compose(frontToBack, imageBounds, imageOptions);
     if (composite.outcome != GrabOutcome::Success)
         return composite;
     noteChange(compositeChanges_, std::exchange(lastComposite_, composite.picture), composite.picture);
     return {GrabOutcome::Success, lastComposite_, compositeChanges_.latest(), compositeChanges_};
 }
 
-Grab FakeScreenGrabber::compose(const std::vector<std::uint32_t>& frontToBack) const
+Grab FakeScreenGrabber::compose(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
+                                std::uint32_t imageOptions) const
 {
     const bool desktop = std::find(frontToBack.begin(), frontToBack.end(), kDesktopNumber) != frontToBack.end();
     std::vector<const Window*> layers;
     QRect canvas;
     for (const std::uint32_t number : frontToBack) {
-        const auto window = std::find_if(windows_.begin(), windows_.end(), [&](const Window& candidate) {
-            return candidate.description.number == number;
-        });
-        if (window == windows_.end())
+        const Window* const window = windowOf(number);
+        if (!window)
             continue;
-        layers.push_back(&*window);
+        layers.push_back(window);
         canvas |= boundsOf(window->description);
     }
     if (desktop)
         canvas = screen_.rect();
+    canvas = (QRectF(canvas) & flippedDown(imageBounds, screen_.height())).toAlignedRect();
     if (canvas.isEmpty())
         return {};
     QImage picture(canvas.size(), QImage::Format_RGB32);
@@ -112,17 +127,20 @@ Grab FakeScreenGrabber::compose(const std::vector<std::uint32_t>& frontToBack) c
     if (desktop)
         painter.drawImage(0, 0, desktop_);
     for (auto layer = layers.rbegin(); layer != layers.rend(); ++layer)
-        painter.drawImage(boundsOf((*layer)->description).topLeft(), (*layer)->picture);
+        painter.drawImage(boundsOf((*layer)->description).topLeft(),
+                          imageOptions & ImageOpaque ? (*layer)->picture.convertToFormat(QImage::Format_RGB32)
+                                                     : (*layer)->picture);
     painter.end();
     return {GrabOutcome::Success, picture, 0};
 }
 
-std::vector<WindowDescription> FakeScreenGrabber::windowDescriptions()
+std::vector<WindowDescription> FakeScreenGrabber::windowDescriptions(std::uint32_t listOptions)
 {
     ++windowEnumerations_;
     std::vector<WindowDescription> descriptions;
     for (const Window& window : windows_)
-        descriptions.push_back(window.description);
+        if (!(listOptions & ListOnScreenOnly) || screen_.rect().intersects(boundsOf(window.description)))
+            descriptions.push_back(window.description);
     WindowDescription desktop;
     desktop.ownerName = QStringLiteral("Desktop");
     desktop.width = screen_.width();
@@ -131,6 +149,30 @@ std::vector<WindowDescription> FakeScreenGrabber::windowDescriptions()
     desktop.layer = -20;
     descriptions.push_back(desktop);
     return descriptions;
+}
+
+std::vector<WindowLook> FakeScreenGrabber::looksOf(const std::vector<std::uint32_t>& windows, int)
+{
+    std::vector<WindowLook> looks;
+    for (const std::uint32_t number : windows) {
+        const Window* const window = windowOf(number);
+        looks.push_back(window ? window->look : WindowLook{});
+    }
+    return looks;
+}
+
+bool FakeScreenGrabber::showsContents(std::uint32_t number)
+{
+    const Window* const window = windowOf(number);
+    return window ? window->showsContents : number == kDesktopNumber;
+}
+
+const FakeScreenGrabber::Window* FakeScreenGrabber::windowOf(std::uint32_t number) const
+{
+    const auto window = std::find_if(windows_.begin(), windows_.end(), [number](const Window& candidate) {
+        return candidate.description.number == number;
+    });
+    return window == windows_.end() ? nullptr : &*window;
 }
 
 } // namespace lumavex

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/fake/FakeSoundRecorder.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace lumavex {
@@ -43,7 +44,7 @@ private:
     void end(Nanoseconds at)
     {
         if (std::exchange(recording_->isRecording, false))
-            recording_->recorded += at - since_;
+            recording_->recorded += std::max(at - since_, Nanoseconds(0));
     }
 
     std::shared_ptr<FakeSound> sound_;

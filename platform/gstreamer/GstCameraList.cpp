@@ -5,8 +5,10 @@
 #include "platform/gstreamer/GstInit.h"
 
 #include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -22,7 +24,6 @@ constexpr std::chrono::seconds kFarewell{2};
 struct UnrefObject {
     void operator()(gpointer object) const { gst_object_unref(object); }
 };
-using MonitorPtr = std::unique_ptr<GstDeviceMonitor, UnrefObject>;
 
 std::string property(const GstStructure* properties, std::initializer_list<const char*> names)
 {
@@ -59,6 +60,8 @@ ListedCamera describe(std::shared_ptr<GstDevice> device)
     camera.place = camera.service == CameraService::Libcamera
                        ? std::string(name.get())
                        : property(properties.get(), {"device.path", "api.v4l2.path", "api.libcamera.path"});
+    const std::string serial = property(properties.get(), {"object.serial"});
+    std::from_chars(serial.data(), serial.data() + serial.size(), camera.serial);
     std::string id = property(properties.get(), {"object.serial", "object.id", "device.path"});
     if (id.empty())
         id = std::to_string(reinterpret_cast<std::uintptr_t>(device.get()));
@@ -67,19 +70,64 @@ ListedCamera describe(std::shared_ptr<GstDevice> device)
     return camera;
 }
 
-MonitorPtr makeMonitor()
+/// How often a service has reported a change.
+class Reports {
+public:
+    std::uint64_t count()
+    {
+        const std::lock_guard lock(mutex_);
+        return count_;
+    }
+    void add()
+    {
+        const std::lock_guard lock(mutex_);
+        ++count_;
+        more_.notify_all();
+    }
+    /// Returns the count as soon as it is another than `known`.
+    std::uint64_t waitForMore(std::uint64_t known)
+    {
+        std::unique_lock lock(mutex_);
+        more_.wait(lock, [&] { return count_ != known; });
+        return count_;
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable more_;
+    std::uint64_t count_ = 0;
+};
+
+/// Lives as long as the services' threads, which end with the process.
+Reports& reports()
 {
-    MonitorPtr monitor(gst_device_monitor_new());
-    gst_device_monitor_add_filter(monitor.get(), "Video/Source", nullptr);
+    static auto* const reports = new Reports;
+    return *reports;
+}
+
+GstBusSyncReply report(GstBus*, GstMessage* message, gpointer)
+{
+    gst_message_unref(message);
+    reports().add();
+    return GST_BUS_DROP;
+}
+
+GstDeviceMonitor* makeMonitor()
+{
+    GstDeviceMonitor* monitor = gst_device_monitor_new();
+    gst_device_monitor_add_filter(monitor, "Video/Source", nullptr);
+    const GstPtr<GstBus> bus(gst_device_monitor_get_bus(monitor));
+    gst_bus_set_sync_handler(bus.get(), report, nullptr, nullptr);
+    gst_device_monitor_start(monitor);
     return monitor;
 }
 
-/// A monitor that is never stopped, so that the services are watched as long as the process lives: PipeWire's provider
-/// (0.3.65) frees its nodes a second time when the last monitor stops it. A provider reports changes only to the
-/// monitor made last, so this one has to be there before any other.
-GstDeviceMonitor* keeper()
+/// The one monitor of all lists, because a provider reports changes to one of several monitors only: with
+/// GStreamer 1.22 to the last one, with 1.26 not to that one. It is never stopped: PipeWire's provider (0.3.65) frees
+/// its nodes a second time when the last monitor stops it.
+GstDeviceMonitor* theMonitor()
 {
-    static GstDeviceMonitor* const monitor = makeMonitor().release();
+    static GstDeviceMonitor* const monitor = makeMonitor();
     return monitor;
 }
 
@@ -99,6 +147,11 @@ std::vector<Camera> listing(GstDeviceMonitor* monitor)
             listed.push_back(describe(std::move(device)));
     }
     g_list_free(devices);
+    // PipeWire's provider lists the latest first from 1.4 on.
+    const auto isPipeWires = [](const ListedCamera& camera) { return camera.service == CameraService::PipeWire; };
+    const auto first = std::find_if(listed.begin(), listed.end(), isPipeWires);
+    std::stable_sort(first, std::find_if_not(first, listed.end(), isPipeWires),
+                     [](const ListedCamera& a, const ListedCamera& b) { return a.serial < b.serial; });
     return joinListings(listed);
 }
 
@@ -143,7 +196,6 @@ struct GstCameraList::Shared {
     bool listed = false;
     bool ending = false;
     bool ended = false;
-    GstPtr<GstBus> bus; ///< of the monitor; null before GStreamer is started
 };
 
 GstCameraList::GstCameraList(ChangeHandler changed) : shared_(std::make_shared<Shared>())
@@ -156,8 +208,7 @@ GstCameraList::~GstCameraList()
 {
     std::unique_lock lock(shared_->mutex);
     shared_->ending = true;
-    if (shared_->bus)
-        gst_bus_post(shared_->bus.get(), gst_message_new_application(nullptr, gst_structure_new_empty("end")));
+    reports().add(); // wakes the watching thread
     // A service that hangs must not hang us: the thread then keeps what it needs.
     shared_->changed.wait_for(lock, kFarewell, [this] { return shared_->ended; });
 }
@@ -182,17 +233,10 @@ void GstCameraList::watch(const std::shared_ptr<Shared>& shared)
 
 void GstCameraList::watchServices(Shared& shared)
 {
-    keeper();
-    const MonitorPtr monitor = makeMonitor();
-    GstBus* const bus = gst_device_monitor_get_bus(monitor.get());
-    {
-        const std::lock_guard lock(shared.mutex);
-        shared.bus.reset(bus);
-    }
-    gst_device_monitor_start(keeper());
-    gst_device_monitor_start(monitor.get());
+    GstDeviceMonitor* const monitor = theMonitor();
+    std::uint64_t known = reports().count(); // before listing, so that no change is missed
     for (;;) {
-        std::vector<Camera> now = listing(monitor.get());
+        std::vector<Camera> now = listing(monitor);
         {
             const std::lock_guard lock(shared.mutex);
             if (shared.ending)
@@ -202,9 +246,8 @@ void GstCameraList::watchServices(Shared& shared)
             shared.handler();
             shared.changed.notify_all();
         }
-        const GstPtr<GstMessage> message(gst_bus_timed_pop(bus, GST_CLOCK_TIME_NONE));
+        known = reports().waitForMore(known);
     }
-    gst_device_monitor_stop(monitor.get());
 }
 
 } // namespace lumavex

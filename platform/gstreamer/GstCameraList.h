@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -23,6 +24,7 @@ struct ListedCamera {
     std::string place; ///< the same for one physical camera in every service that knows it; empty: not known
     std::string key;   ///< tells it from all others while it is present
     std::shared_ptr<GstDevice> device;
+    std::uint64_t serial = 0; ///< PipeWire's, which grows with every object; else 0
 };
 
 /// One physical camera.
@@ -36,7 +38,7 @@ struct Camera {
 std::vector<Camera> joinListings(const std::vector<ListedCamera>& listed);
 
 /// The cameras present. A thread of its own watches them, since asking the services may take long, as may starting
-/// GStreamer, which it does if nobody has. Of several lists only the one that was begun last hears of changes.
+/// GStreamer, which it does if nobody has.
 class GstCameraList {
 public:
     /// Called on the watching thread whenever the list has changed.

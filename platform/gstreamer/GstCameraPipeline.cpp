@@ -169,7 +169,9 @@ void GstCameraPipeline::stop()
 void GstCameraPipeline::run()
 {
     pthread_setname_np(pthread_self(), "captureQueue");
-    if (build() && play())
+    if (const auto before = std::exchange(job_.before, nullptr))
+        before->stop();
+    if (!isAbandoned() && build() && play())
         pullFrames();
     if (pipeline_)
         gst_element_set_state(pipeline_.get(), GST_STATE_NULL);

@@ -30,9 +30,10 @@ public:
         bool convert = false; ///< pictures of a kind that has to be converted first
         QSize picture;        ///< what is to be made of the frames
         std::uint64_t source = 0;
-        CameraSource::FrameHandler frame; ///< may be null
-        std::function<void()> started;    ///< the first frame is here; on the capture queue
-        std::function<void()> ended;      ///< it failed or fell silent; on the capture queue, last of all
+        std::shared_ptr<GstCameraPipeline> before; ///< has to give its camera back first; may be null
+        CameraSource::FrameHandler frame;          ///< may be null
+        std::function<void()> started;             ///< the first frame is here; on the capture queue
+        std::function<void()> ended;               ///< it failed or fell silent; on the capture queue, last of all
     };
     using Time = std::chrono::steady_clock::time_point;
 

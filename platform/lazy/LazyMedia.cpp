@@ -50,6 +50,14 @@ public:
         return load_().trouble;
     }
 
+    QString beginOpening(const CameraRequest& request, OutcomeHandler outcome) override
+    {
+        if (CameraSource* const cameras = loaded())
+            return cameras->beginOpening(request, std::move(outcome));
+        ++refusedOpenings_;
+        return load_().trouble;
+    }
+
     void stop() override
     {
         if (cameras_)

@@ -7,8 +7,6 @@ namespace lumavex {
 
 namespace {
 
-// Less than the second of kLongestWait, so that a steady recording never comes to guess.
-constexpr std::int64_t kFragmentTicks = kMovieTimescale * 3 / 4;
 constexpr std::chrono::seconds kLongestWait{1};
 constexpr std::size_t kMostBytes = std::size_t{48} << 20;
 
@@ -30,7 +28,9 @@ std::error_code FragmentQueue::add(std::int64_t start, std::unique_ptr<JpegRows>
         pictures_.push_back(std::move(jpeg));
     }
     samples_.push_back({start, pictures_.size() - 1});
-    if (samples_.size() > 1 && (start - samples_.front().start >= kFragmentTicks || pictureBytes_ >= kMostBytes)) {
+    // Less than the second of kLongestWait, so that a steady recording never comes to guess.
+    const std::int64_t fragmentTicks = timescale_ * 3 / 4;
+    if (samples_.size() > 1 && (start - samples_.front().start >= fragmentTicks || pictureBytes_ >= kMostBytes)) {
         const auto error = write(samples_.size() - 1, start);
         oldest_ = now;
         return error;

@@ -22,8 +22,12 @@ public:
     using GiveBack = std::function<void(std::unique_ptr<JpegRows>)>;
     using TimePoint = std::chrono::steady_clock::time_point;
 
-    /// Buffers that are written and done with go to `giveBack`.
-    FragmentQueue(HybridMp4File& file, GiveBack giveBack) : file_(file), giveBack_(std::move(giveBack)) {}
+    /// Buffers that are written and done with go to `giveBack`. `timescale` is the file's; a frame lasts
+    /// `usualDuration` (ticks) as long as no other has followed.
+    FragmentQueue(HybridMp4File& file, GiveBack giveBack, std::int32_t timescale, std::int64_t usualDuration)
+        : file_(file), giveBack_(std::move(giveBack)), timescale_(timescale), lastDuration_(usualDuration)
+    {
+    }
 
     /// Starts must grow. A null `jpeg` repeats the previous frame, of which there must be one.
     std::error_code add(std::int64_t start, std::unique_ptr<JpegRows> jpeg, TimePoint now);
@@ -42,11 +46,12 @@ private:
 
     HybridMp4File& file_;
     const GiveBack giveBack_;
+    const std::int64_t timescale_;
     std::vector<FragmentSample> samples_;
     std::vector<std::unique_ptr<JpegRows>> pictures_; ///< of samples_; also the last written one, for a repetition
     std::vector<std::span<const std::uint8_t>> parts_;
     std::size_t pictureBytes_ = 0;
-    std::int64_t lastDuration_ = kMovieTimescale / 30;
+    std::int64_t lastDuration_;
     TimePoint oldest_;
 };
 

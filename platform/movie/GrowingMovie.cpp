@@ -97,8 +97,10 @@ std::optional<MovieTrack> readHead(const FileDescriptor& file, std::size_t& head
     track.creationTime = at(firstDifference([](MovieTrack& t) { t.creationTime = std::uint64_t{1} << 63; })).u64();
     track.width = static_cast<int>(at(firstDifference([](MovieTrack& t) { t.width = 0xFF00; })).u32() >> 16);
     track.height = static_cast<int>(at(firstDifference([](MovieTrack& t) { t.height = 0xFF00; })).u32() >> 16);
+    track.timescale =
+        static_cast<std::int32_t>(at(firstDifference([](MovieTrack& t) { t.timescale = 0x7F000000; })).u32());
     std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(plain.durationOffset), sizeof(std::uint64_t), 0);
-    return bytes == growingHead(track).bytes ? std::optional(track) : std::nullopt;
+    return track.timescale > 0 && bytes == growingHead(track).bytes ? std::optional(track) : std::nullopt;
 }
 
 bool isFinished(const FileDescriptor& file)

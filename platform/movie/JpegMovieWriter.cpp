@@ -48,9 +48,9 @@ private:
 
     bool append(CVPixelBufferRef buffer, std::span<const MacroblockRows> runs, CMTime time);
     bool fits(const CVPixelBufferRef& buffer) const;
-    std::optional<std::int64_t> acceptedTime(CMTime time) const;
-    std::int64_t startOf(std::int64_t time) const { return lastTime_ ? time : 0; }
-    void accept(std::int64_t time);
+    std::int64_t startOf(CMTime time) const;
+    std::optional<std::int64_t> acceptedStart(CMTime time) const;
+    void accept(std::int64_t start, CMTime time);
 
     // The file thread.
     void writeFrames();
@@ -64,20 +64,23 @@ private:
     const std::string path_;
     const int width_;
     const int height_;
+    const std::int32_t nominalRate_;
+    const std::int32_t timescale_ = movieTimescale(nominalRate_);
 
     // Main thread.
     State state_ = State::Idle;
-    MovieWriterStatistics counts_;         ///< without what the queue and the file tell
-    std::optional<std::int64_t> lastTime_; ///< ticks, as handed over
-    std::int64_t lastStart_ = 0;           ///< ticks, as it lies in the file
+    MovieWriterStatistics counts_;          ///< without what the queue and the file tell
+    CMTime firstTime_;                      ///< of the first frame, as handed over
+    std::optional<std::int64_t> lastStart_; ///< of the newest frame, ticks from the first one
     std::vector<MacroblockRows> changedRuns_;
 
     // The file thread, from startWriting on.
     HybridMp4File file_;
-    FragmentQueue fragments_{file_, [this](std::unique_ptr<JpegRows> jpeg) { frames_.giveBack(std::move(jpeg)); }};
+    FragmentQueue fragments_{file_, [this](std::unique_ptr<JpegRows> jpeg) { frames_.giveBack(std::move(jpeg)); },
+                             timescale_, timescale_ / nominalRate_};
 
     // Set before the queue is closed, read by the file thread after.
-    CMTime end_;
+    std::int64_t end_ = 0; ///< of the last frame, ticks from the first one
     std::function<void(const Result&)> finished_;
 
     mutable std::mutex errorMutex_;
@@ -89,7 +92,7 @@ private:
 
 JpegMovieWriter::JpegMovieWriter(const QString& path, const MovieWriterSettings& settings)
     : path_(QFile::encodeName(path).toStdString()), width_(pixelsOf(settings.AVVideoWidthKey)),
-      height_(pixelsOf(settings.AVVideoHeightKey))
+      height_(pixelsOf(settings.AVVideoHeightKey)), nominalRate_(std::clamp(settings.nominalRate, 1, kFinestTimescale))
 {
 }
 
@@ -106,7 +109,7 @@ QString JpegMovieWriter::startWriting()
     if (width_ == 0 || height_ == 0)
         return MovieText::tr("A movie must be between 1 and %1 pixels wide and high.").arg(kLargestJpegSide);
     const auto created = static_cast<std::uint64_t>(QDateTime::currentSecsSinceEpoch() + kSecondsFrom1904To1970);
-    if (const auto error = file_.create(path_, {width_, height_, created}))
+    if (const auto error = file_.create(path_, {width_, height_, created, timescale_}))
         return MovieText::cannotWrite(error);
     state_ = State::Writing;
     fileThread_ = std::jthread([this] { writeFrames(); });
@@ -119,21 +122,29 @@ QString JpegMovieWriter::error() const
     return error_;
 }
 
-// The time in ticks, if a frame may be appended with it now.
-std::optional<std::int64_t> JpegMovieWriter::acceptedTime(CMTime time) const
+// Ticks from the first frame, which is the file's own zero. Subtracted before it is rounded: a frame's length is exact
+// although the first time may be no whole number of ticks.
+std::int64_t JpegMovieWriter::startOf(CMTime time) const
+{
+    return lastStart_ ? CMTimeConvertScale(CMTimeSubtract(time, firstTime_), timescale_) : 0;
+}
+
+// Where a frame of that time starts, if it may be appended now.
+std::optional<std::int64_t> JpegMovieWriter::acceptedStart(CMTime time) const
 {
     if (state_ != State::Writing || !(time.flags & kCMTimeFlags_Valid) || !error().isEmpty())
         return std::nullopt;
-    const std::int64_t ticks = CMTimeConvertScale(time, kMovieTimescale);
-    const std::int64_t earliest = lastTime_ ? *lastTime_ + 1 : 0;
-    const std::int64_t latest = lastStart_ + kLongestSample;
-    return ticks >= earliest && ticks <= latest ? std::optional(ticks) : std::nullopt;
+    const std::int64_t start = startOf(time);
+    const bool follows = lastStart_ ? start > *lastStart_ && start <= *lastStart_ + kLongestSample
+                                    : CMTimeCompare(time, CMTimeMake(0, 1)) >= 0;
+    return follows ? std::optional(start) : std::nullopt;
 }
 
-void JpegMovieWriter::accept(std::int64_t time)
+void JpegMovieWriter::accept(std::int64_t start, CMTime time)
 {
-    lastStart_ = startOf(time);
-    lastTime_ = time;
+    if (!lastStart_)
+        firstTime_ = time;
+    lastStart_ = start;
 }
 
 bool JpegMovieWriter::fits(const CVPixelBufferRef& buffer) const
@@ -144,10 +155,10 @@ bool JpegMovieWriter::fits(const CVPixelBufferRef& buffer) const
 
 bool JpegMovieWriter::append(CVPixelBufferRef buffer, std::span<const MacroblockRows> runs, CMTime time)
 {
-    const auto accepted = acceptedTime(time);
-    if (!accepted || !frames_.encode(std::move(buffer), runs, startOf(*accepted)))
+    const auto start = acceptedStart(time);
+    if (!start || !frames_.encode(std::move(buffer), runs, *start))
         return false;
-    accept(*accepted);
+    accept(*start, time);
     const bool whole = runs.size() == 1 && runs.front() == allMacroblockRows(height_);
     ++(whole ? counts_.encoded : counts_.spliced);
     return true;
@@ -164,7 +175,7 @@ bool JpegMovieWriter::appendPixelBuffer_withPresentationTime(CVPixelBufferRef bu
 bool JpegMovieWriter::appendChangedRows_withPresentationTime(CVPixelBufferRef buffer,
                                                              const std::vector<RowRange>& changed, CMTime time)
 {
-    if (!lastTime_)
+    if (!lastStart_)
         return appendPixelBuffer_withPresentationTime(std::move(buffer), time);
     if (!fits(buffer))
         return false;
@@ -175,10 +186,10 @@ bool JpegMovieWriter::appendChangedRows_withPresentationTime(CVPixelBufferRef bu
 
 bool JpegMovieWriter::appendPrevious_withPresentationTime(CMTime time)
 {
-    const auto accepted = acceptedTime(time);
-    if (!accepted || !lastTime_ || !frames_.repeat(startOf(*accepted)))
+    const auto start = acceptedStart(time);
+    if (!start || !lastStart_ || !frames_.repeat(*start))
         return false;
-    accept(*accepted);
+    accept(*start, time);
     ++counts_.repeated;
     return true;
 }
@@ -200,7 +211,7 @@ void JpegMovieWriter::finishWritingWithCompletionHandler(CMTime end, std::functi
         return;
     }
     state_ = State::Finished;
-    end_ = end;
+    end_ = startOf(end);
     finished_ = std::move(handler);
     frames_.close(EncoderWorkers::Rest::Keep);
 }
@@ -265,11 +276,10 @@ void JpegMovieWriter::fail(const QString& error)
 
 MovieWriter::Result JpegMovieWriter::finish()
 {
-    const std::int64_t end = CMTimeConvertScale(end_, kMovieTimescale);
     if (error().isEmpty())
-        note(fragments_.writeAll(end));
+        note(fragments_.writeAll(end_));
     // A movie that lacks its last frames ends where they begin.
-    note(file_.finish(error().isEmpty() ? end : file_.end()));
+    note(file_.finish(error().isEmpty() ? end_ : file_.end()));
     return {error(), static_cast<std::int64_t>(file_.sampleCount())};
 }
 

@@ -14,8 +14,8 @@ namespace lumavex {
 ///     append ──► EncoderWorkers ──► FragmentQueue ──► HybridMp4File
 ///     (main)     (one per core)     (────── one file thread ──────)
 ///
-/// Times are kept to the tick of 1/90000 s (Mp4Boxes.h); one that is not at least a tick after the previous one, or
-/// more than thirteen hours, is refused. The finishing handler must not destroy the writer.
+/// Times are kept to the tick of the movie's timescale (Mp4Boxes.h); one that is not at least a tick after the previous
+/// one, or more than thirteen hours, is refused. The finishing handler must not destroy the writer.
 std::unique_ptr<MovieWriter> createJpegMovieWriter(const QString& path, const MovieWriterSettings& settings);
 
 /// See MovieRepair. A finished file is left alone; one that holds no frames, or that is not one of these writers', is

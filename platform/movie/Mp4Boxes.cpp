@@ -28,7 +28,7 @@ void writeMovieHeader(BoxWriter& writer, const MovieTrack& track, std::int64_t d
     const Box box(writer, "mvhd", 1, 0);
     writer.u64(track.creationTime);
     writer.u64(track.creationTime);
-    writer.u32(kMovieTimescale);
+    writer.u32(static_cast<std::uint32_t>(track.timescale));
     writer.u64(static_cast<std::uint64_t>(duration));
     writer.u32(kFixedOne); // rate
     writer.u16(0x0100);    // volume
@@ -58,7 +58,7 @@ void writeMediaHeader(BoxWriter& writer, const MovieTrack& track, std::int64_t d
         const Box box(writer, "mdhd", 1, 0);
         writer.u64(track.creationTime);
         writer.u64(track.creationTime);
-        writer.u32(kMovieTimescale);
+        writer.u32(static_cast<std::uint32_t>(track.timescale));
         writer.u64(static_cast<std::uint64_t>(duration));
         writer.u16(0x55C4); // "und": no language
         writer.u16(0);

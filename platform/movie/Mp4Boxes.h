@@ -3,22 +3,30 @@
 
 #include "platform/movie/SampleTable.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <vector>
 
 namespace lumavex {
 
-/// Ticks per second of the movie and of its one track alike. Every rate that divides it (24, 25, 30, 48, 50, 60, 120)
-/// is kept exactly; a time between two ticks (29 frames a second, say) is rounded to the nearest, 5.6 µs at most, each
-/// on its own, so that nothing adds up. A finer scale would make the saved movie unreadable to some players: they
-/// keep times in 32 bits.
-inline constexpr std::int32_t kMovieTimescale = 90000;
+/// The most ticks per second. A finer scale would make the saved movie unreadable to some players: they keep times in
+/// 32 bits.
+inline constexpr std::int32_t kFinestTimescale = 90000;
+
+/// Ticks per second for a movie of that nominal rate: the largest multiple of the rate that is not too fine, so that a
+/// frame lasts a whole number of ticks and players read the rate exactly. When the rate wavers, a time between two
+/// ticks is rounded to the nearest, 5.6 µs at most, each on its own, so that nothing adds up.
+constexpr std::int32_t movieTimescale(std::int32_t nominalRate)
+{
+    return kFinestTimescale - kFinestTimescale % std::clamp(nominalRate, 1, kFinestTimescale);
+}
 
 struct MovieTrack {
-    int width = 0;                  ///< pixels
-    int height = 0;                 ///< pixels
-    std::uint64_t creationTime = 0; ///< seconds since the start of 1904, UTC
+    int width = 0;                             ///< pixels
+    int height = 0;                            ///< pixels
+    std::uint64_t creationTime = 0;            ///< seconds since the start of 1904, UTC
+    std::int32_t timescale = kFinestTimescale; ///< ticks per second, of the movie and of its one track alike
 };
 
 /// What a growing movie begins with: ftyp, a free box of 16 bytes, and a moov without samples that announces fragments.

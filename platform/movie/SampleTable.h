@@ -14,7 +14,7 @@ namespace lumavex {
 
 /// One frame of the movie, as it lies in the file. Several samples may lie at the same bytes.
 struct MovieSample {
-    std::int64_t start = 0;  ///< ticks of kMovieTimescale
+    std::int64_t start = 0;  ///< ticks of the track's timescale
     std::int64_t offset = 0; ///< bytes from the start of the file
     std::uint32_t size = 0;  ///< bytes
 };

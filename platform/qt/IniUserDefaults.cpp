@@ -34,8 +34,9 @@ IniUserDefaults::IniUserDefaults(const QString& path) : path_(path)
     if (!file.exists())
         return;
     if (!QFileInfo(path_).isFile() || !file.open(QIODevice::ReadOnly)) {
-        trouble_ = QCoreApplication::translate("UserDefaults",
-                                               "The settings file %1 cannot be read. Default settings are used.")
+        trouble_ = QCoreApplication::translate(
+                       "UserDefaults", "The settings file %1 cannot be read, so most settings are 0 or off now: "
+                                       "no sound is recorded, for example. Please check the settings.")
                        .arg(path_);
         return;
     }

@@ -34,6 +34,14 @@ QString panelFolder(const QString& wanted)
     return QFileInfo(movies).isDir() ? movies : QStandardPaths::writableLocation(QStandardPaths::HomeLocation);
 }
 
+bool agreesToReplace(const QString& path)
+{
+    const QString question = QApplication::translate("Dialogs", "%1 exists already. Replace it?");
+    return QMessageBox::question(parentWindow(), QApplication::applicationName(), question.arg(path),
+                                 QMessageBox::Yes | QMessageBox::No, QMessageBox::No)
+           == QMessageBox::Yes;
+}
+
 } // namespace
 
 int QtDialogs::runAlert(const Alert& alert)
@@ -61,9 +69,16 @@ std::optional<QString> QtDialogs::runSavePanel(const SavePanel& panel)
     dialog.setFileMode(QFileDialog::AnyFile);
     dialog.setNameFilters({panel.filter, QApplication::translate("Dialogs", "All files (*)")});
     dialog.selectFile(panel.nameField);
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
-        return std::nullopt;
-    return dialog.selectedFiles().constFirst();
+    while (dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty()) {
+        // The dialog has asked about the name as it was given, and a desktop's own dialog knows no more.
+        const QString given = dialog.selectedFiles().constFirst();
+        if (!QFileInfo(given).suffix().isEmpty())
+            return given;
+        const QString named = given + (given.endsWith(u'.') ? QString() : QStringLiteral(".")) + panel.ending;
+        if (!QFileInfo::exists(named) || agreesToReplace(named))
+            return named;
+    }
+    return std::nullopt;
 }
 
 std::optional<QString> QtDialogs::runOpenPanel(const QString& title, const QStringList& extensions)

@@ -18,18 +18,17 @@ QtRunLoop::QtRunLoop(const Clock& clock) : clock_(clock)
     QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { fire(); });
 }
 
-TimerId QtRunLoop::scheduleRepeating(TimerInterval interval, RunLoopMode mode, TimerOrder order, Callback callback)
+TimerId QtRunLoop::scheduleRepeating(TimerInterval interval, RunLoopMode mode, Callback callback)
 {
-    const TimerId id =
-        queue_.add(interval, mode, order, DeadlineQueue::Repeat::Forever, clock_.now(), std::move(callback));
+    const TimerId id = queue_.add(interval, mode, DeadlineQueue::Repeat::Forever, clock_.now(), std::move(callback));
     arm();
     return id;
 }
 
 TimerId QtRunLoop::scheduleOnce(TimerInterval delay, Callback callback)
 {
-    const TimerId id = queue_.add(delay, RunLoopMode::Common, TimerOrder::Once, DeadlineQueue::Repeat::Once,
-                                  clock_.now(), std::move(callback));
+    const TimerId id =
+        queue_.add(delay, RunLoopMode::Common, DeadlineQueue::Repeat::Once, clock_.now(), std::move(callback));
     arm();
     return id;
 }
@@ -51,9 +50,9 @@ void QtRunLoop::restart(TimerId timer, Nanoseconds origin)
     arm();
 }
 
-void QtRunLoop::runDue(Nanoseconds until)
+void QtRunLoop::runDue(std::span<const TimerId> timers, Nanoseconds until)
 {
-    while (queue_.runNext(until, clock_.now(), RunLoopMode::Common)) {
+    while (queue_.runNext(timers, until, clock_.now())) {
     }
     arm();
 }

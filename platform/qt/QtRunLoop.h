@@ -13,13 +13,13 @@ public:
     /// The clock must outlive the run loop.
     explicit QtRunLoop(const Clock& clock);
 
-    TimerId scheduleRepeating(TimerInterval interval, RunLoopMode mode, TimerOrder order, Callback callback) override;
+    TimerId scheduleRepeating(TimerInterval interval, RunLoopMode mode, Callback callback) override;
     TimerId scheduleOnce(TimerInterval delay, Callback callback) override;
     void invalidate(TimerId timer) override;
     void setNextDeadline(TimerId timer, Nanoseconds deadline) override;
     void restart(TimerId timer, Nanoseconds origin) override;
     Nanoseconds nextDeadline(TimerId timer) const override { return queue_.nextDeadline(timer); }
-    void runDue(Nanoseconds until) override;
+    void runDue(std::span<const TimerId> timers, Nanoseconds until) override;
     void runUntil(const std::function<bool()>& done) override;
     Nanoseconds now() const override { return clock_.now(); }
 

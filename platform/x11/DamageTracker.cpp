@@ -16,10 +16,12 @@ DamageTracker::DamageTracker(const XcbConnection& connection) : connection_(conn
     xcb_xfixes_create_region(c, parts_.id(), 0, nullptr);
 }
 
-ChangedArea DamageTracker::takeChanges(const QRect& rect)
+ChangedArea DamageTracker::takeChanges(const QRect& rect, xcb_xfixes_region_t except)
 {
     if (damage_) {
         xcb_damage_subtract(connection_.get(), damage_.id(), XCB_NONE, parts_.id());
+        if (except)
+            xcb_xfixes_subtract_region(connection_.get(), parts_.id(), except, parts_.id());
         if (const auto area = fetchArea(connection_, parts_.id(), rect))
             return *area;
     }

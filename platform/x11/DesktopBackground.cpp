@@ -30,6 +30,9 @@ DesktopBackground::Change DesktopBackground::takeChange(const QRect& area, const
     if (sizeChanged)
         preparePartsSeen(rootSize);
     const bool drawn = !damage_.takeChanges(area).isEmpty();
+    if (drawn || sizeChanged || wallpaperWasStale) // now, before windows cover it
+        xcb_copy_area(connection_.get(), connection_.root(), partsSeen_.id(), visibleParts_.id(), 0, 0, 0, 0,
+                      static_cast<std::uint16_t>(rootSize.width()), static_cast<std::uint16_t>(rootSize.height()));
     if (sizeChanged || wallpaperWasStale || (drawn && !changedParts()))
         return Change::All;
     return drawn ? Change::Part : Change::None;
@@ -38,11 +41,6 @@ DesktopBackground::Change DesktopBackground::takeChange(const QRect& area, const
 void DesktopBackground::paint(xcb_render_picture_t canvas, const QRect& area)
 {
     xcb_connection_t* const c = connection_.get();
-    if (!wallpaper_) {
-        xcb_copy_area(c, connection_.root(), partsSeen_.id(), visibleParts_.id(), 0, 0, 0, 0,
-                      static_cast<std::uint16_t>(partsSeenSize_.width()),
-                      static_cast<std::uint16_t>(partsSeenSize_.height()));
-    }
     const xcb_render_picture_t source = wallpaper_ ? wallpaper_.id() : partsSeenPicture_.id();
     xcb_render_composite(c, XCB_RENDER_PICT_OP_SRC, source, XCB_NONE, canvas, static_cast<std::int16_t>(area.x()),
                          static_cast<std::int16_t>(area.y()), 0, 0, 0, 0, static_cast<std::uint16_t>(area.width()),

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/x11/GrabSeries.h"
 
+#include <QRegion>
+
 #include <algorithm>
 #include <cstring>
 #include <utility>
@@ -24,8 +26,8 @@ struct Pair {
     bool sameAt(int x, int y) const { return sameIn(y, x, x); }
 };
 
-/// The smallest rectangle around the pixels inside `rect` that differ. Quick where much differs: the inside of what
-/// has been found is not looked at again.
+/// The smallest rectangle around the pixels inside `rect` that differ; empty when none does. Quick where much differs:
+/// the inside of what has been found is not looked at again.
 QRect differing(const Pair& pair, const QRect& rect)
 {
     int top = rect.top();
@@ -70,33 +72,86 @@ void GrabSeries::forget()
 {
     raw_ = {};
     last_ = {};
+    memory_ = {};
+    changed_ = {};
 }
 
-Grab GrabSeries::next(xcb_drawable_t drawable, const QRect& rect, const ChangedArea& changed)
+bool GrabSeries::read(xcb_drawable_t drawable, const QRect& rect, const ChangedArea& changed,
+                      const SharedImagePool::Reading* beside)
 {
     const QRect whole(QPoint(0, 0), rect.size());
-    if (rect != std::exchange(rect_, rect))
+    if (rect.size() != rect_.size())
         forget();
-    if (last_.serial != 0 && changed.isEmpty())
-        return last_;
+    changed_.add(rect == std::exchange(rect_, rect) ? changed : ChangedArea(whole));
+    difference_ = {};
+    if (last_.serial != 0 && changed_.isEmpty())
+        return true;
 
-    ChangeHistory& changes = last_.changes;
-    SharedImagePool::Memory memory = pool_.take(rect.size(), changes);
+    memory_ = pool_.take(rect.size(), last_.changes);
     ChangedArea stale(whole);
-    if (const auto since = memory ? changes.since(memory.number()) : std::nullopt) {
+    if (const auto since = memory_ ? last_.changes.since(memory_.number()) : std::nullopt) {
         stale = *since;
-        stale.add(changed);
+        stale.add(changed_);
     }
-    const ChangedArea rows = stale.asRows(0, rect.width());
-    if (!memory || !pool_.read(memory, drawable, rect.topLeft(), rows)) {
+    rows_ = stale.asRows(0, rect.width());
+    const bool complete =
+        memory_
+        && pool_.read({memory_, drawable, rect.topLeft(), rows_, SharedImagePool::Reading::Into::Place}, beside);
+    if (!complete)
         forget(); // what was drawn to is known no more
-        return {};
+    return complete;
+}
+
+void GrabSeries::patch(const ChangedArea& places, const uchar* pixels)
+{
+    if (!memory_)
+        return;
+    const auto width = static_cast<std::size_t>(rect_.width());
+    const std::uint32_t* from = words(pixels);
+    auto* const picture = reinterpret_cast<std::uint32_t*>(memory_.pixels());
+    for (const QRect& place : places) {
+        const auto length = static_cast<std::size_t>(place.width());
+        for (const QRect& rows : rows_) {
+            const QRect part = place & rows;
+            for (int y = part.top(); y <= part.bottom(); ++y)
+                std::memcpy(picture + static_cast<std::size_t>(y) * width + static_cast<std::size_t>(place.left()),
+                            from + static_cast<std::size_t>(y - place.top()) * length, length * sizeof *from);
+        }
+        from += length * static_cast<std::size_t>(place.height());
     }
+}
+
+const ChangedArea& GrabSeries::compare()
+{
     // Whatever was read may be newer than the knowledge of what changed, so all of it is compared.
-    ChangedArea difference(whole);
-    if (last_.serial != 0)
-        difference = differing({words(raw_.constBits()), words(memory.pixels()), rect.width()}, rows);
-    if (difference.isEmpty()) {
+    if (memory_ && last_.serial != 0)
+        difference_ = differing({words(raw_.constBits()), words(memory_.pixels()), rect_.width()}, rows_);
+    else if (memory_)
+        difference_ = ChangedArea(QRect(QPoint(0, 0), rect_.size()));
+    return difference_;
+}
+
+bool GrabSeries::differsOutside(const ChangedArea& area) const
+{
+    if (!memory_ || last_.serial == 0)
+        return false;
+    QRegion outside;
+    for (const QRect& rect : difference_)
+        outside += rect;
+    for (const QRect& rect : area)
+        outside -= rect;
+    const Pair pair{words(raw_.constBits()), words(memory_.pixels()), rect_.width()};
+    return std::any_of(outside.begin(), outside.end(),
+                       [&](const QRect& rect) { return !differing(pair, rect).isEmpty(); });
+}
+
+Grab GrabSeries::finish()
+{
+    changed_ = {};
+    if (!memory_)
+        return last_;
+    SharedImagePool::Memory memory = std::exchange(memory_, {});
+    if (difference_.isEmpty()) {
         memory.setNumber(last_.serial);
         return last_;
     }
@@ -105,8 +160,15 @@ Grab GrabSeries::next(xcb_drawable_t drawable, const QRect& rect, const ChangedA
     memory.setNumber(last_.serial);
     raw_ = std::move(memory).toImage();
     last_.picture = layout_.toRgb32(raw_);
-    changes.add(last_.serial, difference);
+    last_.changes.add(last_.serial, difference_);
     return last_;
+}
+
+void GrabSeries::abandon()
+{
+    if (memory_)
+        memory_.setNumber(0); // of what it holds nobody knows the age
+    memory_ = {};
 }
 
 } // namespace lumavex

@@ -56,12 +56,33 @@ void MainDisplay::refresh()
 {
     xcb_connection_t* const c = connection_.get();
     const auto geometryCookie = xcb_get_geometry(c, connection_.root());
-    const QRect output = connection_.extensions().randr ? outputRect() : QRect();
+    QRect output;
+    if (connection_.extensions().randrMonitors)
+        output = monitorRect();
+    else if (connection_.extensions().randr)
+        output = outputRect();
     const XcbOwned<xcb_get_geometry_reply_t> geometry(xcb_get_geometry_reply(c, geometryCookie, nullptr));
     root_ = geometry ? QRect(0, 0, geometry->width, geometry->height) : QRect();
     const QRect visible = output & root_;
     rect_ = visible.isEmpty() ? root_ : visible;
     stale_ = !connection_.alive();
+}
+
+QRect MainDisplay::monitorRect() const
+{
+    xcb_connection_t* const c = connection_.get();
+    const XcbOwned<xcb_randr_get_monitors_reply_t> monitors(
+        xcb_randr_get_monitors_reply(c, xcb_randr_get_monitors(c, connection_.root(), 1), nullptr));
+    if (!monitors)
+        return {};
+    QRect found;
+    for (auto it = xcb_randr_get_monitors_monitors_iterator(monitors.get()); it.rem; xcb_randr_monitor_info_next(&it)) {
+        if (found.isEmpty() || it.data->primary)
+            found = {it.data->x, it.data->y, it.data->width, it.data->height};
+        if (it.data->primary)
+            break;
+    }
+    return found;
 }
 
 QRect MainDisplay::outputRect() const

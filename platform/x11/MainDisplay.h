@@ -7,8 +7,9 @@
 
 namespace lumavex {
 
-/// Where the main display lies on the root window: the primary output, else the one at the root's origin, else the
-/// first that is on, else the whole root. Main thread.
+/// Where the main display lies on the root window: the primary monitor, else the first one, which is the primary screen
+/// of the program's windows too; with an older RandR the primary output, else the one at the root's origin, else the
+/// first that is on; else the whole root. Main thread.
 class MainDisplay {
 public:
     explicit MainDisplay(const XcbConnection& connection);
@@ -22,6 +23,7 @@ public:
 
 private:
     void refresh();
+    QRect monitorRect() const;
     QRect outputRect() const;
 
     const XcbConnection& connection_;

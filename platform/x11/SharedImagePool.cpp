@@ -29,9 +29,20 @@ std::size_t bytesOf(const QRect& part)
 }
 
 /// Where whole rows stand in their picture.
-std::size_t offsetOf(const QRect& rows)
+std::size_t placeOf(const QRect& rows)
 {
     return std::size_t{kBytesPerPixel} * static_cast<std::size_t>(rows.width()) * static_cast<std::size_t>(rows.top());
+}
+
+/// Calls the function with each part and the place in memory that it is read into.
+template <typename Function>
+void forEachPart(const SharedImagePool::Reading& reading, const Function& function)
+{
+    std::size_t turn = 0;
+    for (const QRect& part : reading.parts) {
+        function(part, reading.into == SharedImagePool::Reading::Into::Turn ? turn : placeOf(part));
+        turn += bytesOf(part);
+    }
 }
 
 } // namespace
@@ -62,6 +73,12 @@ struct SharedImagePool::Segment {
 private:
     std::atomic<int>& counter_;
     const Unmap unmap_;
+};
+
+/// Requests on their way, in the order of the parts; of the one kind or the other.
+struct SharedImagePool::Pending {
+    std::array<xcb_shm_get_image_cookie_t, ChangedArea::capacity> shared;
+    std::array<xcb_get_image_cookie_t, ChangedArea::capacity> copied;
 };
 
 /// Where segments wait for their next use. Shared by the pool and all its pictures. Any thread.
@@ -110,6 +127,11 @@ const SharedImagePool::Segment& SharedImagePool::Memory::segment() const
 }
 
 const uchar* SharedImagePool::Memory::pixels() const
+{
+    return loan_->segment->pixels();
+}
+
+uchar* SharedImagePool::Memory::pixels()
 {
     return loan_->segment->pixels();
 }
@@ -182,13 +204,22 @@ SharedImagePool::Memory SharedImagePool::take(const QSize& size, const ChangeHis
     return found ? Memory(std::make_unique<Loan>(shelf_, std::move(found)), size) : Memory();
 }
 
-bool SharedImagePool::read(Memory& memory, xcb_drawable_t drawable, const QPoint& corner, const ChangedArea& rows)
+bool SharedImagePool::read(const Reading& reading, const Reading* beside)
 {
-    const Segment& segment = memory.segment();
-    const bool complete = segment.id ? readShared(segment, drawable, corner, rows)
-                                     : readThroughConnection(segment, drawable, corner, rows);
-    if (!complete)
-        memory.setNumber(0);
+    Pending pending;
+    Pending pendingBeside;
+    if (beside)
+        send(*beside, pendingBeside);
+    send(reading, pending);
+    bool complete = true;
+    if (beside)
+        complete = receive(*beside, pendingBeside);
+    complete = receive(reading, pending) && complete;
+    if (!complete) {
+        reading.memory.setNumber(0);
+        if (beside)
+            beside->memory.setNumber(0);
+    }
     return complete;
 }
 
@@ -264,43 +295,48 @@ void SharedImagePool::detach(std::unique_ptr<Segment> segment)
         xcb_shm_detach(connection_.get(), segment->id);
 }
 
-bool SharedImagePool::readShared(const Segment& segment, xcb_drawable_t drawable, const QPoint& corner,
-                                 const ChangedArea& rows) const
+void SharedImagePool::send(const Reading& reading, Pending& pending) const
 {
     xcb_connection_t* const c = connection_.get();
-    std::array<xcb_shm_get_image_cookie_t, ChangedArea::capacity> cookies;
+    const xcb_shm_seg_t segment = reading.memory.segment().id;
     std::size_t sent = 0;
-    for (const QRect& part : rows) {
-        const QPoint from = corner + part.topLeft();
-        cookies[sent++] =
-            xcb_shm_get_image(c, drawable, static_cast<std::int16_t>(from.x()), static_cast<std::int16_t>(from.y()),
-                              static_cast<std::uint16_t>(part.width()), static_cast<std::uint16_t>(part.height()), ~0U,
-                              XCB_IMAGE_FORMAT_Z_PIXMAP, segment.id, static_cast<std::uint32_t>(offsetOf(part)));
-    }
-    bool complete = true;
-    std::size_t answered = 0;
-    for (const QRect& part : rows) {
-        const XcbOwned<xcb_shm_get_image_reply_t> reply(xcb_shm_get_image_reply(c, cookies[answered++], nullptr));
-        complete = complete && reply && reply->size >= bytesOf(part);
-    }
-    return complete;
+    forEachPart(reading, [&](const QRect& part, std::size_t place) {
+        const auto x = static_cast<std::int16_t>(reading.corner.x() + part.x());
+        const auto y = static_cast<std::int16_t>(reading.corner.y() + part.y());
+        const auto width = static_cast<std::uint16_t>(part.width());
+        const auto height = static_cast<std::uint16_t>(part.height());
+        if (segment)
+            pending.shared[sent] =
+                xcb_shm_get_image(c, reading.drawable, x, y, width, height, ~0U, XCB_IMAGE_FORMAT_Z_PIXMAP, segment,
+                                  static_cast<std::uint32_t>(place));
+        else
+            pending.copied[sent] =
+                xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, reading.drawable, x, y, width, height, ~0U);
+        ++sent;
+    });
 }
 
-bool SharedImagePool::readThroughConnection(const Segment& segment, xcb_drawable_t drawable, const QPoint& corner,
-                                            const ChangedArea& rows) const
+bool SharedImagePool::receive(const Reading& reading, const Pending& pending) const
 {
     xcb_connection_t* const c = connection_.get();
-    for (const QRect& part : rows) {
-        const QPoint from = corner + part.topLeft();
-        const auto cookie = xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, drawable, static_cast<std::int16_t>(from.x()),
-                                          static_cast<std::int16_t>(from.y()), static_cast<std::uint16_t>(part.width()),
-                                          static_cast<std::uint16_t>(part.height()), ~0U);
-        const XcbOwned<xcb_get_image_reply_t> reply(xcb_get_image_reply(c, cookie, nullptr));
-        if (!reply || static_cast<std::size_t>(xcb_get_image_data_length(reply.get())) < bytesOf(part))
-            return false;
-        std::memcpy(segment.pixels() + offsetOf(part), xcb_get_image_data(reply.get()), bytesOf(part));
-    }
-    return true;
+    const bool shared = reading.memory.segment().id != 0;
+    uchar* const pixels = reading.memory.pixels();
+    bool complete = true;
+    std::size_t answered = 0;
+    forEachPart(reading, [&](const QRect& part, std::size_t place) {
+        const std::size_t i = answered++;
+        if (shared) {
+            const XcbOwned<xcb_shm_get_image_reply_t> reply(xcb_shm_get_image_reply(c, pending.shared[i], nullptr));
+            complete = complete && reply && reply->size >= bytesOf(part);
+            return;
+        }
+        const XcbOwned<xcb_get_image_reply_t> reply(xcb_get_image_reply(c, pending.copied[i], nullptr));
+        complete =
+            complete && reply && static_cast<std::size_t>(xcb_get_image_data_length(reply.get())) >= bytesOf(part);
+        if (complete)
+            std::memcpy(pixels + place, xcb_get_image_data(reply.get()), bytesOf(part));
+    });
+    return complete;
 }
 
 } // namespace lumavex

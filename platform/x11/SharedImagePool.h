@@ -38,6 +38,7 @@ public:
         explicit operator bool() const { return loan_ != nullptr; }
         const QSize& size() const { return size_; }
         const uchar* pixels() const;
+        uchar* pixels();
         /// Which picture it holds; 0: none, or nobody knows.
         std::uint64_t number() const;
         void setNumber(std::uint64_t number);
@@ -56,10 +57,21 @@ public:
     /// If possible with the youngest picture in it that `history` knows. None when there is no memory.
     Memory take(const QSize& size, const ChangeHistory& history);
 
-    /// Reads the given parts, relative to `corner` in the drawable, each into its place. They must be whole rows and
-    /// inside the memory's size. False when the server refuses: the drawable is gone, or does not reach so far; the
-    /// memory then holds no picture.
-    bool read(Memory& memory, xcb_drawable_t drawable, const QPoint& corner, const ChangedArea& rows);
+    /// Parts of a drawable, relative to `corner` in it, and the memory that they go into.
+    struct Reading {
+        enum class Into {
+            Place, ///< each where it lies in the picture; they are whole rows
+            Turn,  ///< one behind the other, each without gaps between its rows
+        };
+        Memory& memory;
+        xcb_drawable_t drawable;
+        QPoint corner;
+        const ChangedArea& parts;
+        Into into;
+    };
+    /// Reads the parts, which must fit into the memory, and those of `beside` in the same round trip before them. False
+    /// when the server refuses: a drawable is gone, or does not reach so far; the memories then hold no picture.
+    bool read(const Reading& reading, const Reading* beside = nullptr);
 
     /// Segments that exist now, in use or not.
     int segmentCount() const;
@@ -70,10 +82,9 @@ private:
     std::unique_ptr<Segment> createSystemV(std::size_t bytes);
     std::unique_ptr<Segment> createOwn(std::size_t bytes);
     void detach(std::unique_ptr<Segment> segment);
-    bool readShared(const Segment& segment, xcb_drawable_t drawable, const QPoint& corner,
-                    const ChangedArea& rows) const;
-    bool readThroughConnection(const Segment& segment, xcb_drawable_t drawable, const QPoint& corner,
-                               const ChangedArea& rows) const;
+    struct Pending;
+    void send(const Reading& reading, Pending& pending) const;
+    bool receive(const Reading& reading, const Pending& pending) const;
     bool attached(xcb_void_cookie_t cookie) const;
 
     const XcbConnection& connection_;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/x11/WindowTree.h"
 
+#include <xcb/shape.h>
+
 #include <algorithm>
 
 namespace lumavex {
@@ -35,6 +37,11 @@ const std::vector<TopLevel>& WindowTree::topToBottom()
 
 bool WindowTree::note(const xcb_generic_event_t& event)
 {
+    const XcbExtensions& extensions = connection_.extensions();
+    if (extensions.shape && (event.response_type & 0x7f) == extensions.shapeEvent + XCB_SHAPE_NOTIFY) {
+        stale_ = true;
+        return true;
+    }
     switch (event.response_type & 0x7f) {
     case XCB_MAP_NOTIFY:
         forget(reinterpret_cast<const xcb_map_notify_event_t&>(event).window);
@@ -118,16 +125,28 @@ std::vector<xcb_window_t> WindowTree::childrenOfRoot()
 void WindowTree::readShapes(const std::vector<xcb_window_t>& windows)
 {
     xcb_connection_t* const c = connection_.get();
-    std::vector<std::pair<xcb_get_window_attributes_cookie_t, xcb_get_geometry_cookie_t>> cookies;
+    struct Cookies {
+        xcb_get_window_attributes_cookie_t attributes;
+        xcb_get_geometry_cookie_t geometry;
+        xcb_shape_query_extents_cookie_t shape;
+    };
+    const bool shapes = connection_.extensions().shape;
+    std::vector<Cookies> cookies;
     cookies.reserve(windows.size());
-    for (const xcb_window_t window : windows)
-        cookies.emplace_back(xcb_get_window_attributes(c, window), xcb_get_geometry(c, window));
+    for (const xcb_window_t window : windows) {
+        if (shapes)
+            xcb_shape_select_input(c, window, 1);
+        cookies.push_back({xcb_get_window_attributes(c, window), xcb_get_geometry(c, window),
+                           shapes ? xcb_shape_query_extents(c, window) : xcb_shape_query_extents_cookie_t{}});
+    }
 
     topToBottom_.clear();
     for (std::size_t i = 0; i < windows.size(); ++i) {
         const XcbOwned<xcb_get_window_attributes_reply_t> attributes(
-            xcb_get_window_attributes_reply(c, cookies[i].first, nullptr));
-        const XcbOwned<xcb_get_geometry_reply_t> geometry(xcb_get_geometry_reply(c, cookies[i].second, nullptr));
+            xcb_get_window_attributes_reply(c, cookies[i].attributes, nullptr));
+        const XcbOwned<xcb_get_geometry_reply_t> geometry(xcb_get_geometry_reply(c, cookies[i].geometry, nullptr));
+        const XcbOwned<xcb_shape_query_extents_reply_t> shape(
+            shapes ? xcb_shape_query_extents_reply(c, cookies[i].shape, nullptr) : nullptr);
         if (!attributes || !geometry)
             continue;
         TopLevel top;
@@ -139,6 +158,7 @@ void WindowTree::readShapes(const std::vector<xcb_window_t>& windows)
         top.viewable =
             attributes->map_state == XCB_MAP_STATE_VIEWABLE && attributes->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT;
         top.overrideRedirect = attributes->override_redirect != 0;
+        top.shaped = shape && shape->bounding_shaped != 0;
         topToBottom_.push_back(top);
     }
 }

@@ -20,7 +20,8 @@ struct TopLevel {
     xcb_visualid_t visual = 0;
     bool viewable = false; ///< mapped, and not an input-only window
     bool overrideRedirect = false;
-    WindowFacts facts; ///< of viewable windows only
+    bool shaped = false; ///< may not fill its rectangle; known of viewable windows only
+    WindowFacts facts;   ///< of viewable windows only
 
     /// What the user sees as the window: without the shadow's margin.
     QRect bounds() const { return outer.marginsRemoved(facts.shadow); }

@@ -2,6 +2,7 @@
 #include "platform/x11/XcbConnection.h"
 
 #include <xcb/randr.h>
+#include <xcb/shape.h>
 #include <xcb/shm.h>
 
 #include <QCoreApplication>
@@ -18,6 +19,8 @@ namespace {
 
 constexpr std::array<const char*, static_cast<std::size_t>(Atom::Count)> kAtomNames = {
     "WM_STATE",
+    "_NET_WM_ICON",
+    "_NET_WM_NAME",
     "_NET_WM_PID",
     "_NET_WM_STATE",
     "_NET_WM_STATE_ABOVE",
@@ -84,7 +87,7 @@ XcbConnection::XcbConnection() : displayName_(qEnvironmentVariable("DISPLAY"))
         xcb_screen_next(&screens);
     screen_ = screens.data;
     for (xcb_extension_t* extension :
-         {&xcb_shm_id, &xcb_composite_id, &xcb_damage_id, &xcb_xfixes_id, &xcb_randr_id, &xcb_render_id})
+         {&xcb_shm_id, &xcb_composite_id, &xcb_damage_id, &xcb_xfixes_id, &xcb_randr_id, &xcb_render_id, &xcb_shape_id})
         xcb_prefetch_extension_data(connection_, extension);
     internAtoms(screenNumber);
     askExtensions();
@@ -136,9 +139,13 @@ void XcbConnection::askExtensions()
     const auto fixesCookie = askVersion(c, &xcb_xfixes_id, xcb_xfixes_query_version, 2, 0);
     const auto compositeCookie = askVersion(c, &xcb_composite_id, xcb_composite_query_version, 0, 2);
     const auto damageCookie = askVersion(c, &xcb_damage_id, xcb_damage_query_version, 1, 1);
-    const auto randrCookie = askVersion(c, &xcb_randr_id, xcb_randr_query_version, 1, 3);
+    const auto randrCookie = askVersion(c, &xcb_randr_id, xcb_randr_query_version, 1, 5);
     const auto renderCookie = askVersion(c, &xcb_render_id, xcb_render_query_version, 0, 11);
 
+    if (const auto* const shape = xcb_get_extension_data(c, &xcb_shape_id); shape && shape->present) {
+        extensions_.shape = true;
+        extensions_.shapeEvent = shape->first_event;
+    }
     const auto shm = answer(c, shmCookie, xcb_shm_query_version_reply);
     extensions_.shm = shm != nullptr;
     extensions_.shmDescriptors = shm && atLeast(shm->major_version, shm->minor_version, 1, 2);
@@ -152,6 +159,7 @@ void XcbConnection::askExtensions()
         extensions_.damageEvent = xcb_get_extension_data(c, &xcb_damage_id)->first_event;
     const auto randr = answer(c, randrCookie, xcb_randr_query_version_reply);
     extensions_.randr = randr && atLeast(randr->major_version, randr->minor_version, 1, 3);
+    extensions_.randrMonitors = randr && atLeast(randr->major_version, randr->minor_version, 1, 5);
     if (randr)
         extensions_.randrEvent = xcb_get_extension_data(c, &xcb_randr_id)->first_event;
     const auto render = answer(c, renderCookie, xcb_render_query_version_reply);

@@ -14,6 +14,8 @@ namespace lumavex {
 /// The atoms this backend uses; their texts stand in XcbConnection.cpp in the same order.
 enum class Atom {
     WM_STATE,
+    NET_WM_ICON,
+    NET_WM_NAME,
     NET_WM_PID,
     NET_WM_STATE,
     NET_WM_STATE_ABOVE,
@@ -36,10 +38,13 @@ struct XcbExtensions {
     bool composite = false;      ///< with named window pixmaps
     bool damage = false;
     bool fixes = false;
-    bool randr = false; ///< 1.3 or newer: tells the primary output
+    bool randr = false;         ///< 1.3 or newer: tells the primary output
+    bool randrMonitors = false; ///< 1.5 or newer
     bool render = false;
+    bool shape = false;
     std::uint8_t damageEvent = 0; ///< first event number
     std::uint8_t randrEvent = 0;
+    std::uint8_t shapeEvent = 0;
 };
 
 /// A connection of our own to the X server of $DISPLAY. Not the toolkit's: answers to grabs would stand in line with

@@ -55,6 +55,28 @@ private:
     std::uint32_t id_ = 0;
 };
 
+/// While it exists, the server serves this connection alone. None for a null connection.
+class ServerGrab {
+public:
+    explicit ServerGrab(xcb_connection_t* connection) : connection_(connection)
+    {
+        if (connection_)
+            xcb_grab_server(connection_);
+    }
+    ~ServerGrab()
+    {
+        if (!connection_)
+            return;
+        xcb_ungrab_server(connection_);
+        xcb_flush(connection_);
+    }
+    ServerGrab(const ServerGrab&) = delete;
+    ServerGrab& operator=(const ServerGrab&) = delete;
+
+private:
+    xcb_connection_t* const connection_;
+};
+
 using PixmapHandle = XcbHandle<xcb_free_pixmap>;
 using GcHandle = XcbHandle<xcb_free_gc>;
 using PictureHandle = XcbHandle<xcb_render_free_picture>;

@@ -1,18 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/x11/XcbScreenGrabber.h"
 
-#include "platform/x11/DamageTracker.h"
-#include "platform/x11/GrabSeries.h"
 #include "platform/x11/MainDisplay.h"
+#include "platform/x11/MendedDisplay.h"
 #include "platform/x11/PixelLayout.h"
 #include "platform/x11/SharedImagePool.h"
 #include "platform/x11/WindowComposite.h"
+#include "platform/x11/WindowLooks.h"
 #include "platform/x11/WindowTree.h"
+#include "platform/x11/XWayland.h"
 #include "platform/x11/XcbConnection.h"
 
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <optional>
 
 namespace lumavex {
 
@@ -21,32 +23,43 @@ namespace {
 /// The name that the desktop's background goes by in the list of windows.
 constexpr auto kDesktopName = "Desktop";
 
+/// The part of an area in root coordinates that lies in the bounds, upward on the display.
+QRect commonPart(const QRect& area, const CGRect& bounds, const QRect& display)
+{
+    const QRectF down = flippedDown(bounds, display.height()).translated(display.topLeft());
+    return (QRectF(area) & down).toAlignedRect();
+}
+
 class XcbScreenGrabber final : public ScreenGrabber {
 public:
     XcbScreenGrabber();
 
     QString trouble() const override;
+    QString limitation() override;
     CGSize sizeOfMainDisplay() override;
     Grab grabMainDisplay() override;
-    Grab grabWindows(const std::vector<std::uint32_t>& frontToBack) override;
+    using ScreenGrabber::grabWindows;
+    Grab grabWindows(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
+                     std::uint32_t imageOptions) override;
     CGPoint mouseLocation() override;
     std::uint64_t windowsSerial() override;
-    std::vector<WindowDescription> windowDescriptions() override;
+    std::vector<WindowDescription> windowDescriptions(std::uint32_t listOptions) override;
+    std::vector<WindowLook> looksOf(const std::vector<std::uint32_t>& windows, int iconSize) override;
+    bool showsContents(std::uint32_t window) override;
 
 private:
     /// What works on a screen that can be recorded.
     struct Parts {
         Parts(const XcbConnection& connection, const PixelLayout& screenLayout)
-            : layout(screenLayout), display(connection), damage(connection), tree(connection), pool(connection),
-              series(pool, screenLayout), composite(connection, pool)
+            : display(connection), tree(connection), pool(connection), painter(connection),
+              mended(connection, pool, painter, screenLayout), composite(painter, pool)
         {
         }
-        PixelLayout layout;
         MainDisplay display;
-        DamageTracker damage;
         WindowTree tree;
         SharedImagePool pool;
-        GrabSeries series; ///< of the main display
+        WindowPainter painter;
+        MendedDisplay mended;
         WindowComposite composite;
     };
 
@@ -54,7 +67,11 @@ private:
     bool composites() const;
     GrabOutcome failure() const { return usable() ? GrabOutcome::Retry : GrabOutcome::GiveUp; }
     void listen();
-    CompositeRequest requestFor(const std::vector<std::uint32_t>& frontToBack);
+    PaintRequest requestFor(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
+                            std::uint32_t imageOptions);
+    std::optional<MendingRequest> asPartOfScreen(const PaintRequest& request, bool orderMayBeOld);
+    Grab grabListed(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
+                    std::uint32_t imageOptions);
 
     XcbConnection connection_;
     QString screenTrouble_;
@@ -83,6 +100,15 @@ QString XcbScreenGrabber::trouble() const
     return connection_.alive() ? screenTrouble_ : connection_.trouble();
 }
 
+QString XcbScreenGrabber::limitation()
+{
+    return isXWayland(connection_)
+               ? QCoreApplication::translate("ScreenGrabber",
+                                             "This is a Wayland session: its windows cannot be recorded yet. Log in to "
+                                             "an X11 session to record the screen.")
+               : QString();
+}
+
 void XcbScreenGrabber::listen()
 {
     connection_.drain([this](const xcb_generic_event_t& event) {
@@ -90,7 +116,7 @@ void XcbScreenGrabber::listen()
         const bool otherWindows = parts_->tree.note(event);
         if (otherDisplay || otherWindows)
             ++windowsSerial_;
-        parts_->composite.note(event);
+        parts_->painter.note(event);
     });
 }
 
@@ -108,15 +134,17 @@ Grab XcbScreenGrabber::grabMainDisplay()
 {
     if (!usable())
         return {GrabOutcome::GiveUp, {}, 0};
-    parts_->composite.release();
-    // The damage's answer is also the round trip after which every earlier event is here.
-    const ChangedArea changed = parts_->damage.takeChanges(parts_->series.rect());
-    listen();
-    const Grab grab = parts_->series.next(connection_.root(), parts_->display.rect(), changed);
+    parts_->painter.release();
+    parts_->composite.forget();
+    const Grab grab = parts_->mended.grabAsItIs([this] {
+        listen();
+        return parts_->display.rect();
+    });
     return grab.outcome == GrabOutcome::Success ? grab : Grab{failure(), {}, 0};
 }
 
-Grab XcbScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBack)
+Grab XcbScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
+                                   std::uint32_t imageOptions)
 {
     if (!usable())
         return {GrabOutcome::GiveUp, {}, 0};
@@ -127,15 +155,67 @@ Grab XcbScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBack
             "XFixes): only the whole screen can be recorded.");
         return {GrabOutcome::GiveUp, {}, 0};
     }
-    connection_.sync();
-    listen();
-    const Grab grab = parts_->composite.compose(requestFor(frontToBack));
+    const Grab grab = grabListed(frontToBack, imageBounds, imageOptions);
     return grab.outcome == GrabOutcome::Success ? grab : Grab{failure(), {}, 0};
 }
 
-CompositeRequest XcbScreenGrabber::requestFor(const std::vector<std::uint32_t>& frontToBack)
+/// Windows may move at any time. What is read while they do shows those that are left out where they were not expected:
+/// it is read again, while the server serves nobody else.
+Grab XcbScreenGrabber::grabListed(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
+                                  std::uint32_t imageOptions)
 {
-    CompositeRequest request;
+    const std::uint64_t askedAt = windowsSerial_;
+    for (const bool alone : {false, true}) {
+        const ServerGrab grab(alone ? connection_.get() : nullptr);
+        connection_.sync();
+        listen();
+        const PaintRequest request = requestFor(frontToBack, imageBounds, imageOptions);
+        const std::uint64_t serial = windowsSerial_;
+        const auto unmoved = [&] {
+            listen();
+            return serial == windowsSerial_;
+        };
+        const auto part = asPartOfScreen(request, serial != askedAt);
+        auto result = MendedDisplay::Result{MendedDisplay::Obstacle::TooMuch, {}};
+        if (part)
+            result = parts_->mended.grab(*part, request.rootSize, unmoved);
+        if (result.obstacle == MendedDisplay::Obstacle::TooMuch)
+            return parts_->composite.compose(request);
+        if (result.obstacle == MendedDisplay::Obstacle::None)
+            return result.grab;
+    }
+    return {};
+}
+
+/// The request as what the screen shows but for some windows. Nothing when it is not that: the windows lie in another
+/// order or reach beyond the screen.
+std::optional<MendingRequest> XcbScreenGrabber::asPartOfScreen(const PaintRequest& request, bool orderMayBeOld)
+{
+    if (request.canvas.isEmpty() || !parts_->display.root().contains(request.canvas)
+        || request.alpha != parts_->tree.compositingManagerRuns())
+        return std::nullopt;
+    MendingRequest part{{}, request.desktop, request.alpha, request.canvas};
+    std::size_t next = 0;
+    bool inOrder = true;
+    for (const TopLevel& top : parts_->tree.topToBottom()) {
+        if (!top.viewable)
+            continue;
+        const auto& listed = request.frontToBack;
+        const bool shown = std::any_of(listed.begin(), listed.end(),
+                                       [&](const TopLevel& other) { return other.window == top.window; });
+        inOrder = inOrder && (!shown || listed[next].window == top.window);
+        next += shown ? 1 : 0;
+        part.topToBottom.push_back({top, shown});
+    }
+    if (!inOrder && !orderMayBeOld)
+        return std::nullopt;
+    return part;
+}
+
+PaintRequest XcbScreenGrabber::requestFor(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
+                                          std::uint32_t imageOptions)
+{
+    PaintRequest request;
     const auto& tops = parts_->tree.topToBottom();
     for (const std::uint32_t number : frontToBack) {
         request.desktop = request.desktop || number == connection_.root();
@@ -153,7 +233,8 @@ CompositeRequest XcbScreenGrabber::requestFor(const std::vector<std::uint32_t>& 
     }
     if (request.desktop)
         request.canvas = parts_->display.rect();
-    request.alpha = parts_->tree.compositingManagerRuns();
+    request.canvas = commonPart(request.canvas, imageBounds, parts_->display.rect());
+    request.alpha = !(imageOptions & ImageOpaque) && parts_->tree.compositingManagerRuns();
     request.rootSize = parts_->display.root().size();
     return request;
 }
@@ -179,7 +260,7 @@ std::uint64_t XcbScreenGrabber::windowsSerial()
     return usable() ? windowsSerial_ : ~windowsSerial_;
 }
 
-std::vector<WindowDescription> XcbScreenGrabber::windowDescriptions()
+std::vector<WindowDescription> XcbScreenGrabber::windowDescriptions(std::uint32_t listOptions)
 {
     std::vector<WindowDescription> descriptions;
     if (!usable())
@@ -189,8 +270,11 @@ std::vector<WindowDescription> XcbScreenGrabber::windowDescriptions()
     const QRect rect = parts_->display.rect();
     for (const TopLevel& top : parts_->tree.topToBottom()) {
         const QRect bounds = top.bounds();
+        const bool onScreen = top.viewable && parts_->display.root().intersects(bounds);
+        if (!onScreen && (listOptions & ListOnScreenOnly))
+            continue;
         WindowDescription description;
-        description.shared = top.viewable && parts_->display.root().intersects(bounds);
+        description.shared = onScreen;
         description.ownerName = top.facts.ownerName;
         description.ownerPid = top.facts.ownerPid;
         description.x = bounds.x() - rect.x();
@@ -211,6 +295,21 @@ std::vector<WindowDescription> XcbScreenGrabber::windowDescriptions()
     desktop.layer = kLayerBackground;
     descriptions.push_back(desktop);
     return descriptions;
+}
+
+std::vector<WindowLook> XcbScreenGrabber::looksOf(const std::vector<std::uint32_t>& windows, int iconSize)
+{
+    return usable() ? looksOfWindows(connection_, windows, iconSize) : std::vector<WindowLook>(windows.size());
+}
+
+bool XcbScreenGrabber::showsContents(std::uint32_t window)
+{
+    if (!usable())
+        return false;
+    xcb_connection_t* const c = connection_.get();
+    const XcbOwned<xcb_get_window_attributes_reply_t> attributes(
+        xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, window), nullptr));
+    return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
 }
 
 } // namespace

@@ -3,11 +3,12 @@
 """Whatever the encoder does instead of joining picture and sound, both are kept."""
 
 import os
+import shutil
 import signal
 import time
 import unittest
 
-from lumavex_e2e import PREVIEW, EndToEndTest, Gui, click, output_of, place_of, wait_for
+from lumavex_e2e import PREVIEW, EndToEndTest, Gui, click, output_of, place_of, press, wait_for
 
 HANGS = "trap '' TERM INT; echo hanging >&2; while :; do sleep 1; done"
 
@@ -19,12 +20,17 @@ class EncoderFaultsTest(EndToEndTest):
         program, output = self.start_recording(home, seconds, PATH=path)
         self.assertEqual((program.wait(90), program.stdout), (3, ""), program.stderr)
         self.assertEqual(program.stderr.count(text), 1, program.stderr)
+        self.assertLess(len(program.stderr), 6000)
+        self.assertTrue(program.stderr.isprintable() or all(each.isprintable() or each == "\n" for each in program.stderr))
         for file in self.assert_kept_in_two_files(home, seconds).values():
             self.assertIn(str(file), program.stderr)
         self.assertFalse(output.exists())
 
+    def test_fails(self):
+        self.assert_told_and_kept("echo 'broken on purpose' >&2; exit 1", "broken on purpose")
+
     def test_is_killed(self):
-        self.assert_told_and_kept("echo 'broken on purpose' >&2; kill -9 $$", "broken on purpose")
+        self.assert_told_and_kept("kill -9 $$", "ended unexpectedly")
 
     def test_is_missing(self):
         home = self.home().make_settings()
@@ -35,7 +41,12 @@ class EncoderFaultsTest(EndToEndTest):
         self.assertIn("is not installed", program.stderr)
         self.assert_kept_in_two_files(home, 1.5)
 
+    def test_speaks_nonsense(self):
+        self.assert_told_and_kept("head -c 20000000 /dev/urandom >&2; head -c 20000000 /dev/zero | tr '\\0' x >&2;"
+                                  " head -c 20000000 /dev/urandom; exit 7", "status 7")  # fmt: skip
+
     def test_says_that_all_is_well_but_leaves_something_out(self):
+        self.assert_told_and_kept('echo no movie > "$JOINED"', "not complete")
         # Half of the picture is missing, without a word.
         self.assert_told_and_kept('"$REAL" -nostdin -v error -t 0.7 "$@"', "frames of")
 
@@ -79,6 +90,15 @@ class EncoderFaultsTest(EndToEndTest):
         wait_for("the end of the progress sheet", lambda: window not in gui.windows(), 5)
         gui.wait_for_alert()
         self.assert_kept_in_two_files(home)
+        gui.close_alert()
+        # The next recording works as ever.
+        shutil.rmtree(home.root / "bin")
+        gui.record()
+        gui.wait_for_recording()
+        time.sleep(1)
+        gui.key("ctrl+s")
+        gui.wait_for_alert()  # the path of the encoder was found at the start
+        press("Escape")
 
 
 if __name__ == "__main__":

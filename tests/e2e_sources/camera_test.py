@@ -8,16 +8,30 @@ import time
 import unittest
 
 import numpy
-from lumavex_e2e import Cameras, EndToEndTest, Lumavex, Movie, output_of, picture_of, wait_for
-from pictures import SCREEN, edges_of, frames_of
+from lumavex_e2e import Cameras, EndToEndTest, Lumavex, Movie, output_of, wait_for
+from pictures import SCREEN, PictureWindow, frames_of, plain
 
 ORANGE = (235, 120, 20)  # no colour of the camera's
 BARS = [(191, 191, 191), (191, 191, 0), (0, 191, 191), (0, 191, 0), (191, 0, 191), (191, 0, 0), (0, 0, 191)]
 NEARLY = 40
+CAMERA_SIZES = {3: (320, 240), 5: (640, 480), 7: (1280, 720)}
 
 
 def is_colour(picture, colour):
     return (abs(picture.astype(int) - colour) < NEARLY).all(-1)
+
+
+def picture_of(path):
+    data = output_of("convert", str(path), "-depth", "8", "ppm:-", binary=True)
+    header = re.match(rb"P6\s+(\d+)\s+(\d+)\s+255\s", data)
+    return numpy.frombuffer(data, numpy.uint8, offset=header.end()).reshape(int(header.group(2)), int(header.group(1)), 3)
+
+
+def edges_of(filled):
+    """First and last column, first and last row that are filled for the most part of what is filled at all."""
+    columns, rows = filled.sum(0), filled.sum(1)
+    across, down = numpy.flatnonzero(columns > columns.max() / 2), numpy.flatnonzero(rows > rows.max() / 2)
+    return across[0], across[-1] + 1, down[0], down[-1] + 1
 
 
 def bottom_right(frame, size):
@@ -30,16 +44,7 @@ def bottom_right(frame, size):
 class CameraTest(EndToEndTest):
     def setUp(self):
         self.cameras = Cameras()
-        self.nodes = []
-
-    def tearDown(self):
-        for node in self.nodes:
-            if self.cameras.number(node):
-                self.cameras.unplug(node)
-
-    def plug_in(self, name):
-        self.nodes.append(self.cameras.plug_in(name))
-        return self.nodes[-1]
+        self.addCleanup(self.cameras.unplug_all)
 
     def lumavex(self, home, *options):
         return self.start(Lumavex(home, *options, PIPEWIRE_RUNTIME_DIR=os.environ["XDG_RUNTIME_DIR"]))
@@ -75,44 +80,77 @@ class CameraTest(EndToEndTest):
         self.assertIn("i_Size_Camera_Secondary_02=1\n", home.settings_file.read_text())  # nothing is stored
         return picture_of(path)
 
-    def test_colours_are_the_cameras_alone(self):
-        self.plug_in("Bars")
+    def test_options_place_the_small_picture_and_colour_the_camera(self):
+        self.start(PictureWindow(plain(ORANGE), "backdrop", background=True))
+        self.cameras.plug_in("Bars")
+        width, height = SCREEN
+        margin = width / 60
+        # Whichever source is the small picture: middle left, a half; top centre, an eighth.
+        for source, is_small in (("both", lambda each: ~is_colour(each, ORANGE)),
+                                 ("both-camera", lambda each: is_colour(each, ORANGE))):  # fmt: skip
+            for place, size, divisor in ((3, 3, 2), (1, 0, 8)):
+                with self.subTest(source=source, place=place):
+                    picture = self.snapshot("--source", source, "--size", "screen", "--camera-size", 5,
+                                            "--secondary-position", place, "--secondary-size", size)  # fmt: skip
+                    self.assertEqual(picture.shape[:2], (height, width))
+                    w = width / divisor
+                    h = w * 3 / 4  # the screen's shape and the camera's
+                    left = margin if place == 3 else (width - w) / 2
+                    top = (height - h) / 2 if place == 3 else margin
+                    self.assert_edges(edges_of(is_small(picture)), (left, left + w, top, top + h))
+
         self.assert_bars(self.snapshot("--source", "camera", "--camera-size", 5))
         grey = self.snapshot("--source", "camera", "--camera-size", 5, "--saturation", 0).astype(int)
         self.assertEqual(grey.shape, (480, 640, 3))
         self.assertEqual((grey.max(2) - grey.min(2)).max(), 0)
         self.assertGreater(grey.max() - grey.min(), 100)
+        flat = self.snapshot("--source", "camera", "--camera-size", 5, "--contrast", 0, "--brightness", 5)
+        self.assertEqual(len(numpy.unique(flat.reshape(-1, 3), axis=0)), 1)
+        bright = self.snapshot("--source", "camera", "--camera-size", 5, "--brightness", 10)
+        self.assertTrue((bright == 255).all())
 
     def test_every_source_stands_where_the_layout_puts_it(self):
-        output_of("xsetroot", "-solid", "#%02x%02x%02x" % ORANGE)
-        self.plug_in("Bars")
+        self.start(PictureWindow(plain(ORANGE), "backdrop", background=True))
+        self.cameras.plug_in("Bars")
         listed = self.lumavex(self.home(), "--list-cameras")
         self.assertEqual((listed.wait(), listed.stdout), (0, "Bars\n"), listed.stderr)
 
-        options = ("--camera", "Bars", "--camera-size", 5, "--source")
-        both = self.recorded(*options, "both")
-        self.assertEqual(both.shape, (SCREEN[1], SCREEN[0], 3))
-        found = edges_of(~is_colour(both, ORANGE))
-        self.assert_edges(found, bottom_right(SCREEN, (SCREEN[0] / 4, SCREEN[0] / 4 * 3 / 4)))
-        left, right, top, bottom = found
-        self.assert_bars(both[top:bottom, left:right])
+        for code, size in CAMERA_SIZES.items():
+            with self.subTest(camera_size=size):
+                options = ("--camera", "Bars", "--camera-size", code, "--source")
+                alone = self.recorded(*options, "camera")
+                self.assertEqual(alone.shape, (size[1], size[0], 3))
+                self.assert_bars(alone)
+                self.assertFalse(is_colour(alone, ORANGE).any())
 
-        camera_large = self.recorded(*options, "both-camera")
-        self.assertEqual(camera_large.shape, (480, 640, 3))
-        self.assert_bars(camera_large[:240])
-        layout = bottom_right((640, 480), (640 / 4, 640 / 4 * SCREEN[1] / SCREEN[0]))
-        self.assert_edges(edges_of(is_colour(camera_large, ORANGE)), layout)
+                both = self.recorded(*options, "both")
+                self.assertEqual(both.shape, (SCREEN[1], SCREEN[0], 3))
+                width = SCREEN[0] / 4
+                layout = bottom_right(SCREEN, (width, width * size[1] / size[0]))
+                found = edges_of(~is_colour(both, ORANGE))
+                self.assert_edges(found, layout)
+                left, right, top, bottom = found
+                self.assert_bars(both[top:bottom, left:right])
+                beside = both.copy()
+                beside[top - 8 : bottom + 8, left - 8 : right + 8] = ORANGE
+                self.assertTrue(is_colour(beside, ORANGE).all())
+
+                camera_large = self.recorded(*options, "both-camera")
+                self.assertEqual(camera_large.shape, (size[1], size[0], 3))
+                self.assert_bars(camera_large[: size[1] // 2])
+                layout = bottom_right(size, (size[0] / 4, size[0] / 4 * SCREEN[1] / SCREEN[0]))
+                self.assert_edges(edges_of(is_colour(camera_large, ORANGE)), layout)
 
     def test_camera_that_comes_back_is_taken_up_again(self):
-        self.plug_in("Other")
-        node = self.plug_in("Chosen")
+        self.cameras.plug_in("Other")
+        node = self.cameras.plug_in("Chosen")
         home, program, path = self.record(60, "--camera", "Chosen", "--camera-size", 3, "--source", "camera")
         wait_for("a recording", home.growing_movie)
         time.sleep(1.5)
         self.cameras.unplug(node)
         wait_for("the note", lambda: "The camera Chosen is gone." in program.stderr)
         time.sleep(2)
-        self.plug_in("Chosen")
+        self.cameras.plug_in("Chosen")
         wait_for("the second note", lambda: "The camera Chosen is back." in program.stderr)
         time.sleep(2)
         program.send(2)

@@ -3,7 +3,6 @@
 #include "app/SettingsTable.h"
 #include "platform/qt/IniUserDefaults.h"
 #include "tests/fuzz/Fuzzing.h"
-#include "tests/support/contentOf.h"
 
 #include <QDir>
 #include <QFile>
@@ -19,6 +18,12 @@ QString folderTemplate()
 {
     const QString memory = QStringLiteral("/dev/shm");
     return (QFileInfo(memory).isWritable() ? memory : QDir::tempPath()) + QStringLiteral("/lumavex-fuzz-XXXXXX");
+}
+
+QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 } // namespace

@@ -12,13 +12,13 @@ namespace lumavex {
 /// Serves the events of the application until something is done; for code that needs no timers of the run loop.
 class EventRunLoop : public RunLoop {
 public:
-    TimerId scheduleRepeating(TimerInterval, RunLoopMode, TimerOrder, Callback) override { return unexpected(); }
+    TimerId scheduleRepeating(TimerInterval, RunLoopMode, Callback) override { return unexpected(); }
     TimerId scheduleOnce(TimerInterval, Callback) override { return unexpected(); }
     void invalidate(TimerId) override {}
     void setNextDeadline(TimerId, Nanoseconds) override {}
     void restart(TimerId, Nanoseconds) override {}
     Nanoseconds nextDeadline(TimerId) const override { return {}; }
-    void runDue(Nanoseconds) override {}
+    void runDue(std::span<const TimerId>, Nanoseconds) override {}
     void runUntil(const std::function<bool()>& done) override
     {
         while (!done())

@@ -117,6 +117,32 @@ TYPED_TEST(CameraSourceContract, SendsFramesOfTheSizeAskedFor)
     EXPECT_FALSE(this->seen.cameOnMainThread());
 }
 
+TYPED_TEST(CameraSourceContract, AnOpeningThatIsBegunIsToldOnceAndTheEarlierCameraIsSilentAtOnce)
+{
+    this->start({kCamera, kOther});
+    std::vector<QString> outcomes;
+    const auto tell = [&outcomes](const QString& trouble) { outcomes.push_back(trouble); };
+    EXPECT_NE(this->source->beginOpening({kCamera.left(4), k640x480}, tell), QString());
+    EXPECT_NE(this->source->beginOpening({kCamera, 8}, tell), QString());
+    ASSERT_EQ(this->source->open({kCamera, k640x480}), QString());
+    ASSERT_TRUE(this->framesArrive());
+    for (const QString& name : {kOther, kCamera, kCamera}) // the second takes the place of the first before it opened
+        ASSERT_EQ(this->source->beginOpening({name, k640x480}, tell), QString());
+    EXPECT_FALSE(this->seen.isInFrame());
+    EXPECT_TRUE(outcomes.empty()) << "told before the event loop";
+    ASSERT_TRUE(eventually([&] { return !outcomes.empty(); }));
+    ASSERT_TRUE(this->framesArrive());
+    EXPECT_EQ(this->seen.latest().source, this->source->currentSource());
+    EXPECT_EQ(this->source->currentSource(), 6U);
+    EXPECT_EQ(this->source->beginOpening({kCamera, k640x480}, tell), QString());
+    this->source->stop();
+    const int count = this->seen.count();
+    serveEventsFor(300);
+    EXPECT_EQ(this->seen.count(), count);
+    EXPECT_EQ(outcomes, std::vector<QString>{QString()});
+    EXPECT_TRUE(this->presence.empty());
+}
+
 TYPED_TEST(CameraSourceContract, NoFrameIsInFlightAfterStop)
 {
     this->start({kCamera});

@@ -8,12 +8,14 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QProcess>
-#include <QRegularExpression>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
+#include <utility>
+#include <vector>
 
 namespace lumavex {
 
@@ -67,52 +69,38 @@ private:
 /// Camera nodes of the PipeWire server the test runs beside.
 class PipeWireCameraWorld {
 public:
-    ~PipeWireCameraWorld()
-    {
-        for (const auto& [name, node] : nodes_)
-            destroy(node);
-    }
     std::unique_ptr<CameraSource> makeSource() { return createGstCameraSource(); }
     void plugIn(const QString& name)
     {
         const QString node = QStringLiteral("test-camera-%1").arg(++created_);
-        pwCli({QStringLiteral("create-node"), QStringLiteral("spa-node-factory"),
-               QStringLiteral("{ factory.name=videotestsrc node.name=%1 node.description=\"%2\" "
-                              "media.class=Video/Source media.role=Camera live=true object.linger=true }")
-                   .arg(node, name)});
-        nodes_.emplace_back(name, node);
+        auto camera = std::make_unique<QProcess>(); // ends with it
+        camera->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        camera->start(QStringLiteral(LUMAVEX_SOURCE_DIR "/tests/support/test-camera"), {node, name});
+        ASSERT_TRUE(eventually([&] { return nodes().contains(QStringLiteral("node.name = \"%1\"").arg(node)); }));
+        plugged_.emplace_back(name, std::move(camera));
     }
     void unplugFirst(const QString& name)
     {
         const auto first =
-            std::find_if(nodes_.begin(), nodes_.end(), [&name](const auto& each) { return each.first == name; });
-        ASSERT_NE(first, nodes_.end());
-        destroy(first->second);
-        nodes_.erase(first);
+            std::find_if(plugged_.begin(), plugged_.end(), [&name](const auto& each) { return each.first == name; });
+        ASSERT_NE(first, plugged_.end());
+        first->second->kill();
+        EXPECT_TRUE(first->second->waitForFinished(10'000));
+        plugged_.erase(first);
     }
 
 private:
-    static QString pwCli(const QStringList& arguments)
+    static QString nodes()
     {
         QProcess process;
-        process.start(QStringLiteral("pw-cli"), arguments);
+        process.start(QStringLiteral("pw-cli"), {QStringLiteral("ls"), QStringLiteral("Node")});
         process.closeWriteChannel();
         EXPECT_TRUE(process.waitForFinished(10'000));
         return QString::fromUtf8(process.readAllStandardOutput());
     }
-    static void destroy(const QString& node)
-    {
-        const QString nodes = pwCli({QStringLiteral("ls"), QStringLiteral("Node")});
-        const QRegularExpression entry(
-            QStringLiteral("id (\\d+), type (?:(?!\\bid \\d+, type).)*node\\.name = \"%1\"").arg(node),
-            QRegularExpression::DotMatchesEverythingOption);
-        const auto match = entry.match(nodes);
-        ASSERT_TRUE(match.hasMatch()) << qPrintable(nodes);
-        pwCli({QStringLiteral("destroy"), match.captured(1)});
-    }
 
     int created_ = 0;
-    std::vector<std::pair<QString, QString>> nodes_;
+    std::vector<std::pair<QString, std::unique_ptr<QProcess>>> plugged_;
 };
 
 } // namespace lumavex

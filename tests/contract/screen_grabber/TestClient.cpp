@@ -90,6 +90,17 @@ void TestClient::raise(xcb_window_t window)
     sync();
 }
 
+void TestClient::place(xcb_window_t window, const QRect& bounds)
+{
+    const std::uint32_t values[] = {static_cast<std::uint32_t>(bounds.x()), static_cast<std::uint32_t>(bounds.y()),
+                                    static_cast<std::uint32_t>(bounds.width()),
+                                    static_cast<std::uint32_t>(bounds.height())};
+    xcb_configure_window(connection_, window,
+                         XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
+                         values);
+    sync();
+}
+
 void TestClient::unmap(xcb_window_t window)
 {
     xcb_unmap_window(connection_, window);
@@ -139,6 +150,16 @@ void TestClient::setAtoms(xcb_window_t window, const char* property, const char*
 {
     const xcb_atom_t atoms[] = {atom(value)};
     change(window, atom(property), XCB_ATOM_ATOM, 32, 1, atoms);
+}
+
+void TestClient::setText(xcb_window_t window, const char* property, const char* type, const QByteArray& text)
+{
+    change(window, atom(property), atom(type), 8, static_cast<std::uint32_t>(text.size()), text.constData());
+}
+
+void TestClient::setNumbers(xcb_window_t window, const char* property, const std::vector<std::uint32_t>& numbers)
+{
+    change(window, atom(property), XCB_ATOM_CARDINAL, 32, static_cast<std::uint32_t>(numbers.size()), numbers.data());
 }
 
 void TestClient::leaveWallpaper(QRgb color)

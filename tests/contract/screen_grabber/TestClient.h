@@ -7,6 +7,8 @@
 
 #include <xcb/xcb.h>
 
+#include <vector>
+
 namespace lumavex::test {
 
 /// Another program on the screen of $DISPLAY. Every call has been carried out by the server when it returns.
@@ -26,12 +28,15 @@ public:
     void fill(xcb_window_t window, const QRect& part, QRgb color);
     void fillRoot(const QRect& part, QRgb color);
     void raise(xcb_window_t window);
+    void place(xcb_window_t window, const QRect& bounds);
     void unmap(xcb_window_t window);
     void map(xcb_window_t window);
     void destroy(xcb_window_t window);
     void setClass(xcb_window_t window, const QByteArray& instanceAndClass);
     void setPid(xcb_window_t window, std::uint32_t pid);
     void setAtoms(xcb_window_t window, const char* property, const char* value);
+    void setText(xcb_window_t window, const char* property, const char* type, const QByteArray& text);
+    void setNumbers(xcb_window_t window, const char* property, const std::vector<std::uint32_t>& numbers);
     /// Leaves a one-coloured wallpaper of the root's size for others, as setters of wallpapers do.
     void leaveWallpaper(QRgb color);
     void movePointer(int x, int y);

@@ -191,7 +191,7 @@ TEST_P(ScreenGrabberContract, WindowsHaveASerial)
     stage->recolor(window, kGreen);
     stage->movePointer(3, 4);
     grabber.grabMainDisplay();
-    grabber.windowDescriptions();
+    grabber.windowDescriptions(ListAllWindows);
     // The fake's stage puts all its windows anew, and a compositing manager makes windows of its own.
     if (GetParam() != StageKind::Fake && GetParam() != StageKind::CompositedServer) {
         EXPECT_EQ(settled(), shown);
@@ -215,6 +215,12 @@ TEST_P(ScreenGrabberContract, CompositeIsAsLargeAsTheUnionAndBlackBetween)
     EXPECT_EQ(windowsShowing({high}, 59, 119, kGreen).picture.size(), QSize(60, 120));
     // The order asked for counts, not that on the screen.
     EXPECT_EQ(at(windowsShowing({low, high}, 70, 30, kRed), 70, 30), kRed);
+    // Limited to the screen's columns left of 100 and rows from 60 on.
+    const Grab part = grabber.grabWindows({high, low}, {0, 0, 100, 420}, ImageDefault);
+    EXPECT_EQ(part.picture.size(), QSize(80, 120));
+    EXPECT_EQ(at(part, 69, 0), kRed);
+    EXPECT_EQ(at(part, 70, 0), kGreen);
+    EXPECT_EQ(grabber.grabWindows({high, low}, {400, 0, 100, 420}, ImageDefault).outcome, GrabOutcome::Retry);
 }
 
 TEST_P(ScreenGrabberContract, WindowBeyondTheEdgeIsWholeAlone_AndCutWithTheDesktop)
@@ -224,7 +230,7 @@ TEST_P(ScreenGrabberContract, WindowBeyondTheEdgeIsWholeAlone_AndCutWithTheDeskt
     EXPECT_EQ(alone.picture.size(), QSize(100, 90));
     EXPECT_EQ(at(alone, 99, 89), kRed);
 
-    const std::uint32_t desktop = grabber.windowDescriptions().back().number;
+    const std::uint32_t desktop = grabber.windowDescriptions(ListAllWindows).back().number;
     const Grab both = windowsShowing({window, desktop}, 639, 479, kRed);
     EXPECT_EQ(both.picture.size(), QSize(640, 480));
     EXPECT_EQ(at(both, 600, 440), kRed);
@@ -245,11 +251,13 @@ TEST_P(ScreenGrabberContract, DescribesWindowsFrontToBackAndTheDesktopLast)
 {
     const std::uint32_t low = stage->show({20, 30, 100, 80}, kRed);
     const std::uint32_t high = stage->show({90, 60, 60, 120}, kGreen);
-    const auto descriptions = grabber.windowDescriptions();
+    const std::uint32_t away = stage->show({-100, -100, 20, 20}, kBlue);
+    const auto descriptions = grabber.windowDescriptions(ListOnScreenOnly);
     const auto find = [&](std::uint32_t number) {
         return std::find_if(descriptions.begin(), descriptions.end(),
                             [&](const WindowDescription& entry) { return entry.number == number; });
     };
+    EXPECT_EQ(find(away), descriptions.end());
     ASSERT_NE(find(low), descriptions.end());
     ASSERT_NE(find(high), descriptions.end());
     EXPECT_LT(find(high), find(low));

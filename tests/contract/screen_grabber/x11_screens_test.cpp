@@ -3,7 +3,9 @@
 #include "tests/contract/screen_grabber/TestClient.h"
 #include "tests/contract/screen_grabber/TestServer.h"
 
+#include <QFile>
 #include <QPainter>
+#include <QTemporaryDir>
 
 #include <gmock/gmock.h>
 
@@ -23,7 +25,7 @@ void expectGivenUp(ScreenGrabber& grabber, const std::string& reason)
 {
     EXPECT_EQ(grabber.grabMainDisplay().outcome, GrabOutcome::GiveUp);
     EXPECT_EQ(grabber.grabWindows({1}).outcome, GrabOutcome::GiveUp);
-    EXPECT_TRUE(grabber.windowDescriptions().empty());
+    EXPECT_TRUE(grabber.windowDescriptions(ListAllWindows).empty());
     EXPECT_FALSE(grabber.trouble().isEmpty());
     EXPECT_THAT(grabber.trouble().toStdString(), testing::HasSubstr(reason));
 }
@@ -113,7 +115,49 @@ TEST(X11Screens, SizeFollowsTheMainDisplay)
     // A root larger than its one output: only the output is the main display.
     ASSERT_TRUE(TestServer::run("xrandr", {"--fb", "700x500"}));
     EXPECT_EQ(grabber->sizeOfMainDisplay(), (CGSize{512, 384}));
-    EXPECT_EQ(grabber->windowDescriptions().back().width, 512);
+    EXPECT_EQ(grabber->windowDescriptions(ListAllWindows).back().width, 512);
+}
+
+/// As the toolkit chooses the screen of the region selector.
+TEST(X11Screens, OfSeveralMonitorsThePrimaryOneCountsElseTheFirst)
+{
+    TestServer server({.screen = "800x600x24", .arguments = {}});
+    ASSERT_TRUE(TestServer::run("xrandr", {"--setmonitor", "right", "300/80x600/160+500+0", "screen"}));
+    ASSERT_TRUE(TestServer::run("xrandr", {"--setmonitor", "left", "500/130x600/160+0+0", "none"}));
+    EXPECT_EQ(createXcbScreenGrabber()->sizeOfMainDisplay(), (CGSize{300, 600}));
+    ASSERT_TRUE(TestServer::run("xrandr", {"--delmonitor", "left"}));
+    ASSERT_TRUE(TestServer::run("xrandr", {"--setmonitor", "*left", "500/130x600/160+0+0", "none"}));
+    EXPECT_EQ(createXcbScreenGrabber()->sizeOfMainDisplay(), (CGSize{500, 600}));
+}
+
+TEST(X11Screens, ChangesThatNoDamageTellsOfAreFound)
+{
+    const QTemporaryDir folder;
+    TestServer server({.arguments = {"-fbdir", folder.path()}});
+    TestClient client;
+    client.show({0, 0, 640, 480}, 0xff000000);
+    QFile file(folder.filePath("Xvfb_screen0")); // the screen itself, at the end of a window dump
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    uchar* const memory = file.map(0, file.size());
+    ASSERT_TRUE(memory);
+    auto* const pixels = reinterpret_cast<std::uint32_t*>(memory + file.size()) - 640 * 480;
+    const auto grabber = createXcbScreenGrabber();
+    const Grab before = grabber->grabMainDisplay();
+    EXPECT_EQ(grabber->grabMainDisplay().serial, before.serial);
+
+    pixels[100 * 640 + 200] = kColor;
+    Grab grab;
+    ASSERT_TRUE(eventually([&] { return (grab = grabber->grabMainDisplay()).serial != before.serial; }));
+    const auto changed = grab.changes.since(before.serial);
+    ASSERT_TRUE(changed);
+    EXPECT_THAT(std::vector<QRect>(changed->begin(), changed->end()), testing::ElementsAre(QRect(200, 100, 1, 1)));
+    // While there are such changes no grab misses one; equal pixels are none.
+    for (int i = 0; i < 20; ++i) {
+        pixels[i] = kColor;
+        grab = grabber->grabMainDisplay();
+        EXPECT_EQ(grab.picture.pixel(i, 0) | 0xff000000U, kColor);
+        EXPECT_EQ(grabber->grabMainDisplay().serial, grab.serial);
+    }
 }
 
 TEST(X11Screens, PicturesMayEndOnOtherThreadsAndAfterTheGrabber)

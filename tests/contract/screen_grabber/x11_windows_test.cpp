@@ -25,7 +25,7 @@ protected:
 
     std::optional<WindowDescription> describe(std::uint32_t number)
     {
-        for (const WindowDescription& entry : grabber->windowDescriptions()) {
+        for (const WindowDescription& entry : grabber->windowDescriptions(ListAllWindows)) {
             if (entry.number == number)
                 return entry;
         }
@@ -60,13 +60,16 @@ TEST_F(X11Windows, UnmappedWindowIsRetriedAndComesBack)
 {
     const auto window = client.show({10, 10, 60, 40}, kRed);
     ASSERT_TRUE(shows({window}, 0, 0, kRed));
+    EXPECT_TRUE(grabber->showsContents(window));
     client.unmap(window);
+    EXPECT_FALSE(grabber->showsContents(window));
     EXPECT_EQ(grabber->grabWindows({window}).outcome, GrabOutcome::Retry);
     EXPECT_FALSE(describe(window)->shared);
     client.map(window);
     client.fill(window, {0, 0, 60, 40}, kGreen);
     EXPECT_TRUE(shows({window}, 5, 5, kGreen)) << "the picture of before the unmapping is still shown";
     client.destroy(window);
+    EXPECT_FALSE(grabber->showsContents(window));
     EXPECT_EQ(grabber->grabWindows({window}).outcome, GrabOutcome::Retry);
     EXPECT_FALSE(describe(window));
     EXPECT_EQ(grabber->trouble(), QString());
@@ -84,7 +87,7 @@ TEST_F(X11Windows, SurvivesWindowsThatComeAndGoMeanwhile)
         const Grab grab = grabber->grabWindows(windows);
         EXPECT_NE(grab.outcome, GrabOutcome::GiveUp);
         windows[i % 12] = client.show({i % 300, i % 200, 40 + i % 90, 30 + i % 50}, kGreen);
-        grabber->windowDescriptions();
+        grabber->windowDescriptions(ListAllWindows);
     }
     const auto survivor = client.show({0, 0, 70, 50}, kBlue);
     EXPECT_TRUE(shows({survivor}, 69, 49, kBlue));
@@ -123,18 +126,38 @@ TEST_F(X11Windows, NamesOwnersAndLayers)
     EXPECT_GT(describe(classless)->layer, 0);
 }
 
+TEST_F(X11Windows, LooksAreTheWindowsOwnTitleAndTheIconOfTheWantedSize)
+{
+    const auto plain = client.show({0, 0, 50, 50}, kRed);
+    const auto dressed = client.show({50, 0, 50, 50}, kRed);
+    client.setText(dressed, "WM_NAME", "STRING", "old");
+    EXPECT_EQ(grabber->looksOf({dressed}, 16).at(0).title, QStringLiteral("old"));
+    client.setText(dressed, "_NET_WM_NAME", "UTF8_STRING", "\xc3\x84 title");
+    // Two icons, and a third of which most is missing.
+    client.setNumbers(dressed, "_NET_WM_ICON", {1, 2, kRed, kGreen, 1, 1, kBlue, 90, 90, kRed});
+    const auto looks = grabber->looksOf({plain, dressed, 0xdead}, 1);
+    ASSERT_EQ(looks.size(), 3U);
+    EXPECT_EQ(looks[0].title, QString());
+    EXPECT_TRUE(looks[0].icon.isNull());
+    EXPECT_EQ(looks[1].title, QString::fromUtf8("\xc3\x84 title"));
+    EXPECT_EQ(looks[1].icon.size(), QSize(1, 1));
+    EXPECT_EQ(looks[1].icon.pixel(0, 0), kBlue);
+    EXPECT_EQ(grabber->looksOf({dressed}, 3).at(0).icon.pixel(0, 1), kGreen) << "the largest there is";
+}
+
 TEST_F(X11Windows, OrderFollowsRaising)
 {
     const auto first = client.show({0, 0, 50, 50}, kRed);
     const auto second = client.show({10, 10, 50, 50}, kGreen);
-    EXPECT_EQ(grabber->windowDescriptions().front().number, second);
+    EXPECT_EQ(grabber->windowDescriptions(ListAllWindows).front().number, second);
     client.raise(first);
-    EXPECT_EQ(grabber->windowDescriptions().front().number, first);
+    EXPECT_EQ(grabber->windowDescriptions(ListAllWindows).front().number, first);
 }
 
 TEST_F(X11Windows, PartialChangesKeepTheRestAndTheStacking)
 {
     client.leaveWallpaper(kBlue);
+    client.fillRoot({0, 0, 640, 480}, kBlue);
     const auto low = client.show({100, 100, 200, 200}, kRed);
     const auto high = client.show({150, 150, 50, 50}, kGreen);
     const std::vector<std::uint32_t> windows{high, low, client.root()};
@@ -173,13 +196,15 @@ TEST_F(X11CompositedWindows, AlphaIsBlended)
     const auto window = client.showTranslucent({0, 0, 40, 40}, 0x80800000);
     EXPECT_TRUE(shows({window, client.root()}, 5, 5, 0xff80007f));
     EXPECT_TRUE(shows({window}, 5, 5, 0xff800000));
+    const Grab opaque = grabber->grabWindows({window, client.root()}, infiniteRect, ImageOpaque);
+    EXPECT_EQ(opaque.picture.pixel(5, 5) | 0xff000000U, 0xff800000);
 }
 
 TEST_F(X11CompositedWindows, ThePaintingSurfaceOfTheManagerIsNoWindow)
 {
     const auto window = client.show({10, 10, 40, 40}, kRed);
     ASSERT_TRUE(shows({window}, 5, 5, kRed));
-    for (const WindowDescription& entry : grabber->windowDescriptions()) {
+    for (const WindowDescription& entry : grabber->windowDescriptions(ListAllWindows)) {
         EXPECT_FALSE(entry.number != client.root() && entry.shared && entry.width >= 640) << entry.number;
     }
 }

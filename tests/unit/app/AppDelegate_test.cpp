@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/SettingsTable.h"
+#include "app/Unattended.h"
 #include "tests/unit/app/Program.h"
 
 #include <QAction>
@@ -36,9 +37,12 @@ TEST_F(Program, StoredIndexesOutsideTheCatalogueUseTheDefaultsAndStayStored)
     ASSERT_TRUE(launch());
     store->texts[settingKey("index_size_Video_Output")] = QStringLiteral("77");
     store->texts[settingKey("index_size_Follow_Cursor")] = QStringLiteral("-4");
+    store->texts[settingKey("index_size_Region")] = QStringLiteral("30");
     ASSERT_TRUE(launch());
+    EXPECT_TRUE(window->menuitemVideoOutputScreenResolution->isChecked());
+    EXPECT_TRUE(window->submenuFollowCursorFrame->actions().at(3)->isChecked());
+    EXPECT_TRUE(window->submenuRegionFrame->actions().at(1)->isChecked());
     EXPECT_EQ(app->compose.size_Video_Output, (CGSize{640, 480}));
-    EXPECT_EQ(app->capture.index_size_Follow_Cursor, 3);
     EXPECT_EQ(store->texts.value(settingKey("index_size_Video_Output")), QStringLiteral("77"));
 }
 
@@ -55,6 +59,20 @@ TEST_F(Program, SizeMenusOfferWhatFitsAndAClickStoresTheTag)
             EXPECT_EQ(items[each]->isChecked(), each == clicked);
         EXPECT_EQ(store->texts.value(settingKey("index_size_Video_Output")), QString::number(clicked));
     }
+}
+
+TEST_F(Program, AScreenThatNoGrabShowsIsToldAndNotRecordedWithoutAUser)
+{
+    screen->setLimitation(QStringLiteral("Its windows cannot be recorded."));
+    ASSERT_TRUE(launch());
+    EXPECT_EQ(message(), screen->limitation());
+    options.recordSeconds = 1;
+    ASSERT_TRUE(launch());
+    UnattendedRun(*app, *loop, streams, options, screen->limitation()).begin();
+    EXPECT_EQ(app->recording.m_RecordStatus, Idle);
+    app->compose.i_Video_Source_Primary = 2; // a camera alone
+    UnattendedRun(*app, *loop, streams, options, screen->limitation()).begin();
+    EXPECT_EQ(app->recording.m_RecordStatus, Recording);
 }
 
 TEST_F(Program, TheWindowMenuListsOtherWindowsOnceHoweverOftenItIsRefreshed)
@@ -113,9 +131,36 @@ TEST_F(Program, RecordingPauseAndResumeShareOneTimeForPictureSoundAndClock)
     EXPECT_EQ(CMTimeCompare(appends.back().time, CMTimeMake(4, 1)), 0);
     EXPECT_EQ(CMTimeCompare(movie->end(), CMTimeMake(121, 30)), 0);
     ASSERT_EQ(sound->recordings.size(), 1U);
-    EXPECT_EQ(sound->recordings[0]->recorded, recorded);
-    EXPECT_EQ(sound->recordings[0]->calls.front().time, origin);
+    const Nanoseconds firstFrame = Nanoseconds(1s) / 30; // where picture and sound begin
+    EXPECT_EQ(sound->recordings[0]->calls.front().time, origin + firstFrame);
+    EXPECT_EQ(sound->recordings[0]->recorded, recorded - firstFrame);
     EXPECT_EQ(sound->recordings[0]->calls.size(), 8U);
+}
+
+TEST_F(Program, SoundBeginsWithTheFirstFrameWhateverComesBeforeIt)
+{
+    ASSERT_TRUE(launch());
+    const Nanoseconds firstFrame = Nanoseconds(1s) / 30;
+    window->btnRecord->trigger();
+    loop->advance(20ms);
+    window->btnPause->trigger();
+    loop->advance(500ms);
+    window->btnRecord->trigger();
+    const Nanoseconds resumed = clock.time;
+    loop->advance(100ms);
+    window->btnStop->trigger();
+    EXPECT_EQ(movie->appends().size(), 1U);
+    EXPECT_EQ(sound->recordings[0]->calls[2].time, resumed - 20ms + firstFrame);
+    EXPECT_EQ(sound->recordings[0]->recorded, 120ms - firstFrame);
+
+    window->btnRecord->trigger();
+    loop->advance(20ms);
+    window->btnPause->trigger();
+    const Nanoseconds stopped = clock.time;
+    window->btnStop->trigger(); // before the first frame
+    EXPECT_EQ(movie->appends().size(), 1U);
+    EXPECT_EQ(sound->recordings[1]->calls[2].time, stopped);
+    EXPECT_EQ(sound->recordings[1]->recorded, firstFrame) << "without sound it could not be joined";
 }
 
 TEST_F(Program, PausedAndIdleNothingIsAppendedAndControlsFollowTheState)

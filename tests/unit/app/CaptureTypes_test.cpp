@@ -3,6 +3,9 @@
 #include "capture/ModeGuide.h"
 #include "tests/unit/app/SourceControls.h"
 
+#include "app/RecordingSummary.h"
+
+#include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
@@ -14,7 +17,19 @@ using namespace std::chrono_literals;
 
 namespace {
 
-struct CaptureTypes : SourceControls {};
+struct CaptureTypes : SourceControls {
+    /// Presses the button of a message.
+    void press(const char* text)
+    {
+        for (QAbstractButton* button : messages().findChildren<QAbstractButton*>())
+            if (button->isVisible() && button->text() == QString::fromUtf8(text)) {
+                button->click();
+                QApplication::processEvents();
+                return;
+            }
+        FAIL() << "there is no button " << text;
+    }
+};
 
 } // namespace
 
@@ -58,7 +73,7 @@ TEST_F(CaptureTypes, GuidesAreShownUntilTheirBoxIsTicked)
                 if (auto* guide = qobject_cast<ModeGuide*>(QApplication::activeModalWidget())) {
                     ++runs;
                     EXPECT_EQ(app->capture.i_Type_Screen_Capture, EntireScreen) << "the guide comes first";
-                    guide->findChild<QCheckBox*>()->setChecked(ticked);
+                    guide->findChild<QCheckBox*>(QStringLiteral("checkDontShowAgain"))->setChecked(ticked);
                     guide->OnOK();
                 }
             });
@@ -85,7 +100,12 @@ TEST_F(CaptureTypes, WindowExclusiveTakesTheThirdWindowAndKeepsWhatWasChosen)
     give(&Window_Main::menuWindowExclusive);
     EXPECT_EQ(app->capture.sWindowExclusive, QStringLiteral("Editor (11) (101)"));
 
-    // With nothing but own windows and the desktop the user is asked to choose.
+    // The third one is taken whosever it is; without one the user is asked to choose.
+    addWindows({"Editor", "Player", "Lumavex"});
+    ASSERT_TRUE(launch());
+    QApplication::processEvents();
+    give(&Window_Main::toolbarWindowExclusive);
+    EXPECT_EQ(app->capture.sWindowExclusive, QStringLiteral("Lumavex (12) (102)"));
     screen->setWindows({});
     ASSERT_TRUE(launch());
     QApplication::processEvents();
@@ -94,17 +114,66 @@ TEST_F(CaptureTypes, WindowExclusiveTakesTheThirdWindowAndKeepsWhatWasChosen)
     EXPECT_FALSE(message().isEmpty());
 }
 
-TEST_F(CaptureTypes, AMissedWindowIsForgottenWhenAnotherIsChosen)
+TEST_F(CaptureTypes, ListAndCompositeAreMadeByTheirOptions)
 {
     ASSERT_TRUE(start(Camera::None));
-    loop->advance(1s);
     give(&Window_Main::toolbarWindowExclusive);
-    screen->setWindows({});
+    app->capture.imageBounds = {0, 0, 10, 480};
     loop->advance(1s);
-    EXPECT_TRUE(message().contains(*app->capture.sWindowExclusive)) << message().toStdString();
-    window->withdrawMessage(MessageTopic::General);
-    app->capture.sWindowExclusive = QStringLiteral("Editor (11) (101)");
+    EXPECT_EQ(app->capture.imgScreenCapture.size(), QSize(10, 16));
+    EXPECT_EQ(app->capture.arrayController.size(), 5);
+    addWindows({"Editor", "Player"}, {2000, 0});
+    loop->advance(1s);
+    EXPECT_EQ(app->capture.arrayController.size(), 1) << "of windows beyond the screen";
+    app->capture.listOptions = ListAllWindows;
+    addWindows({"Editor", "Player"}, {2000, 0});
+    loop->advance(1s);
+    EXPECT_EQ(app->capture.arrayController.size(), 3);
+}
+
+TEST_F(CaptureTypes, WhileTheChosenWindowIsAwayTheOthersAreShownOrItsLastPictureAndTheLineSaysWhich)
+{
+    const auto says = [this](const char* text) { return message().contains(QLatin1String(text)); };
+    const auto pixel = [this] {
+        loop->advance(1s);
+        return QColor(app->capture.imgScreenCapture.pixel(8, 8));
+    };
+    ASSERT_TRUE(start(Camera::None));
+    loop->advance(1s); // the preview opens, for which frames are made
+    give(&Window_Main::toolbarWindowExclusive);
+    EXPECT_TRUE(says("The window Player (12) (102), \"A Film\", is recorded. If it goes away, all other"))
+        << message().toStdString();
+    EXPECT_EQ(pixel(), Qt::green);
+    addWindows(Player::Away);
+    EXPECT_EQ(pixel(), Qt::blue);
+    EXPECT_TRUE(says("The window Player (12) (102) is not on the screen. All other windows"))
+        << message().toStdString();
+    EXPECT_TRUE(window->summary->text().contains(QStringLiteral("Player (12) (102)")));
+
+    press("Hold Its Picture");
+    EXPECT_EQ(more->texts.value(QStringLiteral("when_window_goes")), QStringLiteral("hold"));
+    EXPECT_TRUE(says("Its last picture is held")) << message().toStdString();
+    EXPECT_EQ(pixel(), Qt::green);
     addWindows();
+    EXPECT_EQ(pixel(), Qt::green);
+    EXPECT_TRUE(says("The window Player (12) (102) is back. If it goes away, its last picture"))
+        << message().toStdString();
+    addWindows(Player::EmptyFrame);
+    EXPECT_EQ(pixel(), Qt::green) << "a frame without the window in it is no picture of it";
+
+    // Nothing stands for a window that was never seen, least of all the others.
+    press("Choose Another…");
+    ASSERT_EQ(QApplication::activePopupWidget(), window->submenuWindows);
+    QAction* editor = window->submenuWindows->actions().at(2);
+    EXPECT_TRUE(editor->toolTip().contains(QStringLiteral("notes &lt;b&gt;"))) << "no markup of others";
+    EXPECT_FALSE(editor->icon().isNull());
+    window->submenuWindows->close();
+    screen->setWindows({});
+    editor->trigger();
+    EXPECT_EQ(pixel(), Qt::black);
+    press("Record the Others");
     loop->advance(1s);
+    EXPECT_EQ(app->capture.imgScreenCapture.size(), QSize(640, 480));
+    give(&Window_Main::toolbarEntireScreen);
     EXPECT_EQ(message(), QString());
 }

@@ -193,7 +193,7 @@ TEST_F(Finishing, ASavedMovieThatLacksSomethingIsToldAndEverythingKept)
     // Whole when it was joined, a frame short when it was moved.
     platform.readMovie = [&](const QString& path) {
         MovieFacts facts;
-        facts.picture = MovieFacts::Track{frames() - (path == saved ? 1 : 0), CMTimeGetSeconds(movie->end())};
+        facts.picture = MovieFacts::Track{frames() - (path == saved ? 1 : 0), movie->seconds()};
         return facts;
     };
     const QSignalSpy finished(app.get(), &AppDelegate::recordingFinished);
@@ -247,8 +247,7 @@ TEST_F(Finishing, WithoutAUserACancelBeforeTheCopyHolds)
     ASSERT_TRUE(launch());
     platform.readMovie = [this](const QString&) {
         app->cancelFinishing(); // between joining and copying
-        return MovieFacts{
-            {}, MovieFacts::Track{std::int64_t(movie->appends().size()), CMTimeGetSeconds(movie->end())}, {}};
+        return MovieFacts{{}, MovieFacts::Track{std::int64_t(movie->appends().size()), movie->seconds()}, {}};
     };
     dialogs->savePaths = {other.filePath(QStringLiteral("saved.mov"))};
     record();
@@ -315,7 +314,7 @@ TEST_F(Finishing, ARunThatIsOverCanBeEndedWhileItCompletesWhatAnEarlierOneLeft)
         loop->scheduleOnce({3, 1}, [&run](const TimerFiring&) { run->endEarly(); });
     });
     ASSERT_TRUE(launch());
-    run = std::make_unique<UnattendedRun>(*app, *loop, options);
+    run = std::make_unique<UnattendedRun>(*app, *loop, streams, options, QString());
     Q_EMIT app->pictureFinished({});
     EXPECT_EQ(QApplication::exec(), 1);
     EXPECT_EQ(launches.size(), 1U);

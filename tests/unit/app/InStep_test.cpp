@@ -58,7 +58,7 @@ struct InStep : Program, testing::WithParamInterface<std::int32_t> {
         for (std::size_t i = 1; i < appends.size(); ++i)
             ASSERT_GT(CMTimeCompare(appends[i].time, appends[i - 1].time), 0) << "frame " << i;
         const double heard = std::chrono::duration<double>(sound->recordings.back()->recorded).count();
-        EXPECT_LE(std::abs(CMTimeGetSeconds(movie->end()) - heard), frame_ + 1e-6);
+        EXPECT_LE(std::abs(movie->seconds() - heard), frame_ + 1e-6);
     }
 
     double frame_ = 0;

@@ -29,6 +29,8 @@ TEST(MessageStrip, EachTopicHasOneMessageAndTheNewestThreeAreShown)
     strip.add(MessageTopic::Rate, {QStringLiteral("d")});
     strip.add(MessageTopic::Load, {QStringLiteral("e")});
     EXPECT_EQ(shown(), QStringLiteral("c d e"));
+    strip.add(MessageTopic::Load, {QStringLiteral("e ").repeated(200)});
+    EXPECT_GT(strip.heightForWidth(300), strip.heightForWidth(3000)) << "the window makes room for the text";
     strip.withdraw(MessageTopic::Load);
     strip.withdraw(MessageTopic::Screen);
     EXPECT_EQ(shown(), QStringLiteral("b c d"));

@@ -3,6 +3,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/MessageStrip.h"
+#include "app/StandardStreams.h"
 #include "app/Window_Main.h"
 #include "app/connectCommands.h"
 #include "platform/fake/FakeCameraSource.h"
@@ -52,6 +53,7 @@ struct Program : testing::Test {
     FakeChildProcess::Script encoder;
     std::optional<MovieFacts> readMovie; ///< what a saved movie holds; nothing: what was recorded
     LaunchOptions options;
+    StandardStreams streams;
     std::unique_ptr<Window_Main> window;
     std::unique_ptr<AppDelegate> app;
 
@@ -75,8 +77,8 @@ struct Program : testing::Test {
         platform.createMovieWriter = fakeMovieWriters(movie);
         platform.createSoundRecorder = fakeSoundRecorderFactory(sound);
         platform.readMovie = [this](const QString&) {
-            return readMovie.value_or(MovieFacts{
-                {}, MovieFacts::Track{std::int64_t(movie->appends().size()), CMTimeGetSeconds(movie->end())}, {}});
+            return readMovie.value_or(
+                MovieFacts{{}, MovieFacts::Track{std::int64_t(movie->appends().size()), movie->seconds()}, {}});
         };
         encoder.work = [](const QStringList& arguments) {
             QFile joined(arguments.last());

@@ -10,6 +10,7 @@
 #include <QPushButton>
 #include <QSlider>
 #include <QTimer>
+#include <QWindow>
 
 using namespace lumavex;
 using namespace std::chrono_literals;
@@ -57,6 +58,7 @@ TEST_F(Settings, OkStoresInOrderAndIsFoundAtTheNextStart)
 {
     ASSERT_TRUE(start(Camera::None));
     window->resize(500, 100);
+    const WId nativeWindow = window->winId();
     change([this] {
         store->written.clear();
         control<QCheckBox>("checkOnTopOtherWindows").setChecked(false);
@@ -83,6 +85,8 @@ TEST_F(Settings, OkStoresInOrderAndIsFoundAtTheNextStart)
     EXPECT_EQ(store->written, expected);
     EXPECT_EQ(rate(), 24);
     EXPECT_FALSE(window->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+    EXPECT_FALSE(window->windowHandle()->flags().testFlag(Qt::WindowStaysOnTopHint));
+    EXPECT_EQ(window->winId(), nativeWindow) << "the windows in front of it would be left behind";
     EXPECT_TRUE(app->compose.bOverlay);
     EXPECT_EQ(app->compose.i_Position_Overlay, 4);
     EXPECT_EQ(app->compose.i_Size_Overlay, 12);
@@ -171,7 +175,7 @@ TEST_F(Settings, ARateOfTheCommandLineBeyondTheOfferedOnesHolds)
     EXPECT_EQ(rate(), 20);
 }
 
-TEST_F(Settings, CameraGoesOnUnlessItChanges)
+TEST_F(Settings, EveryOkStartsTheCameraAnewAndItsLastPictureStays)
 {
     ASSERT_TRUE(start(Camera::Running));
     FakeCamera other;
@@ -181,20 +185,29 @@ TEST_F(Settings, CameraGoesOnUnlessItChanges)
     give(&Window_Main::toolbarCameraOnly);
     const auto captureIsDisabled = [this] { return !window->toolbarRegion->isEnabled(); };
     const std::uint64_t opening = cameras->currentSource();
+    loop->advance(1s);
+    const auto* preview = app->compose.windowPreview.get();
+    ASSERT_TRUE(preview);
+    const TimerId timer = app->compose.timerViewRefresh;
     change([] {});
-    EXPECT_EQ(cameras->currentSource(), opening) << "it runs as asked, so it is not opened again";
+    EXPECT_EQ(cameras->currentSource(), opening + 1);
+    EXPECT_NE(app->compose.timerViewRefresh, timer);
+    EXPECT_FALSE(app->camera.imgDeviceCapture.isNull());
+    const std::uint64_t last = app->camera.serialCamera;
     EXPECT_TRUE(app->camera.b_Camera_Connected);
     EXPECT_TRUE(captureIsDisabled()) << "the source stays";
+    EXPECT_TRUE(until([&] { return app->camera.serialCamera != last; }));
+    EXPECT_EQ(app->compose.windowPreview.get(), preview) << "opened anew for a size that did not change";
 
     change([this] { choose("comboCameraResolution", QStringLiteral("640x480")); });
-    EXPECT_EQ(cameras->currentSource(), opening + 1);
+    EXPECT_EQ(cameras->currentSource(), opening + 2);
     EXPECT_TRUE(until([this] {
         return app->compose.size_Video_Output == CGSize{640, 480};
     })) << "the movie follows the camera's size";
     EXPECT_TRUE(captureIsDisabled());
 
     change([this] { choose("comboCameraListOfCameras", QStringLiteral("Cam 2")); });
-    EXPECT_EQ(cameras->currentSource(), opening + 2);
+    EXPECT_EQ(cameras->currentSource(), opening + 3);
     EXPECT_EQ(stored("s_Camera_Name"), "Cam 2");
 
     change([this] { control<QComboBox>("comboCameraListOfCameras").setCurrentIndex(0); });
@@ -218,14 +231,14 @@ TEST_F(Settings, ACameraThatCannotBeStartedIsToldAndForgotten)
         choose("comboCameraListOfCameras", QStringLiteral("Busy"));
         choose("comboCameraFPS", QStringLiteral("30"));
     });
-    ASSERT_EQ(dialogs->alerts.size(), 1U);
+    ASSERT_TRUE(until([this] { return !dialogs->alerts.empty(); })) << "the dialog is closed by then";
     EXPECT_EQ(dialogs->alerts[0].messageText, "Error");
     EXPECT_EQ(dialogs->alerts[0].informativeText, "Could not start Camera. Change Camera Resolution and try again.");
     EXPECT_EQ(stored("s_Camera_Name"), doNotConnectToCamera.toStdString());
     EXPECT_EQ(stored("i_Camera_Capture_FPS"), "1");
     EXPECT_EQ(rate(), 10);
     EXPECT_EQ(message(), busy.refusal) << "why, besides";
-    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    EXPECT_FALSE(window->menuCameraAlone->isEnabled());
 }
 
 TEST_F(Settings, SoundSettingsOpenOrTheInputIsNamed)

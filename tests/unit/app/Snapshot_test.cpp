@@ -250,13 +250,15 @@ TEST_F(SnapshotTest, TheEndOfTheProgramWaitsForThePictureThatIsBeingWritten)
 TEST_F(SnapshotTest, UnattendedAScreenThatCannotBeReadGivesNoPicture)
 {
     options.snapshot = home.filePath(QStringLiteral("picture.png"));
-    platform.dialogs = std::make_unique<UnattendedDialogs>(options);
+    platform.dialogs = std::make_unique<UnattendedDialogs>(options, streams);
     ASSERT_TRUE(launch());
     screen->setTrouble(QStringLiteral("The screen is gone."));
-    UnattendedRun run(*app, *loop, options);
     testing::internal::CaptureStderr();
+    StandardStreams captured;
+    UnattendedRun run(*app, *loop, captured, options, {});
     run.begin();
     loop->advance(2s);
+    captured.finish();
     EXPECT_NE(testing::internal::GetCapturedStderr().find("The screen could not be read"), std::string::npos);
     EXPECT_FALSE(QFile::exists(options.snapshot));
     EXPECT_TRUE(kept().isEmpty());
@@ -272,11 +274,10 @@ TEST_F(SnapshotTest, UnattendedItIsTakenAtOnceAndNotWithoutTheCamerasPicture)
     store->texts[settingKey("s_Camera_Name")] = cameraName;
     store->texts[settingKey("i_Show_Secondary")] = QStringLiteral("1");
     options.snapshot = home.filePath(QStringLiteral("picture.png"));
-    platform.dialogs = std::make_unique<UnattendedDialogs>(options);
+    platform.dialogs = std::make_unique<UnattendedDialogs>(options, streams);
 
     for (const bool sends : {false, true}) {
         ASSERT_TRUE(launch());
-        UnattendedRun run(*app, *loop, options);
         if (sends)
             QTimer::singleShot(0, [this] {
                 QImage picture(320, 240, QImage::Format_RGB32);
@@ -285,6 +286,8 @@ TEST_F(SnapshotTest, UnattendedItIsTakenAtOnceAndNotWithoutTheCamerasPicture)
             });
         testing::internal::CaptureStderr();
         testing::internal::CaptureStdout();
+        StandardStreams captured;
+        UnattendedRun run(*app, *loop, captured, options, {});
         QSignalSpy finished(app.get(), &AppDelegate::pictureFinished);
         const Nanoseconds before = clock.time;
         run.begin();
@@ -296,6 +299,7 @@ TEST_F(SnapshotTest, UnattendedItIsTakenAtOnceAndNotWithoutTheCamerasPicture)
             }));
             EXPECT_LT(clock.time - before, 1s) << "although the rate is one a second";
         }
+        captured.finish();
         const std::string errors = testing::internal::GetCapturedStderr();
         const std::string output = testing::internal::GetCapturedStdout();
         EXPECT_EQ(output, sends ? options.snapshot.toStdString() + '\n' : "");

@@ -45,16 +45,30 @@ struct SourceControls : Program {
         return which == Camera::None || until([this] { return app->camera.size_Camera == cameraSize; });
     }
 
-    void addWindows()
+    enum class Player { There, EmptyFrame, Away };
+
+    /// The program's own window, a blue editor, a green player, and the program's own again.
+    void addWindows(Player player = Player::There)
     {
-        std::vector<FakeScreenGrabber::Window> windows(4);
-        const char* names[] = {"Lumavex", "Editor", "Player", "Lumavex"};
+        addWindows({"Lumavex", "Editor", "Player", "Lumavex"}, {}, player);
+    }
+
+    void addWindows(const std::vector<const char*>& names, const CGPoint& place = {}, Player player = Player::There)
+    {
+        std::vector<FakeScreenGrabber::Window> windows(names.size());
         for (std::size_t i = 0; i < windows.size(); ++i) {
             windows[i].description.ownerName = QLatin1String(names[i]);
+            windows[i].description.x = place.x;
+            windows[i].description.y = place.y;
             windows[i].description.ownerPid = static_cast<int>(i) + 10;
             windows[i].description.number = static_cast<std::uint32_t>(i) + 100;
             windows[i].picture = QImage(16, 16, QImage::Format_RGB32);
+            windows[i].picture.fill(i == 2 && player == Player::There ? Qt::green : Qt::blue);
+            windows[i].look = {i == 2 ? QStringLiteral("A Film") : QStringLiteral("notes <b>"), windows[i].picture};
+            windows[i].showsContents = i != 2 || player == Player::There;
         }
+        if (player == Player::Away)
+            windows.erase(windows.begin() + 2);
         screen->setWindows(windows);
     }
 

@@ -5,6 +5,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QMenu>
+#include <QTimer>
 
 using namespace lumavex;
 using namespace std::chrono_literals;
@@ -169,6 +170,15 @@ TEST_F(Sources, AFixedOutputSizeIsHeldToo)
     outputIsHeld = true;
     expected.output = {160, 120};
     walkThroughAllPairs(Camera::Running);
+
+    options.size = CGSize{200, 150}; // which the menu does not offer
+    store->texts[settingKey("i_Video_Source_Primary")] = QStringLiteral("1");
+    store->texts[settingKey("i_Show_Secondary")] = QStringLiteral("0");
+    ASSERT_TRUE(start(Camera::Running));
+    EXPECT_FALSE(window->menuitemVideoOutputScreenResolution->isChecked());
+    expected = {};
+    expected.output = *options.size;
+    walkThroughAllPairs(Camera::Running);
 }
 
 TEST_F(Sources, TheNextStartFindsTheSourceAndFallsBackToTheScreenWithoutItsCamera)
@@ -205,6 +215,25 @@ TEST_F(Sources, ACameraThatIsBusyIsToldAndLeftOut)
     EXPECT_EQ(stored("i_Camera_Capture_FPS"), "1");
     EXPECT_EQ(app->recording.i_fps_of_Recording, 1);
     walkThroughAllPairs(Camera::None);
+}
+
+TEST_F(Sources, WithoutAUserTheCameraIsOpenedIfItIsSeenWaitedForAndNeverForgotten)
+{
+    ASSERT_TRUE(launchWith({.name = cameraName}, {{"i_Camera_Capture_FPS", "30"}}));
+    options.recordSeconds = 1;
+    ASSERT_TRUE(launch());
+    EXPECT_FALSE(cameras->isRunning()) << "the screen is recorded alone";
+
+    store->texts[settingKey("i_Show_Secondary")] = QStringLiteral("1");
+    cameras->remove(cameraName);
+    ASSERT_TRUE(launch());
+    EXPECT_FALSE(app->camera.b_Camera_Connected);
+    EXPECT_EQ(stored("s_Camera_Name"), cameraName.toStdString());
+    EXPECT_EQ(stored("i_Camera_Capture_FPS"), "30");
+
+    QTimer::singleShot(10, [this] { cameras->add({.name = cameraName}); });
+    ASSERT_TRUE(launch());
+    EXPECT_TRUE(app->camera.b_Camera_Connected) << "it was listed a little later";
 }
 
 TEST_F(Sources, TheOutputTakesTheSizeThatWasAskedForWhateverTheCameraSends)

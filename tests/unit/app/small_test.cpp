@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/CommandLine.h"
+#include "app/OutputSize.h"
 #include "app/SettingsTable.h"
+#include "app/StandardStreams.h"
 #include "app/Unattended.h"
 #include "platform/fake/FakeUserDefaults.h"
 
@@ -48,6 +50,9 @@ TEST(SettingsTable, OnlyTheDefaultingRuleWritesAndTheLayerIsNeverStored)
     layer.lay(QStringLiteral("5"), settingKey("c"));
     layer.setObject_forKey(QStringLiteral("1"), settingKey("c"));
     EXPECT_EQ(store.texts.value(settingKey("c")), QStringLiteral("1")) << "a first run stores all its defaults";
+    layer.startingIsOver();
+    layer.setObject_forKey(QStringLiteral("6"), settingKey("c"));
+    EXPECT_EQ(readInteger(layer, "c", ReadRule::Plain), 6) << "what the user chooses holds";
 }
 
 TEST(CommandLine, OptionsInBothFormsAndMistakesInTheUsersWords)
@@ -56,7 +61,8 @@ TEST(CommandLine, OptionsInBothFormsAndMistakesInTheUsersWords)
     for (const char* right :
          {"--record 2.5 --output=a.mov --fps 25 --size 1280x720 --sound no --cursor=yes --overwrite --ignore-load",
           "--overlay a.tif --overlay-position 0 --overlay-size 1638 --secondary-position 8 --secondary-size 4 "
-          "--source both --saturation 0 --brightness -2.5 --contrast 20 --snapshot a.PNG"})
+          "--source both --saturation 0 --brightness -2.5 --contrast 20 --snapshot a.PNG",
+          "--when-window-goes hold", "--record 1 --output a --window a --when-window-goes=others"})
         EXPECT_FALSE(parse(QLatin1String(right)).exitStatus.has_value()) << right;
 
     const QString wrongOnes = QStringLiteral(
@@ -70,12 +76,30 @@ TEST(CommandLine, OptionsInBothFormsAndMistakesInTheUsersWords)
         "--overlay a.png --overlay-size 1639|--secondary-size 5|--secondary-size 1 --source camera|"
         "--secondary-position 1 --source screen|--saturation -1|--saturation nan|--brightness 10.1|--contrast 21|"
         "--contrast 5 --source screen|--snapshot a.jpg|--snapshot a.png --record 1 --output a|"
-        "--snapshot a.png --output a|--snapshot a.png --type region");
+        "--snapshot a.png --output a|--snapshot a.png --type region|--record 1 --output a.mp4|--camera a --source "
+        "screen|"
+        "--when-window-goes vanish|--when-window-goes hold --region 1,2,3,4|--when-window-goes hold --snapshot a.png");
     for (const QString& wrong : wrongOnes.split(u'|')) {
         const CommandLine result = parse(wrong);
         EXPECT_EQ(result.exitStatus, 2) << wrong.toStdString();
         EXPECT_TRUE(result.text.startsWith(QLatin1String("lumavex: "))) << wrong.toStdString();
     }
+}
+
+TEST(CommandLine, AMovieWithoutAnEndingGetsTheUsualOneAndThatIsTold)
+{
+    for (const auto& [given, output] : {std::pair{"talk", "talk.mov"}, {"talk.", "talk.mov"}, {"b.MKV", "b.MKV"}}) {
+        const CommandLine line = parseCommandLine({QStringLiteral("--record=1"), QStringLiteral("--output"), given});
+        EXPECT_EQ(line.options.output, output);
+        EXPECT_EQ(line.note.contains(QLatin1String(output)), line.options.output != given);
+    }
+}
+
+TEST(OutputSize, ThatWouldShowNothingOfThePictureIsRefused)
+{
+    EXPECT_TRUE(vanishingProblem({1920, 1080}, {1920, 100}).contains(QLatin1String("1920x1080")));
+    EXPECT_EQ(vanishingProblem({1280, 800}, {1920, 100}), QString()) << "the last step but one leaves 128x80 of it";
+    EXPECT_EQ(vanishingProblem({0, 0}, {1920, 100}), QString()) << "a camera before its first picture";
 }
 
 TEST(UnattendedDialogs, AFileThatCameMeanwhileIsNotReplaced)
@@ -86,8 +110,9 @@ TEST(UnattendedDialogs, AFileThatCameMeanwhileIsNotReplaced)
         options.output = folder.filePath(QLatin1String(wanted));
         QFile file(options.output);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        EXPECT_EQ(UnattendedDialogs(options).runSavePanel({}), folder.filePath(QLatin1String(given)));
+        StandardStreams streams;
+        EXPECT_EQ(UnattendedDialogs(options, streams).runSavePanel({}), folder.filePath(QLatin1String(given)));
         options.existing = LaunchOptions::Existing::Overwrite;
-        EXPECT_EQ(UnattendedDialogs(options).runSavePanel({}), options.output);
+        EXPECT_EQ(UnattendedDialogs(options, streams).runSavePanel({}), options.output);
     }
 }

@@ -107,6 +107,26 @@ TEST_F(CameraDelegateTest, PicturesOfAnEarlierStartAreNotTakenForTheNewOnes)
     EXPECT_EQ(started, 1);
 }
 
+TEST_F(CameraDelegateTest, AStartWithoutWaitingTellsItsFailureLaterAndOnlyIfItIsStillWanted)
+{
+    int failures = 0;
+    QObject::connect(&camera, &CameraDelegate::startFailed, &camera, [&failures] { ++failures; });
+    EXPECT_FALSE(camera.startCameraWithoutWaiting(kName));
+    add({.name = QStringLiteral("Busy"), .refusal = QStringLiteral("in use")});
+    addQuiet();
+    EXPECT_TRUE(camera.startCameraWithoutWaiting(QStringLiteral("Busy")));
+    EXPECT_TRUE(camera.startCameraWithoutWaiting(kName));
+    serve();
+    EXPECT_EQ(failures, 0) << "of a camera that was given up for another";
+    send(qRgb(1, 2, 3));
+    serve();
+    EXPECT_EQ(taken, 1);
+    EXPECT_TRUE(camera.startCameraWithoutWaiting(QStringLiteral("Busy")));
+    serve();
+    EXPECT_EQ(failures, 1);
+    EXPECT_EQ(camera.trouble(), QStringLiteral("in use"));
+}
+
 TEST_F(CameraDelegateTest, ColourControlsApplyWhileTheSwitchIsOn)
 {
     addQuiet();

@@ -9,6 +9,7 @@
 namespace lumavex {
 
 /// The frame drawn step by step as it is defined: every canvas on the way exists, every drawing is a painter's.
-QImage conceptualFrame(const FrameInputs& inputs, FramePass pass, const QSize& size);
+/// The geometry counts units, of which the frame is `size` pixels.
+QImage conceptualFrame(const FrameInputs& inputs, FramePass pass, const QSize& size, const CGSize& units);
 
 } // namespace lumavex

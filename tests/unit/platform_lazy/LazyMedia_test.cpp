@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <future>
 
 namespace lumavex {
 namespace {
@@ -18,12 +19,14 @@ const QString kCamera = QStringLiteral("Camera");
 const QString kTrouble = QStringLiteral("It is not there.");
 
 /// Of the library that is loaded; the library's functions are plain ones.
+FakeCameraSource* cameras = nullptr;
 std::shared_ptr<FakeSound> sound;
 
 const MediaBackends fakeBackends = {
     .stamp = "",
     .createCameraSource = []() -> std::unique_ptr<CameraSource> {
         auto source = std::make_unique<FakeCameraSource>();
+        cameras = source.get();
         FakeCamera camera{.name = kCamera};
         camera.interval.reset();
         source->add(camera);
@@ -49,6 +52,13 @@ struct Library {
     }
 };
 
+void send()
+{
+    QImage picture(640, 480, QImage::Format_RGB32);
+    picture.fill(Qt::red);
+    cameras->send(picture);
+}
+
 TEST(LazyMedia, IsNotLoadedBeforeItIsNeeded)
 {
     Library library{{&fakeBackends, {}}};
@@ -68,6 +78,33 @@ TEST(LazyMedia, IsNotLoadedBeforeItIsNeeded)
     const auto recorder = createRecorder(QStringLiteral("a.wav"), nullptr);
     ASSERT_EQ(sound->recordings.size(), 1U);
     EXPECT_EQ(sound->recordings.front()->path, QStringLiteral("a.wav"));
+}
+
+TEST(LazyMedia, CameraTellsHandlersSetBeforeAndAfterItWasLoaded)
+{
+    Library library{{&fakeBackends, {}}};
+    const auto source = createLazyCameraSource(library.loader());
+    std::atomic<int> before = 0;
+    std::atomic<int> after = 0;
+    std::vector<bool> presence;
+    source->setFrameHandler([&](const CameraFrame&) { ++before; });
+    source->setPresenceHandler([&](bool present) { presence.push_back(present); });
+    ASSERT_EQ(source->open({kCamera, 0}), QString());
+    EXPECT_EQ(source->currentSource(), 1U);
+    send();
+    cameras->remove(kCamera);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(before, 1);
+    EXPECT_THAT(presence, testing::ElementsAre(false));
+
+    source->setFrameHandler([&](const CameraFrame&) { ++after; });
+    cameras->add({.name = kCamera, .interval = std::nullopt});
+    ASSERT_EQ(source->open({kCamera, 0}), QString());
+    send();
+    EXPECT_EQ(before, 1);
+    EXPECT_EQ(after, 1);
+    source->stop();
+    EXPECT_FALSE(cameras->isRunning());
 }
 
 TEST(LazyMedia, WithoutItsLibraryThereIsNoCameraAndNoSoundAndTheUserIsToldWhy)
@@ -102,6 +139,27 @@ TEST(LazyMedia, WithoutItsLibraryThereIsNoCameraAndNoSoundAndTheUserIsToldWhy)
     createRecorder(QStringLiteral("c.wav"), tell)->record({});
     QCoreApplication::processEvents();
     EXPECT_EQ(told.size(), 1) << "by a recorder that was stopped, or is gone";
+}
+
+TEST(LazyMedia, BeginningToListWaitsForNothing)
+{
+    std::promise<void> disk;
+    std::atomic<bool> loaded = false;
+    const MediaLibrary library{&fakeBackends, {}};
+    const auto load = [&, ready = disk.get_future().share()]() -> const MediaLibrary& {
+        ready.wait();
+        loaded = true;
+        return library;
+    };
+    {
+        const auto source = createLazyCameraSource(load);
+        source->beginListing();
+        source->beginListing();
+        EXPECT_FALSE(loaded);
+        disk.set_value();
+        EXPECT_EQ(source->names(), QStringList{kCamera});
+    }
+    QCoreApplication::processEvents(); // what the thread had to say is of a source that is gone
 }
 
 TEST(LazyMedia, ALibraryThatIsNoneIsRefused)

@@ -35,6 +35,16 @@ static ProgramResult runLine(const char* line, const QString& path)
     return runProgram(words.front(), words.sliced(1));
 }
 
+QString ratesOf(const QString& path)
+{
+    const auto result = runProgram(QStringLiteral("ffprobe"),
+                                   {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-select_streams"),
+                                    QStringLiteral("v"), QStringLiteral("-show_entries"),
+                                    QStringLiteral("stream=avg_frame_rate,r_frame_rate"), QStringLiteral("-of"),
+                                    QStringLiteral("default=nk=1:nw=1"), path});
+    return QString::fromUtf8(result.output.simplified());
+}
+
 std::vector<Packet> packetsOf(const QString& path)
 {
     const auto result =

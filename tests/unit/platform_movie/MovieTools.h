@@ -29,6 +29,8 @@ struct Packet {
     std::int64_t size = 0;
     friend bool operator==(const Packet&, const Packet&) = default;
 };
+/// ffprobe's "avg_frame_rate r_frame_rate" of the video track, such as "30/1 30/1".
+QString ratesOf(const QString& path);
 /// ffprobe's view of the video track; empty when it cannot open the file.
 std::vector<Packet> packetsOf(const QString& path);
 /// GStreamer's: the time stamps in nanoseconds.

@@ -17,7 +17,8 @@ constexpr int kWidth = 320;
 constexpr int kHeight = 240;
 constexpr int kFragments = 3;
 constexpr int kFramesPerFragment = 24; // with a moof of more than a page, thanks to the repetitions
-constexpr std::int64_t kStep = 3000;
+constexpr int kRate = 29;
+constexpr std::int64_t kStep = 3103; ///< a frame, at the timescale of that rate
 
 /// The same movie, growing and finished.
 class MovieFile : public testing::Test {
@@ -25,7 +26,7 @@ protected:
     void SetUp() override
     {
         const std::string path = path_.toStdString();
-        ASSERT_FALSE(file_.create(path, {kWidth, kHeight, 0}));
+        ASSERT_FALSE(file_.create(path, {kWidth, kHeight, 0, movieTimescale(kRate)}));
         for (int fragment = 0; fragment < kFragments; ++fragment) {
             starts_.push_back(file_.bytesWritten());
             ASSERT_FALSE(appendFragment(fragment));
@@ -79,7 +80,7 @@ protected:
         const auto times = gstreamerTimesOf(path);
         ASSERT_EQ(times.size(), static_cast<std::size_t>(frames));
         for (int i = 0; i < frames; ++i)
-            EXPECT_NEAR(static_cast<double>(times[static_cast<std::size_t>(i)]), i * 1e9 / 30, 2) << i;
+            EXPECT_NEAR(static_cast<double>(times[static_cast<std::size_t>(i)]), i * 1e9 / kRate, 2) << i;
     }
 
     QTemporaryDir folder_;

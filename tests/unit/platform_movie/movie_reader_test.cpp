@@ -57,7 +57,7 @@ TEST_F(MovieReaderTest, TellsWhatOurMovieAndTheEncodersHold)
         EXPECT_EQ(facts.error, QString());
         ASSERT_TRUE(facts.picture);
         EXPECT_EQ(facts.picture->samples, kFrames);
-        EXPECT_NEAR(facts.picture->seconds, (kFrames + 1) / 30.0, 0.001);
+        EXPECT_NEAR(facts.picture->seconds, kFrames / 30.0, 0.001);
         EXPECT_EQ(facts.sound.has_value(), path != path_);
         if (facts.sound) {
             EXPECT_EQ(facts.sound->samples, 66150);

@@ -82,6 +82,27 @@ TEST_F(WriterMemory, OnceItRunsAFrameTakesNone)
     ASSERT_EQ(finishAndWait(*writer_, nextTime()).error, QString());
 }
 
+TEST_F(WriterMemory, AnHourTakesSixteenBytesAFrame)
+{
+    constexpr int kFrames = 60 * 60 * 60;
+    start(16, 16);
+    ASSERT_TRUE(
+        writer_->adaptor().appendPixelBuffer_withPresentationTime(pixelBufferOf(testPicture(16, 16, 0)), nextTime()));
+    const std::int64_t before = memoryUse().bytes;
+    while (frame_ < kFrames) {
+        waitUntilReady();
+        ASSERT_TRUE(writer_->adaptor().appendPrevious_withPresentationTime(nextTime()));
+    }
+    EXPECT_LT(memoryUse().bytes - before, std::int64_t{16} * kFrames + (1 << 20));
+    RecordProperty("bytes", static_cast<int>(memoryUse().bytes - before));
+    const auto result = finishAndWait(*writer_, nextTime());
+    EXPECT_EQ(result.error, QString());
+    EXPECT_EQ(result.frames, kFrames);
+    const auto packets = packetsOf(path_);
+    ASSERT_EQ(packets.size(), static_cast<std::size_t>(kFrames));
+    EXPECT_EQ(packets.back().time, std::int64_t{kFrames - 1} * 1500);
+}
+
 TEST_F(WriterMemory, AFrameThereIsNoMemoryForEndsTheMovieBeforeIt)
 {
     constexpr int kWidth = 800;

@@ -36,11 +36,12 @@ protected:
 
     QString run()
     {
-        return runEncoder(job, FakeChildProcess::factory(script, &launches), runLoop_,
+        return runEncoder(job, state, FakeChildProcess::factory(script, &launches), runLoop_,
                           {[this](float percentage) { percentages.push_back(percentage); }, {}, {}});
     }
 
     EncoderJob job;
+    EncoderState state;
     FakeChildProcess::Script script;
     std::vector<FakeChildProcess::Launch> launches;
     std::vector<float> percentages;
@@ -63,6 +64,10 @@ TEST_F(EncoderRunTest, PassesTheArgumentsAndTheProgressOn)
     EXPECT_EQ(launches[0].launchPath, job.sffmpegPath);
     EXPECT_EQ(launches[0].arguments, (QStringList{"-i", job.s_Video_File_Source, "-i", job.s_Sound_File_Source, "-c",
                                                   "copy", job.s_AV_File_Source}));
+    EXPECT_TRUE(state.terminated);
+    state = {.u_Type_Progress = 1};
+    EXPECT_EQ(run(), "");
+    EXPECT_EQ(percentages.size(), 2U) << "reports of another operation moved the bar";
 }
 
 TEST_F(EncoderRunTest, AFailureComesWithTheEncodersLastLines)
@@ -98,16 +103,17 @@ TEST_F(EncoderRunTest, OneThatHangsIsEndedWhenCancelledOrWhenTheFileDoesNotGrowA
     script.end = FakeChildProcess::End::WhenTerminated;
     const auto factory = FakeChildProcess::factory(script, &launches);
     int asked = 0;
-    EXPECT_EQ(runEncoder(job, factory, loop, {{}, [&asked] { return ++asked > 10; }, {}}), "Joining was cancelled.");
+    EXPECT_EQ(runEncoder(job, state, factory, loop, {{}, [&asked] { return ++asked > 10; }, {}}),
+              "Joining was cancelled.");
 
     const Nanoseconds begin = clock.time;
     // Slow, but it gets on: the file grows for a while.
-    loop.scheduleRepeating({20, 1}, RunLoopMode::Common, TimerOrder::Other, [&](const TimerFiring&) {
+    loop.scheduleRepeating({20, 1}, RunLoopMode::Common, [&](const TimerFiring&) {
         QFile file(job.s_AV_File_Source);
         if (clock.time - begin < std::chrono::seconds(100) && file.open(QIODevice::Append))
             file.write("more");
     });
-    EXPECT_THAT(runEncoder(job, factory, loop, {{}, {}, std::chrono::seconds(60)}).toStdString(),
+    EXPECT_THAT(runEncoder(job, state, factory, loop, {{}, {}, std::chrono::seconds(60)}).toStdString(),
                 HasSubstr("for 60 seconds"));
     EXPECT_NEAR(std::chrono::duration<double>(clock.time - begin).count(), 80 + 60, 2);
 }

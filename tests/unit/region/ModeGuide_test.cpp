@@ -12,6 +12,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 using namespace lumavex;
 
 namespace {
@@ -22,6 +24,11 @@ using Deed = void (*)(QDialog& guide);
 void tick(QDialog& guide)
 {
     guide.findChild<QCheckBox*>(QStringLiteral("checkDontShowAgain"))->click();
+}
+
+void tickHold(QDialog& guide)
+{
+    guide.findChild<QCheckBox*>(QStringLiteral("checkHoldPicture"))->click();
 }
 
 void pressOK(QDialog& guide)
@@ -70,4 +77,32 @@ TYPED_TEST(ModeGuides, AreTurnedOffByTickAndOKAlone)
     };
     for (const auto& [deed, stops] : deeds)
         EXPECT_EQ(this->outcomeOf(deed), stops);
+}
+
+TYPED_TEST(ModeGuides, ShowTheirPictureAndTakeReturn)
+{
+    EXPECT_EQ(this->outcomeOf([](QDialog& guide) {
+        // A picture that cannot be read or drawn would leave its place empty.
+        const QImage picture = guide.findChild<QWidget*>(QStringLiteral("picture"))->grab().toImage();
+        EXPECT_NE(picture.pixel(picture.width() / 2, picture.height() / 2), picture.pixel(0, 0));
+        for (const QLabel* label : guide.findChildren<QLabel*>())
+            EXPECT_GE(label->height(), label->heightForWidth(label->width())) << qUtf8Printable(label->objectName());
+        pressKey(guide, Qt::Key_Return);
+    }),
+              0);
+}
+
+TEST(WindowGuide, ItsSecondBoxChoosesByOKAloneAndWhenItWasChanged)
+{
+    const auto choiceOf = [](bool before, Deed deed) {
+        std::vector<bool> chosen;
+        Window_WindowExclusive_How_It_Works guide([] {}, before, [&](bool hold) { chosen.push_back(hold); });
+        QTimer::singleShot(0, &guide, [&guide, deed] { deed(guide); });
+        guide.runModal();
+        return chosen;
+    };
+    EXPECT_EQ(choiceOf(false, [](QDialog& guide) { pressOK(guide); }), std::vector<bool>());
+    EXPECT_EQ(choiceOf(false, [](QDialog& guide) { tickHold(guide), pressOK(guide); }), std::vector{true});
+    EXPECT_EQ(choiceOf(true, [](QDialog& guide) { tickHold(guide), pressOK(guide); }), std::vector{false});
+    EXPECT_EQ(choiceOf(true, [](QDialog& guide) { tickHold(guide), guide.close(); }), std::vector<bool>());
 }

@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/x11/MendedDisplay.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace lumavex {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// So long after a window has moved or gone a compositing manager may still show it where it was.
+constexpr auto kTraceLasts = 1s;
+
+} // namespace
+
+MendedDisplay::MendedDisplay(const XcbConnection& connection, SharedImagePool& pool, WindowPainter& painter,
+                             const PixelLayout& layout)
+    : connection_(connection), pool_(pool), painter_(painter), series_(connection, pool, layout)
+{
+    if (!connection_.extensions().fixes)
+        return;
+    region_ = {connection_.get(), connection_.newId()};
+    xcb_xfixes_create_region(connection_.get(), region_.id(), 0, nullptr);
+}
+
+Grab MendedDisplay::grabAsItIs(const std::function<QRect()>& listen)
+{
+    series_.takeDamage();
+    const QRect display = listen();
+    const ChangedArea changed = usePlaces({}, display);
+    return series_.read(display, changed) ? series_.finish() : Grab{};
+}
+
+MendedDisplay::Result MendedDisplay::grab(const MendingRequest& request, const QSize& rootSize,
+                                          const std::function<bool()>& stillTrue)
+{
+    auto plan = planMending(request, traces(request));
+    if (!plan)
+        return {Obstacle::TooMuch, {}};
+    ChangedArea changed = usePlaces(plan->places, request.canvas);
+    bool painted =
+        painter_.prepare({std::move(plan->layers), std::move(plan->alsoKept), request.desktop, request.compositing,
+                          request.canvas, rootSize, std::vector<QRect>(places_.begin(), places_.end())});
+    // The server copies redirected windows to the screen by the way, or when it is read: so they and the damage of the
+    // screen are of the same moment.
+    xcb_connection_t* const c = connection_.get();
+    xcb_discard_reply(c, xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, connection_.root(), 0, 0, 1, 1, ~0U).sequence);
+    series_.takeDamage(region_.id());
+    const ChangedArea paintedParts = painted && pixels_ ? painter_.paint() : ChangedArea();
+    changed.add(paintedParts);
+    const SharedImagePool::Reading beside{pixels_, painter_.canvas(), QPoint(0, 0), places_,
+                                          SharedImagePool::Reading::Into::Turn};
+    if (!series_.read(request.canvas, changed, paintedParts.isEmpty() ? nullptr : &beside)) {
+        painter_.repaint();
+        return {};
+    }
+    painted = places_.isEmpty() || (painted && pixels_);
+    const bool moved = !stillTrue();
+    if (moved || !painted) {
+        painter_.repaint();
+        series_.abandon();
+        return {moved ? Obstacle::Moved : Obstacle::None, {}};
+    }
+    if (!places_.isEmpty())
+        series_.patch(places_, pixels_.pixels());
+    return {Obstacle::None, series_.finish()};
+}
+
+/// Where windows that are left out may still be shown, other than where they are.
+QRegion MendedDisplay::traces(const MendingRequest& request)
+{
+    QRegion region;
+    if (!request.compositing) {
+        traces_.clear();
+        return region;
+    }
+    const auto now = Clock::now();
+    for (const StackedWindow& window : request.topToBottom) {
+        const QRect rect = reachOf(window.top, true);
+        if (window.shown || !rect.intersects(request.canvas))
+            continue;
+        const auto found =
+            std::find_if(traces_.begin(), traces_.end(), [&](const Trace& trace) { return trace.rect == rect; });
+        if (found == traces_.end())
+            traces_.push_back({rect, now});
+        else
+            found->seen = now;
+    }
+    std::erase_if(traces_, [&](const Trace& trace) { return trace.seen + kTraceLasts < now; });
+    for (const Trace& trace : traces_)
+        region += trace.rect;
+    return region;
+}
+
+/// Where the picture changes because others are the places to be mended.
+ChangedArea MendedDisplay::usePlaces(const ChangedArea& places, const QRect& canvas)
+{
+    if (std::equal(places.begin(), places.end(), places_.begin(), places_.end()) && canvas == canvas_)
+        return {};
+    ChangedArea changed = std::exchange(places_, places);
+    changed.add(places);
+    canvas_ = canvas;
+    int pixels = 0;
+    std::vector<xcb_rectangle_t> rectangles;
+    for (const QRect& place : places) {
+        pixels += place.width() * place.height();
+        const QPoint corner = canvas.topLeft() + place.topLeft();
+        rectangles.push_back({static_cast<std::int16_t>(corner.x()), static_cast<std::int16_t>(corner.y()),
+                              static_cast<std::uint16_t>(place.width()), static_cast<std::uint16_t>(place.height())});
+    }
+    pixels_ = {};
+    if (pixels > 0)
+        pixels_ = pool_.take(QSize(pixels, 1), {});
+    if (region_)
+        xcb_xfixes_set_region(connection_.get(), region_.id(), static_cast<std::uint32_t>(rectangles.size()),
+                              rectangles.data());
+    painter_.repaint();
+    return changed;
+}
+
+} // namespace lumavex

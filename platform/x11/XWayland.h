@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/x11/XcbConnection.h"
+
+namespace lumavex {
+
+/// Whether the server is the one that a Wayland session runs for X11 programs. It holds the pixels of their windows
+/// alone, and its root window, which stands for the screen, stays black. False without a connection. Main thread.
+bool isXWayland(const XcbConnection& connection);
+
+} // namespace lumavex
