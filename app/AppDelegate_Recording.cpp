@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
+#include "app/FocusKeeper.h"
 #include "app/ProcessorUsage.h"
 #include "app/Window_Main.h"
 #include "recording/Duration.h"
@@ -174,6 +175,7 @@ void AppDelegate::Update_Record_Duration()
 
 void AppDelegate::showControlsOf(RecordStatus status)
 {
+    const FocusKeeper focus(window_);
     for (QAction* record : {window_.btnRecord, window_.menuRecord})
         record->setEnabled(status != Recording);
     for (QAction* pause : {window_.btnPause, window_.menuPause})

@@ -2,6 +2,7 @@
 #include "app/AppDelegate.h"
 
 #include "app/ChosenWindow.h"
+#include "app/FocusKeeper.h"
 #include "app/Window_Main.h"
 #include "app/awaitCameras.h"
 #include "capture/Window_FollowCursor_How_It_Works.h"
@@ -35,6 +36,7 @@ void AppDelegate::EnableCameraRelatedControls(bool enabled)
 
 void AppDelegate::EnableScreenCaptureModes(bool enabled)
 {
+    const FocusKeeper focus(window_);
     for (QAction* item : {window_.toolbarEntireScreen, window_.toolbarFollowCursor, window_.toolbarRegion,
                           window_.toolbarWindowExclusive, window_.menuEntireScreen, window_.menuFollowCursor,
                           window_.menuRegion, window_.menuWindowExclusive})
@@ -307,6 +309,7 @@ void AppDelegate::showCaptureType(QAction* toolbarItem, QAction* menuItem)
 {
     window_.withdrawMessage(MessageTopic::Window); // of the type that was left
     EnableScreenCaptureModes(true);
+    const FocusKeeper focus(window_);
     toolbarItem->setEnabled(false);
     menuItem->setEnabled(false);
 }
