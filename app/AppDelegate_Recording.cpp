@@ -21,7 +21,9 @@ namespace lumavex {
 void AppDelegate::OnToolbarRecord()
 {
     if (recording.stopping) {
-        window_.showMessage(tr("The recording before this one is still being saved."));
+        window_.showMessage(
+            MessageTopic::Saving,
+            {tr("The recording before this one is still being saved."), {}, Message::Kind::Information});
         return;
     }
     if (recording.m_RecordStatus == Idle) {
@@ -99,6 +101,11 @@ void AppDelegate::startRecording()
     recording.moveResult = {};
     recording.m_Seconds_of_Recording = 0;
     compose.lastAppended.reset();
+    for (const MessageTopic topic : {MessageTopic::Sound, MessageTopic::Rate, MessageTopic::Recording})
+        window_.withdrawMessage(topic);
+    recording.incidents.clear();
+    if (camera.b_Camera_Gone && compose.showsCamera())
+        recording.incidents.begin(RecordingIncidents::Kind::CameraGone, 0);
     beginStatistics();
 
     for (const TimerId timer : {application.timerVideoRefresh, compose.timerViewRefresh}) {

@@ -65,7 +65,7 @@ void AppDelegate::startCameraOfSettings()
 void AppDelegate::tellCameraFailure()
 {
     qWarning("%s", qUtf8Printable(cameraDelegate.trouble()));
-    window_.showMessage(cameraDelegate.trouble());
+    window_.showMessage(MessageTopic::Camera, {cameraDelegate.trouble()});
     platform_.dialogs->runAlert({QStringLiteral("Error"),
                                  QStringLiteral("Could not start Camera. Change Camera Resolution and try again."),
                                  {QStringLiteral("Close")}});
@@ -92,9 +92,17 @@ void AppDelegate::connectCamera()
         adaptToCamera();
     });
     connect(&cameraDelegate, &CameraDelegate::cameraPresenceChanged, this, [this](bool present) {
-        tell((present ? tr("The camera %1 is back.")
-                      : tr("The camera %1 is gone. Its last picture stays until it comes back."))
-                 .arg(camera.s_Camera_Name));
+        camera.b_Camera_Gone = !present;
+        if (present)
+            recording.incidents.end(RecordingIncidents::Kind::CameraGone, recording.movieSeconds());
+        else if (compose.showsCamera())
+            recording.incidents.begin(RecordingIncidents::Kind::CameraGone, recording.movieSeconds());
+        const QString text = present ? tr("The camera %1 is back.")
+                                     : tr("The camera %1 is gone. Its last picture stays until it comes back.");
+        tell(MessageTopic::Camera,
+             {text.arg(camera.s_Camera_Name), {}, present ? Message::Kind::Information : Message::Kind::Warning});
+        if (present && recording.m_RecordStatus == Idle)
+            window_.withdrawMessage(MessageTopic::Camera);
     });
 }
 
