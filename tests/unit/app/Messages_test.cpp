@@ -126,7 +126,7 @@ TEST_F(Program, WhatBefellARecordingIsSummedUpAndItsMessagesGo)
     dialogs->savePaths = {home.filePath(QStringLiteral("saved.mov"))};
     app->OnToolbarStop();
     EXPECT_EQ(messages().text(MessageTopic::Sound), QString());
-    EXPECT_EQ(message(), QStringLiteral("7 s without sound from 0:02 on."));
+    EXPECT_EQ(message(), QStringLiteral("7 s without sound from 0:03 on.")) << "at one frame a second";
 }
 
 TEST(MoreSettings, AnUnknownWordIsNoChoiceAndStaysStored)
