@@ -54,7 +54,6 @@ public:
     QString launchProblem;
     /// In the main window and on standard error.
     void tell(MessageTopic topic, const Message& message);
-    void tell(const QString& text) { tell(MessageTopic::General, {text}); }
     /// The larger of the screen's and the running camera's rate, at least 1.
     std::int32_t nominalRate() const;
     void createRefreshTimers();
@@ -257,7 +256,8 @@ private:
     RecordingStatistics statistics() const; ///< only after a recording was started
     void beginStatistics();
     void writeStatistics();
-    void tellPictureShortage(); ///< if there was any in this recording
+    QString pictureShortage() const; ///< in this recording, in the user's words; empty without any
+    void tellOutcome(const QString& problem);
     void beginProgress();
     void setProgress(float percentage);
     void endProgress();

@@ -59,8 +59,7 @@ void AppDelegate::stopRecording(Nanoseconds stoppedAt)
     problems.removeAll(QString());
     problems.removeDuplicates();
     const QString problem = problems.join(u' ');
-    if (!problem.isEmpty())
-        window_.showMessage(problem);
+    tellOutcome(problem);
     const WorkingFiles files =
         joinProblem.isEmpty()
             ? saveMovie(withSound ? recording.s_AV_File_Source : recording.s_Video_File_Source, problem)
@@ -72,6 +71,22 @@ void AppDelegate::stopRecording(Nanoseconds stoppedAt)
     window_.submenuVideoOutputFrame->setEnabled(true);
     stopReason_.clear();
     recording.stopping = false;
+    window_.withdrawMessage(MessageTopic::Saving);
+}
+
+void AppDelegate::tellOutcome(const QString& problem)
+{
+    for (const MessageTopic topic : {MessageTopic::Sound, MessageTopic::Rate, MessageTopic::Recording})
+        window_.withdrawMessage(topic);
+    if (camera.b_Camera_Connected && !camera.b_Camera_Gone)
+        window_.withdrawMessage(MessageTopic::Camera); // that it is back
+    QStringList befell{recording.incidents.summary(recording.movieSeconds()), pictureShortage()};
+    befell.removeAll(QString());
+    const QString summary = befell.join(u' ');
+    if (!summary.isEmpty())
+        qWarning("%s", qUtf8Printable(summary)); // without a user the problem is told at the end
+    if (const QString text = (problem + u' ' + summary).trimmed(); !text.isEmpty())
+        window_.showMessage(MessageTopic::Recording, {text});
 }
 
 void AppDelegate::stopBecause(const QString& reason)
@@ -79,7 +94,7 @@ void AppDelegate::stopBecause(const QString& reason)
     if (recording.m_RecordStatus == Idle || recording.stopping || !stopReason_.isEmpty())
         return;
     stopReason_ = reason.isEmpty() ? tr("The movie could not be written any further.") : reason;
-    window_.showMessage(stopReason_);
+    window_.showMessage(MessageTopic::Recording, {stopReason_});
     platform_.runLoop->scheduleOnce({0, 1}, [this](const TimerFiring&) {
         if (!stopReason_.isEmpty())
             OnToolbarStop();

@@ -5,8 +5,13 @@
 #include "recording/RateRule.h"
 
 #include <QAction>
+#include <QStandardPaths>
 
 namespace lumavex {
+
+namespace {
+constexpr int keptUpAfter = 30; ///< seconds in a row that were not short: the machine keeps up again
+}
 
 void AppDelegate::createPreviewWindow(Preview preview)
 {
@@ -105,13 +110,22 @@ void AppDelegate::TimerDebug1SecondRoutine()
     if (!isFrameWanted())
         updateWindowList(); // no grab does it, but the window menu is to be right when it is opened
     showSummary();
+    if (application.sffmpegPath.isEmpty()) {
+        application.sffmpegPath = QStandardPaths::findExecutable(QStringLiteral("ffmpeg"));
+        if (!application.sffmpegPath.isEmpty()) // installed meanwhile
+            window_.withdrawMessage(MessageTopic::Encoder);
+    }
     if (!compose.windowPreview || recording.m_RecordStatus != Recording || recording.stopping)
         return;
     recording.i_Actual_FPS_while_Recording = adaptedRate(
         recording.i_fps_of_Recording, recording.i_debug_number_of_view_refresh, recording.i_Actual_FPS_while_Recording);
     recording.frameCounts.endSecond(recording.i_debug_number_of_view_refresh);
-    if (!recording.shortageTold)
-        tellPictureShortage();
+    if (const QString shortage = pictureShortage(); !recording.shortageTold && !shortage.isEmpty()) {
+        recording.shortageTold = true;
+        tell(MessageTopic::Rate, {shortage});
+    }
+    if (recording.frameCounts.goodSeconds == keptUpAfter)
+        window_.withdrawMessage(MessageTopic::Rate);
     recording.i_debug_number_of_view_refresh = 0;
     watchFreeSpace();
     writeStatistics();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
+#include "app/FocusKeeper.h"
 #include "app/ProcessorUsage.h"
 #include "app/Window_Main.h"
 #include "recording/Duration.h"
@@ -20,7 +21,9 @@ namespace lumavex {
 void AppDelegate::OnToolbarRecord()
 {
     if (recording.stopping) {
-        window_.showMessage(tr("The recording before this one is still being saved."));
+        window_.showMessage(
+            MessageTopic::Saving,
+            {tr("The recording before this one is still being saved."), {}, Message::Kind::Information});
         return;
     }
     if (recording.m_RecordStatus == Idle) {
@@ -98,6 +101,11 @@ void AppDelegate::startRecording()
     recording.moveResult = {};
     recording.m_Seconds_of_Recording = 0;
     compose.lastAppended.reset();
+    for (const MessageTopic topic : {MessageTopic::Sound, MessageTopic::Rate, MessageTopic::Recording})
+        window_.withdrawMessage(topic);
+    recording.incidents.clear();
+    if (camera.b_Camera_Gone && compose.showsCamera())
+        recording.incidents.begin(RecordingIncidents::Kind::CameraGone, 0);
     beginStatistics();
 
     for (const TimerId timer : {application.timerVideoRefresh, compose.timerViewRefresh}) {
@@ -174,6 +182,7 @@ void AppDelegate::Update_Record_Duration()
 
 void AppDelegate::showControlsOf(RecordStatus status)
 {
+    const FocusKeeper focus(window_);
     for (QAction* record : {window_.btnRecord, window_.menuRecord})
         record->setEnabled(status != Recording);
     for (QAction* pause : {window_.btnPause, window_.menuPause})

@@ -25,6 +25,8 @@ AppDelegate::WorkingFiles AppDelegate::saveMovie(const QString& movie, const QSt
     for (;;) {
         const std::optional<QString> path = platform_.dialogs->runSavePanel(panel);
         if (!path) {
+            if (problem.isEmpty())
+                window_.withdrawMessage(MessageTopic::Recording); // what befell it is of no interest any more
             Q_EMIT recordingFinished({}, problem, Kept::Nothing);
             return WorkingFiles::NotNeeded;
         }
@@ -49,7 +51,6 @@ AppDelegate::WorkingFiles AppDelegate::saveMovie(const QString& movie, const QSt
                 QFile::remove(movie);
             if (!missing.isEmpty())
                 return keepWhatWasRecorded(*path, (missing + u' ' + problem).trimmed());
-            tellPictureShortage();
             Q_EMIT recordingFinished(*path, problem, problem.isEmpty() ? Kept::AsAsked : Kept::Otherwise);
             tellSaved(*path);
             return WorkingFiles::NotNeeded;

@@ -5,6 +5,8 @@
 #include "app/Window_Main.h"
 #include "capture/FollowCursor.h"
 
+#include <utility>
+
 namespace lumavex {
 
 void AppDelegate::TimerRefreshVideoRoutine(const TimerFiring& firing)
@@ -50,11 +52,12 @@ bool AppDelegate::setOutputImage(const Grab& grab)
         if (recording.m_RecordStatus != Idle)
             stopBecause(trouble);
         else if (trouble != screenTrouble_)
-            window_.showMessage(trouble);
+            window_.showMessage(MessageTopic::Screen, {trouble});
         screenTrouble_ = trouble;
         return false;
     }
-    screenTrouble_.clear();
+    if (!std::exchange(screenTrouble_, {}).isEmpty())
+        window_.withdrawMessage(MessageTopic::Screen);
     if (grab.outcome != GrabOutcome::Success || grab.picture.isNull())
         return false;
     capture.imgScreenCapture = grab.picture;

@@ -23,9 +23,11 @@ void AppDelegate::finishWithoutScreen()
     if (!recording.writerResult.valid() || recording.writerResult.get().frames == 0)
         return; // no frame had come: the next start finds nothing to keep either
     const QString problem = noteLengths();
+    const QString summary = // told before, where Stop had begun
+        recording.stopping ? QString() : recording.incidents.summary(recording.movieSeconds());
     // With a user the files stay where the next start looks for them: there is nobody to tell now.
     if (options_.recordSeconds)
-        saveWithoutScreen({reason, problem});
+        saveWithoutScreen({reason, problem, summary});
 }
 
 MoveResult AppDelegate::moveWithoutScreen()

@@ -203,6 +203,8 @@ void AppDelegate::applySettings()
 void AppDelegate::restartCamera()
 {
     camera.b_Camera_Connected = false;
+    camera.b_Camera_Gone = false;
+    window_.withdrawMessage(MessageTopic::Camera); // of the one before
     if (camera.s_Camera_Name == doNotConnectToCamera) {
         cameraDelegate.stopCamera();
         dropCamera();

@@ -42,11 +42,14 @@ void AppDelegate::OnToolbarTakePicture()
 {
     compose.b_Take_Picture = true;
     if (!compose.windowPreview)
-        window_.showMessage(tr("The picture is taken as soon as the preview is shown."));
+        window_.showMessage(
+            MessageTopic::Picture,
+            {tr("The picture is taken as soon as the preview is shown."), {}, Message::Kind::Information});
 }
 
 void AppDelegate::savePicture(const CVPixelBufferRef& frame)
 {
+    window_.withdrawMessage(MessageTopic::Picture); // that it will be taken
     compose.s_Saved_Take_Picture =
         pathIn(application.s_Picture_Folder, dateStamp(QDateTime::currentDateTime()) + QStringLiteral(".png"));
     // A user sees for a second what has been taken.

@@ -26,22 +26,39 @@ void AppDelegate::showSoundLevel(RecordStatus status)
 
 void AppDelegate::tellSoundEvent(SoundEvent event, const QString& detail)
 {
+    using Kind = RecordingIncidents::Kind;
+    constexpr double silenceNoticedAfter = 10;
     const QString input = detail.isEmpty() ? tr("the sound input") : QStringLiteral("\u201c%1\u201d").arg(detail);
+    const double now = recording.movieSeconds();
+    RecordingIncidents& incidents = recording.incidents;
     switch (event) {
     case SoundEvent::Lost:
+        incidents.end(Kind::Silence, now);
+        incidents.begin(Kind::SoundLost, now);
         watchFreeSpace(); // on a full disk it is the sound that fails first
         if (stopReason_.isEmpty())
-            tell(tr("The recording goes on without sound. %1").arg(detail));
+            tell(MessageTopic::Sound, {tr("The recording goes on without sound. %1").arg(detail)});
         break;
     case SoundEvent::Back:
-        tell(tr("The sound is back. It stands in its place in the recording."));
+        incidents.end(Kind::SoundLost, now);
+        tell(MessageTopic::Sound,
+             {tr("The sound is back. It stands in its place in the recording."), {}, Message::Kind::Information});
         break;
     case SoundEvent::Silent:
-        tell(tr("No sound arrives from %1. Check in the sound settings that it is the right input and not turned down.")
-                 .arg(input));
+        incidents.begin(Kind::Silence, now - silenceNoticedAfter);
+        tell(MessageTopic::Sound, {tr("No sound arrives from %1. Check in the sound settings that it is the right "
+                                      "input and not turned down.")
+                                       .arg(input)});
         break;
     case SoundEvent::Muted:
-        tell(tr("No sound arrives from %1, because it is muted. Switch it on in the sound settings.").arg(input));
+        incidents.begin(Kind::Silence, now - silenceNoticedAfter);
+        tell(MessageTopic::Sound,
+             {tr("No sound arrives from %1, because it is muted. Switch it on in the sound settings.").arg(input)});
+        break;
+    case SoundEvent::Heard:
+        if (incidents.isOpen(Kind::Silence)) // else another message stands in its place
+            window_.withdrawMessage(MessageTopic::Sound);
+        incidents.end(Kind::Silence, now);
         break;
     }
 }

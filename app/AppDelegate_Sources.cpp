@@ -2,6 +2,7 @@
 #include "app/AppDelegate.h"
 
 #include "app/ChosenWindow.h"
+#include "app/FocusKeeper.h"
 #include "app/Window_Main.h"
 #include "app/awaitCameras.h"
 #include "capture/Window_FollowCursor_How_It_Works.h"
@@ -35,6 +36,7 @@ void AppDelegate::EnableCameraRelatedControls(bool enabled)
 
 void AppDelegate::EnableScreenCaptureModes(bool enabled)
 {
+    const FocusKeeper focus(window_);
     for (QAction* item : {window_.toolbarEntireScreen, window_.toolbarFollowCursor, window_.toolbarRegion,
                           window_.toolbarWindowExclusive, window_.menuEntireScreen, window_.menuFollowCursor,
                           window_.menuRegion, window_.menuWindowExclusive})
@@ -63,7 +65,7 @@ void AppDelegate::startCameraOfSettings()
 void AppDelegate::tellCameraFailure()
 {
     qWarning("%s", qUtf8Printable(cameraDelegate.trouble()));
-    window_.showMessage(cameraDelegate.trouble());
+    window_.showMessage(MessageTopic::Camera, {cameraDelegate.trouble()});
     platform_.dialogs->runAlert({QStringLiteral("Error"),
                                  QStringLiteral("Could not start Camera. Change Camera Resolution and try again."),
                                  {QStringLiteral("Close")}});
@@ -90,9 +92,17 @@ void AppDelegate::connectCamera()
         adaptToCamera();
     });
     connect(&cameraDelegate, &CameraDelegate::cameraPresenceChanged, this, [this](bool present) {
-        tell((present ? tr("The camera %1 is back.")
-                      : tr("The camera %1 is gone. Its last picture stays until it comes back."))
-                 .arg(camera.s_Camera_Name));
+        camera.b_Camera_Gone = !present;
+        if (present)
+            recording.incidents.end(RecordingIncidents::Kind::CameraGone, recording.movieSeconds());
+        else if (compose.showsCamera())
+            recording.incidents.begin(RecordingIncidents::Kind::CameraGone, recording.movieSeconds());
+        const QString text = present ? tr("The camera %1 is back.")
+                                     : tr("The camera %1 is gone. Its last picture stays until it comes back.");
+        tell(MessageTopic::Camera,
+             {text.arg(camera.s_Camera_Name), {}, present ? Message::Kind::Information : Message::Kind::Warning});
+        if (present && recording.m_RecordStatus == Idle)
+            window_.withdrawMessage(MessageTopic::Camera);
     });
 }
 
@@ -307,6 +317,7 @@ void AppDelegate::showCaptureType(QAction* toolbarItem, QAction* menuItem)
 {
     window_.withdrawMessage(MessageTopic::Window); // of the type that was left
     EnableScreenCaptureModes(true);
+    const FocusKeeper focus(window_);
     toolbarItem->setEnabled(false);
     menuItem->setEnabled(false);
 }

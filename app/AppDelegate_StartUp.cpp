@@ -115,12 +115,11 @@ void AppDelegate::showMainWindow()
     window_.show();
     window_.raise();
     window_.activateWindow();
-    if (const QString trouble = platform_.userDefaults->trouble(); !trouble.isEmpty())
-        window_.showMessage(trouble);
     if (!launchProblem.isEmpty())
         window_.showMessage(launchProblem);
     if (application.sffmpegPath.isEmpty())
-        window_.showMessage(tr("The program ffmpeg is not installed. Recordings with sound need it."));
+        window_.showMessage(MessageTopic::Encoder,
+                            {tr("The program ffmpeg is not installed. Recordings with sound need it.")});
     if (const QString limitation = platform_.screen->limitation(); !limitation.isEmpty())
         window_.showMessage(MessageTopic::Session, {limitation});
     // What the window can do without until it is there and drawn.
@@ -129,7 +128,7 @@ void AppDelegate::showMainWindow()
         if (camera.arrayCameras.isEmpty())
             camera.arrayCameras = cameraDelegate.enumCameras();
         if (const QString trouble = platform_.cameras->trouble(); !trouble.isEmpty())
-            window_.showMessage(trouble);
+            window_.showMessage(MessageTopic::Camera, {trouble});
         finishRescue();
     });
 }

@@ -36,7 +36,6 @@ void AppDelegate::beginStatistics()
 {
     recording.frameCounts = {};
     recording.shortageTold = false;
-    window_.withdrawMessage(MessageTopic::Rate);
     recording.recordedBefore = Nanoseconds(0);
     recording.statisticsFile.begin(statistics());
 }
@@ -47,16 +46,15 @@ void AppDelegate::writeStatistics()
         return;
     const auto line = recording.stopping ? StatisticsFile::Line::Last : StatisticsFile::Line::Ordinary;
     if (const QString problem = recording.statisticsFile.append(statistics(), line); !problem.isEmpty())
-        tell(problem);
+        tell(MessageTopic::General, {problem});
     recording.frameCounts.lateness = Nanoseconds(0);
 }
 
-void AppDelegate::tellPictureShortage()
+QString AppDelegate::pictureShortage() const
 {
     const FrameCounts& counts = recording.frameCounts;
     if (counts.shortSeconds < 2) // one alone is a hiccup that nothing helps against, as often at the start
-        return;
-    recording.shortageTold = true;
+        return {};
     QStringList help{tr("a lower rate"), tr("a smaller size")};
     if (isPreviewInSight())
         help += tr("a hidden preview");
@@ -70,7 +68,7 @@ void AppDelegate::tellPictureShortage()
             : tr("The machine did not keep up: in %1 of %2 seconds fewer than half of the frames show a new picture.")
                   .arg(counts.shortSeconds)
                   .arg(std::ceil(CMTimeGetSeconds(recording.m_Current_Video_Frame)));
-    tell(MessageTopic::Rate, {what + u' ' + tr("What helps: %1.").arg(help.join(QStringLiteral(", ")))});
+    return what + u' ' + tr("What helps: %1.").arg(help.join(QStringLiteral(", ")));
 }
 
 } // namespace lumavex

@@ -41,8 +41,6 @@ bool ChosenWindow::isHeld() const
 void ChosenWindow::setHeld(bool held)
 {
     choices_.choose(choices::whenWindowGoes, held ? WhenWindowGoes::Hold : WhenWindowGoes::Others);
-    if (const QString trouble = choices_.trouble(); !trouble.isEmpty())
-        window_.showMessage(MessageTopic::Settings, {trouble});
 }
 
 void ChosenWindow::grab()

@@ -23,6 +23,8 @@ enum class MessageTopic {
     Rate,      ///< frames that come too late
     Load,      ///< the processors are busy
     Recording, ///< how the latest recording ended
+    Saving,    ///< the recording that is being saved
+    Picture,   ///< a snapshot
 };
 
 /// A command that a message offers. Its button's text is `text`; an ampersand marks the shortcut.

@@ -55,9 +55,6 @@ public:
                                 QString::fromLatin1(choice.key));
     }
 
-    /// Why choices could not be read or stored, in the user's words; empty when all is well.
-    QString trouble() const { return store_.trouble(); }
-
 private:
     UserDefaults& store_;
 };

@@ -7,6 +7,8 @@
 #include <QString>
 
 #include <cstdint>
+#include <functional>
+#include <utility>
 
 namespace lumavex {
 
@@ -53,13 +55,19 @@ public:
                 layer_.erase(over);
         }
         stored_.setObject_forKey(text, key);
+        if (written_)
+            written_();
     }
     QString trouble() const override { return stored_.trouble(); }
+    QString writeTrouble() const override { return stored_.writeTrouble(); }
+    /// Is called after every write to the store; null: nobody is.
+    void setWriteHandler(std::function<void()> handler) { written_ = std::move(handler); }
 
 private:
     UserDefaults& stored_;
     QHash<QString, QString> layer_;
     bool starting_ = true;
+    std::function<void()> written_;
 };
 
 } // namespace lumavex

@@ -4,6 +4,7 @@
 #include "app/DesktopStyle.h"
 #include "app/Icons.h"
 #include "app/Lists.h"
+#include "app/SettingsNotice.h"
 #include "app/Signals.h"
 #include "app/SingleInstance.h"
 #include "app/StandardStreams.h"
@@ -118,17 +119,23 @@ int run(const LaunchOptions& options, Platform& platform, SingleInstance& instan
     LayeredUserDefaults& settings = *layered;
     platform.userDefaults = std::move(layered);
     const std::unique_ptr<UserDefaults> storedChoices = std::move(platform.moreSettings);
-    platform.moreSettings = layeredChoices(*storedChoices, options);
+    auto layeredMore = layeredChoices(*storedChoices, options);
+    LayeredUserDefaults& choices = *layeredMore;
+    platform.moreSettings = std::move(layeredMore);
 
     Window_Main window;
     AppDelegate app(platform, window, options);
     if (const QString problem = app.openStatistics(); !problem.isEmpty())
         return fail(problem);
+    SettingsNotice settingsNotice(app, window, *stored, *storedChoices);
+    for (LayeredUserDefaults* store : {&settings, &choices})
+        store->setWriteHandler([&settingsNotice] { settingsNotice.written(); });
     connectCommands(window, app);
     app.awakeFromNib();
     if (!app.applicationDidFinishLaunching())
         return unattended ? 1 : 0;
     settings.startingIsOver();
+    settingsNotice.tellUnread();
     // The window does not wait for its icon.
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/org.lumavex.Lumavex.svg")));
 

@@ -22,6 +22,7 @@ struct CameraState {
     std::int64_t i_Camera_CRP = 0;              ///< resolution code 0 to 7
     std::int64_t m_i_Camera_Capture_FPS = 0;    ///< frames a second; enters only the recording's rate
     bool b_Camera_Connected = false;            ///< a camera is running
+    bool b_Camera_Gone = false;                 ///< it is unplugged, and its last picture stays
     bool b_Change_to_Camera_Resolution = false; ///< the output takes the camera's size at its next frame
     std::int64_t i_Camera_Resolution_Change_Count = 0;
 

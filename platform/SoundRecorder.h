@@ -16,6 +16,7 @@ enum class SoundEvent {
     Back,   ///< it is heard again, and stands where it belongs
     Silent, ///< it is heard, but ten seconds of the recording had no sound louder than -90 dB of full scale
     Muted,  ///< the same, and the sound server says that the input is muted
+    Heard,  ///< after Silent or Muted: there is sound
 };
 
 /// The loudest samples of both channels, 0 to 1 (full scale).
@@ -35,8 +36,9 @@ struct SoundPeaks {
 class SoundRecorder {
 public:
     /// Called on the main thread, from its event loop. Lost comes first and then takes turns with Back; Silent or Muted
-    /// comes once a recording at most. `detail` says of Lost why, in the user's words; of Silent and Muted which input
-    /// it is, empty when the system does not tell. A file that cannot be written is Lost for good.
+    /// comes once a recording at most, and Heard once after it. `detail` says of Lost why, in the user's words; of
+    /// Silent and Muted which input it is, empty when the system does not tell. A file that cannot be written is Lost
+    /// for good.
     using EventHandler = std::function<void(SoundEvent event, const QString& detail)>;
 
     virtual ~SoundRecorder() = default;

@@ -14,8 +14,11 @@ public:
     /// The stored text, or nothing for an absent key.
     virtual std::optional<QString> stringForKey(const QString& key) const = 0;
     virtual void setObject_forKey(const QString& text, const QString& key) = 0;
-    /// Why the stored preferences could not be read or written, in the user's words; empty when all is well.
+    /// Why the stored preferences could not be read, in the user's words; empty when all is well.
     virtual QString trouble() const = 0;
+    /// Why the latest write failed, in the user's words; empty when it did not. What was to be written is read back all
+    /// the same, as long as this object lives.
+    virtual QString writeTrouble() const = 0;
 };
 
 } // namespace lumavex

@@ -16,6 +16,7 @@ struct FrameCounts {
 
     /// The seconds in which more than half of the frames were late although the picture changed meanwhile.
     int shortSeconds = 0;
+    int goodSeconds = 0; ///< since the latest one that was short, or may turn out to have been
     struct Second {
         std::int64_t frames = 0;
         std::int64_t composed = 0;
@@ -50,6 +51,7 @@ struct FrameCounts {
             ++openSeconds_;
         if (isShort || openSeconds_ > 0)
             latestShortSecond = {frames, composed - composedBefore_};
+        goodSeconds = isShort || openSeconds_ > 0 ? 0 : goodSeconds + 1;
         composedBefore_ = composed;
         missed_ = 0;
         open_ = 0;

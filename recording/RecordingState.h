@@ -8,6 +8,7 @@
 #include "recording/EncoderRun.h"
 #include "recording/FileMove.h"
 #include "recording/FrameCounts.h"
+#include "recording/RecordingIncidents.h"
 #include "recording/RecordingStatistics.h"
 #include "recording/SavedMovie.h"
 #include "recording/Window_Progress.h"
@@ -61,6 +62,7 @@ struct RecordingState {
     }
 
     FrameCounts frameCounts;
+    RecordingIncidents incidents;
     bool shortageTold = false;     ///< that pictures are missing, in this recording
     StatisticsFile statisticsFile; ///< open only when the user wants statistics
 

@@ -21,10 +21,13 @@ public:
         texts.insert(key, text);
         written.append(key);
     }
-    QString trouble() const override { return {}; }
+    QString trouble() const override { return unread; }
+    QString writeTrouble() const override { return unstored; }
 
     QMap<QString, QString> texts;
     QStringList written;
+    QString unread;   ///< what trouble returns
+    QString unstored; ///< what writeTrouble returns
 };
 
 } // namespace lumavex

@@ -72,6 +72,7 @@ public:
 
 private:
     enum class Sound { Expected, Heard, Lost };
+    enum class Silence { NotTold, Told, Over };
 
     // On the input's threads, one at a time.
 
@@ -85,6 +86,10 @@ private:
         else if (!silenceNoticed_ && level_.silentFrames() >= kSilenceTolerated) {
             silenceNoticed_ = true;
             post([this] { input_->describe(); });
+        } else if (silenceNoticed_ && !silenceEnded_
+                   && level_.silentFrames() * static_cast<int>(kSoundChannels) < std::ssize(chunk.samples)) {
+            silenceEnded_ = true;
+            post([this] { endSilence(); });
         }
         writer_.add(chunk);
     }
@@ -129,8 +134,17 @@ private:
         fileLost_ = true;
     }
 
+    void endSilence()
+    {
+        if (std::exchange(silence_, Silence::Over) == Silence::Told)
+            tell(SoundEvent::Heard, {});
+    }
+
     void tellSilence(const CurrentSoundInput& input)
     {
+        if (silence_ == Silence::Over) // before its input was described
+            return;
+        silence_ = Silence::Told;
         tell(input.isMuted ? SoundEvent::Muted : SoundEvent::Silent, input.name);
     }
 
@@ -142,6 +156,7 @@ private:
 
     EventHandler onEvent_;
     Sound sound_ = Sound::Expected;
+    Silence silence_ = Silence::NotTold;
     bool fileLost_ = false; // all else is of no interest then
     bool stopped_ = false;
     QString result_;
@@ -149,6 +164,7 @@ private:
     std::atomic<bool> isRecording_ = false;
     bool hearing_ = false;        // the input's threads only, as the next
     bool silenceNoticed_ = false; // it is told once
+    bool silenceEnded_ = false;
     SoundLevel level_;
 
     QTimer opening_; // also what ties posted calls to the main thread and to the recorder's life

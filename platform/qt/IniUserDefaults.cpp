@@ -38,6 +38,7 @@ IniUserDefaults::IniUserDefaults(const QString& path) : path_(path)
                        "UserDefaults", "The settings file %1 cannot be read, so most settings are 0 or off now: "
                                        "no sound is recorded, for example. Please check the settings.")
                        .arg(path_);
+        isUnread_ = true;
         return;
     }
     IniText ini = readIni(file.read(kMostBytes));
@@ -46,11 +47,20 @@ IniUserDefaults::IniUserDefaults(const QString& path) : path_(path)
         keepDamaged();
 }
 
+QString IniUserDefaults::pathAside() const
+{
+    return path_ + QStringLiteral(".damaged");
+}
+
+bool IniUserDefaults::putAside() const
+{
+    QFile::remove(pathAside());
+    return QFile::rename(path_, pathAside());
+}
+
 void IniUserDefaults::keepDamaged()
 {
-    const QString damaged = path_ + QStringLiteral(".damaged");
-    QFile::remove(damaged);
-    if (!QFile::rename(path_, damaged)) {
+    if (!putAside()) {
         trouble_ =
             QCoreApplication::translate("UserDefaults", "The settings file %1 is damaged and cannot be replaced.")
                 .arg(path_);
@@ -59,15 +69,16 @@ void IniUserDefaults::keepDamaged()
     trouble_ = QCoreApplication::translate(
                    "UserDefaults", "The settings file was damaged. What could be read of it is used; please check "
                                    "the settings. The damaged file was kept as %1.")
-                   .arg(damaged);
+                   .arg(pathAside());
     save();
 }
 
-bool IniUserDefaults::save() const
+QString IniUserDefaults::save() const
 {
     QDir().mkpath(QFileInfo(path_).absolutePath());
     QSaveFile file(path_);
-    return file.open(QIODevice::WriteOnly) && file.write(writeIni(values_)) >= 0 && file.commit();
+    const bool saved = file.open(QIODevice::WriteOnly) && file.write(writeIni(values_)) >= 0 && file.commit();
+    return saved ? QString() : file.errorString();
 }
 
 std::optional<QString> IniUserDefaults::stringForKey(const QString& key) const
@@ -79,8 +90,23 @@ std::optional<QString> IniUserDefaults::stringForKey(const QString& key) const
 void IniUserDefaults::setObject_forKey(const QString& text, const QString& key)
 {
     values_.insert(key, text);
-    if (!save())
-        trouble_ = QCoreApplication::translate("UserDefaults", "The settings cannot be saved in %1.").arg(path_);
+    if (isUnread_) {
+        if (!putAside()) {
+            writeTrouble_ = QCoreApplication::translate("UserDefaults",
+                                                        "The settings file %1 cannot be replaced. Settings hold until "
+                                                        "Lumavex is closed.")
+                                .arg(path_);
+            return;
+        }
+        isUnread_ = false;
+        trouble_ += u' ' + QCoreApplication::translate("UserDefaults", "The file was kept as %1.").arg(pathAside());
+    }
+    const QString why = save();
+    writeTrouble_ = why.isEmpty()
+                        ? QString()
+                        : QCoreApplication::translate("UserDefaults", "The settings cannot be saved in %1 (%2). They "
+                                                                      "hold until Lumavex is closed.")
+                              .arg(path_, why);
 }
 
 } // namespace lumavex

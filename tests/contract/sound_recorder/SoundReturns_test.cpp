@@ -193,6 +193,13 @@ TEST_F(SoundServerTest, TenSecondsOfSilenceAreToldWithTheInputsNameAndMuteState)
         spin(20ms);
     EXPECT_THAT(later, ElementsAre(Pair(SoundEvent::Muted, QStringLiteral("Monitor of Null Output"))));
     EXPECT_EQ(events_.size(), 1) << "once a recording";
+
+    control({"set-source-mute", "out.monitor", "0"});
+    const SoundPlayer player(std::vector<std::int16_t>(std::size_t{4} * kRate, 8000));
+    while (later.size() < 2 && now() - resumed < 24s)
+        spin(20ms);
+    EXPECT_THAT(events_.back(), Pair(SoundEvent::Heard, QString()));
+    EXPECT_THAT(later.back(), Pair(SoundEvent::Heard, QString()));
 }
 
 TEST_F(SoundServerTest, PeaksAreThoseOfWhatIsHeard)

@@ -116,4 +116,11 @@ TEST_F(SoundProgram, EventsAreToldWithTheInputsName)
     EXPECT_TRUE(message().startsWith(QStringLiteral("No sound arrives from \u201cHeadset\u201d. Check")));
     heard().onEvent(SoundEvent::Muted, {});
     EXPECT_TRUE(message().startsWith(QStringLiteral("No sound arrives from the sound input, because it is muted.")));
+    heard().onEvent(SoundEvent::Heard, {});
+    EXPECT_EQ(message(), QString());
+    heard().onEvent(SoundEvent::Lost, QStringLiteral("The server ended."));
+    loop->advance(std::chrono::seconds(3));
+    heard().onEvent(SoundEvent::Back, {});
+    app->OnToolbarStop();
+    EXPECT_EQ(message(), QString()) << "the recording was discarded";
 }

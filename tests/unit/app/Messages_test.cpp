@@ -2,14 +2,18 @@
 #include "app/MessageRow.h"
 #include "app/MessageStrip.h"
 #include "app/MoreSettings.h"
-#include "platform/fake/FakeUserDefaults.h"
+#include "app/SettingsNotice.h"
+#include "tests/unit/app/Program.h"
 
+#include <QAction>
+#include <QMenu>
 #include <QPushButton>
 #include <QtTest/QTest>
 
 #include <gtest/gtest.h>
 
 using namespace lumavex;
+using namespace std::chrono_literals;
 
 TEST(MessageStrip, EachTopicHasOneMessageAndTheNewestThreeAreShown)
 {
@@ -60,6 +64,69 @@ TEST(MessageStrip, AnActionChosenByKeyboardRunsOnceAndLeavesTheFocusNowhere)
     EXPECT_EQ(runs, 1);
     EXPECT_EQ(strip->newestText(), QStringLiteral("b"));
     EXPECT_NE(window.focusWidget(), record);
+}
+
+TEST_F(Program, TroubleWithSettingsIsToldOnceAndGoesAndAFirstRunsSettingsReplaceUnreadOnes)
+{
+    ASSERT_TRUE(launch());
+    SettingsNotice notice(*app, *window, *store, *more);
+    const auto says = [this](const QString& text) { return messages().text(MessageTopic::Settings) == text; };
+    more->unstored = QStringLiteral("Full.");
+    notice.written();
+    EXPECT_TRUE(says(more->unstored));
+    window->withdrawMessage(MessageTopic::Settings); // as the user does
+    notice.written();
+    EXPECT_TRUE(says({})) << "told once";
+    more->unstored.clear();
+    notice.written();
+    store->unstored = QStringLiteral("Read-only.");
+    notice.written();
+    EXPECT_TRUE(says(store->unstored));
+    store->unstored.clear();
+    notice.written();
+    EXPECT_TRUE(says({}));
+
+    app->storeInteger("b_Record_Include_Audio", 0);
+    app->recording.b_Record_Include_Audio = 0;
+    app->MenuFollowCursorFrameClick(window->submenuFollowCursorFrame->actions().at(0));
+    store->unread = QStringLiteral("Unread.");
+    notice.tellUnread();
+    const auto choose = [this] {
+        messages().findChildren<QPushButton*>().constLast()->click();
+        QTest::qWait(1);
+    };
+    window->btnRecord->trigger();
+    choose();
+    EXPECT_TRUE(says(store->unread)) << "not during a recording";
+    EXPECT_EQ(app->recording.b_Record_Include_Audio, 0);
+    window->btnStop->trigger();
+    choose();
+    EXPECT_TRUE(says({}));
+    EXPECT_EQ(app->recording.b_Record_Include_Audio, 1);
+    EXPECT_EQ(store->texts.value(QStringLiteral("Orbelkin_b_Record_Include_Audio_02")), QStringLiteral("1"));
+    EXPECT_TRUE(window->submenuFollowCursorFrame->actions().at(3)->isChecked());
+}
+
+TEST_F(Program, WhatBefellARecordingIsSummedUpAndItsMessagesGo)
+{
+    ASSERT_TRUE(launch());
+    app->tell(MessageTopic::Sound, {QStringLiteral("of the recording before")});
+    app->OnToolbarRecord();
+    EXPECT_EQ(message(), QString());
+    const auto tellSound = [this](SoundEvent event) { sound->recordings.back()->onEvent(event, {}); };
+    loop->advance(2500ms);
+    tellSound(SoundEvent::Lost);
+    loop->advance(4s);
+    app->OnToolbarPause();
+    loop->advance(60s);
+    app->OnToolbarRecord();
+    loop->advance(3s);
+    tellSound(SoundEvent::Back);
+    loop->advance(1s);
+    dialogs->savePaths = {home.filePath(QStringLiteral("saved.mov"))};
+    app->OnToolbarStop();
+    EXPECT_EQ(messages().text(MessageTopic::Sound), QString());
+    EXPECT_EQ(message(), QStringLiteral("7 s without sound from 0:03 on.")) << "at one frame a second";
 }
 
 TEST(MoreSettings, AnUnknownWordIsNoChoiceAndStaysStored)

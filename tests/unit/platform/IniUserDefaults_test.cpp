@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/qt/IniUserDefaults.h"
 
+#include <QDir>
 #include <QFile>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -92,9 +93,28 @@ TEST_F(IniUserDefaultsTest, ADamagedFileIsKeptItsReadableLinesAreUsedAndTheUserI
     EXPECT_EQ(read("b"), QStringLiteral("1"));
 }
 
-TEST_F(IniUserDefaultsTest, SettingsThatCannotBeSavedAreReported)
+TEST_F(IniUserDefaultsTest, SettingsThatCannotBeSavedAreReportedUntilAWriteWorks)
 {
-    IniUserDefaults defaults(QStringLiteral("/proc/lumavex/lumavex.ini"));
+    path = folder.filePath(QStringLiteral("sub/lumavex.ini"));
+    write(folder.filePath(QStringLiteral("sub")), "in the folder's place");
+    IniUserDefaults defaults(path);
     defaults.setObject_forKey(QStringLiteral("1"), QStringLiteral("k"));
-    EXPECT_FALSE(defaults.trouble().isEmpty());
+    EXPECT_TRUE(defaults.writeTrouble().contains(path));
+    EXPECT_EQ(defaults.stringForKey(QStringLiteral("k")), QStringLiteral("1"));
+    ASSERT_TRUE(QFile::remove(folder.filePath(QStringLiteral("sub"))));
+    defaults.setObject_forKey(QStringLiteral("1"), QStringLiteral("other"));
+    EXPECT_EQ(defaults.writeTrouble(), QString());
+    EXPECT_EQ(read("k"), QStringLiteral("1"));
+}
+
+TEST_F(IniUserDefaultsTest, WhatCannotBeReadIsKeptWhenTheFirstWriteReplacesIt)
+{
+    ASSERT_TRUE(QDir().mkpath(path + QStringLiteral("/inside"))); // no permissions keep root from reading a file
+    IniUserDefaults defaults(path);
+    EXPECT_TRUE(defaults.trouble().contains(path));
+    EXPECT_TRUE(QFileInfo(path).isDir());
+    defaults.setObject_forKey(QStringLiteral("1"), QStringLiteral("k"));
+    EXPECT_EQ(read("k"), QStringLiteral("1"));
+    EXPECT_TRUE(QFileInfo(path + QStringLiteral(".damaged/inside")).isDir());
+    EXPECT_TRUE(defaults.trouble().contains(path + QStringLiteral(".damaged")));
 }
