@@ -287,6 +287,7 @@ private:
     const LaunchOptions options_;
     MoreSettings choices_;
     std::unique_ptr<ChosenWindow> chosenWindow_;
+    std::unique_ptr<class ScreenSizeWatch> screenSize_;
     CameraDelegate cameraDelegate;
     Compositor compositor_;
     std::vector<RowRange> changedRows_;     ///< of the frame that is appended; here for its memory

@@ -15,6 +15,7 @@ constexpr std::int64_t outputOffset = 2; ///< the output menu's tags count the t
 void AppDelegate::GetScreenSize()
 {
     capture.size_Screen = platform_.screen->sizeOfMainDisplay();
+    capture.size_Display = capture.size_Screen;
 }
 
 void AppDelegate::FillArrayFrameResolution()
@@ -48,6 +49,10 @@ void AppDelegate::FillSubMenuRegionFrame()
 void AppDelegate::fillSizeMenu(QMenu& menu, std::int64_t offset, std::int64_t checkedIndex, QAction*& checkedItem,
                                void (AppDelegate::*click)(QAction*))
 {
+    const auto earlier = menu.actions().mid(offset);
+    if (earlier.contains(checkedItem))
+        checkedItem = nullptr;
+    qDeleteAll(earlier);
     const std::size_t offered = offeredFrameResolutions(capture.arrayFrameResolution, capture.size_Screen);
     for (std::size_t i = 0; i < offered; ++i) {
         const CGSize size = capture.arrayFrameResolution[i].sizeDimension;

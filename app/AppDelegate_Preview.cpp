@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
+#include "app/ScreenSizeWatch.h"
 #include "app/Window_Main.h"
 #include "recording/RateRule.h"
 
@@ -109,6 +110,7 @@ void AppDelegate::TimerDebug1SecondRoutine()
 {
     if (!isFrameWanted())
         updateWindowList(); // no grab does it, but the window menu is to be right when it is opened
+    screenSize_->look();
     showSummary();
     if (application.sffmpegPath.isEmpty()) {
         application.sffmpegPath = QStandardPaths::findExecutable(QStringLiteral("ffmpeg"));

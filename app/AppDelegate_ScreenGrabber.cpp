@@ -63,10 +63,8 @@ bool AppDelegate::setOutputImage(const Grab& grab)
     capture.imgScreenCapture = grab.picture;
     capture.serialScreen = grab.serial;
     capture.screenChanges = grab.changes;
-    // The display's resolution can change at any time; the movie keeps its size and shows the new one fitted into it.
-    // A single window is stretched to the screen's size instead.
     if (capture.i_Type_Screen_Capture != WindowExclusive)
-        capture.size_Screen = {static_cast<double>(grab.picture.width()), static_cast<double>(grab.picture.height())};
+        capture.size_Grab = {static_cast<double>(grab.picture.width()), static_cast<double>(grab.picture.height())};
     return true;
 }
 
@@ -76,7 +74,11 @@ ScreenPicture AppDelegate::prepareScreenPicture()
     capture.imgScreenCaptureToDraw = capture.imgScreenCapture;
     picture.imgScreenCapture = {capture.imgScreenCaptureToDraw, capture.serialScreen};
     picture.changes = capture.screenChanges;
-    picture.size_Screen = capture.size_Screen;
+    // The display's resolution can change at any time; the movie keeps its size and shows the new one fitted into it.
+    // A single window is stretched to the screen's size instead.
+    const bool ofDisplay = capture.i_Type_Screen_Capture != WindowExclusive && capture.size_Grab.width > 0;
+    picture.size_Screen = ofDisplay ? capture.size_Grab : capture.size_Screen;
+    picture.keepsShape = picture.size_Screen != capture.size_Screen;
     picture.imgMouseCursor = capture.imgMouseCursor;
 
     const bool following = capture.i_Type_Screen_Capture == FollowCursor;
@@ -87,12 +89,12 @@ ScreenPicture AppDelegate::prepareScreenPicture()
             picture.cursor = mouse;
         if (following) {
             capture.rect_Screen_Follow_Cursor =
-                followCursorRect(mouse, capture.size_Follow_Cursor, capture.size_Screen);
+                followCursorRect(mouse, capture.size_Follow_Cursor, picture.size_Screen);
             picture.cut = capture.rect_Screen_Follow_Cursor;
         }
     }
     if (capture.i_Type_Screen_Capture == Region)
-        picture.cut = capture.rect_Screen_Region;
+        picture.cut = capture.regionOn(picture.size_Screen);
     return picture;
 }
 

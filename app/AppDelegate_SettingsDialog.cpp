@@ -109,7 +109,7 @@ std::vector<FrameOutline> AppDelegate::outlinesOf(const DialogSettings& settings
     if (subject == SettingsSubject::Screen || (secondary && compose.i_Video_Source_Primary == CameraPrimary))
         outlines.push_back(
             {Of::Screen, partOfFrame(screenSecondaryRect(frame, settings.i_Size_Screen_Secondary,
-                                                         settings.i_Position_Screen_Secondary, capture.size_Screen),
+                                                         settings.i_Position_Screen_Secondary, capture.displaySize()),
                                      frame)});
     if (subject == SettingsSubject::Camera || (secondary && compose.i_Video_Source_Primary == ScreenPrimary))
         outlines.push_back(

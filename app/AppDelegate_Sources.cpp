@@ -3,6 +3,7 @@
 
 #include "app/ChosenWindow.h"
 #include "app/FocusKeeper.h"
+#include "app/ScreenSizeWatch.h"
 #include "app/Window_Main.h"
 #include "app/awaitCameras.h"
 #include "capture/Window_FollowCursor_How_It_Works.h"
@@ -222,9 +223,11 @@ void AppDelegate::OnToolbarRegion()
     capture.i_Type_Screen_Capture = Region;
     showCaptureType(window_.toolbarRegion, window_.menuRegion);
     capture.size_Region = capture.catalogueSize(capture.index_size_Region);
+    screenSize_->look();
     Window_Transparent_Region windowTransparentRegion(capture, *platform_.overlay);
     keepInFront(windowTransparentRegion, window_);
     windowTransparentRegion.runModal();
+    screenSize_->look();
     window_.toolbarRegion->setEnabled(true); // the region can be placed anew
 }
 
@@ -278,10 +281,7 @@ void AppDelegate::applyCaptureOptions()
         capture.rect_Screen_Region = {double(options_.region->x),
                                       capture.size_Screen.height - options_.region->y - options_.region->height,
                                       double(options_.region->width), double(options_.region->height)};
-        if (options_.region->x >= capture.size_Screen.width || options_.region->y >= capture.size_Screen.height)
-            launchProblem = tr("The region lies outside the screen, which is %1x%2 pixels large.")
-                                .arg(capture.size_Screen.width)
-                                .arg(capture.size_Screen.height);
+        capture.height_Marked = capture.size_Screen.height;
         showCaptureType(window_.toolbarRegion, window_.menuRegion);
         window_.toolbarRegion->setEnabled(true);
         capture.i_Type_Screen_Capture = Region;
@@ -315,7 +315,8 @@ QString AppDelegate::chooseWindowByText(const QString& text)
 
 void AppDelegate::showCaptureType(QAction* toolbarItem, QAction* menuItem)
 {
-    window_.withdrawMessage(MessageTopic::Window); // of the type that was left
+    for (const MessageTopic ofEarlierType : {MessageTopic::Window, MessageTopic::Region})
+        window_.withdrawMessage(ofEarlierType);
     EnableScreenCaptureModes(true);
     const FocusKeeper focus(window_);
     toolbarItem->setEnabled(false);

@@ -4,6 +4,7 @@
 #include "app/ChosenWindow.h"
 #include "app/LevelMeter.h"
 #include "app/OutputSize.h"
+#include "app/ScreenSizeWatch.h"
 #include "app/Window_Main.h"
 #include "app/Window_More_Information.h"
 #include "recording/WorkingFolders.h"
@@ -32,6 +33,7 @@ QImage bundleImage(const char* name)
 AppDelegate::AppDelegate(Platform& platform, Window_Main& window, const LaunchOptions& options)
     : platform_(platform), window_(window), options_(options), choices_(*platform.moreSettings),
       chosenWindow_(std::make_unique<ChosenWindow>(*this, *platform.screen, window, choices_)),
+      screenSize_(std::make_unique<ScreenSizeWatch>(*this, *platform.screen, window)),
       cameraDelegate(*platform.cameras, camera)
 {
     connectCamera();

@@ -17,6 +17,7 @@ enum class MessageTopic {
     Encoder,    ///< the program that joins sound and picture
     Screen,     ///< reading the screen
     ScreenSize, ///< the screen has another size than at the start
+    Region,     ///< the region of the screen that is recorded
     Window,     ///< the one window that is recorded
     Camera,
     Sound,

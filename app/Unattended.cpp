@@ -3,6 +3,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/OutputSize.h"
+#include "app/ScreenSizeWatch.h"
 #include "app/StandardStreams.h"
 
 #include <QCoreApplication>
@@ -59,6 +60,10 @@ void UnattendedRun::begin()
     waitForCamera();
     if (ended_)
         return;
+    if (const QString outside = regionProblem(app_.capture, app_.compose); !outside.isEmpty()) {
+        finished({}, outside, Kept::Nothing);
+        return;
+    }
     const bool cameraLarge = app_.compose.i_Video_Source_Primary == 2;
     const QString tooFlat = vanishingProblem(cameraLarge ? app_.camera.size_Camera : app_.capture.size_Screen,
                                              app_.compose.size_Video_Output);

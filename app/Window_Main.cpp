@@ -113,6 +113,11 @@ void Window_Main::showMessage(MessageTopic topic, const Message& message)
     messages_->add(topic, message);
 }
 
+bool Window_Main::showsMessage(MessageTopic topic) const
+{
+    return !messages_->text(topic).isEmpty();
+}
+
 void Window_Main::withdrawMessage(MessageTopic topic)
 {
     messages_->withdraw(topic);

@@ -39,6 +39,7 @@ public:
     /// Tells the user something in the window, at once and without stopping the work.
     void showMessage(MessageTopic topic, const Message& message);
     void showMessage(const QString& text) { showMessage(MessageTopic::General, {text}); }
+    bool showsMessage(MessageTopic topic) const;
     /// The cause of a topic's message has gone, and the message with it.
     void withdrawMessage(MessageTopic topic);
 

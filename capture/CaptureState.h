@@ -26,7 +26,9 @@ enum ScreenCaptureType : std::int64_t {
 
 /// The screen side of the program's state. Main thread. Sizes and rectangles in device pixels, upward.
 struct CaptureState {
-    CGSize size_Screen; ///< of the main display: at start-up, then as it is grabbed
+    CGSize size_Screen;  ///< of the main display at start-up, or when the user last asked for it to be measured
+    CGSize size_Display; ///< of the main display as it is now; no size before it was first asked for
+    CGSize displaySize() const { return size_Display.width > 0 ? size_Display : size_Screen; }
 
     std::vector<FrameDimension> arrayFrameResolution; ///< the catalogue
     std::int64_t index_size_Follow_Cursor = 0;        ///< catalogue index, as stored
@@ -51,7 +53,16 @@ struct CaptureState {
     QImage imgScreenCaptureToDraw;    ///< the grab that the latest frame was made of; cursor and cut are in the frame's
                                       ///< inputs
     CGRect rect_Screen_Follow_Cursor; ///< of the latest frame in follow-cursor mode
+    CGSize size_Grab;                 ///< of imgScreenCapture when it shows the main display
     CGRect rect_Screen_Region;        ///< set by the region selector
+    double height_Marked = 0;         ///< of the main display when rect_Screen_Region was set; 0: as it is now
+    /// The region on a main display of another size: it keeps its distance from the top left corner, as windows do.
+    CGRect regionOn(const CGSize& display) const
+    {
+        CGRect region = rect_Screen_Region;
+        region.y += height_Marked > 0 ? display.height - height_Marked : 0;
+        return region;
+    }
 
     std::uint32_t listOptions = 0;  ///< WindowListOptions of arrayController
     std::uint32_t imageOptions = 0; ///< WindowImageOptions of a window composite

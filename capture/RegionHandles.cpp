@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "capture/RegionHandles.h"
 
+#include <algorithm>
+
 namespace lumavex {
 
 namespace {
@@ -43,6 +45,12 @@ std::int32_t midpoint(std::int32_t from, std::int32_t to)
     return (to - from) / 2 + from;
 }
 
+std::vector<FrameDimension> handlesOf(std::int32_t x0, std::int32_t y0, std::int32_t w, std::int32_t h)
+{
+    return {handleFor(x0, y0), handleFor(x0 + w, y0), handleFor(x0 + w / 2, y0 + h / 2), handleFor(x0, y0 + h),
+            handleFor(x0 + w, y0 + h)};
+}
+
 } // namespace
 
 std::vector<FrameDimension> centredHandles(const CGSize& size_Region, const CGSize& size_Screen)
@@ -51,8 +59,18 @@ std::vector<FrameDimension> centredHandles(const CGSize& size_Region, const CGSi
     const std::int32_t h = truncated(size_Region.height);
     const std::int32_t x0 = truncated((size_Screen.width - w) * 0.5);
     const std::int32_t y0 = truncated((size_Screen.height - h) * 0.5);
-    return {handleFor(x0, y0), handleFor(x0 + w, y0), handleFor(x0 + w / 2, y0 + h / 2), handleFor(x0, y0 + h),
-            handleFor(x0 + w, y0 + h)};
+    return handlesOf(x0, y0, w, h);
+}
+
+void moveHandlesInside(std::vector<FrameDimension>& handles, const CGSize& before, const CGSize& now)
+{
+    const CGRect region = regionOfHandles(handles);
+    const double w = std::min(region.width, now.width);
+    const double h = std::min(region.height, now.height);
+    // A region that shrinks keeps its upper edge.
+    const double y = region.y + region.height - h + now.height - before.height;
+    handles = handlesOf(truncated(std::clamp(region.x, 0.0, now.width - w)),
+                        truncated(std::clamp(y, 0.0, now.height - h)), truncated(w), truncated(h));
 }
 
 std::int32_t handleAt(const std::vector<FrameDimension>& handles, const CGPoint& location)

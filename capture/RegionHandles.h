@@ -30,6 +30,10 @@ inline constexpr bool isCorner(std::int32_t handle)
 /// The five handles of a region of this size in the middle of the screen, in 32-bit integers, truncated toward zero.
 std::vector<FrameDimension> centredHandles(const CGSize& size_Region, const CGSize& size_Screen);
 
+/// The screen had the size `before` and has the size `now`: the region keeps its distance from the top left corner if
+/// it lies inside the screen there; else it is moved inside, and made smaller where it does not fit.
+void moveHandlesInside(std::vector<FrameDimension>& handles, const CGSize& before, const CGSize& now);
+
 /// The first handle whose square holds the location, all four edges included; NoHandle when there is none.
 std::int32_t handleAt(const std::vector<FrameDimension>& handles, const CGPoint& location);
 

@@ -14,6 +14,7 @@
 #include <QTimer>
 
 #include <chrono>
+#include <utility>
 
 using namespace std::chrono_literals;
 
@@ -41,15 +42,17 @@ void Window_Transparent_Region::awakeFromNib()
     QScreen* const display = QGuiApplication::primaryScreen();
     setScreen(display);
     setGeometry(display->geometry());
+    screen_ = state_.displaySize();
 }
 
 void Window_Transparent_Region::windowDidLoad()
 {
     b_Mouse_Down = 0;
     i_button_index = NoHandle;
-    state_.arrayScreenPointSquare = centredHandles(state_.size_Region, state_.size_Screen);
+    state_.arrayScreenPointSquare = centredHandles(state_.size_Region, screen_);
     state_.rect_Screen_Region = regionOfHandles(state_.arrayScreenPointSquare); // frames are made before it is drawn
-    ui_->viewTransparentRegion->setHandles(state_.arrayScreenPointSquare, state_.size_Screen);
+    state_.height_Marked = screen_.height;
+    ui_->viewTransparentRegion->setHandles(state_.arrayScreenPointSquare, screen_);
 }
 
 int Window_Transparent_Region::runModal()
@@ -61,7 +64,10 @@ int Window_Transparent_Region::runModal()
     activateWindow();
     // A compositing manager that ends causes no redraw, and would leave a black screen.
     QTimer lookAtDesktop;
-    connect(&lookAtDesktop, &QTimer::timeout, this, &Window_Transparent_Region::followDesktop);
+    connect(&lookAtDesktop, &QTimer::timeout, this, [this] {
+        followScreen();
+        followDesktop();
+    });
     lookAtDesktop.start(250ms);
     const int code = session_.exec();
     catcher_.reset();
@@ -77,8 +83,29 @@ void Window_Transparent_Region::stopModalWithCode(int code)
 void Window_Transparent_Region::setRect_Screen_Region(const CGRect& region)
 {
     state_.rect_Screen_Region = region;
+    state_.height_Marked = screen_.height;
     followDesktop();
     Q_EMIT regionChanged(region);
+}
+
+/// Covers a main display that has changed its size or place, with the region inside it.
+void Window_Transparent_Region::followScreen()
+{
+    QScreen* const display = QGuiApplication::primaryScreen();
+    if (!display)
+        return; // none for a moment, while another one is switched on
+    if (screen() != display)
+        setScreen(display);
+    if (geometry() != display->geometry())
+        setGeometry(display->geometry());
+    const CGSize now = state_.displaySize();
+    if (now == screen_)
+        return;
+    b_Mouse_Down = 0; // what was held down is elsewhere now
+    moveHandlesInside(state_.arrayScreenPointSquare, std::exchange(screen_, now), now);
+    catcher_.reset(); // which covers the place of before
+    ui_->viewTransparentRegion->setHandles(state_.arrayScreenPointSquare, screen_);
+    setRect_Screen_Region(regionOfHandles(state_.arrayScreenPointSquare));
 }
 
 /// Brings shape and catcher into line with the drawing and with the desktop, whose compositing manager may come or go.
@@ -96,8 +123,7 @@ void Window_Transparent_Region::followDesktop()
         catcher_.reset();
     } else {
         // A screen keeps its place on the desktop in device pixels.
-        const QRect area(screen()->geometry().topLeft(),
-                         QSizeF(state_.size_Screen.width, state_.size_Screen.height).toSize());
+        const QRect area(screen()->geometry().topLeft(), QSizeF(screen_.width, screen_.height).toSize());
         catcher_ = overlay_.catchPointer(area, [this](const CaughtPointer& pointer) { caught(pointer); });
     }
 }

@@ -25,8 +25,9 @@ class ScreenOverlay;
 class Window_Transparent_Region final : public QWidget {
     Q_OBJECT
 public:
-    /// Reads size_Screen and size_Region once; fills arrayScreenPointSquare with a centred region and moves the handles
-    /// in it; each redraw writes rect_Screen_Region. `state` and `overlay` outlive the window.
+    /// Reads size_Region once; fills arrayScreenPointSquare with a region in the middle of the main display and moves
+    /// the handles in it, also into a display that changes its size; each redraw writes rect_Screen_Region. `state` and
+    /// `overlay` outlive the window.
     Window_Transparent_Region(CaptureState& state, ScreenOverlay& overlay);
     ~Window_Transparent_Region() override;
 
@@ -55,6 +56,7 @@ private:
     void windowDidLoad();
     void stopModalWithCode(int code);
     void setRect_Screen_Region(const CGRect& region);
+    void followScreen();
     void followDesktop();
     void caught(const CaughtPointer& pointer);
     void moved(const CGPoint& location);
@@ -67,6 +69,7 @@ private:
     std::unique_ptr<PointerCatcher> catcher_; ///< null while translucent windows are blended
     QRegion shape_;                           ///< null while the window is whole
     CGPoint latestLocation_;
+    CGSize screen_; ///< of the main display, to which the handles refer
 
     std::uint8_t b_Mouse_Down = 0;    ///< 1 while a corner handle is held down
     std::int32_t i_button_index = -1; ///< the HandleIndex last hit

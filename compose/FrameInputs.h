@@ -31,10 +31,11 @@ struct ScreenPicture {
     QImage imgMouseCursor;         ///< 16 x 16, premultiplied; drawn with its lower-left corner at `cursor`
     std::optional<CGPoint> cursor; ///< nothing: no cursor is drawn
     std::optional<CGRect> cut;     ///< nothing: the whole screen
+    bool keepsShape = false;       ///< also in a preview that it fills otherwise
     friend bool operator==(const ScreenPicture& a, const ScreenPicture& b)
     {
         return a.imgScreenCapture == b.imgScreenCapture && a.size_Screen == b.size_Screen && a.cursor == b.cursor
-               && a.cut == b.cut;
+               && a.cut == b.cut && a.keepsShape == b.keepsShape;
     }
 };
 

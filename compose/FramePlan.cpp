@@ -115,11 +115,13 @@ private:
     /// Whether the primary picture's way is to fill the frame, without keeping its shape.
     bool fillsFrame() const { return target_.pass == FramePass::Preview && inputs_.index_size_Video_Output == 0; }
 
+    bool screenFillsFrame() const { return fillsFrame() && !inputs_.screen.keepsShape; }
+
     /// False when the screen picture leaves its place transparent: it is drawn as it is and there is no grab in it.
     bool screenFillsItsPlace() const
     {
         return screenSizeIsUsable()
-               && (!inputs_.screen.imgScreenCapture.image.isNull() || inputs_.screen.cut || !fillsFrame());
+               && (!inputs_.screen.imgScreenCapture.image.isNull() || inputs_.screen.cut || !screenFillsFrame());
     }
 
     QRect pixelsOf(const CGRect& rect) const { return nearestPixels(rect, frame_.height()); }
@@ -196,7 +198,7 @@ private:
 
     void addPrimaryScreen()
     {
-        if (fillsFrame()) {
+        if (screenFillsFrame()) {
             addScreen(wholeOf(target_.units), {});
             return;
         }

@@ -345,24 +345,4 @@ TEST_F(Finishing, TimesNeitherRepeatNorGoBackWhateverTheClockDoes)
     EXPECT_NEAR(CMTimeGetSeconds(movie->end()), recorded, 0.04) << "nothing is lost";
 }
 
-TEST_F(Finishing, AnotherResolutionOfTheScreenIsFittedIntoTheRunningMovie)
-{
-    ASSERT_TRUE(launch());
-    window->btnRecord->trigger();
-    loop->advance(2s);
-    QImage upright(300, 400, QImage::Format_RGB32);
-    upright.fill(Qt::green);
-    screen->setScreen(upright);
-    loop->advance(2s);
-    QImage frame;
-    for (const FakeMovie::Append& append : movie->appends())
-        if (!append.repeated)
-            frame = append.picture;
-    ASSERT_EQ(frame.size(), QSize(640, 480));
-    EXPECT_EQ(frame.pixelColor(320, 240), QColor(Qt::green));
-    EXPECT_EQ(frame.pixelColor(320, 5), QColor(Qt::green));
-    EXPECT_EQ(frame.pixelColor(5, 240), QColor(Qt::black)) << "in its own proportions";
-    EXPECT_EQ(app->recording.m_RecordStatus, Recording);
-}
-
 } // namespace

@@ -17,6 +17,7 @@ struct LateFrames : Program {
     /// Thirty frames a second of a small screen, whose every grab takes that long and gives a picture of its own.
     void launchWithGrabsOf(Nanoseconds duration, Screen scene = Screen::Moves)
     {
+        draw();
         ASSERT_TRUE(launch());
         app->recording.i_fps_of_Recording = 30;
         app->createRefreshTimers();
