@@ -2,6 +2,7 @@
 #include "app/WindowPlaces.h"
 
 #include <QGuiApplication>
+#include <QRegion>
 #include <QScreen>
 #include <QWidget>
 
@@ -30,15 +31,18 @@ QRect areaFor(const QRect& frame, const QList<QRect>& areas)
 bool isInReach(const QRect& frame, int titleBarHeight, const QList<QRect>& areas)
 {
     const QRect bar(frame.left(), frame.top(), frame.width(), std::max(1, titleBarHeight));
-    std::int64_t seen = 0;
+    QRegion seen;
     int held = 0;
     for (const QRect& area : areas) {
-        seen += areaOf(area & frame);
+        seen += area & frame; // mirrored screens share an area
         const QRect part = area & bar;
         if (2 * part.height() >= bar.height())
             held = std::max(held, part.width());
     }
-    return 2 * seen >= areaOf(frame) && held >= std::min(grip, frame.width());
+    std::int64_t pixels = 0;
+    for (const QRect& part : seen)
+        pixels += areaOf(part);
+    return 10 * pixels >= 9 * areaOf(frame) && held >= std::min(grip, frame.width());
 }
 
 QRect movedInside(const QRect& frame, const QRect& area)

@@ -8,8 +8,9 @@ class QWidget;
 
 namespace lumavex {
 
-/// Whether a window can be used where it stands: half of it or more lies in one of the areas, and so much of its title
-/// bar that it can be dragged. All in desktop units, downward; `frame` is the window with its title bar and frame.
+/// Whether a window can be used where it stands: nine tenths of it or more lie in the areas, and so much of its title
+/// bar in one of them that it can be dragged. All in desktop units, downward; `frame` is the window with its title bar
+/// and frame.
 bool isInReach(const QRect& frame, int titleBarHeight, const QList<QRect>& areas);
 
 /// The nearest place inside the area; where the window is larger, its upper left corner is there.

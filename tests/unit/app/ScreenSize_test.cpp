@@ -112,7 +112,8 @@ TEST(RegionHandles, AreMovedIntoAScreenThatShrinks)
 TEST(WindowPlaces, AWindowOutOfReachIsMovedTheShortestWay)
 {
     const QRect area(0, 30, 800, 570);
-    EXPECT_TRUE(isInReach({700, 300, 160, 200}, 20, {area})) << "more than half, and its title bar";
+    EXPECT_TRUE(isInReach({650, 300, 160, 200}, 20, {area})) << "nearly all of it, and its title bar";
+    EXPECT_FALSE(isInReach({500, 300, 580, 200}, 20, {area, area})) << "half of it, on two mirrored screens";
     EXPECT_FALSE(isInReach({100, 10, 300, 200}, 20, {area})) << "its title bar lies under a panel";
     EXPECT_FALSE(isInReach({100, 560, 300, 200}, 20, {area})) << "its title bar is all there is";
     EXPECT_TRUE(isInReach({700, 300, 200, 200}, 20, {area, {800, 0, 800, 600}})) << "on two screens";
