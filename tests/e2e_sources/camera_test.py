@@ -155,7 +155,8 @@ class CameraTest(EndToEndTest):
         time.sleep(2)
         program.send(2)
         self.assertEqual(program.wait(), 0, program.stderr)
-        self.assertEqual(len(program.stderr.splitlines()), 2, program.stderr)
+        self.assertEqual(len(program.stderr.splitlines()), 3, program.stderr)
+        self.assertRegex(program.stderr.splitlines()[2], r"^Camera gone for \d s from 0:0\d on\.$")
 
         frames = list(frames_of(Movie(path)))
         self.assertGreater(len(frames), 5 * 15)
