@@ -65,6 +65,10 @@ class Dialog:
 
 
 class SettingsTest(EndToEndTest):
+    def settings(self, **changes):
+        """Without a preview, which would open over the dialog on a slow machine."""
+        return self.home().make_settings(i_Open_Preview_Window_On_Startup=0, **changes)
+
     def gui(self, home):
         return self.start(Gui(home, PIPEWIRE_RUNTIME_DIR=os.environ["XDG_RUNTIME_DIR"]))
 
@@ -73,7 +77,7 @@ class SettingsTest(EndToEndTest):
         return dict(line.removeprefix("Orbelkin_").split("=", 1) for line in lines if line.startswith("Orbelkin_"))
 
     def test_every_setting_is_stored_and_found_again(self):
-        home = self.home().make_settings(i_Screen_Capture_FPS=10)
+        home = self.settings(i_Screen_Capture_FPS=10)
         camera = "Desk Camera"
         Cameras().plug_in(camera)
         gui = self.gui(home)
@@ -117,7 +121,7 @@ class SettingsTest(EndToEndTest):
         self.assertEqual(self.stored(home), stored, "nothing was touched, so nothing changes")
 
     def test_cancel_keeps_the_colours_alone(self):
-        home = self.home().make_settings()
+        home = self.settings()
         stored = self.stored(home)
         gui = self.gui(home)
         dialog = Dialog(gui)
@@ -139,7 +143,7 @@ class SettingsTest(EndToEndTest):
         wait_for("the end of the dialog", lambda: dialog.window not in gui.windows())
 
     def test_overlay_and_rate_are_in_the_movie(self):
-        home = self.home().make_settings(i_Screen_Capture_FPS=1, i_Open_Preview_Window_On_Startup=0, b_Record_Include_Audio=0, b_Screen_Include_Mouse=0)
+        home = self.settings(i_Screen_Capture_FPS=1, b_Record_Include_Audio=0, b_Screen_Include_Mouse=0)
         logo = home.root / "logo.png"
         output_of("convert", "-size", "40x20", "xc:#ff00ff", str(logo))
         output_of("xsetroot", "-solid", "#205020")
