@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
-#include "platform/PictureFile.h"
+#include "base/PictureFile.h"
 
 namespace lumavex {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "app/MoreSettings.h"
-#include "platform/Geometry.h"
+#include "base/Geometry.h"
 
 #include <QString>
 

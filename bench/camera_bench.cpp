@@ -2,7 +2,7 @@
 // A camera frame to a picture: 1280x720 as it comes, and 1920x1080 scaled down to it.
 #include "camera/FrameConverter.h"
 
-#include "platform/fake/FakeCameraFrame.h"
+#include "tests/fakes/FakeCameraFrame.h"
 
 #include <benchmark/benchmark.h>
 

@@ -2,9 +2,9 @@
 // What a frame costs: encoding alone, and encoding and writing; whole, by the rows that changed, and repeated. The
 // processor time is that of all threads, and "of_whole" its ratio to a whole frame's in the same run; the real time of
 // writing is what the appending thread waits.
-#include "platform/movie/JpegEncoder.h"
-#include "platform/movie/JpegMovieWriter.h"
-#include "platform/movie/LibraryJpegEncoder.h"
+#include "movie/JpegEncoder.h"
+#include "movie/JpegMovieWriter.h"
+#include "movie/LibraryJpegEncoder.h"
 
 #include <QTemporaryDir>
 

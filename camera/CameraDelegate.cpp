@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "camera/CameraDelegate.h"
 
-#include "platform/CameraModes.h"
+#include "base/CameraModes.h"
 
 #include <QLoggingCategory>
 

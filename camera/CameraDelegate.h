@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/ColorMatrix.h"
 #include "camera/CameraState.h"
 #include "camera/FrameConverter.h"
 #include "platform/CameraSource.h"
-#include "platform/ColorMatrix.h"
 
 #include <QObject>
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/CameraFrame.h"
+#include "base/ColorMatrix.h"
 #include "camera/PicturePool.h"
-#include "platform/CameraFrame.h"
-#include "platform/ColorMatrix.h"
 
 #include <QImage>
 

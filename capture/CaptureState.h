@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/ChangedArea.h"
 #include "capture/FrameDimension.h"
 #include "capture/WindowList.h"
-#include "platform/ChangedArea.h"
 
 #include <QImage>
 

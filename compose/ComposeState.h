@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/Geometry.h"
 #include "compose/FrameInputs.h"
 #include "compose/FrameTick.h"
 #include "compose/Window_Preview.h"
-#include "platform/Geometry.h"
 #include "platform/MovieWriter.h"
 #include "platform/RunLoop.h"
 

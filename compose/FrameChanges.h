@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/ChangedArea.h"
 #include "compose/FramePlan.h"
-#include "platform/ChangedArea.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/ChangedArea.h"
+#include "base/ChangedArea.h"
 
 #include <QImage>
 #include <QPaintEvent>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/Geometry.h"
 #include "compose/View_Preview.h"
-#include "platform/Geometry.h"
 
 #include <QPointer>
 #include <QWidget>

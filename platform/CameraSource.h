@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/CameraFrame.h"
+#include "base/CameraFrame.h"
 
 #include <QString>
 #include <QStringList>
@@ -11,7 +11,7 @@
 
 namespace lumavex {
 
-/// What a camera is asked for. `preset` is the resolution code 0 to 7 (platform/CameraModes.h).
+/// What a camera is asked for. `preset` is the resolution code 0 to 7 (base/CameraModes.h).
 struct CameraRequest {
     QString name;
     std::int64_t preset = 0;

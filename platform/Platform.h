@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/Clock.h"
 #include "platform/CameraSource.h"
 #include "platform/ChildProcess.h"
-#include "platform/Clock.h"
 #include "platform/Dialogs.h"
 #include "platform/MovieWriter.h"
 #include "platform/ProcessorLoad.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/Clock.h"
+#include "base/Clock.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/ChangedArea.h"
-#include "platform/Geometry.h"
+#include "base/ChangedArea.h"
+#include "base/Geometry.h"
 
 #include <QImage>
 #include <QString>

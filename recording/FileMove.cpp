@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "recording/FileMove.h"
 
-#include "platform/FileDescriptor.h"
+#include "base/FileDescriptor.h"
 #include "recording/FileError.h"
 
 #include <QByteArray>

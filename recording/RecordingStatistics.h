@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/Clock.h"
-#include "platform/LineWriter.h"
+#include "base/Clock.h"
+#include "base/LineWriter.h"
 #include "platform/MovieWriter.h"
 #include "recording/FrameCounts.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "settings_dialog/Window_Configurations.h"
 
+#include "base/PictureFile.h"
 #include "platform/Dialogs.h"
-#include "platform/PictureFile.h"
 
 #include "ui_Window_Configurations.h"
 

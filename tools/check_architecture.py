@@ -12,30 +12,32 @@ import sys
 from pathlib import Path
 
 MIDDLE = ("settings_dialog", "recording", "compose", "camera", "capture")
-BACKENDS = ("qt", "x11", "gstreamer", "movie", "fake", "lazy")
+BACKENDS = ("movie", "platform/qt", "platform/x11", "media/camera", "media/sound", "media/loader")
 
-# Who may include whom. "platform" is the interfaces at the top of that folder, "platform/x11" a backend.
+# Each room may include itself and these. "platform" is the interfaces at the top of that folder, "platform/x11" a backend.
 MAY_INCLUDE = {
-    "app": ("app", "platform") + MIDDLE,
-    "platform": ("platform",),
-    "packaging": ("packaging",),
+    "base": (),
+    "platform": ("base",),
+    **{room: ("platform", "base") for room in MIDDLE + BACKENDS},
+    "app": ("platform", "base") + MIDDLE,
+    "packaging": (),
+    "media": BACKENDS[-3:],
+    "media/gstreamer": ("base",),
 }
-MAY_INCLUDE.update({folder: (folder, "platform") for folder in MIDDLE})
-MAY_INCLUDE.update({f"platform/{backend}": (f"platform/{backend}", "platform") for backend in BACKENDS})
-# Made into a library that the program loads through platform/lazy.
-MAY_INCLUDE["platform/gstreamer"] += ("platform/lazy",)
+MAY_INCLUDE["media/camera"] += ("media/gstreamer",)
+MAY_INCLUDE["media/sound"] += ("media/gstreamer",)
 # Chooses the backends, and nothing else does.
-CHOOSER = "platform/createPlatform.cpp"
+CHOOSER = "app/createPlatform.cpp"
 # Tests and benchmarks may look everywhere, and nobody looks at them.
 OBSERVERS = ("tests", "bench")
 
 # Headers of other systems and the only rooms they may appear in.
 FOREIGN = (
     (re.compile(r"^(xcb/|X11/)"), ("platform/x11",)),
-    (re.compile(r"^gst/"), ("platform/gstreamer",)),
-    (re.compile(r"^(turbojpeg\.h|jpeglib\.h)$"), ("camera", "platform/movie", "platform/fake")),
-    (re.compile(r"^libyuv(\.h|/)"), ("compose", "camera", "platform/x11", "platform/gstreamer", "platform/movie", "platform/fake")),
-    (re.compile(r"^(dbus/|pulse/|pipewire/|linux/)"), tuple(f"platform/{backend}" for backend in BACKENDS)),
+    (re.compile(r"^gst/"), ("media/gstreamer", "media/camera", "media/sound")),
+    (re.compile(r"^(turbojpeg\.h|jpeglib\.h)$"), ("camera", "movie")),
+    (re.compile(r"^libyuv(\.h|/)"), ("compose", "camera", "platform/x11")),
+    (re.compile(r"^(dbus/|pulse/|pipewire/|linux/)"), BACKENDS),
     (re.compile(r"^(gtest/|gmock/|benchmark/)"), ()),
     (re.compile(r"/private/|^private/|_p\.h$"), ()),
 )
@@ -59,8 +61,8 @@ def files_below(root):
 def room_of(path):
     """The row of the include table a file belongs to."""
     parts = path.parts
-    if parts[0] == "platform" and len(parts) > 2:
-        return f"platform/{parts[1]}"
+    if parts[0] in ("platform", "media") and len(parts) > 2:
+        return f"{parts[0]}/{parts[1]}"
     return parts[0] if len(parts) > 1 else ""
 
 
@@ -74,9 +76,9 @@ def check_own_include(root, path, room, name):
     target = room_of(Path(name))
     if room in OBSERVERS:
         return None
-    if str(path) == CHOOSER and (target == "platform" or target.startswith("platform/")):
+    if str(path) == CHOOSER and target in BACKENDS:
         return None
-    if target not in MAY_INCLUDE.get(room, ()):
+    if target != room and target not in MAY_INCLUDE.get(room, ()):
         return f'{room or "this folder"} must not include "{name}"'
     return None
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Prints, for every control of the settings dialog, a line "PAGE NAME X Y": where in the dialog's window it is clicked.
 // Run with the environment of the program, it is laid out as the program's own dialog is.
-#include "platform/fake/FakeDialogs.h"
 #include "settings_dialog/Window_Configurations.h"
+#include "tests/fakes/FakeDialogs.h"
 
 #include <QApplication>
 #include <QCheckBox>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Movies that a killed run left. A first byte of odd value puts the head of a growing movie before the input, so that
 // the fragments behind it are reached.
-#include "platform/FileDescriptor.h"
-#include "platform/movie/GrowingMovie.h"
-#include "platform/movie/JpegMovieWriter.h"
+#include "base/FileDescriptor.h"
+#include "movie/GrowingMovie.h"
+#include "movie/JpegMovieWriter.h"
 #include "recording/RecordedFiles.h"
 #include "tests/fuzz/Fuzzing.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Picture files that a user chooses as overlay.
-#include "platform/PictureFile.h"
+#include "base/PictureFile.h"
 #include "tests/fuzz/Fuzzing.h"
 
 using namespace lumavex;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // seeds FOLDER: makes a folder of small inputs for each fuzz target, by the program's own writers where it has them.
-#include "platform/CameraFrame.h"
-#include "platform/gstreamer/WavFile.h"
-#include "platform/movie/HybridMp4File.h"
+#include "base/CameraFrame.h"
+#include "media/sound/WavFile.h"
+#include "movie/HybridMp4File.h"
 #include "tests/fuzz/Fuzzing.h"
 
 #include <QBuffer>

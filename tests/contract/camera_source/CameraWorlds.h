@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/fake/FakeCameraSource.h"
-#include "platform/gstreamer/GstCameraSource.h"
+#include "media/camera/GstCameraSource.h"
+#include "tests/fakes/FakeCameraSource.h"
 #include "tests/support/Slowness.h"
 
 #include <QCoreApplication>

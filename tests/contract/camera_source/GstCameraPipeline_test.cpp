@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "camera/FrameConverter.h"
-#include "platform/gstreamer/GstCameraPipeline.h"
-#include "platform/gstreamer/GstInit.h"
+#include "media/camera/GstCameraPipeline.h"
+#include "media/gstreamer/GstInit.h"
 
 #include <QColor>
 

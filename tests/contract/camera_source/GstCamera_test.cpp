@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/gstreamer/GstCameraCaps.h"
-#include "platform/gstreamer/GstCameraList.h"
-#include "platform/gstreamer/GstInit.h"
+#include "media/camera/GstCameraCaps.h"
+#include "media/camera/GstCameraList.h"
+#include "media/gstreamer/GstInit.h"
 
 #include <QStringList>
 

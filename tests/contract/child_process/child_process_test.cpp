@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/fake/FakeChildProcess.h"
 #include "platform/qt/QtChildProcess.h"
+#include "tests/fakes/FakeChildProcess.h"
 
 #include <QElapsedTimer>
 #include <QTemporaryFile>

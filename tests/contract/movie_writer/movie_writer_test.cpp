@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What every movie writer does, held against the fake and the real one.
-#include "platform/fake/FakeMovieWriter.h"
-#include "platform/movie/JpegMovieWriter.h"
+#include "movie/JpegMovieWriter.h"
+#include "tests/fakes/FakeMovieWriter.h"
 
 #include <QTemporaryDir>
 

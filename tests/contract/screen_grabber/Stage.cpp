@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/contract/screen_grabber/Stage.h"
 
-#include "platform/fake/FakeScreenGrabber.h"
 #include "platform/x11/XcbScreenGrabber.h"
 #include "tests/contract/screen_grabber/TestClient.h"
 #include "tests/contract/screen_grabber/TestServer.h"
+#include "tests/fakes/FakeScreenGrabber.h"
 
 #include <QPainter>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/gstreamer/GstSoundRecorder.h"
+#include "media/sound/GstSoundRecorder.h"
 #include "tests/contract/sound_recorder/RecordedSound.h"
 #include "tests/contract/sound_recorder/SoundPlayer.h"
 #include "tests/support/Slowness.h"

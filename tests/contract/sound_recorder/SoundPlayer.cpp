@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/contract/sound_recorder/SoundPlayer.h"
 
-#include "platform/gstreamer/GstInit.h"
+#include "media/gstreamer/GstInit.h"
 
 #include <gst/app/gstappsrc.h>
 

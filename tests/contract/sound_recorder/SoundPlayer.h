@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/Clock.h"
-#include "platform/gstreamer/GstPtr.h"
+#include "base/Clock.h"
+#include "media/gstreamer/GstPtr.h"
 
 #include <cstdint>
 #include <vector>

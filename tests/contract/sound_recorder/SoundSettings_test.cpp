@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/gstreamer/SoundServer.h"
+#include "media/sound/SoundServer.h"
 #include "tests/contract/sound_recorder/SoundFixture.h"
 
 #include <csignal>

@@ -4,7 +4,7 @@
 #include "app/SettingsTable.h"
 #include "app/StandardStreams.h"
 #include "app/Unattended.h"
-#include "platform/fake/FakeUserDefaults.h"
+#include "tests/fakes/FakeUserDefaults.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "camera/CameraDelegate.h"
 
-#include "platform/fake/FakeCameraFrame.h"
-#include "platform/fake/FakeCameraSource.h"
+#include "tests/fakes/FakeCameraFrame.h"
+#include "tests/fakes/FakeCameraSource.h"
 
 #include <QCoreApplication>
 

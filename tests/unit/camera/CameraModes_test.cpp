@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/CameraModes.h"
+#include "base/CameraModes.h"
 
 #include <gtest/gtest.h>
 

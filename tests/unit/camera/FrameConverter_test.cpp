@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "camera/FrameConverter.h"
 
-#include "platform/fake/FakeCameraFrame.h"
+#include "tests/fakes/FakeCameraFrame.h"
 
 #include <QBuffer>
 #include <QImageWriter>

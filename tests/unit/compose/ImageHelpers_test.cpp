@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "base/ColorMatrix.h"
 #include "compose/ImageHelpers.h"
-#include "platform/ColorMatrix.h"
 
 #include <gmock/gmock.h>
 

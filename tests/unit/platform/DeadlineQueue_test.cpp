@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/fake/FakeRunLoop.h"
+#include "tests/fakes/FakeRunLoop.h"
 
 #include <gtest/gtest.h>
 

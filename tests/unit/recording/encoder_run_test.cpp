@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/fake/FakeChildProcess.h"
-#include "platform/fake/FakeRunLoop.h"
 #include "recording/EncoderRun.h"
 #include "recording/WorkerRun.h"
+#include "tests/fakes/FakeChildProcess.h"
+#include "tests/fakes/FakeRunLoop.h"
 #include "tests/support/EventRunLoop.h"
 
 #include <QFile>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/fake/FakeChildProcess.h"
 #include "recording/RecordedFiles.h"
 #include "recording/Rescue.h"
 #include "recording/WorkingFolders.h"
+#include "tests/fakes/FakeChildProcess.h"
 #include "tests/support/EventRunLoop.h"
 
 #include <QDir>

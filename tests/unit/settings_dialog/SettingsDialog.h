@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/fake/FakeDialogs.h"
 #include "settings_dialog/Window_Configurations.h"
+#include "tests/fakes/FakeDialogs.h"
 
 #include <gtest/gtest.h>
 

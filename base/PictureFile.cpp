@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "base/PictureFile.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QImageReader>
+
+#include <algorithm>
+#include <array>
+
+namespace lumavex {
+
+namespace {
+
+/// The largest file of that many pixels, which is one without compression, and some room for what else is in it.
+constexpr qint64 kMostBytes = kMostPicturePixels * 4 + (16 << 20);
+
+/// What Qt reads besides is left out: a drawing may name other files, and decoders nobody asked for are so much more
+/// that can be broken.
+bool isPictureFormat(const QByteArray& format)
+{
+    constexpr std::array known{"bmp", "gif", "jpeg", "jpg", "png", "tif", "tiff"};
+    return std::any_of(known.begin(), known.end(), [&format](const char* name) { return format == name; });
+}
+
+} // namespace
+
+QImage readPictureFile(const QString& path)
+{
+    // Reading a pipe or a device might never end.
+    const QFileInfo about(path);
+    if (!about.isFile() || about.size() > kMostBytes)
+        return {};
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    QImageReader reader(&file);
+    reader.setDecideFormatFromContent(true);
+    reader.setAutoTransform(true);
+    const QSize size = isPictureFormat(reader.format()) ? reader.size() : QSize();
+    if (size.isEmpty() || std::int64_t(size.width()) * size.height() > kMostPicturePixels)
+        return {};
+    return reader.read();
+}
+
+} // namespace lumavex

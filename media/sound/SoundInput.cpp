@@ -1,0 +1,206 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "media/sound/SoundInput.h"
+
+#include "media/gstreamer/GstInit.h"
+#include "media/sound/SoundPipeline.h"
+#include "media/sound/SoundServer.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <condition_variable>
+#include <mutex>
+#include <utility>
+
+namespace lumavex {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr Nanoseconds kRetryInterval = 1s;
+constexpr Nanoseconds kSilenceTolerated = 3s;
+constexpr Nanoseconds kStandstill = 1s;
+constexpr Nanoseconds kReleaseTimeout = 1s;
+constexpr Nanoseconds kBusPoll = 50ms;
+constexpr Nanoseconds kDescriptionTimeout = 1s;
+
+Nanoseconds monotonicNow()
+{
+    return std::chrono::steady_clock::now().time_since_epoch(); // CLOCK_MONOTONIC
+}
+
+QString words(const char* text)
+{
+    return QCoreApplication::translate("SoundRecorder", text);
+}
+
+} // namespace
+
+/// What the input and its thread share; it outlives the input when the thread hangs.
+struct SoundInput::Shared {
+    std::mutex mutex; // held while the listener is called
+    std::condition_variable changed;
+    Listener listener;
+    Nanoseconds lastSound{0};
+    bool closing = false;
+    bool done = false;
+    bool descriptionWanted = false;
+
+    bool isClosing()
+    {
+        const std::lock_guard lock(mutex);
+        return closing;
+    }
+    bool closesWithin(Nanoseconds timeout)
+    {
+        std::unique_lock lock(mutex);
+        return changed.wait_for(lock, timeout, [this] { return closing; });
+    }
+    void sound(const SoundChunk& chunk)
+    {
+        const std::lock_guard lock(mutex);
+        lastSound = monotonicNow();
+        if (!closing)
+            listener.sound(chunk);
+    }
+    void lose(const QString& reason)
+    {
+        const std::lock_guard lock(mutex);
+        if (closing)
+            return;
+        listener.lost();
+        listener.trouble(reason);
+    }
+    Nanoseconds lastHeard()
+    {
+        const std::lock_guard lock(mutex);
+        return lastSound;
+    }
+
+    /// No more sound from this input, but from another one at once.
+    void change()
+    {
+        const std::lock_guard lock(mutex);
+        if (!closing)
+            listener.lost();
+    }
+    void describeIfWanted();
+
+    using Reason = std::optional<QString>; ///< why there is no sound; null when there is no trouble
+    Reason listen(SoundPipeline& pipeline);
+    Reason attempt();
+};
+
+void SoundInput::Shared::describeIfWanted()
+{
+    {
+        const std::lock_guard lock(mutex);
+        if (!std::exchange(descriptionWanted, false))
+            return;
+    }
+    auto input = askSoundServer(kDescriptionTimeout);
+    if (!input)
+        input = CurrentSoundInput{.name = firstAlsaInput().value_or(QString())};
+    const std::lock_guard lock(mutex);
+    if (!closing)
+        listener.described(*input);
+}
+
+/// Hears until the sound ends or comes from another input.
+SoundInput::Shared::Reason SoundInput::Shared::listen(SoundPipeline& pipeline)
+{
+    const QString none = words(QT_TRANSLATE_NOOP("SoundRecorder", "There is no sound input: no microphone is "
+                                                                  "connected or switched on."));
+    const QString lost = words(QT_TRANSLATE_NOOP("SoundRecorder", "The sound input was lost: the sound server ended "
+                                                                  "or the microphone was unplugged."));
+    const QString asleep = words(QT_TRANSLATE_NOOP("SoundRecorder", "The sound input sends nothing: it is asleep, or "
+                                                                    "the sound server does not answer."));
+    const Nanoseconds begin = monotonicNow();
+    if (!pipeline.play())
+        return none;
+    QByteArray device = pipeline.device();
+    Nanoseconds awakeSince = begin;
+    for (Nanoseconds turn = begin; !isClosing();) {
+        const Nanoseconds before = std::exchange(turn, monotonicNow());
+        if (turn - before > kStandstill)
+            awakeSince = turn; // this process stood still, not the server
+        const Nanoseconds heard = lastHeard();
+        if (pipeline.hasEndedWithin(kBusPoll))
+            return heard < begin ? none : lost;
+        // The server brings another input's sound, which has other latencies: the time is to be told anew.
+        if (pipeline.takeChange()) {
+            const QByteArray formerDevice = std::exchange(device, pipeline.device());
+            if (!formerDevice.isEmpty() && !device.isEmpty() && formerDevice != device)
+                return std::nullopt;
+        }
+        if (turn - std::max(awakeSince, heard) > kSilenceTolerated) {
+            lose(asleep);        // told now, since a server that does not answer lets the stream's end wait
+            return std::nullopt; // a stream that goes on after a break has lost the count of its time
+        }
+        describeIfWanted();
+    }
+    return std::nullopt;
+}
+
+/// Tries the sources in turn, the first one that connects to its end.
+SoundInput::Shared::Reason SoundInput::Shared::attempt()
+{
+    QString reason = initGStreamer();
+    if (!reason.isEmpty())
+        return reason;
+    reason = words(QT_TRANSLATE_NOOP("SoundRecorder", "There is no sound server: neither PipeWire nor PulseAudio is "
+                                                      "running."));
+    for (const SoundSource source : {SoundSource::SoundServer, SoundSource::Alsa}) {
+        if (source == SoundSource::Alsa && !firstAlsaInput())
+            continue; // alsasrc would open something that is no input
+        SoundPipeline pipeline(source, [this](const SoundChunk& chunk) { sound(chunk); });
+        if (!pipeline.isComplete())
+            reason = words(QT_TRANSLATE_NOOP("SoundRecorder", "The sound plug-ins of GStreamer are not installed."));
+        else if (pipeline.connect())
+            return listen(pipeline);
+    }
+    return reason;
+}
+
+SoundInput::SoundInput(Listener listener) : shared_(std::make_shared<Shared>())
+{
+    shared_->listener = std::move(listener);
+    thread_ = std::thread([shared = shared_] { run(shared); });
+}
+
+SoundInput::~SoundInput()
+{
+    std::unique_lock lock(shared_->mutex);
+    shared_->closing = true;
+    shared_->changed.notify_all();
+    const bool done = shared_->changed.wait_for(lock, kReleaseTimeout, [this] { return shared_->done; });
+    lock.unlock();
+    if (done)
+        thread_.join();
+    else
+        thread_.detach(); // hangs in a server that does not answer; ends by itself when that does
+}
+
+void SoundInput::describe()
+{
+    const std::lock_guard lock(shared_->mutex);
+    shared_->descriptionWanted = true;
+}
+
+void SoundInput::run(const std::shared_ptr<Shared>& shared)
+{
+    for (bool closing = false; !closing;) {
+        if (const Shared::Reason reason = shared->attempt()) {
+            shared->lose(*reason);
+            closing = shared->closesWithin(kRetryInterval);
+        } else {
+            shared->change();
+            closing = shared->isClosing();
+        }
+    }
+    const std::lock_guard lock(shared->mutex);
+    shared->done = true;
+    shared->changed.notify_all();
+}
+
+} // namespace lumavex

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "movie/BlockTransform.h"
+#include "movie/ColourPlanes.h"
+#include "movie/EntropyCoder.h"
+#include "movie/JpegBuffer.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+namespace lumavex {
+
+/// Codes rows of macroblocks by vector instructions, from pixels to bits while they are in the processor's cache. To
+/// the byte as the JPEG library does with the same planes and tables, when quotients are rounded to the nearest. One
+/// thread at a time.
+class JpegRowCoder {
+public:
+    /// Whether this processor has the instructions. The others do nothing of use where it has not.
+    static bool isUsable();
+
+    explicit JpegRowCoder(Rounding rounding);
+
+    /// Makes room for pictures of a width. False when there is no memory.
+    bool prepare(int width);
+    /// Appends the row's entropy-coded segment, without a marker, to the buffer's bytes. False when there is no memory.
+    bool append(const CVPixelBuffer& pixels, int macroblockRow, JpegBuffer& to);
+
+private:
+    struct Means {
+        int luma = 0;
+        int blue = 0;
+        int red = 0;
+    };
+    void writeLuma(std::size_t macroblock, std::size_t half, bool secondIsFiller, int& mean);
+    void writeChroma(std::size_t macroblock, Means& means);
+
+    const TransformBlockPair transform_ = avx2TransformBlockPair();
+    const Quantiser quantiser_;
+    const BlockWords luma_;
+    const BlockWords chroma_;
+    ColourPlanes planes_;
+    EntropyCoder coder_;
+    JpegBuffer segment_;
+    std::array<QuantisedBlock, 2> blocks_{};
+};
+
+} // namespace lumavex
