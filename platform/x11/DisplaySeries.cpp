@@ -28,12 +28,13 @@ void DisplaySeries::takeDamage(xcb_xfixes_region_t except)
     told_.add(damage_.takeChanges(series_.rect(), except));
 }
 
-bool DisplaySeries::read(const QRect& display, const ChangedArea& changedToo, const SharedImagePool::Reading* beside)
+bool DisplaySeries::read(const QRect& display, const ChangedArea& changedToo, const ReadToo& too)
 {
     const ChangedArea whole(QRect(QPoint(0, 0), display.size()));
     told_.add(display == series_.rect() ? changedToo : whole);
     checking_ = Clock::now() >= wholeDue_;
-    return series_.read(connection_.root(), display, checking_ ? whole : told_, beside);
+    otherRows_ = too.otherRows ? too.otherRows->rows : QRect();
+    return series_.read(connection_.root(), display, checking_ ? whole : told_, too);
 }
 
 Grab DisplaySeries::finish()
@@ -57,6 +58,7 @@ ChangedArea DisplaySeries::lookForUntoldChanges()
     const ChangedArea later = damage_.takeChanges(series_.rect(), except_);
     ChangedArea told = told_;
     told.add(later);
+    told.add(otherRows_); // whose later damage has not been taken
     if (series_.differsOutside(told))
         untoldUntil_ = Clock::now() + kUntoldChangesLast;
     return later;

@@ -20,10 +20,9 @@ public:
     /// Learns where the display was drawn to, outside the region `except` (in root coordinates) if there is one, which
     /// must be there until finish(). One round trip.
     void takeDamage(xcb_xfixes_region_t except = XCB_NONE);
-    /// The display is a rectangle of the root window. `changedToo` was not told of by damage; `beside` is read in the
-    /// same round trip. False when it cannot be read.
-    bool read(const QRect& display, const ChangedArea& changedToo = {},
-              const SharedImagePool::Reading* beside = nullptr);
+    /// The display is a rectangle of the root window. `changedToo` was not told of by damage. Of other rows that are
+    /// read with it every change is told. False when it cannot be read.
+    bool read(const QRect& display, const ChangedArea& changedToo = {}, const ReadToo& too = {});
     /// `pixels` stand at `places` instead of those of the screen.
     void patch(const ChangedArea& places, const uchar* pixels) { series_.patch(places, pixels); }
     Grab finish();
@@ -39,6 +38,7 @@ private:
     GrabSeries series_;
     xcb_xfixes_region_t except_ = XCB_NONE;
     ChangedArea told_; ///< drawn to since the last picture
+    QRect otherRows_;  ///< of the next picture
     bool checking_ = false;
     Clock::time_point wholeDue_{}; ///< when the next picture is read whole
     Clock::time_point untoldUntil_{};

@@ -76,8 +76,7 @@ void GrabSeries::forget()
     changed_ = {};
 }
 
-bool GrabSeries::read(xcb_drawable_t drawable, const QRect& rect, const ChangedArea& changed,
-                      const SharedImagePool::Reading* beside)
+bool GrabSeries::read(xcb_drawable_t drawable, const QRect& rect, const ChangedArea& changed, const ReadToo& too)
 {
     const QRect whole(QPoint(0, 0), rect.size());
     if (rect.size() != rect_.size())
@@ -94,12 +93,35 @@ bool GrabSeries::read(xcb_drawable_t drawable, const QRect& rect, const ChangedA
         stale.add(changed_);
     }
     rows_ = stale.asRows(0, rect.width());
-    const bool complete =
-        memory_
-        && pool_.read({memory_, drawable, rect.topLeft(), rows_, SharedImagePool::Reading::Into::Place}, beside);
+    const bool complete = memory_ && readRows(drawable, too);
     if (!complete)
         forget(); // what was drawn to is known no more
     return complete;
+}
+
+bool GrabSeries::readRows(xcb_drawable_t drawable, const ReadToo& too)
+{
+    using Reading = SharedImagePool::Reading;
+    const QRect others = too.otherRows ? too.otherRows->rows : QRect();
+    // Apart, since rows above and below must not be joined across those between them.
+    ChangedArea above;
+    ChangedArea between;
+    ChangedArea below;
+    for (const QRect& rows : rows_) {
+        const int top = others.isEmpty() ? rect_.height() : others.top();
+        const int end = others.isEmpty() ? rect_.height() : others.bottom() + 1;
+        above.add(rows & QRect(0, 0, rect_.width(), top));
+        between.add(rows & others);
+        below.add(rows & QRect(0, end, rect_.width(), rect_.height() - end));
+    }
+    std::vector<Reading> readings;
+    if (too.beside)
+        readings.push_back(*too.beside);
+    if (too.otherRows)
+        readings.push_back({memory_, too.otherRows->drawable, too.otherRows->corner, between, Reading::Into::Place});
+    readings.push_back({memory_, drawable, rect_.topLeft(), above, Reading::Into::Place});
+    readings.push_back({memory_, drawable, rect_.topLeft(), below, Reading::Into::Place});
+    return pool_.read(readings);
 }
 
 void GrabSeries::patch(const ChangedArea& places, const uchar* pixels)

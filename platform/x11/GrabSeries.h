@@ -9,6 +9,19 @@
 
 namespace lumavex {
 
+/// Rows of a picture that are read from another drawable than the others.
+struct OtherRows {
+    QRect rows; ///< of the picture, whole
+    xcb_drawable_t drawable;
+    QPoint corner; ///< of the picture in the drawable
+};
+
+/// What is read in the same round trip. Null: none.
+struct ReadToo {
+    const SharedImagePool::Reading* beside = nullptr;
+    const OtherRows* otherRows = nullptr;
+};
+
 /// The pictures of something that changes, one after the other. Each is memory that still holds an earlier one, brought
 /// up to date by reading the rows that changed since; with two or three in turn that is what changed in the latest two
 /// or three. A picture is made by read(), patch() where needed, compare() and finish(), or dropped by abandon(). Main
@@ -19,10 +32,9 @@ public:
     GrabSeries(SharedImagePool& pool, const PixelLayout& layout);
 
     /// Reads what is out of date in the next picture, that of a rectangle of the drawable, drawn to within `changed`,
-    /// relative to the rectangle's corner, since the last call; and `beside` in the same round trip. Nothing when
-    /// nothing changed. False when it cannot be read: the series begins anew then.
-    bool read(xcb_drawable_t drawable, const QRect& rect, const ChangedArea& changed,
-              const SharedImagePool::Reading* beside = nullptr);
+    /// relative to the rectangle's corner, since the last call. Nothing when nothing changed. False when it cannot be
+    /// read: the series begins anew then.
+    bool read(xcb_drawable_t drawable, const QRect& rect, const ChangedArea& changed, const ReadToo& too = {});
     /// Puts other pixels, read into their turn, over what was read there.
     void patch(const ChangedArea& places, const uchar* pixels);
     /// Where the picture differs from the one before: everywhere for the first one.
@@ -39,6 +51,8 @@ public:
     void forget();
 
 private:
+    bool readRows(xcb_drawable_t drawable, const ReadToo& too);
+
     SharedImagePool& pool_;
     const PixelLayout layout_;
     QRect rect_;

@@ -29,7 +29,7 @@ Grab MendedDisplay::grabAsItIs(const std::function<QRect()>& listen)
 {
     series_.takeDamage();
     const QRect display = listen();
-    const ChangedArea changed = usePlaces({}, display);
+    const ChangedArea changed = usePlaces({}, display, false);
     return series_.read(display, changed) ? series_.finish() : Grab{};
 }
 
@@ -39,33 +39,54 @@ MendedDisplay::Result MendedDisplay::grab(const MendingRequest& request, const Q
     auto plan = planMending(request, traces(request));
     if (!plan)
         return {Obstacle::TooMuch, {}};
-    ChangedArea changed = usePlaces(plan->places, request.canvas);
-    bool painted =
-        painter_.prepare({std::move(plan->layers), std::move(plan->alsoKept), request.desktop, request.compositing,
-                          request.canvas, rootSize, std::vector<QRect>(places_.begin(), places_.end())});
+    ChangedArea changed = usePlaces(plan->places, request.canvas, plan->direct);
+    // Nothing of the desktop is to be noted while it is hidden everywhere.
+    const bool hidden = plan->direct && plan->layers.front().outer.contains(QRect(QPoint(0, 0), rootSize));
+    const bool desktop = request.desktop && !hidden;
+    const bool prepared = painter_.prepare({std::move(plan->layers), std::move(plan->alsoKept), desktop, plan->backdrop,
+                                            request.compositing, request.canvas, rootSize,
+                                            std::vector<QRect>(places_.begin(), places_.end())});
     // The server copies redirected windows to the screen by the way, or when it is read: so they and the damage of the
     // screen are of the same moment.
     xcb_connection_t* const c = connection_.get();
     xcb_discard_reply(c, xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, connection_.root(), 0, 0, 1, 1, ~0U).sequence);
     series_.takeDamage(region_.id());
-    const ChangedArea paintedParts = painted && pixels_ ? painter_.paint() : ChangedArea();
-    changed.add(paintedParts);
-    const SharedImagePool::Reading beside{pixels_, painter_.canvas(), QPoint(0, 0), places_,
-                                          SharedImagePool::Reading::Into::Turn};
-    if (!series_.read(request.canvas, changed, paintedParts.isEmpty() ? nullptr : &beside)) {
+    const Reading reading = plan->direct ? readDirectly(request.canvas, std::move(changed), prepared)
+                                         : readPainted(request.canvas, std::move(changed), prepared);
+    if (reading == Reading::Failed) {
         painter_.repaint();
         return {};
     }
-    painted = places_.isEmpty() || (painted && pixels_);
     const bool moved = !stillTrue();
-    if (moved || !painted) {
+    if (moved || reading == Reading::Incomplete) {
         painter_.repaint();
         series_.abandon();
         return {moved ? Obstacle::Moved : Obstacle::None, {}};
     }
-    if (!places_.isEmpty())
+    if (!places_.isEmpty() && !direct_)
         series_.patch(places_, pixels_.pixels());
     return {Obstacle::None, series_.finish()};
+}
+
+MendedDisplay::Reading MendedDisplay::readPainted(const QRect& canvas, ChangedArea changed, bool prepared)
+{
+    using Pixels = SharedImagePool::Reading;
+    const ChangedArea painted = prepared && pixels_ ? painter_.paint() : ChangedArea();
+    changed.add(painted);
+    const Pixels beside{pixels_, painter_.canvas(), QPoint(0, 0), places_, Pixels::Into::Turn};
+    if (!series_.read(canvas, changed, {painted.isEmpty() ? nullptr : &beside, nullptr}))
+        return Reading::Failed;
+    return places_.isEmpty() || (prepared && pixels_) ? Reading::Complete : Reading::Incomplete;
+}
+
+MendedDisplay::Reading MendedDisplay::readDirectly(const QRect& canvas, ChangedArea changed, bool prepared)
+{
+    const auto window = prepared ? painter_.onlyWindow() : std::nullopt;
+    if (!window) // read nevertheless, so that what changed is not forgotten
+        return series_.read(canvas, changed) ? Reading::Incomplete : Reading::Failed;
+    changed.add(painter_.skipPainting());
+    const OtherRows otherRows{*places_.begin(), window->first, canvas.topLeft() - window->second};
+    return series_.read(canvas, changed, {nullptr, &otherRows}) ? Reading::Complete : Reading::Failed;
 }
 
 /// Where windows that are left out may still be shown, other than where they are.
@@ -95,10 +116,12 @@ QRegion MendedDisplay::traces(const MendingRequest& request)
 }
 
 /// Where the picture changes because others are the places to be mended.
-ChangedArea MendedDisplay::usePlaces(const ChangedArea& places, const QRect& canvas)
+ChangedArea MendedDisplay::usePlaces(const ChangedArea& places, const QRect& canvas, bool direct)
 {
-    if (std::equal(places.begin(), places.end(), places_.begin(), places_.end()) && canvas == canvas_)
+    if (std::equal(places.begin(), places.end(), places_.begin(), places_.end()) && canvas == canvas_
+        && direct == direct_)
         return {};
+    direct_ = direct;
     ChangedArea changed = std::exchange(places_, places);
     changed.add(places);
     canvas_ = canvas;
@@ -111,7 +134,7 @@ ChangedArea MendedDisplay::usePlaces(const ChangedArea& places, const QRect& can
                               static_cast<std::uint16_t>(place.width()), static_cast<std::uint16_t>(place.height())});
     }
     pixels_ = {};
-    if (pixels > 0)
+    if (pixels > 0 && !direct)
         pixels_ = pool_.take(QSize(pixels, 1), {});
     if (region_)
         xcb_xfixes_set_region(connection_.get(), region_.id(), static_cast<std::uint32_t>(rectangles.size()),

@@ -43,8 +43,16 @@ private:
         Clock::time_point seen;
     };
 
+    enum class Reading {
+        Complete,
+        Incomplete, ///< read, but the places are not painted
+        Failed,
+    };
+
     QRegion traces(const MendingRequest& request);
-    ChangedArea usePlaces(const ChangedArea& places, const QRect& canvas);
+    ChangedArea usePlaces(const ChangedArea& places, const QRect& canvas, bool direct);
+    Reading readPainted(const QRect& canvas, ChangedArea changed, bool prepared);
+    Reading readDirectly(const QRect& canvas, ChangedArea changed, bool prepared);
 
     const XcbConnection& connection_;
     SharedImagePool& pool_;
@@ -53,6 +61,7 @@ private:
     std::vector<Trace> traces_;
     ChangedArea places_; ///< in the canvas, mended in the last picture
     QRect canvas_;
+    bool direct_ = false;            ///< the place is read from the picture of the window that fills it
     SharedImagePool::Memory pixels_; ///< of the places, one behind the other
     RegionHandle region_;            ///< the places in root coordinates
 };

@@ -43,6 +43,53 @@ QRegion regionToMend(const MendingRequest& request, const QRegion& alsoMended)
     return mended & request.canvas;
 }
 
+bool isOpaque(const TopLevel& top, const MendingRequest& request)
+{
+    return !top.shaped && top.visual == request.screenVisual;
+}
+
+/// Windows that others hide in all places are not painted, but may be needed when those move away.
+void chooseLayers(const MendingRequest& request, MendingPlan& plan)
+{
+    QRegion unhidden;
+    for (const QRect& place : plan.places)
+        unhidden += place.translated(request.canvas.topLeft());
+    std::vector<QRect> above; // what is left out
+    for (const StackedWindow& window : request.topToBottom) {
+        const QRect& outer = window.top.outer;
+        const auto touches = [&](const QRect& rect) { return rect.intersects(outer); };
+        if (!window.shown) {
+            above.push_back(grown(outer, kNear));
+        } else if (unhidden.intersects(outer)) {
+            plan.layers.push_back(window.top);
+            if (isOpaque(window.top, request))
+                unhidden -= outer;
+        } else if (touches(request.canvas) && std::any_of(above.begin(), above.end(), touches)) {
+            plan.alsoKept.push_back(window.top);
+        }
+    }
+    plan.backdrop = !unhidden.isEmpty();
+}
+
+/// Where one window fills the rows of all places, these are read from its own picture: whole rows go where they belong
+/// without a copy. A compositing manager shows more in them than windows, and later.
+void replaceByRows(const MendingRequest& request, MendingPlan& plan)
+{
+    QRect rows;
+    for (const QRect& place : plan.places)
+        rows |= QRect(0, place.top(), request.canvas.width(), place.height());
+    const QRect onRoot = rows.translated(request.canvas.topLeft());
+    const auto first =
+        std::find_if(request.topToBottom.begin(), request.topToBottom.end(),
+                     [&](const StackedWindow& window) { return window.shown && window.top.outer.intersects(onRoot); });
+    if (rows.isEmpty() || first == request.topToBottom.end() || !first->top.outer.contains(onRoot)
+        || !isOpaque(first->top, request))
+        return;
+    plan.places = ChangedArea(rows);
+    plan.layers = {first->top};
+    plan.direct = true;
+}
+
 } // namespace
 
 QRect reachOf(const TopLevel& top, bool compositing)
@@ -62,17 +109,9 @@ std::optional<MendingPlan> planMending(const MendingRequest& request, const QReg
     if (pixels * kLargestShare > pixelsOf(request.canvas))
         return std::nullopt;
 
-    std::vector<QRect> above; // what is left out
-    for (const StackedWindow& window : request.topToBottom) {
-        const auto touches = [&](const QRect& rect) { return rect.intersects(window.top.outer); };
-        const auto touchesPlace = [&](const QRect& place) { return touches(place.translated(corner)); };
-        if (!window.shown)
-            above.push_back(grown(window.top.outer, kNear));
-        else if (std::any_of(plan.places.begin(), plan.places.end(), touchesPlace))
-            plan.layers.push_back(window.top);
-        else if (touches(request.canvas) && std::any_of(above.begin(), above.end(), touches))
-            plan.alsoKept.push_back(window.top);
-    }
+    chooseLayers(request, plan);
+    if (!request.compositing)
+        replaceByRows(request, plan);
     return plan;
 }
 

@@ -22,13 +22,16 @@ struct MendingRequest {
     std::vector<StackedWindow> topToBottom; ///< viewable windows
     bool desktop = false;                   ///< is to be seen too
     bool compositing = false;               ///< a compositing manager shows the windows, in its own way and time
+    xcb_visualid_t screenVisual = 0;        ///< windows of it have the screen's pixels, which are opaque
     QRect canvas;                           ///< in root coordinates
 };
 
 /// Where the screen shows something else, and what is needed to paint what lies behind it.
 struct MendingPlan {
-    ChangedArea places;             ///< in the canvas
-    std::vector<TopLevel> layers;   ///< front to back
+    ChangedArea places;           ///< in the canvas
+    std::vector<TopLevel> layers; ///< front to back, those that are seen in the places
+    bool backdrop = true;         ///< what lies behind the layers is seen too
+    bool direct = false;          ///< the one place, whole rows, shows the one layer as it is: nothing is to be painted
     std::vector<TopLevel> alsoKept; ///< windows that will be needed when others move a little
 };
 

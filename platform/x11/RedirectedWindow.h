@@ -27,6 +27,7 @@ public:
     bool finishNaming();
 
     xcb_render_picture_t picture() const { return picture_.id(); }
+    xcb_pixmap_t pixmap() const { return pixmap_.id(); }
     bool hasAlpha() const { return format_.alpha; }
     QSize size() const { return size_; } ///< with the border
     /// Changes with every new naming.

@@ -204,22 +204,17 @@ SharedImagePool::Memory SharedImagePool::take(const QSize& size, const ChangeHis
     return found ? Memory(std::make_unique<Loan>(shelf_, std::move(found)), size) : Memory();
 }
 
-bool SharedImagePool::read(const Reading& reading, const Reading* beside)
+bool SharedImagePool::read(const std::vector<Reading>& readings)
 {
-    Pending pending;
-    Pending pendingBeside;
-    if (beside)
-        send(*beside, pendingBeside);
-    send(reading, pending);
+    std::vector<Pending> pending(readings.size());
+    for (std::size_t i = 0; i < readings.size(); ++i)
+        send(readings[i], pending[i]);
     bool complete = true;
-    if (beside)
-        complete = receive(*beside, pendingBeside);
-    complete = receive(reading, pending) && complete;
-    if (!complete) {
-        reading.memory.setNumber(0);
-        if (beside)
-            beside->memory.setNumber(0);
-    }
+    for (std::size_t i = 0; i < readings.size(); ++i)
+        complete = receive(readings[i], pending[i]) && complete;
+    for (const Reading& reading : readings)
+        if (!complete)
+            reading.memory.setNumber(0);
     return complete;
 }
 

@@ -9,6 +9,7 @@
 #include <QSize>
 
 #include <memory>
+#include <vector>
 
 namespace lumavex {
 
@@ -69,9 +70,9 @@ public:
         const ChangedArea& parts;
         Into into;
     };
-    /// Reads the parts, which must fit into the memory, and those of `beside` in the same round trip before them. False
-    /// when the server refuses: a drawable is gone, or does not reach so far; the memories then hold no picture.
-    bool read(const Reading& reading, const Reading* beside = nullptr);
+    /// Reads the parts, which must fit into their memories, in one round trip. False when the server refuses: a
+    /// drawable is gone, or does not reach so far; the memories then hold no picture.
+    bool read(const std::vector<Reading>& readings);
 
     /// Segments that exist now, in use or not.
     int segmentCount() const;

@@ -34,7 +34,7 @@ bool WindowPainter::prepare(const PaintRequest& request)
 {
     redirect(request);
     wanted_ = arrange(request);
-    if (wanted_.canvas.isEmpty() || (wanted_.backToFront.empty() && !wanted_.desktop))
+    if (wanted_.canvas.isEmpty() || (wanted_.backToFront.empty() && !request.desktop))
         return false;
     if (!shown_ || shown_->places != wanted_.places)
         setPlaces(request);
@@ -45,6 +45,24 @@ bool WindowPainter::prepare(const PaintRequest& request)
 }
 
 ChangedArea WindowPainter::paint()
+{
+    const ChangedArea changed = skipPainting();
+    if (!changed.isEmpty()) {
+        prepareCanvas();
+        paintLayers();
+    }
+    return changed;
+}
+
+std::optional<std::pair<xcb_drawable_t, QPoint>> WindowPainter::onlyWindow() const
+{
+    if (wanted_.backToFront.size() != 1)
+        return std::nullopt;
+    const Layer& layer = wanted_.backToFront.front();
+    return std::pair(redirected_.at(layer.window).window->pixmap(), layer.outer.topLeft());
+}
+
+ChangedArea WindowPainter::skipPainting()
 {
     const QRect whole(QPoint(0, 0), wanted_.canvas.size());
     ChangedArea changed;
@@ -58,10 +76,6 @@ ChangedArea WindowPainter::paint()
         if (wanted_.places)
             xcb_xfixes_intersect_region(connection_.get(), changedParts_.id(), placesRegion_.id(), changedParts_.id());
         changed = fetchArea(connection_, changedParts_.id(), whole).value_or(ChangedArea(whole));
-    }
-    if (!changed.isEmpty()) {
-        prepareCanvas();
-        paintLayers();
     }
     shown_ = wanted_;
     return changed;
@@ -128,12 +142,15 @@ WindowPainter::Arrangement WindowPainter::arrange(const PaintRequest& request)
 {
     for (const TopLevel& top : request.frontToBack)
         redirected_.at(top.window).window->startNaming();
-    Arrangement arrangement{{}, request.desktop, request.alpha, request.canvas, request.places};
+    Arrangement arrangement{
+        {}, request.desktop && request.backdrop, request.backdrop, request.alpha, request.canvas, request.places};
     for (auto top = request.frontToBack.rbegin(); top != request.frontToBack.rend(); ++top) {
         RedirectedWindow& window = *redirected_.at(top->window).window;
         if (window.finishNaming())
             arrangement.backToFront.push_back(
                 {top->window, window.generation(), QRect(top->outer.topLeft(), window.size()), top->border});
+        else
+            arrangement.backdrop = true; // seen through the gap
     }
     return arrangement;
 }
@@ -144,6 +161,10 @@ WindowPainter::Extent WindowPainter::takeChanges(const PaintRequest& request)
     xcb_connection_t* const c = connection_.get();
     xcb_xfixes_set_region(c, changedParts_.id(), 0, nullptr);
     Extent extent = request.desktop ? takeChangesOfDesktop(request) : Extent::Nothing;
+    if (extent != Extent::Nothing && !wanted_.desktop) { // what was seen of it is kept, but windows hide it here
+        extent = Extent::Nothing;
+        xcb_xfixes_set_region(c, changedParts_.id(), 0, nullptr);
+    }
     for (const Layer& layer : wanted_.backToFront) {
         RedirectedWindow& window = *redirected_.at(layer.window).window;
         if (request.places)
@@ -220,7 +241,8 @@ void WindowPainter::paintLayers()
     const xcb_render_color_t black{0, 0, 0, 0xffff};
     const xcb_rectangle_t all{0, 0, static_cast<std::uint16_t>(canvasSize_.width()),
                               static_cast<std::uint16_t>(canvasSize_.height())};
-    xcb_render_fill_rectangles(c, XCB_RENDER_PICT_OP_SRC, canvasPicture_.id(), black, 1, &all);
+    if (wanted_.backdrop)
+        xcb_render_fill_rectangles(c, XCB_RENDER_PICT_OP_SRC, canvasPicture_.id(), black, 1, &all);
     if (wanted_.desktop)
         desktop_->paint(canvasPicture_.id(), wanted_.canvas);
     for (const Layer& layer : wanted_.backToFront)

@@ -24,6 +24,7 @@ struct PaintRequest {
     std::vector<TopLevel> frontToBack;
     std::vector<TopLevel> alsoKept; ///< not painted, but their pictures are kept for a later request
     bool desktop = false;           ///< the desktop's background behind them all
+    bool backdrop = true;           ///< they leave something free, where the desktop or black is seen
     bool alpha = false;             ///< windows with transparency are blended, as a compositing manager shows them
     QRect canvas;                   ///< the area of the picture, in root coordinates
     QSize rootSize;
@@ -43,6 +44,10 @@ public:
     /// Paints that, and tells where it is, relative to the canvas' corner.
     ChangedArea paint();
     xcb_drawable_t canvas() const { return canvas_.id(); }
+    /// Instead of paint(), for a caller who reads the picture of the only window: tells where that is.
+    ChangedArea skipPainting();
+    /// The picture of the only window, and its corner in root coordinates. Nothing when it cannot be read.
+    std::optional<std::pair<xcb_drawable_t, QPoint>> onlyWindow() const;
     /// The canvas was not read: the next painting is of everything.
     void repaint() { shown_.reset(); }
     /// Lets the server show all windows in its usual way again.
@@ -65,6 +70,7 @@ private:
     struct Arrangement {
         std::vector<Layer> backToFront;
         bool desktop = false;
+        bool backdrop = true;
         bool alpha = false;
         QRect canvas;
         std::optional<std::vector<QRect>> places;

@@ -194,7 +194,9 @@ std::optional<MendingRequest> XcbScreenGrabber::asPartOfScreen(const PaintReques
     if (request.canvas.isEmpty() || !parts_->display.root().contains(request.canvas)
         || request.alpha != parts_->tree.compositingManagerRuns())
         return std::nullopt;
-    MendingRequest part{{}, request.desktop, request.alpha, request.canvas};
+    const xcb_screen_t& screen = *connection_.screen();
+    MendingRequest part{
+        {}, request.desktop, request.alpha, screen.root_depth == 32 ? 0 : screen.root_visual, request.canvas};
     std::size_t next = 0;
     bool inOrder = true;
     for (const TopLevel& top : parts_->tree.topToBottom()) {
