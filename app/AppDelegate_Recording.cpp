@@ -3,6 +3,7 @@
 
 #include "app/FocusKeeper.h"
 #include "app/ProcessorUsage.h"
+#include "app/ScreenSizeWatch.h"
 #include "app/Window_Main.h"
 #include "recording/Duration.h"
 #include "recording/FreeSpace.h"
@@ -32,6 +33,10 @@ void AppDelegate::OnToolbarRecord()
             Show_Window_Can_Not_Record();
             Q_EMIT recordingFinished({}, tr("The machine is too busy to record (use --ignore-load to record anyway)."),
                                      Kept::Nothing);
+            return;
+        }
+        if (const QString refusal = screenSize_->refusal(); !refusal.isEmpty()) {
+            Q_EMIT recordingFinished({}, refusal, Kept::Nothing);
             return;
         }
         // Frames are made only while there is a preview, in sight or not.

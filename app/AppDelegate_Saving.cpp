@@ -51,6 +51,9 @@ AppDelegate::WorkingFiles AppDelegate::saveMovie(const QString& movie, const QSt
                 QFile::remove(movie);
             if (!missing.isEmpty())
                 return keepWhatWasRecorded(*path, (missing + u' ' + problem).trimmed());
+            if (movie == recording.s_AV_File_Source) // its parts would be rescued, were the program ended at the alert
+                for (const QString& part : {recording.s_Video_File_Source, recording.s_Sound_File_Source})
+                    QFile::remove(part);
             Q_EMIT recordingFinished(*path, problem, problem.isEmpty() ? Kept::AsAsked : Kept::Otherwise);
             tellSaved(*path);
             return WorkingFiles::NotNeeded;

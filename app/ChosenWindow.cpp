@@ -68,6 +68,7 @@ void ChosenWindow::grab()
         capture.imgScreenCapture = shot.picture;
         capture.serialScreen = shot.serial;
         capture.screenChanges = shot.changes;
+        capture.size_Grab = {};
     }
 }
 

@@ -4,13 +4,16 @@
 #include "app/Message.h"
 
 #include <QFrame>
+#include <QList>
 
 class QLabel;
+class QPushButton;
 class QToolButton;
 
 namespace lumavex {
 
-/// One message with its buttons and a button that closes it. Screen readers announce it as an alert.
+/// One message with its buttons and a button that closes it. The buttons stand beside the text, or below it where they
+/// would leave it too little room. Screen readers announce it as an alert.
 class MessageRow final : public QFrame {
     Q_OBJECT
 public:
@@ -18,6 +21,10 @@ public:
 
     MessageTopic topic() const { return topic_; }
     QString text() const;
+    QSize sizeHint() const override { return minimumSizeHint(); }
+    QSize minimumSizeHint() const override; ///< wide enough for each of its buttons
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override { return arrange(width, Arrange::Measure); }
 
 Q_SIGNALS:
     /// The user closed the message.
@@ -26,14 +33,21 @@ Q_SIGNALS:
     void chosen(std::function<void()> run);
 
 protected:
+    bool event(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     void changeEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    enum class Arrange { Measure, Place };
+    /// Returns the height that a row of this width needs.
+    int arrange(int width, Arrange what) const;
     void colourCloseButton();
 
     MessageTopic topic_;
+    QLabel* icon_;
     QLabel* text_;
+    QList<QPushButton*> buttons_;
     QToolButton* close_ = nullptr;
 };
 

@@ -102,6 +102,16 @@ void MessageStrip::arrange()
 {
     for (qsizetype i = 0; i < rows_.size(); ++i)
         rows_.at(i)->setVisible(i < shownRows);
+    // The Tab key goes down the rows, though the newest was made last.
+    QWidget* previous = nullptr;
+    for (const MessageRow* row : std::as_const(rows_)) {
+        const auto buttons = row->findChildren<QAbstractButton*>();
+        for (QAbstractButton* button : buttons) {
+            if (previous)
+                setTabOrder(previous, button);
+            previous = button;
+        }
+    }
     setVisible(!rows_.isEmpty());
     Q_EMIT roomChanged();
 }

@@ -4,7 +4,10 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLocale>
+#include <QTextDocument>
 #include <QTextDocumentFragment>
+
+#include <cmath>
 
 namespace lumavex {
 
@@ -53,6 +56,7 @@ RecordingSummary::RecordingSummary(QWidget* parent)
 {
     what_->setTextFormat(Qt::RichText);
     what_->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
+    what_->setWordWrap(true);
     what_->setToolTip(tr("What will be recorded; frame rate and sound are set in the settings"));
     what_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     connect(what_, &QLabel::linkActivated, this, &RecordingSummary::settingsWanted);
@@ -87,6 +91,11 @@ void RecordingSummary::layOut()
     frames_->setText(facts_.frames ? framesText(*facts_.frames) : QString());
     if (const QString text = describe(facts_); text != what_->text()) {
         what_->setText(text);
+        QTextDocument line;
+        line.setDefaultFont(what_->font());
+        line.setDocumentMargin(0);
+        line.setHtml(text);
+        lineWidth_ = static_cast<int>(std::ceil(line.idealWidth())) + 1;
         setAccessibleName(plain(text));
         Q_EMIT roomChanged();
     }
@@ -95,9 +104,8 @@ void RecordingSummary::layOut()
 QSize RecordingSummary::sizeHint() const
 {
     const QMargins margins = layout()->contentsMargins();
-    const int width =
-        what_->sizeHint().width() + layout()->spacing() + frames_->minimumWidth() + margins.left() + margins.right();
-    return {width, QWidget::sizeHint().height()};
+    const int width = lineWidth_ + layout()->spacing() + frames_->minimumWidth() + margins.left() + margins.right();
+    return {width, frames_->sizeHint().height() + margins.top() + margins.bottom()};
 }
 
 QString RecordingSummary::text() const

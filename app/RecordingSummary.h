@@ -33,7 +33,7 @@ public:
     void show(const SummaryFacts& facts);
     /// What it says, as plain text.
     QString text() const;
-    /// What is needed to read it all, with room for the frames of some hours.
+    /// What is needed to read it all on one line, with room for the frames of some hours.
     QSize sizeHint() const override;
 
 protected:
@@ -50,6 +50,7 @@ private:
 
     SummaryFacts facts_;
     QLabel* what_;
+    int lineWidth_ = 0; ///< of what_'s text on one line
     QLabel* frames_;
 };
 

@@ -94,11 +94,29 @@ void ScreenSizeWatch::tellRegion()
     if (problem == regionTold_)
         return;
     regionTold_ = problem;
-    if (problem.isEmpty())
+    constexpr auto outside = RecordingIncidents::Kind::RegionOutside;
+    if (problem.isEmpty()) {
+        app_.recording.incidents.end(outside, app_.recording.movieSeconds());
         window_.withdrawMessage(MessageTopic::Region);
-    else
-        app_.tell(MessageTopic::Region, {tr("%1 Its picture is black until it is marked again.").arg(problem),
-                                         {{tr("Mark It Again"), [this] { app_.OnToolbarRegion(); }}}});
+    } else {
+        app_.recording.incidents.begin(outside, app_.recording.movieSeconds());
+        app_.tell(MessageTopic::Region, regionMessage(problem));
+    }
+}
+
+Message ScreenSizeWatch::regionMessage(const QString& problem)
+{
+    return {tr("%1 Its picture is black until it is marked again.").arg(problem),
+            {{tr("Mark It Again"), [this] { app_.OnToolbarRegion(); }}}};
+}
+
+QString ScreenSizeWatch::refusal()
+{
+    look();
+    const QString problem = regionProblem(app_.capture, app_.compose);
+    if (!problem.isEmpty() && !window_.showsMessage(MessageTopic::Region)) // the user has closed it
+        window_.showMessage(MessageTopic::Region, regionMessage(problem));
+    return problem;
 }
 
 void ScreenSizeWatch::useItsSize()

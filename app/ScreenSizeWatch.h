@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/Message.h"
 #include "platform/ScreenGrabber.h"
 
 #include <QObject>
@@ -32,6 +33,8 @@ public:
 
     /// Measures the main display (CaptureState::size_Display) and brings the messages about it into line.
     void look();
+    /// As regionProblem, measured now; the message about it is shown then. Nothing is to be recorded of such a region.
+    QString refusal();
     /// The new size becomes size_Screen, and everything that was chosen by it is chosen anew. Not while recording.
     void useItsSize();
 
@@ -39,6 +42,7 @@ private:
     void watch(QScreen* screen);
     void tellSize();
     void tellRegion();
+    Message regionMessage(const QString& problem);
     void bringWindowsBack();
 
     struct Told {

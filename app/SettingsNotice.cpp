@@ -14,7 +14,11 @@ namespace lumavex {
 void SettingsNotice::tellUnread()
 {
     unread_ = settings_.trouble();
-    if (!unread_.isEmpty())
+    unreadChoices_ = choices_.trouble();
+    for (const QString& trouble : {unread_, unreadChoices_})
+        if (!trouble.isEmpty())
+            qWarning("%s", qUtf8Printable(trouble)); // nobody sees the window of an unattended recording
+    if (!unread_.isEmpty() || !unreadChoices_.isEmpty())
         show();
 }
 
@@ -23,13 +27,18 @@ void SettingsNotice::written()
     QString trouble = settings_.writeTrouble();
     if (trouble.isEmpty())
         trouble = choices_.writeTrouble();
-    if (std::exchange(unstored_, trouble) != trouble)
+    const bool chosenAgain = !unreadChoices_.isEmpty() && choices_.trouble().isEmpty();
+    if (chosenAgain)
+        unreadChoices_.clear();
+    if (std::exchange(unstored_, trouble) != trouble || (chosenAgain && window_.showsMessage(MessageTopic::Settings)))
         show();
 }
 
 void SettingsNotice::show()
 {
-    const QString text = (unread_ + u' ' + unstored_).trimmed();
+    QStringList texts{unread_, unreadChoices_, unstored_};
+    texts.removeAll(QString());
+    const QString text = texts.join(u' ');
     if (text.isEmpty()) {
         window_.withdrawMessage(MessageTopic::Settings);
         return;

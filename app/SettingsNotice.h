@@ -35,8 +35,9 @@ private:
     Window_Main& window_;
     const UserDefaults& settings_;
     const UserDefaults& choices_;
-    QString unread_;   ///< why settings could not be read, until others are used in their place
-    QString unstored_; ///< why the latest write failed; empty when it did not
+    QString unread_;        ///< why settings could not be read, until others are used in their place
+    QString unreadChoices_; ///< why choices could not be read, until the next one is made
+    QString unstored_;      ///< why the latest write failed; empty when it did not
 };
 
 } // namespace lumavex

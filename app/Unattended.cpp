@@ -44,7 +44,7 @@ UnattendedRun::UnattendedRun(AppDelegate& app, RunLoop& runLoop, StandardStreams
                              const QString& limitation)
     : app_(app), runLoop_(runLoop), streams_(streams), options_(options), limitation_(limitation)
 {
-    connect(&app_, &AppDelegate::recordingFinished, this, &UnattendedRun::finished);
+    connect(&app_, &AppDelegate::recordingFinished, this, &UnattendedRun::recorded);
     connect(&app_, &AppDelegate::pictureFinished, this,
             [this](const QString& path) { finished(path, {}, path.isEmpty() ? Kept::Nothing : Kept::AsAsked); });
 }
@@ -155,6 +155,18 @@ void UnattendedRun::showProgress()
                              .arg(app_.recording.movieSeconds(), 0, 'f', 1)
                              .arg(*options_.recordSeconds, 0, 'f', 1);
     streams_.showProgress(line);
+}
+
+void UnattendedRun::recorded(const QString& path, const QString& problem, Kept kept)
+{
+    // The summary on standard error tells when.
+    const auto& recording = app_.recording;
+    const bool asAsked =
+        recording.incidents.summaryOf(RecordingIncidents::Kind::RegionOutside, recording.movieSeconds()).isEmpty();
+    if (kept == Kept::AsAsked && !asAsked)
+        finished(path, tr("The movie is black where the region lay outside the screen."), Kept::Otherwise);
+    else
+        finished(path, problem, kept);
 }
 
 void UnattendedRun::finished(const QString& path, const QString& problem, Kept kept)

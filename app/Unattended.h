@@ -52,6 +52,7 @@ private:
     void record();
     void takePicture();
     void showProgress();
+    void recorded(const QString& path, const QString& problem, Kept kept);
     void finished(const QString& path, const QString& problem, Kept kept);
 
     AppDelegate& app_;

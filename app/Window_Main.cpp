@@ -5,6 +5,7 @@
 #include "app/LevelMeter.h"
 #include "app/MessageStrip.h"
 #include "app/RecordingSummary.h"
+#include "app/WindowPlaces.h"
 
 #include <QCloseEvent>
 #include <QFontDatabase>
@@ -74,15 +75,40 @@ void Window_Main::setIcons()
 
 void Window_Main::fitSize()
 {
-    // The window is as high as its bars and its message, and at least as wide as its toolbar and what will be recorded.
+    // The window is as high as its bars and its messages, and at least as wide as its toolbar and what will be
+    // recorded, as far as the screen has that room.
     QTimer::singleShot(0, this, [this] {
-        const int readable = std::min(summary->sizeHint().width(), screen()->availableSize().width() * 9 / 10);
-        const int wanted = std::max({width(), minimumWidth(), toolBar->sizeHint().width(), readable});
-        const int height = Ui::Window_Main::menuBar->height() + toolBar->sizeHint().height()
-                           + summary->sizeHint().height()
-                           + (messages_->isVisible() ? messages_->heightForWidth(wanted) : 0);
-        resize(wanted, std::max(minimumHeight(), height));
+        if (isMaximized() || isFullScreen())
+            return;
+        const QRect area = screen()->availableGeometry();
+        const int readable = std::min(summary->sizeHint().width(), area.width() * 9 / 10);
+        const int widest = std::max(minimumWidth(), area.width() - (frameGeometry().width() - width()));
+        const int wanted = std::min(widest, std::max({width(), minimumWidth(), toolBar->sizeHint().width(), readable}));
+        const QSize before = size();
+        resize(wanted, std::max(minimumHeight(), heightFor(wanted)));
+        // A message that has just come is seen, and its buttons are.
+        const QPoint place = movedInside(frameGeometry(), area).topLeft();
+        if (isVisible() && size() != before && place != frameGeometry().topLeft())
+            move(place);
     });
+}
+
+int Window_Main::heightFor(int width) const
+{
+    return Ui::Window_Main::menuBar->height() + toolBar->sizeHint().height()
+           + std::max(summary->sizeHint().height(), summary->heightForWidth(width))
+           + (messages_->isVisible() ? messages_->heightForWidth(width) : 0);
+}
+
+void Window_Main::resizeEvent(QResizeEvent* event)
+{
+    QMainWindow::resizeEvent(event);
+    // The texts of a narrower window need more lines. Queued, since this may be a step of the user's.
+    if (event->size().width() != event->oldSize().width())
+        QTimer::singleShot(0, this, [this] {
+            if (const int needed = heightFor(width()); height() < needed && !isMaximized() && !isFullScreen())
+                resize(width(), needed);
+        });
 }
 
 void Window_Main::moveCheckMark(QAction*& from, QAction* to)

@@ -50,10 +50,12 @@ Q_SIGNALS:
 protected:
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void setIcons();
     void fitSize();
+    int heightFor(int width) const; ///< of bars, summary and messages
 
     MessageStrip* messages_;
 };

@@ -21,7 +21,7 @@ Platform createPlatform()
     platform.clock = std::make_unique<MonotonicClock>();
     platform.runLoop = std::make_unique<QtRunLoop>(*platform.clock);
     platform.userDefaults = std::make_unique<IniUserDefaults>(userDefaultsPath());
-    platform.moreSettings = std::make_unique<IniUserDefaults>(moreSettingsPath());
+    platform.moreSettings = std::make_unique<IniUserDefaults>(moreSettingsPath(), IniUserDefaults::Holds::Choices);
     platform.dialogs = std::make_unique<QtDialogs>();
     platform.screen = createXcbScreenGrabber();
     platform.overlay = createX11Overlay();

@@ -53,7 +53,7 @@ struct CaptureState {
     QImage imgScreenCaptureToDraw;    ///< the grab that the latest frame was made of; cursor and cut are in the frame's
                                       ///< inputs
     CGRect rect_Screen_Follow_Cursor; ///< of the latest frame in follow-cursor mode
-    CGSize size_Grab;                 ///< of imgScreenCapture when it shows the main display
+    CGSize size_Grab;                 ///< of imgScreenCapture when it shows the main display; else no size
     CGRect rect_Screen_Region;        ///< set by the region selector
     double height_Marked = 0;         ///< of the main display when rect_Screen_Region was set; 0: as it is now
     /// The region on a main display of another size: it keeps its distance from the top left corner, as windows do.

@@ -77,9 +77,10 @@ QString RecordingIncidents::summaryOf(Kind kind, double length) const
     double total = 0;
     for (const Gap& gap : gaps)
         total += gap.end - gap.begin;
-    const QString what = kind == Kind::SoundLost ? tr("%1 without sound")
-                         : kind == Kind::Silence ? tr("Nothing heard for %1")
-                                                 : tr("Camera gone for %1");
+    const QString what = kind == Kind::SoundLost    ? tr("%1 without sound")
+                         : kind == Kind::Silence    ? tr("Nothing heard for %1")
+                         : kind == Kind::CameraGone ? tr("Camera gone for %1")
+                                                    : tr("Region outside the screen, and black, for %1");
     const QString from = timeText(gaps.front().begin);
     const QString where = gaps.size() > 1       ? tr("in %1 gaps, the first from %2 on").arg(gaps.size()).arg(from)
                           : !toTheEnd           ? tr("from %1 on").arg(from)
@@ -91,7 +92,7 @@ QString RecordingIncidents::summaryOf(Kind kind, double length) const
 QString RecordingIncidents::summary(double length) const
 {
     QStringList sentences;
-    for (const Kind kind : {Kind::SoundLost, Kind::Silence, Kind::CameraGone})
+    for (const Kind kind : {Kind::SoundLost, Kind::Silence, Kind::CameraGone, Kind::RegionOutside})
         sentences += summaryOf(kind, length);
     sentences.removeAll(QString());
     return sentences.join(u' ');

@@ -28,23 +28,41 @@ QString moreSettingsPath()
     return QFileInfo(userDefaultsPath()).dir().filePath(QStringLiteral("more.ini"));
 }
 
-IniUserDefaults::IniUserDefaults(const QString& path) : path_(path)
+IniUserDefaults::IniUserDefaults(const QString& path, Holds what) : path_(path), what_(what)
 {
     QFile file(path_);
     if (!file.exists())
         return;
     if (!QFileInfo(path_).isFile() || !file.open(QIODevice::ReadOnly)) {
-        trouble_ = QCoreApplication::translate(
-                       "UserDefaults", "The settings file %1 cannot be read, so most settings are 0 or off now: "
-                                       "no sound is recorded, for example. Please check the settings.")
-                       .arg(path_);
         isUnread_ = true;
+        trouble_ = what_ == Holds::Choices
+                       ? unreadChoices()
+                       : QCoreApplication::translate("UserDefaults",
+                                                     "The settings file %1 cannot be read, so most settings are 0 or "
+                                                     "off now: no sound is recorded, for example. Please check the "
+                                                     "settings.")
+                             .arg(path_);
         return;
     }
     IniText ini = readIni(file.read(kMostBytes));
     values_ = std::move(ini.values);
-    if (ini.damaged || !file.atEnd())
+    if (!ini.damaged && file.atEnd())
+        return;
+    if (what_ == Holds::Choices) {
+        isUnread_ = true;
+        trouble_ = unreadChoices();
+    } else {
         keepDamaged();
+    }
+}
+
+QString IniUserDefaults::unreadChoices() const
+{
+    return QCoreApplication::translate("UserDefaults",
+                                       "The file %1, which holds choices made in messages, cannot be read in full. "
+                                       "What is missing counts as not chosen; the file stays as it is until you "
+                                       "choose again.")
+        .arg(path_);
 }
 
 QString IniUserDefaults::pathAside() const
@@ -99,7 +117,10 @@ void IniUserDefaults::setObject_forKey(const QString& text, const QString& key)
             return;
         }
         isUnread_ = false;
-        trouble_ += u' ' + QCoreApplication::translate("UserDefaults", "The file was kept as %1.").arg(pathAside());
+        if (what_ == Holds::Choices)
+            trouble_.clear();
+        else
+            trouble_ += u' ' + QCoreApplication::translate("UserDefaults", "The file was kept as %1.").arg(pathAside());
     }
     const QString why = save();
     writeTrouble_ = why.isEmpty()

@@ -7,11 +7,14 @@
 namespace lumavex {
 
 /// The preferences as an INI file, replaced atomically at each write. A file that is no INI file is kept beside the new
-/// one with ".damaged" added to its name; what can still be read of it is taken over. So is one that cannot be opened,
-/// once the first write comes to replace it.
+/// one with ".damaged" added to its name; what can still be read of it is taken over. Settings are replaced at once,
+/// choices when the next one is made, and so is a file that cannot be opened.
 class IniUserDefaults final : public UserDefaults {
 public:
-    explicit IniUserDefaults(const QString& path);
+    /// What the file is to the user, which decides the words that trouble is told with.
+    enum class Holds { Settings, Choices };
+
+    explicit IniUserDefaults(const QString& path, Holds what = Holds::Settings);
 
     std::optional<QString> stringForKey(const QString& key) const override;
     void setObject_forKey(const QString& text, const QString& key) override;
@@ -19,16 +22,18 @@ public:
     QString writeTrouble() const override { return writeTrouble_; }
 
 private:
+    QString unreadChoices() const; ///< in the user's words
     QString pathAside() const;
     bool putAside() const;
     void keepDamaged();
     QString save() const; ///< empty, or why not
 
     QString path_;
+    Holds what_;
     IniValues values_;
     QString trouble_;
     QString writeTrouble_;
-    bool isUnread_ = false; ///< the file is there, but could not be read, and holds what is nowhere else
+    bool isUnread_ = false; ///< the file is there, but could not be read in full, and holds what is nowhere else
 };
 
 /// Where the preferences are: lumavex/lumavex.ini in the XDG configuration folder.

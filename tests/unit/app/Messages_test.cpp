@@ -33,8 +33,14 @@ TEST(MessageStrip, EachTopicHasOneMessageAndTheNewestThreeAreShown)
     strip.add(MessageTopic::Rate, {QStringLiteral("d")});
     strip.add(MessageTopic::Load, {QStringLiteral("e")});
     EXPECT_EQ(shown(), QStringLiteral("c d e"));
-    strip.add(MessageTopic::Load, {QStringLiteral("e ").repeated(200)});
-    EXPECT_GT(strip.heightForWidth(300), strip.heightForWidth(3000)) << "the window makes room for the text";
+    strip.add(MessageTopic::Load,
+              {QStringLiteral("e ").repeated(200), {{QStringLiteral("f"), {}}, {QStringLiteral("g"), {}}}});
+    const auto lines = [&strip](int width) { return strip.heightForWidth(width) / strip.fontMetrics().height(); };
+    EXPECT_GT(lines(400), lines(3000)) << "the window makes room for the text";
+    strip.resize(200, strip.heightForWidth(200));
+    strip.show();
+    for (const QPushButton* button : strip.findChildren<QPushButton*>())
+        EXPECT_TRUE(button->parentWidget()->rect().contains(button->geometry())) << "no button is cut";
     strip.withdraw(MessageTopic::Load);
     strip.withdraw(MessageTopic::Screen);
     EXPECT_EQ(shown(), QStringLiteral("b c d"));
@@ -90,7 +96,11 @@ TEST_F(Program, TroubleWithSettingsIsToldOnceAndGoesAndAFirstRunsSettingsReplace
     app->recording.b_Record_Include_Audio = 0;
     app->MenuFollowCursorFrameClick(window->submenuFollowCursorFrame->actions().at(0));
     store->unread = QStringLiteral("Unread.");
+    more->unread = QStringLiteral("Choices, too.");
     notice.tellUnread();
+    EXPECT_TRUE(says(QStringLiteral("Unread. Choices, too.")));
+    more->unread.clear(); // by the next choice
+    notice.written();
     const auto choose = [this] {
         messages().findChildren<QPushButton*>().constLast()->click();
         QTest::qWait(1);

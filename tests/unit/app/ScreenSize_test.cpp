@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/Unattended.h"
 #include "app/WindowPlaces.h"
 #include "app/connectCommands.h"
 #include "capture/RegionHandles.h"
@@ -79,11 +80,10 @@ TEST_F(ScreenSize, AnotherSizeIsFittedIntoTheRunningMovieAndOfferedAfterwards)
     EXPECT_EQ(window->submenuVideoOutputFrame->actions().size(), 3);
     EXPECT_TRUE(window->menuitemVideoOutputScreenResolution->isChecked());
     loop->advance(2s);
-    EXPECT_EQ(text(MessageTopic::ScreenSize), QString());
     EXPECT_FALSE(app->frameInputs().screen.keepsShape);
 }
 
-TEST_F(ScreenSize, ARegionKeepsItsPlaceFromTheTopUntilNothingOfItIsLeft)
+TEST_F(ScreenSize, ARegionKeepsItsPlaceFromTheTopUntilNothingOfItIsLeftToRecord)
 {
     options.region = {400, 100, 100, 80};
     options.captureType = Region;
@@ -95,9 +95,31 @@ TEST_F(ScreenSize, ARegionKeepsItsPlaceFromTheTopUntilNothingOfItIsLeft)
     EXPECT_EQ(text(MessageTopic::Region), QStringLiteral("The region lies outside the screen, which is 400x480 pixels "
                                                          "large. Its picture is black until it is marked again."));
     EXPECT_TRUE(buttons().contains(QStringLiteral("Mark It Again")));
-    EXPECT_EQ(app->capture.rect_Screen_Region, (CGRect{400, 300, 100, 80}));
+    window->withdrawMessage(MessageTopic::Region); // as the user does
+    window->btnRecord->trigger();
+    EXPECT_EQ(app->recording.m_RecordStatus, Idle) << "nothing of it would be seen";
+    EXPECT_FALSE(text(MessageTopic::Region).isEmpty());
     show(401, 480);
     EXPECT_EQ(text(MessageTopic::Region), QString());
+
+    options.recordSeconds = 6;
+    dialogs->savePaths = {home.filePath(QStringLiteral("saved.mov"))};
+    UnattendedRun run(*app, *loop, streams, options, {});
+    run.begin();
+    loop->advance(2s);
+    show(400, 480);
+    loop->advance(5s);
+    EXPECT_EQ(run.exitStatus(), 3) << "black, and not as asked";
+}
+
+TEST_F(ScreenSize, TheOthersInPlaceOfTheChosenWindowKeepTheDisplaysProportions)
+{
+    ASSERT_TRUE(launch());
+    app->capture.sWindowExclusive = QStringLiteral("Gone (1) (1)");
+    app->capture.i_Type_Screen_Capture = WindowExclusive;
+    show(300, 1000);
+    EXPECT_EQ(app->frameInputs().screen.size_Screen, (CGSize{300, 1000}));
+    EXPECT_TRUE(app->frameInputs().screen.keepsShape);
 }
 
 TEST(RegionHandles, AreMovedIntoAScreenThatShrinks)

@@ -117,4 +117,17 @@ TEST_F(IniUserDefaultsTest, WhatCannotBeReadIsKeptWhenTheFirstWriteReplacesIt)
     EXPECT_EQ(read("k"), QStringLiteral("1"));
     EXPECT_TRUE(QFileInfo(path + QStringLiteral(".damaged/inside")).isDir());
     EXPECT_TRUE(defaults.trouble().contains(path + QStringLiteral(".damaged")));
+
+    const QByteArray damaged("a=1\nno line\n");
+    path = folder.filePath(QStringLiteral("more.ini"));
+    write(path, damaged);
+    IniUserDefaults choices(path, IniUserDefaults::Holds::Choices);
+    EXPECT_TRUE(choices.trouble().contains(path));
+    QFile untouched(path);
+    ASSERT_TRUE(untouched.open(QIODevice::ReadOnly));
+    EXPECT_EQ(untouched.readAll(), damaged);
+    choices.setObject_forKey(QStringLiteral("2"), QStringLiteral("b"));
+    EXPECT_EQ(choices.trouble(), QString());
+    EXPECT_EQ(read("a"), QStringLiteral("1"));
+    EXPECT_TRUE(QFile::exists(path + QStringLiteral(".damaged")));
 }

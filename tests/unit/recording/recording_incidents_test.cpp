@@ -28,7 +28,7 @@ TEST(RecordingIncidents, AreSummedUpByKindInRecordedTime)
          "2 s without sound from 1:01:01 on."}, // one paused
         {{{Kind::Silence, -10, open}}, "Nothing heard for 2 h 3 min from the beginning to the end."},
         {{{Kind::CameraGone, 7385, open}}, "Camera gone for 15 s from 2:03:05 to the end."},
-        {{{Kind::CameraGone, 7400, open}}, ""},
+        {{{Kind::RegionOutside, 7400, open}}, ""},
     };
     for (const auto& each : cases) {
         RecordingIncidents incidents;
