@@ -9,7 +9,7 @@ namespace lumavex {
 
 namespace {
 
-// Wide enough for value * timescale * timescale: 63 + 31 + 31 bits and one more for a sum.
+// Wide enough for value * timescale * timescale: 63 + 31 + 31 bits, plus one bit for a sum.
 __extension__ using Int128 = __int128;
 
 constexpr std::int32_t kLargestTimescale = std::numeric_limits<std::int32_t>::max();

@@ -21,23 +21,24 @@ struct CMTime {
 /// A valid time of value / timescale seconds; timescale must be positive, else the result is not valid (flags 0).
 CMTime CMTimeMake(std::int64_t value, std::int32_t timescale);
 
-/// The exact sum, in the least common multiple of both timescales. Where that multiple passes 2^31 - 1, the sum is
-/// rounded to the nearest tick of timescale 2^31 - 1 and carries
-/// kCMTimeFlags_HasBeenRounded. A rounded summand makes the sum rounded. Not valid are a sum with a time that is not
-/// valid, one of times of two epochs other than 0 (a span of time has epoch 0), and one whose value passes 64 bits.
+/// The exact sum, in the least common multiple of both timescales. If that multiple exceeds 2^31 - 1, the sum is
+/// rounded to the nearest tick of timescale 2^31 - 1 and carries kCMTimeFlags_HasBeenRounded. The sum of a rounded time
+/// is rounded, too. The sum is not valid if a time is not valid, if the epochs differ and neither is 0 (a duration has
+/// epoch 0), or if the value exceeds 64 bits.
 CMTime CMTimeAdd(CMTime a, CMTime b);
 
 /// The exact difference a - b, under the rules of CMTimeAdd.
 CMTime CMTimeSubtract(CMTime a, CMTime b);
 
-/// -1, 0 or 1, compared exactly: epochs first. A time that is not valid comes after every valid one.
+/// Returns -1, 0 or 1. The comparison is exact and compares epochs first. A time that is not valid sorts after all
+/// valid ones.
 int CMTimeCompare(CMTime a, CMTime b);
 
-/// The time in ticks of another timescale, rounded half away from zero, held within 64 bits. 0 when the time is not
-/// valid or the timescale not positive.
+/// The time in ticks of another timescale, rounded half away from zero and clamped to 64 bits. 0 if the time is not
+/// valid or the timescale is not positive.
 std::int64_t CMTimeConvertScale(CMTime time, std::int32_t timescale);
 
-/// Not a number when the time is not valid.
+/// NaN if the time is not valid.
 double CMTimeGetSeconds(CMTime time);
 
 } // namespace lumavex

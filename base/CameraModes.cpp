@@ -10,12 +10,12 @@ namespace lumavex {
 namespace {
 
 constexpr std::int64_t kFirstExactPreset = 3;
-/// Webcams offer their large sizes uncompressed at a crawl: a mode slower than this is a last resort.
+/// Webcams deliver their large uncompressed sizes at low rates: a mode slower than this is a last resort.
 constexpr double kFluentRate = 24;
 
 enum class Rounding { Nearest, Up };
 
-/// The value of low, low + step, ... up to high that is nearest to the wanted one, or the first that is not below it.
+/// Returns the value of low, low + step, ..., high that is nearest to `wanted`, or the smallest that is not below it.
 int fitted(int wanted, int low, int high, int step, Rounding rounding)
 {
     if (wanted <= low)
@@ -80,7 +80,7 @@ std::optional<CameraChoice> scalableMode(const std::vector<CameraMode>& modes, c
         const QSize size = sizeOf(mode, wanted, Rounding::Up);
         if (size.width() < wanted.width() || size.height() < wanted.height())
             continue;
-        // A slow mode of the very size is still what was asked for: only among larger ones does the rate come first.
+        // A slow mode of exactly the wanted size still wins: only among larger modes does the rate rank first.
         const std::tuple rank(!isFluent(mode) && size != wanted, !sameShape(size, wanted), area(size),
                               mode.cost + (isFluent(mode) ? 0 : 1000));
         if (!best || rank < bestRank) {

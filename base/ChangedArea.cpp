@@ -12,7 +12,7 @@ std::int64_t pixelsOf(const QRect& rect)
     return std::int64_t{rect.width()} * rect.height();
 }
 
-/// Pixels of the smallest rectangle around both that are in neither; negative when they overlap much.
+/// Pixels of the bounding rectangle of both that belong to neither; negative when they overlap much.
 std::int64_t waste(const QRect& a, const QRect& b)
 {
     return pixelsOf(a | b) - pixelsOf(a) - pixelsOf(b);
@@ -25,7 +25,7 @@ void ChangedArea::add(const QRect& rect)
     if (rect.isEmpty())
         return;
     QRect joined = rect;
-    const auto take = [&](std::size_t i) {
+    const auto absorb = [&](std::size_t i) {
         joined |= rects_[i];
         rects_[i] = rects_[--count_];
     };
@@ -34,8 +34,8 @@ void ChangedArea::add(const QRect& rect)
             ++i;
             continue;
         }
-        take(i);
-        i = 0; // it may by now swallow those that it was too small for
+        absorb(i);
+        i = 0; // the larger rectangle may now absorb rectangles that were too small before
     }
     if (count_ == capacity) {
         std::size_t best = 0;
@@ -43,7 +43,7 @@ void ChangedArea::add(const QRect& rect)
             if (waste(rects_[i], joined) < waste(rects_[best], joined))
                 best = i;
         }
-        take(best);
+        absorb(best);
     }
     rects_[count_++] = joined;
 }
@@ -58,7 +58,8 @@ ChangedArea ChangedArea::asRows(int left, int width) const
 {
     ChangedArea sorted;
     QRect* const first = sorted.rects_.data();
-    // By insertion: std::sort holds code for more than sixteen, which a compiler sees run past the end of these few.
+    // Insertion sort: std::sort contains a branch for more than sixteen elements, which a compiler reports as an
+    // overrun here.
     for (const QRect& rect : *this) {
         QRect* const last = first + sorted.count_++;
         QRect* const place =

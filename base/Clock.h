@@ -5,10 +5,10 @@
 
 namespace lumavex {
 
-/// A time on, or a span of, the monotonic clock (CLOCK_MONOTONIC: it stands still while the machine is suspended).
+/// A time or a duration on the monotonic clock (CLOCK_MONOTONIC, which stops while the machine is suspended).
 using Nanoseconds = std::chrono::nanoseconds;
 
-/// The monotonic clock, abstract so that tests can turn its hands. Any thread.
+/// The monotonic clock; abstract so that tests can set the time. Any thread.
 class Clock {
 public:
     virtual ~Clock() = default;

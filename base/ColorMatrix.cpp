@@ -8,7 +8,7 @@ namespace lumavex {
 namespace {
 
 constexpr double kOne = 1 << ColorMatrix::bits;
-/// Past this every pixel is at its limits anyway; within it 32 bits hold every sum.
+/// Beyond this limit every pixel is clamped anyway; within it every sum fits in 32 bits.
 constexpr double kLargest = 16;
 
 double limited(float value)
@@ -21,7 +21,7 @@ int whole(double value)
     return int(std::lround(value * kOne));
 }
 
-/// Written without branches on lanes of 32 bits, which compilers turn into vector instructions as wide as they may use.
+/// Free of branches and in 32-bit lanes, so that compilers vectorise it with the widest instructions allowed.
 [[gnu::always_inline]] inline void applyRow(const ColorMatrix& m, std::uint32_t* pixels, std::size_t count)
 {
     for (std::size_t i = 0; i < count; ++i) {
@@ -45,7 +45,7 @@ void applyRowPlain(const ColorMatrix& matrix, std::uint32_t* pixels, std::size_t
     applyRow(matrix, pixels, count);
 }
 
-// Only this function may use the wider instructions, so that the program starts on every processor.
+// Only this function may use AVX2, so that the program also starts on processors without it.
 #if defined(__x86_64__)
 [[gnu::target("avx2"), gnu::optimize("O3")]] void applyRowAvx2(const ColorMatrix& matrix, std::uint32_t* pixels,
                                                                std::size_t count)

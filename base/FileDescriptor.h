@@ -8,8 +8,8 @@
 
 namespace lumavex {
 
-/// An open file of the system's, closed with the object. Errors are the system's own; interrupted calls are repeated.
-/// One thread at a time.
+/// An open file descriptor, closed by the destructor. Errors are the system's own; interrupted calls are repeated. One
+/// thread at a time.
 class FileDescriptor {
 public:
     FileDescriptor() = default;
@@ -20,17 +20,17 @@ public:
 
     bool isOpen() const { return descriptor_ >= 0; }
     int get() const { return descriptor_; } ///< -1 when none is open
-    /// Gives the file up without closing it.
+    /// Releases the descriptor without closing it.
     int release() { return std::exchange(descriptor_, -1); }
-    /// Closes now, whatever the answer (a network file system may report a failed write only here).
+    /// Closes now. The descriptor is gone even on an error (a network file system may report a failed write only here).
     std::error_code close();
 
     std::error_code writeAll(std::span<const std::uint8_t> bytes, std::int64_t offset) const;
-    /// Fewer bytes than asked for (the end of the file) are an error.
+    /// A read of fewer bytes than requested (end of the file) is an error.
     std::error_code readAll(std::span<std::uint8_t> bytes, std::int64_t offset) const;
     std::error_code truncate(std::int64_t size) const;
     std::error_code flushToDisk() const;
-    std::int64_t size() const; ///< -1 when it cannot be told
+    std::int64_t size() const; ///< -1 on an error
 
 private:
     int descriptor_ = -1;

@@ -8,7 +8,7 @@ namespace lumavex {
 
 /// A point, a size and a rectangle in 64-bit floating point. Unless a comment says otherwise the origin is the
 /// LOWER-left corner of the main display, view or picture, y grows UPWARD, and the unit is one device pixel.
-/// They are types of their own, not QPointF/QRectF, so that an upward rectangle cannot be drawn without its flip.
+/// These are not QPointF/QRectF, so that an upward rectangle cannot be drawn without the flip.
 struct CGPoint {
     double x = 0;
     double y = 0;
@@ -29,7 +29,7 @@ struct CGRect {
     friend bool operator==(const CGRect&, const CGRect&) = default;
 };
 
-/// The one flip: an upward rectangle inside something of the given height, as a downward rectangle of Qt's, and back.
+/// The only flip: converts an upward rectangle inside an area of the given height to a downward Qt rectangle, and back.
 inline QRectF flippedDown(const CGRect& up, double height)
 {
     return {up.x, height - up.y - up.height, up.width, up.height};

@@ -29,7 +29,7 @@ std::error_code writeAll(int file, std::string_view text)
         const ssize_t written = ::write(file, text.data(), text.size());
         if (written >= 0) {
             text.remove_prefix(static_cast<std::size_t>(written));
-        } else if (errno == EAGAIN) { // another program that has the file too does not want to wait
+        } else if (errno == EAGAIN) { // another program that shares the file has made it non-blocking
             pollfd room{file, POLLOUT, 0};
             ::poll(&room, 1, -1);
         } else if (errno != EINTR) {
@@ -42,11 +42,11 @@ std::error_code writeAll(int file, std::string_view text)
 } // namespace
 
 struct LineWriter::Shared {
-    std::function<FileDescriptor()> open; ///< the thread's, once that runs
-    std::mutex mutex;                     ///< guards what follows
+    std::function<FileDescriptor()> open; ///< used only by the thread, once it runs
+    std::mutex mutex;                     ///< guards the members below
     std::condition_variable changed;
     std::deque<std::string> waiting;
-    std::size_t bytes = 0; ///< of `waiting` and of what is being written
+    std::size_t bytes = 0; ///< queued or being written
     std::error_code error;
     bool started = false;
     bool ending = false;

@@ -11,34 +11,32 @@
 
 namespace lumavex {
 
-/// Writes text to a file on a thread of its own, so that a reader who does not read holds up nobody but that thread:
-/// one of a full pipe, a stopped terminal, or a FIFO that nobody has opened. Any thread, but one for making and
-/// destroying.
+/// Writes text to a file on its own thread, so that a reader that does not read (a full pipe, a stopped terminal, a
+/// FIFO that nobody has opened) blocks only that thread. Any thread may call it; one thread constructs and destroys it.
 class LineWriter {
 public:
-    /// `open` is called once, on the writer's thread and only when there is something to write; it sets errno when it
-    /// fails.
+    /// `open` is called once, on the writer's thread, before the first text is written; it sets errno when it fails.
     explicit LineWriter(std::function<FileDescriptor()> open);
     explicit LineWriter(FileDescriptor file);
-    /// What has not been written by then is given up.
+    /// Discards text that is not yet written.
     ~LineWriter();
     LineWriter(const LineWriter&) = delete;
     LineWriter& operator=(const LineWriter&) = delete;
 
     enum class Room { Bounded, Always };
-    /// Does not wait. False when more than 64 KiB wait to be written already and room is bounded: the text is left out.
+    /// Does not wait. Returns false and drops the text when `room` is Bounded and more than 64 KiB are queued already.
     bool add(std::string text, Room room = Room::Bounded);
-    bool isIdle() const; ///< nothing waits to be written
-    /// Waits until everything is written or could not be, no longer than that. False when something still waits.
+    bool isIdle() const; ///< nothing is queued or being written
+    /// Waits at most `patience` until all text is written or has failed. False when text is still queued.
     bool waitUntilIdle(std::chrono::milliseconds patience) const;
-    std::error_code error() const; ///< of the latest text that could not be written
+    std::error_code error() const; ///< error of the latest text that could not be written
 
 private:
     struct Shared;
     static void run(const std::shared_ptr<Shared>& shared);
 
     std::shared_ptr<Shared>
-        shared_; ///< the thread's too: one that hangs in a call of the system's outlives this object
+        shared_; ///< shared with the thread, which may hang in a system call and outlive this object
 };
 
 } // namespace lumavex

@@ -12,11 +12,11 @@ namespace lumavex {
 
 namespace {
 
-/// The largest file of that many pixels, which is one without compression, and some room for what else is in it.
+/// The largest file of that many pixels: uncompressed, with some room for headers and metadata.
 constexpr qint64 kMostBytes = kMostPicturePixels * 4 + (16 << 20);
 
-/// What Qt reads besides is left out: a drawing may name other files, and decoders nobody asked for are so much more
-/// that can be broken.
+/// Leaves out other formats that Qt reads: a drawing may refer to other files, and each further decoder is one more
+/// that may be faulty.
 bool isPictureFormat(const QByteArray& format)
 {
     constexpr std::array known{"bmp", "gif", "jpeg", "jpg", "png", "tif", "tiff"};

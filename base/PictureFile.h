@@ -8,12 +8,12 @@
 
 namespace lumavex {
 
-/// The most pixels a picture file may have: a photograph of any camera, and no more memory than a machine has to spare.
+/// Maximum number of pixels of a picture file: a photograph of any camera, and no more memory than a machine can spare.
 inline constexpr std::int64_t kMostPicturePixels = 64 << 20;
 
-/// Reads a picture a user chose: BMP, GIF (its first picture), JPEG, PNG or TIFF, told by what is in it and not by its
-/// name, turned upright as the file says. Null when it is none of these, is damaged, or is larger than memory and
-/// patience allow, which is found out before either is spent. Any thread.
+/// Reads a picture that the user chose: BMP, GIF (first picture), JPEG, PNG or TIFF, recognised by its content and not
+/// by its name, rotated as the file specifies. Null when the file is none of these, is damaged, or is too large, which
+/// is checked before it is decoded. Any thread.
 QImage readPictureFile(const QString& path);
 
 } // namespace lumavex

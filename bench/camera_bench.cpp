@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A camera frame to a picture: 1280x720 as it comes, and 1920x1080 scaled down to it.
+// Converts a camera frame to a picture: 1280x720 unscaled, and 1920x1080 scaled down to it.
 #include "camera/FrameConverter.h"
 
 #include "tests/fakes/FakeCameraFrame.h"
@@ -11,7 +11,7 @@
 namespace lumavex {
 namespace {
 
-/// Soft shapes with some grain, like what a camera sees.
+/// Soft shapes with some grain, like a camera picture.
 QImage scene(QSize size)
 {
     QImage picture(size, QImage::Format_RGB32);

@@ -51,7 +51,7 @@ void output(benchmark::State& state, Pictures pictures, CGSize size)
         benchmark::DoNotOptimize(compositor.outputPass(frame, size));
 }
 
-/// A caret's worth of the screen changes with every frame.
+/// An area of a caret's size changes with every frame.
 void outputOfCaret(benchmark::State& state, Compositor::Painting painting, CGSize size)
 {
     FrameInputs frame = inputs(Pictures::All);
@@ -63,7 +63,7 @@ void outputOfCaret(benchmark::State& state, Compositor::Painting painting, CGSiz
     }
 }
 
-/// A camera runs before a still screen.
+/// A camera runs in front of a still screen.
 void outputOfCamera(benchmark::State& state, Compositor::Painting painting, CGSize size)
 {
     FrameInputs frame = inputs(Pictures::All);
@@ -82,7 +82,7 @@ void preview(benchmark::State& state, Pictures pictures)
         benchmark::DoNotOptimize(compositor.previewPass(frame, {200, 112}, {200, 112}));
 }
 
-/// What the toolkit's own painter takes for the scaling alone, into memory that is used again.
+/// Time of the toolkit's own painter for the scaling alone, into reused memory.
 void painter(benchmark::State& state, QSize size)
 {
     const FrameInputs frame = inputs(Pictures::ScreenOnly);
@@ -95,7 +95,7 @@ void painter(benchmark::State& state, QSize size)
     }
 }
 
-/// The same with a filter that looks at every pixel of the picture.
+/// The same with a filter that reads every pixel of the picture.
 void smoothScaled(benchmark::State& state, QSize size)
 {
     const FrameInputs frame = inputs(Pictures::ScreenOnly);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Run on a screen of its own: tests/support/with-display --size 1920x1080x24 build/release/bench/grab_bench
+// Run it on its own screen: tests/support/with-display --size 1920x1080x24 build/release/bench/grab_bench
 #include "platform/x11/XcbScreenGrabber.h"
 
 #include <benchmark/benchmark.h>
@@ -13,7 +13,7 @@ namespace {
 
 using lumavex::GrabOutcome;
 
-/// Another program with some windows, one of which is drawn to between the grabs.
+/// Another program with some windows; it draws to one of them between the grabs.
 class Program {
 public:
     explicit Program(int windows) : connection_(xcb_connect(nullptr, nullptr))

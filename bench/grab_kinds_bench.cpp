@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What each kind of grab costs beside that of the entire screen, while every pixel of a full-screen window changes with
-// every grab: tests/support/with-display [--compositor] --size 2560x1440x24 build/ci/bench/grab_kinds_bench
-// The frames keep a recording's pace, so that a compositing manager shows each of them whatever the grab costs, and has
-// done so when the grab begins. Its painting is the server's time too: then the cost of the grab alone is to be
-// compared.
+// Cost of each kind of grab relative to that of the entire screen, while every pixel of a full-screen window changes
+// with every grab: tests/support/with-display [--compositor] --size 2560x1440x24 build/ci/bench/grab_kinds_bench
+// The frames keep a recording's pace, so that a compositing manager has painted each of them before the grab, whatever
+// the grab costs. Its painting counts as the server's time too: with one, compare the column of the grab alone.
 #include "platform/x11/XcbScreenGrabber.h"
 
 #include <xcb/composite.h>
@@ -24,7 +23,7 @@ namespace {
 
 constexpr int kFrames = 30;
 constexpr int kRounds = 5;
-constexpr std::chrono::milliseconds kServerEnds{2}; ///< what it does for a request after the answer
+constexpr std::chrono::milliseconds kServerEnds{2}; ///< time for its work after the answer
 constexpr int kProfiledFrames = 900;
 constexpr std::chrono::microseconds kInterval{33333};
 
@@ -133,7 +132,7 @@ struct Kind {
 void measure(Scene& scene, Kind& kind, int frames = kFrames)
 {
     scene.showSmall(kind.smallShown);
-    const auto grabber = lumavex::createXcbScreenGrabber(); // what another kind redirected is so no longer
+    const auto grabber = lumavex::createXcbScreenGrabber(); // ends the redirections of the previous kind
     if (kind.redirected)
         scene.redirect(true);
     auto due = std::chrono::steady_clock::now();
@@ -160,7 +159,7 @@ void measure(Scene& scene, Kind& kind, int frames = kFrames)
     kind.costs.push_back({(after.own - before.own) / frames, (after.server - before.server) / frames, grabs / frames});
 }
 
-/// The least of all rounds, since others on the machine can only add to it.
+/// The least of all rounds, because other programs can only add to it.
 Cost least(const Kind& kind)
 {
     Cost cost = kind.costs.front();

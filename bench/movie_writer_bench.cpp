@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a frame costs: encoding alone, and encoding and writing; whole, by the rows that changed, and repeated. The
-// processor time is that of all threads, and "of_whole" its ratio to a whole frame's in the same run; the real time of
-// writing is what the appending thread waits.
+// Cost of a frame: encoding alone, and encoding and writing; complete, only the changed rows, and repeated. The
+// processor time is that of all threads, and "of_whole" is its ratio to a complete frame's in the same run; the real
+// time of writing is the waiting time of the appending thread.
 #include "movie/JpegEncoder.h"
 #include "movie/JpegMovieWriter.h"
 #include "movie/LibraryJpegEncoder.h"
@@ -24,8 +24,8 @@ constexpr int kHeight = 1080;
 
 enum class Content { Screen, Noise };
 
-/// Something like a screen: even areas, lines as of text, and a photograph's worth of gradients and noise. Or noise
-/// alone, the most there can be to encode.
+/// Similar to a screen: even areas, text-like lines, and gradients and noise as in a photograph. Or only noise, the
+/// highest encoding cost.
 std::vector<std::uint8_t> pixelsOf(Content content)
 {
     std::vector<std::uint8_t> bytes;
@@ -53,7 +53,7 @@ CVPixelBufferRef bufferOf(Content content)
                                            nullptr, nullptr);
 }
 
-/// Of a picture of screen content.
+/// Processor time of encoding a complete picture of screen content.
 double wholeEncoding = 0;
 
 double processorSeconds()
@@ -63,7 +63,7 @@ double processorSeconds()
     return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
 }
 
-/// The processor time of an iteration, against that of a whole frame of screen content, which must be measured first.
+/// The processor time of an iteration, relative to a complete frame of screen content, which must be measured first.
 class Ratio {
 public:
     explicit Ratio(double& whole) : whole_(whole) {}
@@ -81,7 +81,7 @@ private:
     const double start_ = processorSeconds();
 };
 
-/// JpegEncoder, or the library alone, whose cost is told as a share of ours too.
+/// JpegEncoder, or the library alone, whose cost is also reported relative to ours.
 template <typename Encoder>
 void encodeRows(benchmark::State& state, Content content, std::unique_ptr<Encoder> (*makeEncoder)())
 {
@@ -110,7 +110,7 @@ std::unique_ptr<LibraryJpegEncoder> byLibrary()
     return std::make_unique<LibraryJpegEncoder>(LibraryJpegEncoder::Colours::Library);
 }
 
-/// Joining the rows in the middle with a picture that is there.
+/// Joins the rows in the middle with an existing picture.
 void joinChangedRows(benchmark::State& state)
 {
     const CVPixelBufferRef pixels = bufferOf(Content::Screen);
@@ -127,7 +127,7 @@ void joinChangedRows(benchmark::State& state)
         benchmark::DoNotOptimize(joinRows(&previous, strips, picture));
 }
 
-/// A movie of some length, appended as fast as the writer takes it.
+/// Writes a movie of some length, appended as fast as the writer accepts it.
 void writeFrames(benchmark::State& state, Content content,
                  const std::function<bool(PixelBufferAdaptor&, CVPixelBufferRef, CMTime)>& append, bool isWhole = false)
 {

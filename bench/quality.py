@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""How near a recorder's picture of a scene that stands still is to the screen, and how many bytes it takes for that."""
+"""Similarity of a recorder's picture of a still scene to the screen, and the number of bytes that the picture takes."""
 
 import math
 import os
@@ -9,14 +9,14 @@ from dataclasses import dataclass
 
 from recorders import output_of
 
-SCALES = (2, 3, 4, 5, 6)  # of ffmpeg's -q:v
+SCALES = (2, 3, 4, 5, 6)  # values of ffmpeg's -q:v
 
 
 @dataclass
 class Quality:
     psnr: float  # dB
     ssim: float
-    bytes: float  # of one frame
+    bytes: float  # size of one frame
 
     def __str__(self):
         return f"{self.psnr:.2f} dB, SSIM {self.ssim:.4f}, {self.bytes / 1000:.0f} kB"
@@ -29,14 +29,14 @@ def screenshot(bench):
 
 
 def bytes_of_frame(movie):
-    """Of the last frame, when everything has come to rest."""
+    """Size of the last frame, when nothing changes any more."""
     sizes = output_of("ffprobe", "-v", "error", "-select_streams", "v:0", "-show_entries", "packet=size", "-of", "csv=p=0",
                       movie).split()  # fmt: skip
     return int(sizes[-1].strip(","))
 
 
 def quality_of(movie, reference):
-    """Of a movie's last second against a lossless picture, both as full-range 4:2:0."""
+    """Compares a movie's last frame with a lossless picture, both as full-range 4:2:0."""
     figures = []
     for measure, pattern in (("psnr", r"average:([\d.inf]+)"), ("ssim", r"All:([\d.]+)")):
         graph = f"[0:v]scale=out_range=full,format=yuvj420p[a];[1:v]scale=out_range=full,format=yuvj420p[b];[a][b]{measure}"
@@ -56,8 +56,8 @@ def still_by_ffmpeg(bench, scale):
 
 
 def bytes_at(value, points):
-    """Bytes at which the measure reaches the value, on straight lines through the logarithms of (measure, bytes);
-    beyond the points the nearest line goes on."""
+    """Bytes at which the measure reaches the value, interpolated linearly in the logarithms of (measure, bytes) and
+    extrapolated beyond the points."""
     points = sorted(points)
     for (low, few), (high, many) in zip(points, points[1:]):
         if value <= high or (high, many) == points[-1]:
@@ -67,6 +67,6 @@ def bytes_at(value, points):
 
 
 def bytes_for_equal_quality(ours, theirs):
-    """Bytes a frame ffmpeg needs so that neither PSNR nor SSIM is below ours."""
+    """Bytes per frame that ffmpeg needs so that neither PSNR nor SSIM is below ours."""
     return max(bytes_at(ours.psnr, [(each.psnr, each.bytes) for each in theirs]),
                bytes_at(-math.log(1 - ours.ssim), [(-math.log(1 - each.ssim), each.bytes) for each in theirs]))  # fmt: skip

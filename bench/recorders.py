@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Lumavex and the recorders it is compared with: each records the screen for a while, and what that cost is measured.
+"""Lumavex and the recorders that it is compared with: each records the screen for a while, and its cost is measured.
 
-Costs are processor time, user + system, of the recorder with its children, and beside it of the X server, from which
-what the server needs for the scene alone is taken off.
+The cost is the processor time, user + system, of the recorder with its children, and separately that of the X server, without
+the time that the server needs for the scene alone.
 """
 
 import contextlib
@@ -26,12 +26,12 @@ OVERLAY = ROOT / "resources" / "images" / "SelectImage.png"
 @dataclass
 class Recording:
     own: float  # seconds of processor time
-    server: float  # of the X server's, without the scene's share
-    seconds: float  # of movie
-    frames: int  # made of new pictures
-    late: int  # repeated because the machine could not keep up
+    server: float  # the X server's, without the scene's share
+    seconds: float  # length of the movie
+    frames: int  # frames with a new picture
+    late: int  # frames repeated because the machine could not keep up
     movie: str
-    lateness: tuple = ()  # seconds by which the latest picture was taken too late, of each second; of ours alone
+    lateness: tuple = ()  # largest delay of a picture in each second, in seconds; ours only
 
     def per_frame(self):
         return 1000 * self.own / max(1, self.frames)
@@ -40,7 +40,7 @@ class Recording:
         return 1000 * (self.own + max(0, self.server)) / max(1, self.frames)
 
     def load(self):
-        """In processors."""
+        """Load in processors."""
         return self.own / self.seconds
 
 
@@ -51,7 +51,7 @@ def spent(pid):
 
 
 class XServer:
-    """The display's server, and how much of it the scene alone keeps busy."""
+    """The display's server, and its load from the scene alone."""
 
     def __init__(self):
         self.pid = int(os.environ["LUMAVEX_TEST_X_SERVER"])
@@ -64,7 +64,7 @@ class XServer:
 
 
 class Measurement:
-    """From its making to stop(): the server's time, and that of a running process or of children that come and go."""
+    """Measures until stop(): the server's time, and that of a running process or of children that start and end."""
 
     def __init__(self, server, pid=None):
         self.server, self.pid = server, pid
@@ -77,7 +77,7 @@ class Measurement:
         return used.ru_utime + used.ru_stime
 
     def stop(self):
-        """(own, server) seconds."""
+        """Returns (own, server) in seconds."""
         passed = time.monotonic() - self.begun
         server = spent(self.server.pid) - self.server_before - self.server.load_of_scene * passed
         return self.own_time() - self.own_before, server
@@ -109,7 +109,7 @@ def of_other(usage, movie, seconds):
 
 
 def on_display(size, script, options, arguments):
-    """Runs the script again, with --inside, on a screen of this size with a sound server and cameras; its status."""
+    """Runs the script again, with --inside, on a screen of this size with a sound server and cameras. Returns its status."""
     support = ROOT / "tests" / "support"
     command = [support / "with-display", "--size", f"{size}x24", support / "with-sound", support / "with-camera",
                sys.executable, script, "--inside", options.build, *arguments]  # fmt: skip
@@ -120,7 +120,7 @@ def on_display(size, script, options, arguments):
 
 
 class Bench:
-    """What every recorder needs to know."""
+    """Common data of all recorders."""
 
     def __init__(self, build, seconds, folder, sound):
         self.build, self.seconds, self.folder, self.sound = build, seconds, folder, sound
@@ -128,7 +128,7 @@ class Bench:
         self.screen = tuple(map(int, output_of("xdotool", "getdisplaygeometry").split()))
         self.camera_picture = None
         self.made = 0
-        # GStreamer lists its plugins once and for all users of this run, as it has long done on a machine in use.
+        # GStreamer lists its plugins once for all users of this run, as it has already done on a machine in use.
         os.environ["GST_REGISTRY"] = f"{folder}/registry.bin"
         output_of("gst-inspect-1.0", "fakesink")
 
@@ -168,7 +168,7 @@ class Bench:
         return ["--fps", str(rate), "--sound", self.sound, "--stats", stats, "--ignore-load"]
 
     def composed(self):
-        """Options for a camera in a corner and a picture in another."""
+        """Options for a camera in one corner and a picture in another."""
         options = ["--source", "both", "--camera", "Bench", "--camera-size", "5"]
         if self.knows_overlay():
             options += ["--overlay", str(OVERLAY), "--overlay-position", "0"]
@@ -178,7 +178,7 @@ class Bench:
         return "--overlay FILE" in output_of(f"{self.build}/lumavex", "--help")
 
     def unattended(self, rate, *options, seconds=None):
-        """The program without windows, from start to end."""
+        """Runs the program without windows, from start to end."""
         seconds = seconds or self.seconds
         movie, stats = self.path(".mov"), self.path(".jsonl")
         usage = measured_run(self.server, [f"{self.build}/lumavex", "--record", str(seconds), "--output", movie, "--cursor",
@@ -186,7 +186,7 @@ class Bench:
         return self.of_ours(usage, stats, movie)
 
     def with_window(self, rate, *options, seconds=None):
-        """The program with main window and preview on the screen, from the click on Record to the one on Stop and the
+        """Runs the program with main window and preview on the screen, from the click on Record to the one on Stop and the
         finished movie."""
         from lumavex_e2e import PREVIEW, Gui, Home, wait_for
 
@@ -211,7 +211,7 @@ class Bench:
         return self.of_ours(usage, stats, movie)
 
     def idle_with_window(self, rate):
-        """Processor seconds a second of the program with its preview, and of the server."""
+        """Processor seconds per second of the program with its preview, and of the server."""
         from lumavex_e2e import PREVIEW, Gui, Home
 
         home = Home().make_settings()
@@ -235,7 +235,7 @@ class Bench:
     # --- The others ---
 
     def ffmpeg(self, rate, *output, seconds=None, inputs=(), threads=()):
-        """Without the repetitions by which it fills up the movie when it could not keep up."""
+        """Leaves out the repetitions with which ffmpeg fills the movie when it cannot keep up."""
         seconds, movie = seconds or self.seconds, self.path(".mov")
         grab = ["-f", "x11grab", "-draw_mouse", "0", "-framerate", str(rate), "-video_size", "%dx%d" % self.screen, "-i",
                 os.environ["DISPLAY"]]  # fmt: skip
@@ -245,8 +245,8 @@ class Bench:
         return of_other(usage, movie, seconds)
 
     def ffmpeg_composed(self, rate):
-        """The same picture by ffmpeg's filters. The camera is a file of raw pictures, which costs next to nothing to
-        read."""
+        """Composes the same picture with ffmpeg's filters. The camera is a file of raw pictures, which costs almost nothing
+        to read."""
         if not self.camera_picture:
             self.camera_picture = self.path(".yuv")
             output_of("ffmpeg", "-nostdin", "-v", "error", "-f", "lavfi", "-i", "testsrc2=%dx%d:r=30" % CAMERA_SIZE, "-t", "1",
@@ -260,7 +260,7 @@ class Bench:
         return self.ffmpeg(rate, "-filter_complex", graph.removesuffix("[both]"), inputs=inputs)
 
     def gstreamer(self, rate, jpeg_quality, seconds=None):
-        """With 4:2:0 and the full range of values, as ours."""
+        """Uses 4:2:0 and the full range of values, like ours."""
         seconds, movie = seconds or self.seconds, self.path(".mkv")
         usage = measured_run(
             self.server, ["gst-launch-1.0", "-q", "ximagesrc", "use-damage=false", "show-pointer=false",
@@ -271,7 +271,7 @@ class Bench:
         return of_other(usage, movie, seconds)
 
     def simplescreenrecorder(self, rate, seconds=None):
-        """None when it is not installed. Its quantiser scale is ffmpeg's -q:v in units of 1/118."""
+        """Returns None when it is not installed. Its quantiser scale is ffmpeg's -q:v in units of 1/118."""
         if not shutil.which("simplescreenrecorder"):
             return None
         seconds, movie, settings = seconds or self.seconds, self.path(".avi"), self.path(".conf")

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The rows of bench/recorder-cost's table. Each measures in turns within one run and gives ratios."""
+"""The rows of bench/recorder-cost's table. Each one measures in turns within one run and yields ratios."""
 
 import dataclasses
 import json
@@ -13,7 +13,7 @@ import quality
 
 RATE = 30
 OFFERED_RATES = (15, 20, 25, 30, 36, 43, 50, 60, 72, 85, 100, 120, 144, 172, 206, 240)
-FASTEST_STEPS = 250  # a second: no frame of the highest rate may be like the one before
+FASTEST_STEPS = 250  # a second: more than the highest rate, so that every frame differs from the previous one
 
 
 @dataclass
@@ -21,7 +21,7 @@ class Figure:
     row: str
     what: str
     limit: float
-    value: float | None = None  # None: it could not be measured; the notes say why
+    value: float | None = None  # None: it could not be measured; see the notes
     notes: list = field(default_factory=list)
 
     @property
@@ -30,7 +30,7 @@ class Figure:
 
 
 def show(figure, json_file):
-    """Prints the figure, and adds it to the file if there is one."""
+    """Prints the figure, and appends it to the file if there is one."""
     value = "skipped" if figure.value is None else f"{figure.value:.3f}"
     verdict = {None: "", True: "holds", False: "DOES NOT HOLD"}[figure.holds]
     print(f"{figure.row:>3}  {figure.what:<82} {value:>8}  at most {figure.limit:.2f}  {verdict}")
@@ -54,7 +54,7 @@ def told(name, recordings):
 
 
 def compare(figure, ours, theirs, name):
-    """Puts the ratio of the costs per frame into the figure."""
+    """Stores the ratio of the costs per frame in the figure."""
     figure.value = median([each.per_frame() for each in ours]) / median([each.per_frame() for each in theirs])
     with_server = (median([each.per_frame_with_server() for each in ours])
                    / median([each.per_frame_with_server() for each in theirs]))  # fmt: skip
@@ -82,8 +82,8 @@ def composed(bench, rounds, wanted):
 
 
 def peak_rate(record, seconds):
-    """The most frames a second really made while rising rates are offered, and at which of them. A rate that is not kept is
-    not the end: where a few frames come too late for it, more are made of a higher one."""
+    """The most frames per second actually made while increasing rates are offered, and the rate offered then. A rate that is
+    not reached is not the end: when a few of its frames come too late, a higher rate may still give more."""
     best, best_rate, no_better = 0.0, 0, 0
     for rate in OFFERED_RATES:
         frames = record(rate).frames / seconds
@@ -96,7 +96,7 @@ def peak_rate(record, seconds):
 
 
 def highest_rate(bench, rounds, _wanted):
-    """Row 3. The scene moves more often than the highest rate, so that there is no frame that could be repeated."""
+    """Row 3. The scene moves more often than the highest rate, so that no frame can be repeated."""
     seconds = min(bench.seconds, 6)
     ours, theirs, notes = [], [], []
     with bench.camera(), bench.scene("full_screen_motion", FASTEST_STEPS):
@@ -112,14 +112,14 @@ def highest_rate(bench, rounds, _wanted):
 
 
 def share_of_full_cost(bench, figure, rounds, rate, options):
-    """What the caret desktop costs of what a screen costs that changes with every frame."""
+    """Cost of the caret desktop relative to that of a screen that changes with every frame."""
     still, full = [], []
     for _ in range(rounds):
         with bench.scene("caret_desktop"):
             still.append(bench.with_window(rate, *options))
         with bench.scene("full_screen_motion"):
             full.append(bench.with_window(rate, *options))
-    # On a machine that cannot keep up fewer frames are made, so the full cost is that of a frame, for every frame.
+    # A machine that cannot keep up makes fewer frames, so the full cost is that of one frame, multiplied by the rate.
     figure.value = 1000 * median([each.load() for each in still]) / (rate * median([each.per_frame() for each in full]))
     for name, recordings in (("caret", still), ("every frame", full)):
         load = median([each.load() for each in recordings])
@@ -141,7 +141,7 @@ def caret_with_camera(bench, rounds, _wanted):
 
 
 def bytes_at_equal_quality(bench, _rounds, _wanted):
-    """Row 6: the largest ratio of two scenes that stand still."""
+    """Row 6: the largest ratio of two still scenes."""
     figure = Figure("6", "bytes a frame at equal PSNR and SSIM / ffmpeg", 1.15)
     ratios = []
     for scene in ("full_screen_motion", "caret_desktop"):
@@ -178,7 +178,7 @@ def other_recorders(bench, rounds, _wanted):
 
 
 def equally_good(bench):
-    """The least quality of GStreamer's encoder that is not below ours, and how good the recorders' pictures are."""
+    """The lowest quality of GStreamer's encoder that is not below ours, and the quality of the recorders' pictures."""
     with bench.scene("full_screen_motion", 0):
         reference = quality.screenshot(bench)
         ours = quality.quality_of(bench.unattended(10, "--size", "screen", seconds=2).movie, reference)
@@ -221,7 +221,7 @@ ROWS = {1: composed, 2: composed, 3: highest_rate, 4: caret, 5: caret_with_camer
 
 
 def measure(bench, wanted, rounds):
-    """Yields the figures of the wanted rows. A row that fails says why and does not keep the others from being measured."""
+    """Yields the figures of the wanted rows. A row that fails reports the reason, and the other rows are still measured."""
     done = []
     for row in wanted:
         if ROWS[row] in done:

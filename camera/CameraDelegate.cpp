@@ -144,7 +144,7 @@ void CameraDelegate::takePicture()
         taken = std::exchange(published_, std::nullopt);
     }
     updateColorControls();
-    // A picture of an earlier camera, announced before another was started, must not be taken for the new one's.
+    // A picture that an earlier camera announced before another one was started must not count as the new one's.
     if (!taken || taken->output != m_videoOutput)
         return;
     state_.imgDeviceCapture = taken->picture;

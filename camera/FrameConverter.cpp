@@ -12,9 +12,9 @@
 namespace lumavex {
 namespace {
 
-/// Rows unpacked at a time, so that the colour controls find them in the processor's cache. Even, for halved planes.
+/// Rows unpacked at a time, so that they are in the processor's cache for the colour controls. Even, for halved planes.
 constexpr int kBand = 16;
-/// Against sizes that cannot be meant: a damaged JPEG header may name any, and would be believed with gigabytes.
+/// Limits that reject absurd sizes: a damaged JPEG header may contain any size and would cost gigabytes.
 constexpr int kLargestSide = 16384;
 constexpr std::int64_t kMostPixels = 64 << 20;
 
@@ -43,7 +43,7 @@ void copyOpaque(const std::uint8_t* from, int fromStride, std::uint8_t* to, int 
         const std::uint8_t* source = from + std::ptrdiff_t(y) * fromStride;
         auto* target = reinterpret_cast<std::uint32_t*>(to + std::ptrdiff_t(y) * stride);
         for (int x = 0; x < width; ++x) {
-            std::uint32_t pixel = 0; // the camera's rows may begin at any byte
+            std::uint32_t pixel = 0; // the camera's rows may start at any byte
             std::memcpy(&pixel, source + std::ptrdiff_t(x) * 4, sizeof pixel);
             target[x] = pixel | 0xFF000000U;
         }
@@ -52,7 +52,7 @@ void copyOpaque(const std::uint8_t* from, int fromStride, std::uint8_t* to, int 
 
 } // namespace
 
-/// Where unpacked rows go.
+/// Destination of unpacked rows.
 struct FrameConverter::Target {
     std::uint32_t* pixels = nullptr;
     QSize size;
@@ -141,7 +141,8 @@ bool FrameConverter::unpackYuy2(const CameraFrame& frame, int top, int rows, std
     const libyuv::YuvConstants* constants = constantsOf(frame);
     if (constants == &libyuv::kYuvI601Constants)
         return libyuv::YUY2ToARGB(from, frame.strides[0], to, stride, width, rows) == 0;
-    // libyuv reads this kind by itself in the commonest colours only; for others it takes it apart first.
+    // libyuv converts this format directly only with the most common constants; with others the planes are separated
+    // first.
     const int half = (width + 1) / 2;
     unpacked_.resize(std::size_t(kBand) * std::size_t(width + 2 * half));
     std::uint8_t* y = unpacked_.data();
@@ -154,7 +155,8 @@ bool FrameConverter::unpackYuy2(const CameraFrame& frame, int top, int rows, std
 QImage FrameConverter::scaled(const CameraFrame& frame, const QSize& picture,
                               const std::optional<ColorMatrix>& controls)
 {
-    // A JPEG picture can be decoded at a half, a quarter or an eighth, which costs less than decoding it whole.
+    // A JPEG picture can be decoded at a half, a quarter or an eighth of its size, which costs less than decoding it
+    // whole.
     QSize size = frame.size;
     if (frame.pixels == CameraPixels::Mjpeg)
         size = JpegFrame::smallestNotBelow(size, picture);
@@ -168,7 +170,7 @@ QImage FrameConverter::scaled(const CameraFrame& frame, const QSize& picture,
     const std::uint8_t* from = bytesOf(whole_) + (std::ptrdiff_t(part.y()) * size.width() + part.x()) * 4;
     int fromStride = size.width() * 4;
     QSize left = part.size();
-    // Bilinear filtering looks at two pixels a side, so that it may not reduce further than by half at once.
+    // Bilinear filtering reads two pixels per direction, so that one step must not reduce further than by half.
     while (left.width() >= picture.width() * 2 && left.height() >= picture.height() * 2 && left / 2 != picture) {
         const QSize half(left.width() / 2, left.height() / 2);
         std::vector<std::uint32_t>& next = from == bytesOf(halved_[0]) ? halved_[1] : halved_[0];

@@ -15,17 +15,17 @@ namespace lumavex {
 
 class JpegFrame;
 
-/// Makes pictures of camera frames: unpacks, scales when the picture wanted is smaller, applies the colour controls,
-/// each pixel in one go as far as the frame's kind allows. Use it from one thread at a time.
+/// Converts camera frames to pictures: unpacks, scales when a smaller picture is wanted, and applies the colour
+/// controls, in one pass over the pixels as far as the format allows. One thread at a time.
 class FrameConverter {
 public:
     FrameConverter();
     ~FrameConverter();
 
-    /// The frame as a picture of Format_RGB32. Null when the frame is damaged beyond use.
+    /// Returns the frame as a picture of Format_RGB32. Null when the frame is damaged beyond use.
     QImage convert(const CameraFrame& frame, const std::optional<ColorMatrix>& controls);
 
-    /// The part of something of this size, about its centre and at even places, that has the shape of `picture`.
+    /// The centred part of an area of this size that has the shape of `picture`.
     static QRect partOfShape(const QSize& size, const QSize& picture);
 
 private:
@@ -38,8 +38,8 @@ private:
 
     PicturePool pool_;
     std::unique_ptr<JpegFrame> jpeg_;
-    std::vector<std::uint32_t> whole_;     ///< the frame unpacked, before it is scaled
-    std::vector<std::uint32_t> halved_[2]; ///< on the way to less than half the size
+    std::vector<std::uint32_t> whole_;     ///< the unpacked frame, before it is scaled
+    std::vector<std::uint32_t> halved_[2]; ///< intermediate results of a reduction to less than half the size
     std::vector<std::uint8_t> unpacked_;   ///< planes of some rows
 };
 

@@ -31,8 +31,8 @@ bool JpegFrame::decode(std::uint8_t* to, int stride, const QSize& size)
 {
     if (!data_)
         return false;
-    // BGRA rather than BGRX: only then is the fourth byte promised to be 255. A small picture of very many scans could
-    // keep the thread for minutes.
+    // BGRA rather than BGRX: only BGRA guarantees 255 in the fourth byte. The limit of scans: a small picture of very
+    // many scans could keep the thread busy for minutes.
     const int result = tjDecompress2(handle_.get(), data_, bytes_, to, size.width(), stride, size.height(), TJPF_BGRA,
                                      TJFLAG_LIMITSCANS);
     return result == 0 || tjGetErrorCode(handle_.get()) == TJERR_WARNING;

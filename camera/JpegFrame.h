@@ -9,18 +9,19 @@
 
 namespace lumavex {
 
-/// Decodes JPEG pictures one after the other. One thread at a time.
+/// Decodes JPEG pictures one after another. One thread at a time.
 class JpegFrame {
 public:
     JpegFrame();
 
-    /// Looks at a picture's header. Its size; empty when it is no JPEG picture. The memory must last until `decode`.
+    /// Reads a picture's header. Returns its size; empty when it is no JPEG picture. The memory must last until
+    /// `decode`.
     QSize open(const std::uint8_t* data, std::size_t bytes);
     /// Decodes the picture opened last to opaque B, G, R, A at its size or one of `smallestNotBelow`. False when
-    /// nothing could be made of it; a picture that breaks off is decoded as far as it goes.
+    /// nothing could be decoded; a truncated picture is decoded as far as possible.
     bool decode(std::uint8_t* to, int stride, const QSize& size);
 
-    /// The smallest of the picture's size, its half, quarter and eighth that is not below `wanted` either way.
+    /// The smallest of the picture's size, its half, quarter and eighth that is below `wanted` in neither direction.
     static QSize smallestNotBelow(const QSize& size, const QSize& wanted);
 
 private:

@@ -7,7 +7,7 @@
 namespace lumavex {
 namespace {
 
-/// More than are ever on the way at once (being made, published, shown, in a recorder's hands).
+/// More than are in use at the same time (being made, published, shown, held by a recorder).
 constexpr std::size_t kMostIdle = 4;
 
 struct FreeAligned {

@@ -10,8 +10,8 @@
 
 namespace lumavex {
 
-/// Pictures of one size whose memory is used again once the last copy of a picture is gone, which may be on any thread
-/// and after the pool itself has gone. A new size lets the old memory go.
+/// Pictures of one size whose memory is reused once the last copy of a picture is gone, which may be on any thread and
+/// after the end of the pool. A new size frees the old memory.
 class PicturePool {
 public:
     PicturePool();
@@ -19,8 +19,8 @@ public:
     PicturePool(const PicturePool&) = delete;
     PicturePool& operator=(const PicturePool&) = delete;
 
-    /// A picture of Format_RGB32 with whatever is in it, its rows close together; to be written only through
-    /// `pixels` and before it is handed on. Null when there is no memory. Any thread.
+    /// A picture of Format_RGB32 with undefined content and contiguous rows. Write to it only through `pixels` and
+    /// before passing it on. Null when there is no memory. Any thread.
     QImage take(const QSize& size);
     static std::uint32_t* pixels(QImage& picture);
 

@@ -20,7 +20,7 @@ QColor between(const QColor& a, const QColor& b)
     return {(a.red() + b.red()) / 2, (a.green() + b.green()) / 2, (a.blue() + b.blue()) / 2};
 }
 
-/// Marks are replaced before any colour is put in, so that no colour is taken for a mark.
+/// Replaces the colours by marks first, so that no inserted colour is replaced again.
 QByteArray coloured(QByteArray svg, const QPalette& palette)
 {
     const QColor text = palette.color(QPalette::WindowText);

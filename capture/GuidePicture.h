@@ -6,9 +6,9 @@
 
 namespace lumavex {
 
-/// Shows a vector picture as large as the widget allows, in its own proportions and in the colours of the desktop:
-/// #000000 stands for the text colour, #ffffff for the background of texts, #808080 for what lies between them, #0000aa
-/// for the highlight. Other colours stay.
+/// Shows a vector picture as large as the widget allows, in its own proportions and in the desktop's colours: #000000
+/// stands for the text colour, #ffffff for the background of texts, #808080 for the colour between them, #0000aa for
+/// the highlight. Other colours stay.
 class GuidePicture final : public QWidget {
     Q_OBJECT
 public:

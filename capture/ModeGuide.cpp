@@ -8,7 +8,7 @@
 namespace lumavex {
 
 namespace {
-constexpr int modalEnd = 1; ///< however the guide is left, the capture type is entered
+constexpr int modalEnd = 1; ///< for every way to close the guide: the capture type is entered
 }
 
 ModeGuide::ModeGuide(StopShowing stopShowing) : stopShowing_(std::move(stopShowing))

@@ -10,14 +10,14 @@ class QCheckBox;
 
 namespace lumavex {
 
-/// What the three guides have in common: a dialog that explains a capture type before it is entered. Main thread.
+/// Common part of the three guides: a dialog that explains a capture type before it is entered. Main thread.
 class ModeGuide : public QDialog {
     Q_OBJECT
 public:
-    /// Called at most once, when the user ticked the box and pressed OK: turn the guide's setting off and store it.
+    /// Called at most once, when the user ticked the box and pressed OK: turns the guide's setting off and stores it.
     using StopShowing = std::function<void()>;
 
-    /// Shows the guide and returns, with 1, however it was left; it is hidden then.
+    /// Shows the guide and returns 1 when it is closed in any way; it is hidden then.
     int runModal();
 
     /// The OK button.
@@ -29,7 +29,7 @@ public:
 protected:
     explicit ModeGuide(StopShowing stopShowing);
 
-    /// Sets up the interface file's widgets; `ui` is one whose members bear the names they have in all three files.
+    /// Sets up the interface file's widgets; the members of `ui` have the same names in all three files.
     template <typename Interface>
     void load(Interface& ui, const QString& picture)
     {

@@ -17,12 +17,12 @@ FrameDimension handleFor(std::int32_t cornerX, std::int32_t cornerY)
     return {{static_cast<double>(cornerX - handleReach), static_cast<double>(cornerY - handleReach)}};
 }
 
-/// Which handles take part when a corner is dragged. The midpoint between two coordinates is reckoned from the left or
-/// lower one of them as the indexes have it, which after crossing is the larger one: that decides how halves round.
+/// Handles that move with a dragged corner. The midpoint between two coordinates is computed from the one that is the
+/// left or lower one by index, which after crossing is the larger one: that determines the rounding of halves.
 struct DragRule {
-    std::int32_t takesY; ///< the neighbour on the same horizontal edge
-    std::int32_t takesX; ///< the neighbour on the same vertical edge
-    bool draggedIsLeft;  ///< by index, wherever it may have been dragged to
+    std::int32_t followsY; ///< the neighbour on the same horizontal edge
+    std::int32_t followsX; ///< the neighbour on the same vertical edge
+    bool draggedIsLeft;    ///< by index, regardless of its position
     bool draggedIsLower;
 };
 
@@ -91,13 +91,13 @@ void dragHandle(std::vector<FrameDimension>& handles, std::int32_t handle, const
         return handles.at(static_cast<std::size_t>(i)).sizeDimension;
     };
     point(handle) = {location.x, location.y};
-    point(rule.takesY).height = location.y;
-    point(rule.takesX).width = location.x;
+    point(rule.followsY).height = location.y;
+    point(rule.followsX).width = location.x;
 
     const std::int32_t ix = truncated(location.x);
     const std::int32_t iy = truncated(location.y);
-    const std::int32_t partnerX = truncated(point(rule.takesY).width);
-    const std::int32_t partnerY = truncated(point(rule.takesX).height);
+    const std::int32_t partnerX = truncated(point(rule.followsY).width);
+    const std::int32_t partnerY = truncated(point(rule.followsX).height);
     point(CentreHandle) = {
         static_cast<double>(rule.draggedIsLeft ? midpoint(ix, partnerX) : midpoint(partnerX, ix)),
         static_cast<double>(rule.draggedIsLower ? midpoint(iy, partnerY) : midpoint(partnerY, iy)),

@@ -22,7 +22,7 @@ CGRect squareOf(const FrameDimension& handle)
 
 View_Transparent_Region::View_Transparent_Region(QWidget* parent) : QWidget(parent)
 {
-    setAttribute(Qt::WA_TransparentForMouseEvents); // the window takes the events
+    setAttribute(Qt::WA_TransparentForMouseEvents); // the window receives the events
 }
 
 void View_Transparent_Region::setHandles(const std::vector<FrameDimension>& handles, const CGSize& screen)
@@ -34,7 +34,7 @@ void View_Transparent_Region::setHandles(const std::vector<FrameDimension>& hand
 
 void View_Transparent_Region::setNeedsDisplay()
 {
-    // Only that: clearing and sending a whole large screen at each motion would cost the recording its processor time.
+    // Only these pixels: redrawing a whole large screen at each motion would take processor time from the recording.
     update(logicalRegion(shown_ + drawnPixels()));
 }
 

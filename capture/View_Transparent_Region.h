@@ -9,25 +9,25 @@
 
 namespace lumavex {
 
-/// Draws the region with its handles over the screen. Everything it is told and tells is in device pixels, whatever
-/// the desktop's scale factor: this is the one place that knows of Qt's logical pixels.
+/// Draws the region with its handles over the screen. The interface uses device pixels, whatever the desktop's scale
+/// factor; only this class deals with Qt's logical pixels.
 class View_Transparent_Region final : public QWidget {
     Q_OBJECT
 public:
     explicit View_Transparent_Region(QWidget* parent = nullptr);
 
-    /// What is drawn from now on: the five handles, on a screen of this size. The handles are read at each redraw and
+    /// Sets what to draw: the five handles, on a screen of this size. The handles are read at each redraw and must
     /// outlive the view.
     void setHandles(const std::vector<FrameDimension>& handles, const CGSize& screen);
 
-    /// Marks what was drawn, and what is to be drawn now, for redraw.
+    /// Marks the pixels drawn last, and those to be drawn now, for redraw.
     void setNeedsDisplay();
 
-    /// The device pixels that a redraw touches now, counted from the upper-left corner, y downward.
+    /// The device pixels that a redraw would touch now, counted from the upper-left corner, y downward.
     QRegion drawnPixels() const;
 
-    /// Where a point is in screen coordinates: of a position in the view as events have it, and of a device pixel
-    /// counted from the upper-left corner. As with the mouse location, a pixel stands for its lower-left corner.
+    /// Converts to screen coordinates: a position in the view as in events, or a device pixel counted from the
+    /// upper-left corner. As for the mouse location, a pixel stands for its lower-left corner.
     CGPoint locationOf(const QPointF& logicalPosition) const;
     CGPoint locationOf(const QPoint& devicePixel) const;
 

@@ -13,7 +13,7 @@
 
 namespace lumavex {
 
-/// One on-screen window: a record of the six keys below.
+/// One on-screen window: a record with the six keys below.
 using WindowEntry = QVariantMap;
 
 inline const QString kAppNameKey = QStringLiteral("applicationName"); ///< text: owner and process id, "Files (312)"
@@ -37,23 +37,23 @@ struct WindowListApplierData {
     std::int32_t order = 0; ///< the next windowOrder
 };
 
-/// Appends the window's entry to the accumulator's list; a window that is not shared gets none and uses no number.
+/// Appends the window's entry to the accumulator's list. A window that is not shared is skipped and uses no number.
 void WindowListApplierFunction(const WindowDescription& window, WindowListApplierData& data);
 
-/// The text that names a window in the menu and finds it again: "Files (312) (4711)".
+/// The text that identifies a window in the menu and when it is looked up: "Files (312) (4711)".
 QString Return_Window_Identifier_String(const WindowEntry& entry);
 
-/// Whether the window is one of this program's own: its owner's name contains the product name.
+/// True when the window belongs to this program: its owner's name contains the product name.
 bool belongsToLumavex(const WindowEntry& entry);
 
 /// The window numbers of the entries, front to back.
 std::vector<std::uint32_t> newWindowListFromSelection(QList<WindowEntry> entries);
 
-/// The first entry whose identifier contains the text; null when there is none. Valid while the list is not changed.
+/// The first entry whose identifier contains the text; null when there is none. Valid until the list changes.
 const WindowEntry* windowOfIdentifier(const QList<WindowEntry>& list, const QString& text);
 
-/// Which windows are grabbed at a tick. Window exclusive (`exclusive` not null): the first one whose identifier
-/// contains the text, else every window but the program's own. Otherwise: every window but the program's own.
+/// Windows to grab at a tick. Window exclusive (`exclusive` not null): the first one whose identifier contains the
+/// text, else all but the program's own. Otherwise: all but the program's own.
 QList<WindowEntry> windowsToGrab(const QList<WindowEntry>& all, const QString* exclusive);
 
 } // namespace lumavex

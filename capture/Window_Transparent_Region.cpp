@@ -50,25 +50,26 @@ void Window_Transparent_Region::windowDidLoad()
     b_Mouse_Down = 0;
     i_button_index = NoHandle;
     state_.arrayScreenPointSquare = centredHandles(state_.size_Region, screen_);
-    state_.rect_Screen_Region = regionOfHandles(state_.arrayScreenPointSquare); // frames are made before it is drawn
+    state_.rect_Screen_Region =
+        regionOfHandles(state_.arrayScreenPointSquare); // frames are composed before it is drawn
     state_.height_Marked = screen_.height;
     ui_->viewTransparentRegion->setHandles(state_.arrayScreenPointSquare, screen_);
 }
 
 int Window_Transparent_Region::runModal()
 {
-    // The shape is set before the window appears, which would show as a black screen for a moment otherwise.
+    // Sets the shape before the window appears, which would otherwise flash as a black screen.
     winId();
     followDesktop();
     showFullScreen();
     activateWindow();
     // A compositing manager that ends causes no redraw, and would leave a black screen.
-    QTimer lookAtDesktop;
-    connect(&lookAtDesktop, &QTimer::timeout, this, [this] {
+    QTimer desktopPoll;
+    connect(&desktopPoll, &QTimer::timeout, this, [this] {
         followScreen();
         followDesktop();
     });
-    lookAtDesktop.start(250ms);
+    desktopPoll.start(250ms);
     const int code = session_.exec();
     catcher_.reset();
     hide();
@@ -88,7 +89,7 @@ void Window_Transparent_Region::setRect_Screen_Region(const CGRect& region)
     Q_EMIT regionChanged(region);
 }
 
-/// Covers a main display that has changed its size or place, with the region inside it.
+/// Covers a main display that has changed its size or position, and keeps the region inside it.
 void Window_Transparent_Region::followScreen()
 {
     QScreen* const display = QGuiApplication::primaryScreen();
@@ -101,14 +102,14 @@ void Window_Transparent_Region::followScreen()
     const CGSize now = state_.displaySize();
     if (now == screen_)
         return;
-    b_Mouse_Down = 0; // what was held down is elsewhere now
+    b_Mouse_Down = 0; // the pressed handle is elsewhere now
     moveHandlesInside(state_.arrayScreenPointSquare, std::exchange(screen_, now), now);
-    catcher_.reset(); // which covers the place of before
+    catcher_.reset(); // it covers the previous position
     ui_->viewTransparentRegion->setHandles(state_.arrayScreenPointSquare, screen_);
     setRect_Screen_Region(regionOfHandles(state_.arrayScreenPointSquare));
 }
 
-/// Brings shape and catcher into line with the drawing and with the desktop, whose compositing manager may come or go.
+/// Adapts shape and catcher to the drawing and to the desktop, whose compositing manager may start or end.
 void Window_Transparent_Region::followDesktop()
 {
     const bool blended = overlay_.blendsTranslucentWindows();
@@ -118,11 +119,11 @@ void Window_Transparent_Region::followDesktop()
     shape_ = shape;
     if (blended == (catcher_ == nullptr))
         return;
-    b_Mouse_Down = 0; // the release will not come the way of the press
+    b_Mouse_Down = 0; // the release will not arrive by the same path as the press
     if (blended) {
         catcher_.reset();
     } else {
-        // A screen keeps its place on the desktop in device pixels.
+        // A screen's position on the desktop is in device pixels.
         const QRect area(screen()->geometry().topLeft(), QSizeF(screen_.width, screen_.height).toSize());
         catcher_ = overlay_.catchPointer(area, [this](const CaughtPointer& pointer) { caught(pointer); });
     }
@@ -152,7 +153,7 @@ void Window_Transparent_Region::mouseDragged(const CGPoint& location)
 
 void Window_Transparent_Region::mouseUp(const CGPoint& location)
 {
-    // The last motion before the release may have been merged away on its way here.
+    // The last motion before the release may have been merged with others.
     if (location != latestLocation_)
         mouseDragged(location);
     b_Mouse_Down = 0;
@@ -196,7 +197,7 @@ void Window_Transparent_Region::caught(const CaughtPointer& pointer)
     }
 }
 
-// Qt rounds the position to whole logical pixels on its way to a widget; the one in the scene is kept as it was.
+// Qt rounds the position to whole logical pixels for the widget; the scene position is not rounded.
 
 void Window_Transparent_Region::mousePressEvent(QMouseEvent* event)
 {
@@ -217,7 +218,7 @@ void Window_Transparent_Region::mouseReleaseEvent(QMouseEvent* event)
 
 void Window_Transparent_Region::mouseDoubleClickEvent(QMouseEvent* event)
 {
-    mousePressEvent(event); // a second press soon after the first is a press like any other
+    mousePressEvent(event); // a second press soon after the first is an ordinary press
 }
 
 void Window_Transparent_Region::keyPressEvent(QKeyEvent* event)

@@ -19,19 +19,19 @@ struct CaughtPointer;
 class PointerCatcher;
 class ScreenOverlay;
 
-/// The region selector: a see-through window that covers the main display and lets the user drag the corners of the
-/// region. A click on the centre, Escape, Return or closing the window ends it. Where no compositing manager runs, only
-/// the drawn pixels remain of the window, and an invisible window takes the clicks beside them. Main thread.
+/// The region selector: a transparent window that covers the main display and lets the user drag the corners of the
+/// region. A click on the centre, Escape, Return or closing the window ends it. Without a compositing manager only the
+/// drawn pixels of the window remain, and an invisible window receives the clicks beside them. Main thread.
 class Window_Transparent_Region final : public QWidget {
     Q_OBJECT
 public:
-    /// Reads size_Region once; fills arrayScreenPointSquare with a region in the middle of the main display and moves
-    /// the handles in it, also into a display that changes its size; each redraw writes rect_Screen_Region. `state` and
-    /// `overlay` outlive the window.
+    /// Reads size_Region once; fills arrayScreenPointSquare with a region at the centre of the main display and moves
+    /// the handles in it, also when the display changes its size; each redraw writes rect_Screen_Region. `state` and
+    /// `overlay` must outlive the window.
     Window_Transparent_Region(CaptureState& state, ScreenOverlay& overlay);
     ~Window_Transparent_Region() override;
 
-    /// Shows the window and returns, with 1, when the user is done; the window is hidden then. Timers go on meanwhile.
+    /// Shows the window and returns 1 when the user has finished; the window is hidden then. Timers continue to fire.
     int runModal();
 
     /// The pointer's first button at a location in screen coordinates.
@@ -67,9 +67,9 @@ private:
     std::unique_ptr<Ui::Window_Transparent_Region> ui_;
     QEventLoop session_;
     std::unique_ptr<PointerCatcher> catcher_; ///< null while translucent windows are blended
-    QRegion shape_;                           ///< null while the window is whole
+    QRegion shape_;                           ///< empty while the window is whole
     CGPoint latestLocation_;
-    CGSize screen_; ///< of the main display, to which the handles refer
+    CGSize screen_; ///< size of the main display, to which the handles refer
 
     std::uint8_t b_Mouse_Down = 0;    ///< 1 while a corner handle is held down
     std::int32_t i_button_index = -1; ///< the HandleIndex last hit

@@ -19,7 +19,7 @@ public:
     /// Called at most once, when the user changed the second box and pressed OK.
     using ChooseHolding = std::function<void(bool hold)>;
 
-    /// `hold`: the second box is ticked, by which a window that goes away leaves its last picture.
+    /// `hold`: the second box is ticked, so that a window that disappears leaves its last picture.
     explicit Window_WindowExclusive_How_It_Works(StopShowing stopShowing, bool hold = false,
                                                  ChooseHolding chooseHolding = {});
     ~Window_WindowExclusive_How_It_Works() override;

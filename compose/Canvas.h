@@ -11,7 +11,7 @@
 
 namespace lumavex {
 
-/// Rows of pixels in somebody else's memory, first row on top. Coordinates are downward.
+/// Rows of pixels in memory that somebody else owns, top row first. Coordinates are downward.
 struct Canvas {
     std::uint32_t* pixels = nullptr;
     QSize size;

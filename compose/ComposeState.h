@@ -20,7 +20,7 @@ class QAction;
 
 namespace lumavex {
 
-/// A frame that is in use: what it was made of, and its number among those of its pass.
+/// A frame in use: its inputs, and its number within its pass.
 struct ComposedFrame {
     FrameInputs inputs;
     std::uint64_t frame = 0;
@@ -29,10 +29,10 @@ struct ComposedFrame {
 /// A snapshot that has not been offered to the user yet.
 struct TakenPicture {
     QString path;               ///< in the picture folder
-    CVPixelBufferRef unwritten; ///< its pixels when it could not be written there; else null
+    CVPixelBufferRef unwritten; ///< its pixels if it could not be written there; else null
 };
 
-/// What a frame is composed of and where it is shown. Main thread.
+/// Inputs of a frame, and the preview that shows it. Main thread.
 struct ComposeState {
     std::int64_t i_Video_Source_Primary = 0; ///< 1 screen, 2 camera
     std::int64_t i_Show_Secondary = 0;       ///< 1: the other source is drawn small
@@ -48,7 +48,7 @@ struct ComposeState {
     std::uint64_t serialOverlay = 0; ///< changes with imgOverlay
     bool bOverlay = false;
 
-    std::int64_t index_size_Video_Output = 0; ///< 0: the primary source's size; 1: a given one; k from 2: entry k - 2
+    std::int64_t index_size_Video_Output = 0; ///< 0: the primary source's size; 1: a custom one; k from 2: entry k - 2
     CGSize size_Video_Output;
     float fwVideoOutputRatio = 1; ///< width / height of size_Video_Output
     QAction* mi_last_Video_Output = nullptr;
@@ -56,14 +56,14 @@ struct ComposeState {
     std::int64_t i_Open_Preview_Window_On_Startup = 0;
     std::unique_ptr<Window_Preview> windowPreview; ///< null: no preview window, no frames
     bool b_windowPreview_Visible = false;
-    std::optional<QPoint> previewLowerLeft; ///< where a preview that is opened anew takes its predecessor's place
-    bool b_Take_Picture = false;            ///< a snapshot is wanted of the next frame
+    std::optional<QPoint> previewLowerLeft; ///< position of the previous preview, for one that is opened anew
+    bool b_Take_Picture = false;            ///< the next frame is to be saved as a snapshot
     QString s_Saved_Take_Picture;           ///< path of the latest snapshot
     TimerId timer_Save_Picture = 0;
-    std::vector<TakenPicture> takenPictures; ///< the newest last
+    std::vector<TakenPicture> takenPictures; ///< newest last
     bool offersPicture = false;              ///< one of them is being offered
 
-    std::optional<ComposedFrame> previewShown; ///< what the view shows, so that an unchanged frame is not drawn again
+    std::optional<ComposedFrame> previewShown; ///< frame in the view, so that an unchanged frame is not drawn again
     std::optional<ComposedFrame> lastAppended; ///< the latest frame of the recording
 
     FrameTick frameTick;

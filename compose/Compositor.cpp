@@ -16,7 +16,7 @@ namespace lumavex {
 
 namespace {
 
-/// Far more than any display or catalogue size; keeps the number of bytes within an int.
+/// Far larger than any display or catalogue size; keeps the number of bytes within an int.
 constexpr double largestEdge = 16384;
 
 QSize wholePixels(const CGSize& size)
@@ -28,13 +28,13 @@ QSize wholePixels(const CGSize& size)
 
 } // namespace
 
-/// What one of the two passes keeps from frame to frame.
+/// State that one of the two passes keeps from frame to frame.
 class Compositor::Pass {
 public:
     explicit Pass(Painting painting) : painting_(painting) {}
 
-    /// The frame that will be painted next.
-    void noteFrame(const FrameInputs& inputs, const FrameTarget& target)
+    /// Sets the frame that is painted next.
+    void beginFrame(const FrameInputs& inputs, const FrameTarget& target)
     {
         const FrameContents before = std::exchange(contents_, FrameContents::of(inputs, target));
         if (std::exchange(size_, target.pixels) != target.pixels || painting_ == Painting::Whole)
@@ -42,8 +42,8 @@ public:
         changes_.add(++lastFrame_, frameChanges(before, contents_, inputs.screen.changes));
     }
 
-    /// Paints the frame noted last, the same inputs given. The canvas, of the frame's size, holds the earlier frame
-    /// `held`, or 0 for none. The number of the frame that it holds then.
+    /// Paints the frame that beginFrame() set, from the same inputs. The canvas has the frame's size and holds the
+    /// earlier frame `held`, or 0 for none. Returns the number of the frame that it holds afterwards.
     std::uint64_t paint(const FrameInputs& inputs, const Canvas& canvas, std::uint64_t held)
     {
         const ChangedArea whole(QRect(QPoint(), size_));
@@ -55,7 +55,7 @@ public:
     const ChangeHistory& changes() const { return changes_; }
 
 private:
-    /// Every pixel of the rectangle is written; so rectangles may be painted again.
+    /// Writes every pixel of the rectangle, so that rectangles may be painted again.
     void paint(const FrameInputs& inputs, const QRect& rect, const Canvas& canvas)
     {
         for (const FrameStep& step : contents_.plan) {
@@ -69,7 +69,7 @@ private:
     {
         switch (step.kind) {
         case FrameStep::Kind::Clear:
-            // On screen there is nothing to see through to.
+            // On screen nothing is behind a transparent pixel.
             canvas.order == PixelOrder::AlphaFirst ? canvas.fillTransparent(part) : canvas.fillBlack(part);
             break;
         case FrameStep::Kind::Black:
@@ -96,10 +96,10 @@ private:
     FrameContents contents_; ///< of the latest frame
     QSize size_;             ///< of the latest frame
     std::uint64_t lastFrame_ = 0;
-    ChangeHistory changes_; ///< of frames of that size
+    ChangeHistory changes_; ///< of frames of this size
 };
 
-/// What frames are painted into and handed out in.
+/// Memory of the frames that the passes return.
 struct Compositor::Memory {
     PreviewPool previews;
     std::shared_ptr<PixelPool> frames = PixelPool::create();
@@ -129,7 +129,7 @@ QImage Compositor::previewPass(const FrameInputs& inputs, const QSize& pixels, c
     const QSize size = wholePixels({double(pixels.width()), double(pixels.height())});
     if (size.isEmpty())
         return {};
-    preview_->noteFrame(inputs, {FramePass::Preview, size, units});
+    preview_->beginFrame(inputs, {FramePass::Preview, size, units});
     PreviewPool::Picture* const picture = memory_->previews.take(size);
     if (!picture)
         return {};
@@ -144,7 +144,7 @@ CVPixelBufferRef Compositor::outputPass(const FrameInputs& inputs, const CGSize&
     const QSize size = wholePixels(size_Video_Output);
     if (size.isEmpty())
         return nullptr;
-    output_->noteFrame(inputs, {FramePass::Output, size, size_Video_Output});
+    output_->beginFrame(inputs, {FramePass::Output, size, size_Video_Output});
     PixelPool::Block* const block = memory_->frames->take(std::size_t(size.width()) * std::size_t(size.height()));
     if (!block)
         return nullptr;
@@ -162,7 +162,7 @@ QImage imageFromPixelBuffer(const CVPixelBuffer& buffer)
     for (int y = 0; y < picture.height(); ++y) {
         const auto* row =
             reinterpret_cast<const std::uint32_t*>(buffer.baseAddress + std::ptrdiff_t(y) * buffer.bytesPerRow);
-        // Turning the bytes of a pixel round works both ways.
+        // Reversing the bytes of a pixel converts in both directions.
         rowFunctions().copy(reinterpret_cast<std::uint32_t*>(picture.scanLine(y)), row, std::size_t(buffer.width),
                             {PixelOrder::AlphaFirst, AlphaUse::Kept});
     }

@@ -9,7 +9,7 @@ namespace lumavex {
 
 namespace {
 
-/// Where a step that is in both frames paints something else.
+/// Adds the area in which a step that both frames contain paints something else.
 void addChangesOf(const FrameStep& step, const FrameContents& before, const FrameContents& now,
                   const ChangeHistory& screenChanges, ChangedArea& area)
 {
@@ -50,8 +50,8 @@ FrameContents FrameContents::of(const FrameInputs& inputs, const FrameTarget& ta
             static_cast<std::uint64_t>(inputs.screen.imgMouseCursor.cacheKey()), inputs.imgOverlay.serial};
 }
 
-/// The steps that are in both frames, in the same order, are told from the others. A pixel that none of the others
-/// touches is made by the same steps in both, so it differs only where one of them paints something else.
+/// Distinguishes the steps that both frames contain, in the same order, from the others. A pixel that none of the
+/// others touches is made by the same steps in both, so it differs only where one of these paints something else.
 ChangedArea frameChanges(const FrameContents& before, const FrameContents& now, const ChangeHistory& screenChanges)
 {
     ChangedArea area;

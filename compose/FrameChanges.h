@@ -8,7 +8,7 @@
 
 namespace lumavex {
 
-/// What a frame was painted from, without the pictures themselves: by their numbers.
+/// The sources that a frame was painted from, as numbers without the pictures themselves.
 struct FrameContents {
     FramePlan plan;
     std::uint64_t screen = 0;
@@ -19,8 +19,8 @@ struct FrameContents {
     static FrameContents of(const FrameInputs& inputs, const FrameTarget& target);
 };
 
-/// Where a frame may differ from an earlier one of the same size. `screenChanges` tells where the screen's picture
-/// does. Pure function, any thread.
+/// Area in which a frame may differ from an earlier one of the same size. `screenChanges` gives the area for the
+/// screen's picture. Pure function, any thread.
 ChangedArea frameChanges(const FrameContents& before, const FrameContents& now, const ChangeHistory& screenChanges);
 
 } // namespace lumavex

@@ -13,7 +13,7 @@ namespace lumavex {
 
 /// A picture with a number that changes whenever its pixels do, so that pictures are compared without reading them.
 struct NumberedImage {
-    QImage image; ///< null: there is none
+    QImage image; ///< null: no picture
     std::uint64_t serial = 0;
     friend bool operator==(const NumberedImage& a, const NumberedImage& b)
     {
@@ -21,17 +21,17 @@ struct NumberedImage {
     }
 };
 
-/// The screen as it goes into a frame: the latest grab, stretched to size_Screen, with the cursor's picture drawn in,
-/// and for the follow-cursor and region types cut to a rectangle that is then fitted into size_Screen again. This only
-/// says what is to be drawn; the compositor does it with one resampling.
+/// The screen in a frame: the latest grab, stretched to size_Screen, with the cursor's picture drawn into it, and for
+/// the follow-cursor and region types cut to a rectangle that is fitted into size_Screen again. This is only the
+/// description; the compositor draws it with a single resampling.
 struct ScreenPicture {
     NumberedImage imgScreenCapture;
-    ChangeHistory changes; ///< of imgScreenCapture, by its serials; decides nothing of what a frame looks like
+    ChangeHistory changes; ///< of imgScreenCapture, by its serials; does not affect the appearance of a frame
     CGSize size_Screen;
     QImage imgMouseCursor;         ///< 16 x 16, premultiplied; drawn with its lower-left corner at `cursor`
-    std::optional<CGPoint> cursor; ///< nothing: no cursor is drawn
-    std::optional<CGRect> cut;     ///< nothing: the whole screen
-    bool keepsShape = false;       ///< also in a preview that it fills otherwise
+    std::optional<CGPoint> cursor; ///< std::nullopt: no cursor is drawn
+    std::optional<CGRect> cut;     ///< std::nullopt: the whole screen
+    bool keepsShape = false;       ///< also in a preview that it would otherwise fill
     friend bool operator==(const ScreenPicture& a, const ScreenPicture& b)
     {
         return a.imgScreenCapture == b.imgScreenCapture && a.size_Screen == b.size_Screen && a.cursor == b.cursor
@@ -39,7 +39,7 @@ struct ScreenPicture {
     }
 };
 
-/// Everything that decides what a frame looks like. Two equal values of the same size give equal pixels.
+/// Everything that determines the appearance of a frame. Two equal values of the same size give equal pixels.
 struct FrameInputs {
     std::int64_t i_Video_Source_Primary = 1; ///< 1 screen, 2 camera; anything else draws neither
     std::int64_t i_Show_Secondary = 0;       ///< not 0: the other source is drawn small

@@ -24,7 +24,7 @@ struct FloatSize {
     float h;
 };
 
-/// One step of the fit along the picture's longer side; the shorter one follows.
+/// Changes the picture's longer side by one step of the fit; the shorter one follows.
 FloatSize stepped(const FloatSize& size, float ratio, float step, bool upright)
 {
     if (upright) {

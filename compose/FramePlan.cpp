@@ -10,7 +10,7 @@ namespace lumavex {
 
 namespace {
 
-/// Moves and stretches along the axes; the chain of drawings from a picture to the frame is one of these.
+/// Translates and scales along the axes; the whole chain of drawings from a picture to the frame is one mapping.
 struct Mapping {
     double scaleX = 1;
     double scaleY = 1;
@@ -47,7 +47,7 @@ CGRect commonPart(const CGRect& a, const CGRect& b)
             std::min(a.y + a.height, b.y + b.height) - bottom};
 }
 
-/// Far outside any frame; keeps edges of absurd rectangles within an int and their differences too.
+/// Far outside any frame; keeps edges of absurd rectangles, and their differences, within an int.
 constexpr double farAway = 1 << 28;
 
 int edge(double position)
@@ -55,7 +55,7 @@ int edge(double position)
     return std::isnan(position) ? 0 : int(std::lround(std::clamp(position, -farAway, farAway)));
 }
 
-/// The pixels nearest to an upward rectangle inside something `height` pixels high.
+/// The pixels nearest to an upward rectangle inside an area `height` pixels high.
 QRect nearestPixels(const CGRect& up, double height)
 {
     const QRectF down = flippedDown(up, height);
@@ -64,7 +64,7 @@ QRect nearestPixels(const CGRect& up, double height)
     return {left, top, edge(down.x() + down.width()) - left, edge(down.y() + down.height()) - top};
 }
 
-/// The whole pixels that an upward rectangle of a picture touches, but for a sliver that is rounding noise.
+/// The whole pixels that an upward rectangle of a picture touches, without slivers that are rounding noise.
 QRect touchedPixels(const CGRect& up, const QSize& picture)
 {
     constexpr double sliver = 1.0 / 256;
@@ -95,7 +95,7 @@ public:
         else {
             plan_.add({FrameStep::Kind::Clear, FramePicture::None, frame_, {}, {}});
             if (screenFirst && screenSizeIsUsable())
-                addScreen(wholeOf(target_.units), {}); // no grab yet: the cursor alone
+                addScreen(wholeOf(target_.units), {}); // no grab yet: only the cursor
         }
         if (inputs_.i_Show_Secondary != 0)
             addSecondary(screenFirst, cameraFirst);
@@ -112,12 +112,12 @@ private:
         return screen.size_Screen.width > 0 && screen.size_Screen.height > 0 && !(screen.cut && screen.cut->width == 0);
     }
 
-    /// Whether the primary picture's way is to fill the frame, without keeping its shape.
+    /// True when the primary picture fills the frame without keeping its shape.
     bool fillsFrame() const { return target_.pass == FramePass::Preview && inputs_.index_size_Video_Output == 0; }
 
     bool screenFillsFrame() const { return fillsFrame() && !inputs_.screen.keepsShape; }
 
-    /// False when the screen picture leaves its place transparent: it is drawn as it is and there is no grab in it.
+    /// False when the screen picture leaves its place transparent: it is drawn unchanged and contains no grab.
     bool screenFillsItsPlace() const
     {
         return screenSizeIsUsable()
@@ -156,7 +156,7 @@ private:
             plan_.add({kind, picture, clip, source, target});
     }
 
-    /// The screen picture into `place`, in units. `black` is the canvas below it, empty for none.
+    /// Adds the screen picture in `place`, in units. `black` is the canvas below it, empty for none.
     void addScreen(const CGRect& place, const QRect& black)
     {
         const ScreenPicture& screen = inputs_.screen;

@@ -9,8 +9,8 @@
 #include <array>
 #include <cstddef>
 
-// What is painted where in a frame, in whole pixels. Pure functions, any thread. Here, and from here on, rectangles are
-// downward: these are rows and columns of memory, first row on top.
+// Steps that paint a frame, in whole pixels. Pure functions, any thread. Here, and from here on, rectangles are
+// downward: these are rows and columns of memory, top row first.
 
 namespace lumavex {
 
@@ -19,7 +19,7 @@ enum class FramePass {
     Output,  ///< the primary picture is always fitted
 };
 
-/// The frame that is planned: the geometry counts units, the plan counts pixels.
+/// The frame to plan: the geometry counts units, the plan counts pixels.
 struct FrameTarget {
     FramePass pass = FramePass::Output;
     QSize pixels;
@@ -28,26 +28,27 @@ struct FrameTarget {
 
 enum class FramePicture { None, Screen, Camera, Cursor, Overlay };
 
-/// One thing to paint. The steps are painted in order; a picture is resampled from `source` to `target`.
+/// One paint operation. The steps are painted in order; a picture is resampled from `source` to `target`.
 struct FrameStep {
     enum class Kind {
         Clear,   ///< nothing is drawn here: transparent
         Black,   ///< opaque black
-        Opaque,  ///< the picture, whatever its alpha bytes hold
-        Blended, ///< the picture over what is there
+        Opaque,  ///< the picture, regardless of its alpha bytes
+        Blended, ///< the picture over the existing pixels
     };
     Kind kind = Kind::Clear;
     FramePicture picture = FramePicture::None;
-    QRect clip;   ///< the pixels of the frame that are written; inside the frame and inside `target`, not empty
+    QRect clip;   ///< the written pixels of the frame; inside the frame and inside `target`, not empty
     QRect source; ///< whole pixels of the picture, inside it, not empty
-    QRect target; ///< where `source` lands, to the nearest pixel; may reach beyond the frame
+    QRect target; ///< destination of `source`, to the nearest pixel; may extend beyond the frame
     friend bool operator==(const FrameStep&, const FrameStep&) = default;
 };
 
-/// The steps of one frame. Of fixed room, since one is made for every frame.
+/// The steps of one frame. Has a fixed capacity, since one is made for every frame.
 class FramePlan {
 public:
-    /// Bars around the primary and around the secondary picture, the two, the cursor, the overlay, and the clearing.
+    /// Bars around the primary and the secondary picture, these two pictures, the cursor, the overlay, and the
+    /// clearing.
     static constexpr std::size_t capacity = 2 * 4 + 2 + 1 + 1 + 1;
 
     const FrameStep* begin() const { return steps_.data(); }
@@ -61,7 +62,7 @@ private:
     std::size_t count_ = 0;
 };
 
-/// Every pixel of the frame is written by the plan. An empty target gives an empty plan.
+/// The plan writes every pixel of the frame. An empty target gives an empty plan.
 FramePlan planFrame(const FrameInputs& inputs, const FrameTarget& target);
 
 } // namespace lumavex

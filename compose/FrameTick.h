@@ -5,17 +5,17 @@
 
 namespace lumavex {
 
-/// The two steps of a frame, each taken by a timer of its own. Both timers have the same deadlines.
+/// The two steps of a frame, each run by its own timer. Both timers have the same deadlines.
 enum class FrameStep {
     Grab, ///< the screen is read
-    View, ///< what was read is composed, shown and appended
+    View, ///< the grab is composed, shown and appended
 };
 
-/// Decides once for each deadline, for both steps, whether its frame comes too late for a picture of its own.
+/// Decides once per deadline, for both steps, if its frame comes too late for a picture of its own.
 class FrameTick {
 public:
-    /// A frame is late when the next one, `interval` later, is due before this one was begun: the next picture is the
-    /// newer one. How long a frame takes once it was begun never makes it late, so whatever was grabbed is composed.
+    /// A frame is late when the next one, `interval` later, is due before this one begins: the next picture is newer.
+    /// The duration of a frame that has begun never makes it late, so everything that was grabbed is composed.
     bool isLate(Nanoseconds deadline, Nanoseconds interval, Nanoseconds now)
     {
         if (deadline != deadline_) {
@@ -26,7 +26,7 @@ public:
     }
 
 private:
-    Nanoseconds deadline_{-1}; ///< the latest that was decided about
+    Nanoseconds deadline_{-1}; ///< the latest that was decided
     bool late_ = false;
 };
 

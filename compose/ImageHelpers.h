@@ -5,14 +5,14 @@
 
 #include <QImage>
 
-// The picture operations that frames and camera pictures are defined by, done plainly, one after the other. Compositor
-// and ColorMatrix do the same in one go and fast, and the tests hold them to these. Any thread.
+// The picture operations that define frames and camera pictures, as simple separate steps. Compositor and ColorMatrix
+// do the same fast and in one pass, and the tests compare them with these. Any thread.
 
 namespace lumavex {
 
-/// The picture's part inside the rectangle as a picture of the rectangle's size, edges rounded to whole pixels; what
-/// lies outside the picture is transparent and the inside part stays in its place. A null picture gives a null picture,
-/// and so does a rectangle without pixels.
+/// The part of the picture inside the rectangle, as a picture of the rectangle's size with edges rounded to whole
+/// pixels; outside the picture it is transparent, and the inner part keeps its position. A null picture and a rectangle
+/// without pixels give a null picture.
 QImage partOfImage(const QImage& picture, const CGRect& rect);
 
 /// A black canvas of the rectangle's size (rounded to whole pixels) with the picture drawn by the stepping fit; the
@@ -27,11 +27,12 @@ struct ColorControls {
     friend bool operator==(const ColorControls&, const ColorControls&) = default;
 };
 
-/// A new picture of the same size with the controls applied, which is the formula of ColorMatrix in floating point.
+/// Applies the controls to a new picture of the same size: the formula of ColorMatrix in floating point.
 QImage imageColorControls(const QImage& picture, const ColorControls& controls);
 
-/// Drawable to pixel image and back. A drawable picture may carry a scale (device pixels per unit); a pixel image
-/// carries none: its size is its number of pixels. Pixels are shared, not copied, unless there is a scale to take off.
+/// Converts a drawable picture to a pixel image and back. A drawable picture may have a scale (device pixels per unit);
+/// a pixel image has none: its size is its number of pixels. Pixels are shared, not copied, unless a scale must be
+/// removed.
 QImage CGImageRefFromImage(const QImage& drawable);
 QImage imageFromCGImageRef(const QImage& pixels);
 

@@ -7,10 +7,10 @@
 
 namespace lumavex {
 
-/// Stands in front of its pixels, in the same allocation.
+/// Header in front of the pixels, in the same allocation.
 class alignas(64) PixelPool::Block {
 public:
-    std::shared_ptr<PixelPool> pool; ///< while in use
+    std::shared_ptr<PixelPool> pool; ///< set while in use
     std::size_t pixels = 0;
     std::uint64_t frame = 0;
 };
@@ -64,7 +64,7 @@ void PixelPool::setFrame(Block* block, std::uint64_t number)
 
 void PixelPool::release(Block* block)
 {
-    const std::shared_ptr<PixelPool> pool = std::move(block->pool); // outlives the lock
+    const std::shared_ptr<PixelPool> pool = std::move(block->pool); // keeps the pool alive until the lock is released
     const std::lock_guard lock(pool->mutex_);
     if (block->pixels == pool->pixels_)
         pool->idle_.push_back(block);

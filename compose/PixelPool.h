@@ -9,8 +9,8 @@
 
 namespace lumavex {
 
-/// Memory for frames of one size. Blocks go back to the pool when they are released, from any thread, also after the
-/// pool's owner has gone; a change of size lets the old ones go.
+/// Memory for frames of one size. Blocks return to the pool when they are released, from any thread, even after the
+/// pool's owner has gone; a change of size frees the old ones.
 class PixelPool : public std::enable_shared_from_this<PixelPool> {
 public:
     class Block;
@@ -20,16 +20,16 @@ public:
     PixelPool(const PixelPool&) = delete;
     PixelPool& operator=(const PixelPool&) = delete;
 
-    /// A block for so many pixels, the idle one with the youngest frame in it. Null when there is no memory. Release it
-    /// with `release`.
+    /// A block for this many pixels: the idle one that holds the newest frame, or a new one. Null when there is no
+    /// memory. Release it with `release`.
     Block* take(std::size_t pixels);
     static std::uint32_t* pixelsOf(Block* block);
-    /// The number of the frame that the block holds, which its user sets; 0 for none. Kept while the block is idle.
+    /// The number of the frame that the block holds, set by its user; 0 for none. Kept while the block is idle.
     static std::uint64_t frameOf(const Block* block);
     static void setFrame(Block* block, std::uint64_t number);
     static void release(Block* block);
 
-    /// Blocks that wait for their next use.
+    /// Number of blocks that are not in use.
     std::size_t idleBlocks() const;
 
 private:

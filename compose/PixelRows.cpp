@@ -9,9 +9,9 @@ namespace lumavex {
 
 namespace {
 
-static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "pixels are taken apart as little-endian words");
+static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "pixels are processed as little-endian words");
 
-// A pixel read as a word is, blue first, 0xAARRGGBB.
+// A pixel, blue first, reads as the word 0xAARRGGBB.
 std::uint32_t stored(std::uint32_t pixel, PixelStore store)
 {
     if (store.alpha == AlphaUse::Opaque)
@@ -19,7 +19,7 @@ std::uint32_t stored(std::uint32_t pixel, PixelStore store)
     return store.order == PixelOrder::AlphaFirst ? qbswap(pixel) : pixel;
 }
 
-/// The weighted sum of two pixels, two bytes at a time; weights add up to 2 to the power `shift`.
+/// The weighted sum of two pixels, two bytes at a time; the weights add up to 2 to the power `shift`.
 std::uint32_t weighted(std::uint32_t a, std::uint32_t b, std::uint32_t weightA, std::uint32_t weightB, int shift)
 {
     constexpr std::uint64_t lanes = 0x00FF00FF00FF00FFULL;
@@ -56,7 +56,7 @@ void scaleColumns(std::uint32_t* to, const std::uint32_t* row, const ColumnTaps&
     }
 }
 
-/// The four bytes of a pixel as four words of 16 bits.
+/// Extends the four bytes of a pixel to four 16-bit values.
 std::uint64_t widened(std::uint32_t pixel)
 {
     const std::uint64_t p = pixel;
@@ -110,7 +110,7 @@ void blend(std::uint32_t* to, const std::uint32_t* over, std::size_t pixels, Pix
     for (std::size_t i = 0; i < pixels; ++i) {
         const std::uint32_t rest = 255 - (over[i] >> alphaShift & 0xFF);
         if (rest == 255)
-            continue; // nothing drawn here
+            continue; // fully transparent
         // x / 255 rounded, as (x + 128 + (x + 128) / 256) / 256, which holds for all products of two bytes
         const std::uint64_t product = widened(to[i]) * rest + 0x0080008000800080ULL;
         const std::uint64_t quotient = (product + (product >> 8 & 0x00FF00FF00FF00FFULL)) >> 8;

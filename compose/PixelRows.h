@@ -4,60 +4,59 @@
 #include <cstddef>
 #include <cstdint>
 
-// The inner loops of drawing, one row at a time. Any thread. A pixel is four bytes; two variants of each loop give the
+// The inner loops of drawing, one row at a time. Any thread. A pixel is four bytes; both variants of each loop give the
 // same bytes.
 
 namespace lumavex {
 
-/// Where the four bytes of a pixel stand in memory.
+/// Order of a pixel's four bytes in memory.
 enum class PixelOrder {
     BlueFirst,  ///< blue, green, red, alpha: pictures on screen
     AlphaFirst, ///< alpha, red, green, blue: pixel buffers
 };
 
-/// What becomes of a pixel's alpha on its way.
+/// Treatment of a pixel's alpha.
 enum class AlphaUse {
-    Opaque, ///< the source's alpha byte holds nothing; the result's is 255
+    Opaque, ///< the source's alpha byte is undefined; the result's is 255
     Kept,
 };
 
-/// How source pixels, blue first, are written: in which order and with which alpha.
+/// Order and alpha of written pixels; the source pixels are blue first.
 struct PixelStore {
     PixelOrder order = PixelOrder::BlueFirst;
     AlphaUse alpha = AlphaUse::Opaque;
 };
 
-/// One column of a horizontal scaling: the weighted sum of the pixels `first` and `first` + 1, weights adding up to
+/// One column of a horizontal scaling: the weighted sum of the pixels `first` and `first` + 1, whose weights add up to
 /// 128.
 struct ColumnTaps {
     const std::int32_t* first = nullptr;
-    const std::uint16_t* weights = nullptr; ///< low byte: of the left pixel, high byte: of the right one
+    const std::uint16_t* weights = nullptr; ///< low byte: weight of the left pixel, high byte: of the right one
 };
 
 struct RowFunctions {
-    /// Copies pixels, blue first, as the store says.
+    /// Copies pixels, blue first, in the order and with the alpha of `store`.
     void (*copy)(std::uint32_t* to, const std::uint32_t* from, std::size_t pixels, PixelStore store);
-    /// Mixes two rows byte by byte, `lowerWeight` of 256 parts (1 to 255) being the lower's.
+    /// Mixes two rows byte by byte; `lowerWeight` of 256 parts (1 to 255) is the share of the lower one.
     void (*mix)(std::uint32_t* to, const std::uint32_t* upper, const std::uint32_t* lower, std::size_t pixels,
                 int lowerWeight);
     void (*scaleColumns)(std::uint32_t* to, const std::uint32_t* row, const ColumnTaps& taps, std::size_t pixels,
                          PixelStore store);
-    /// Adds a row to sums of 16 bits, four for each pixel.
+    /// Adds a row to 16-bit sums, four per pixel.
     void (*addToSums)(std::uint64_t* sums, const std::uint32_t* row, std::size_t pixels);
-    /// Adds a row to sums of its neighbouring pairs, `sumCount` of them.
+    /// Adds neighbouring pairs of a row to `sumCount` sums.
     void (*addPairsToSums)(std::uint64_t* sums, const std::uint32_t* row, std::size_t sumCount);
-    /// Adds up neighbouring pairs of sums in place, leaving `pixels` of them.
+    /// Adds neighbouring pairs of sums in place, which leaves `pixels` of them.
     void (*addPairs)(std::uint64_t* sums, std::size_t pixels);
     /// The same for neighbouring triples.
     void (*addTriples)(std::uint64_t* sums, std::size_t pixels);
-    /// Divides sums, rounding to the nearest, by a divisor up to 256 that has no prime factors but 2 and at most two
-    /// 3s.
+    /// Divides sums, rounded to nearest, by a divisor up to 256 whose only prime factors are 2 and at most two 3s.
     void (*divideSums)(std::uint32_t* to, const std::uint64_t* sums, std::size_t pixels, int divisor);
     /// Draws premultiplied pixels over those of `to`, which have the same order.
     void (*blend)(std::uint32_t* to, const std::uint32_t* over, std::size_t pixels, PixelOrder order);
 };
 
-/// The fastest variant that this processor has.
+/// The fastest variant for this processor.
 const RowFunctions& rowFunctions();
 /// The variant in plain C++.
 const RowFunctions& plainRowFunctions();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "compose/PixelRows.h"
 
-// Only the functions marked below may use the wider instructions, so that the program starts on every processor.
+// Only functions marked LUMAVEX_AVX2 may use AVX2, so that the program also starts on processors without it.
 #if defined(__x86_64__)
 
 #include <immintrin.h>
@@ -54,8 +54,8 @@ LUMAVEX_AVX2 void copy(std::uint32_t* to, const std::uint32_t* from, std::size_t
     plainRowFunctions().copy(to + i, from + i, pixels - i, store);
 }
 
-// The multiplying instruction takes one operand without and one with sign. The pixels get the sign, by subtracting 128,
-// because the weights need the full range; weights that add up to a power of two carry the 128 through unchanged.
+// The multiplication takes one unsigned and one signed operand. The pixels become signed, by subtracting 128, because
+// the weights need the full range; weights that add up to a power of two preserve the 128.
 
 LUMAVEX_AVX2 void mix(std::uint32_t* to, const std::uint32_t* upper, const std::uint32_t* lower, std::size_t pixels,
                       int lowerWeight)
@@ -98,7 +98,7 @@ LUMAVEX_AVX2 void scaleColumns(std::uint32_t* to, const std::uint32_t* row, cons
     std::size_t i = 0;
     for (; i + 8 <= pixels; i += 8) {
         const std::int32_t* first = taps.first + i;
-        // Lanes of 128 bits: pixels 0, 1 beside 4, 5, then 2, 3 beside 6, 7; packing puts them in order.
+        // 128-bit lanes: pixels 0, 1 beside 4, 5, then 2, 3 beside 6, 7; packing restores the order.
         __m256i a = _mm256_inserti128_si256(_mm256_castsi128_si256(pairs(row, first)), pairs(row, first + 4), 1);
         __m256i b = _mm256_inserti128_si256(_mm256_castsi128_si256(pairs(row, first + 2)), pairs(row, first + 6), 1);
         const __m256i weights =
@@ -159,7 +159,7 @@ void addTriples(std::uint64_t* sums, std::size_t pixels)
     plainRowFunctions().addTriples(sums, pixels);
 }
 
-/// Division of words of 16 bits: first by a power of two, then by 1, 3 or 9 as a multiplication.
+/// Division of 16-bit values: first by a power of two, then by 1, 3 or 9 as a multiplication.
 struct Divider {
     __m256i half;
     __m128i shift;

@@ -8,16 +8,17 @@
 
 namespace lumavex {
 
-/// Pictures of one size that go round: one that nobody else holds any more is painted anew. QImage's own count of its
-/// holders tells, so that handing one out takes no memory. One thread, on which they are also let go.
+/// Reusable pictures of one size: one without other owners is painted again. QImage's own reference count decides that,
+/// so passing a picture on allocates nothing. One thread, which also releases the pictures.
 class PreviewPool {
 public:
     struct Picture {
         QImage image;            ///< Format_RGB32
-        std::uint64_t frame = 0; ///< what its user says it holds; 0 for nothing
+        std::uint64_t frame = 0; ///< set by the user of the picture; 0 for nothing
     };
 
-    /// An idle picture, the one with the youngest frame in it. Null when there is no memory. Until the next call.
+    /// The idle picture that holds the newest frame, or a new one. Null when there is no memory. Valid until the next
+    /// call.
     Picture* take(const QSize& size)
     {
         if (!pictures_.empty() && pictures_.front().image.size() != size)

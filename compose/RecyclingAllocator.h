@@ -9,7 +9,7 @@
 
 namespace lumavex {
 
-/// Pieces of memory of one size that go round: the size asked for first. Any thread.
+/// Reuses allocations of one size: that of the first request. Any thread.
 class MemoryBin {
 public:
     MemoryBin() = default;
@@ -49,7 +49,7 @@ private:
     Idle* idle_ = nullptr;
 };
 
-/// For std::allocate_shared of what is made for every frame. The bin lives as long as anything made with it.
+/// For std::allocate_shared of objects that are made for every frame. The bin lives as long as any object made with it.
 template <class T>
 class RecyclingAllocator {
 public:

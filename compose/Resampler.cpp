@@ -9,7 +9,7 @@ namespace lumavex {
 
 namespace {
 
-/// What pixels are averaged over; 16 x 16 x 255 is the largest sum that 16 bits hold.
+/// Sides of the blocks that are averaged; 16 x 16 x 255 is the largest sum that fits in 16 bits.
 constexpr int blockSizes[] = {16, 12, 8, 6, 4, 3, 2, 1};
 
 const std::uint32_t* rowOf(const QImage& picture, int x, int y)
@@ -17,11 +17,11 @@ const std::uint32_t* rowOf(const QImage& picture, int x, int y)
     return reinterpret_cast<const std::uint32_t*>(picture.constScanLine(y)) + x;
 }
 
-/// How a length of source pixels is divided for a length of target pixels.
+/// Division of a length of source pixels among target pixels.
 struct Division {
-    double step;        ///< source pixels to a target pixel
+    double step;        ///< source pixels per target pixel
     int block;          ///< source pixels averaged to one
-    int blocksInSource; ///< the last one perhaps incomplete
+    int blocksInSource; ///< the last one may be incomplete
 
     Division(int sourceLength, int targetLength)
         : step(double(sourceLength) / targetLength),
@@ -29,7 +29,7 @@ struct Division {
           blocksInSource((sourceLength + block - 1) / block)
     {
     }
-    /// Where a target pixel's middle lies, in blocks, 0 being the middle of the source's first.
+    /// Position of a target pixel's centre, in blocks; 0 is the centre of the source's first block.
     double centre(int pixel) const { return std::clamp((pixel + 0.5) * step / block - 0.5, 0.0, blocksInSource - 1.0); }
 };
 
@@ -38,7 +38,7 @@ struct Span {
     int count;
 };
 
-/// The pixels of one axis that reached() is about. A pixel mixes the block before its middle and the one behind.
+/// reached() for one axis. A pixel mixes the block before its centre and the one after it.
 Span reachedAlong(Span source, Span target, Span part)
 {
     const int first = std::max(part.first - source.first, 0);
@@ -50,7 +50,7 @@ Span reachedAlong(Span source, Span target, Span part)
     const Division division(source.count, target.count);
     const int firstBlock = first / division.block;
     const int lastBlock = last / division.block;
-    // One more on either side for what rounding may do.
+    // One more on either side for rounding.
     const double perBlock = division.block / division.step;
     const int begin = firstBlock <= 1 ? 0 : int(std::floor((firstBlock - 0.5) * perBlock - 0.5)) - 1;
     const int end = lastBlock >= division.blocksInSource - 2 ? target.count
@@ -64,7 +64,7 @@ Span reachedAlong(Span source, Span target, Span part)
 void Resampler::Axis::prepare(int sourceStart, int sourceLength, int targetStart, int targetLength, int clipStart,
                               int clipLength)
 {
-    // Blocks begin at the source's edge, so that what is drawn does not depend on the clip.
+    // Blocks begin at the source's edge, so that the result does not depend on the clip.
     const Division division(sourceLength, targetLength);
     const auto centre = [&](int pixel) { return division.centre(pixel - targetStart); };
     const int blocksInSource = division.blocksInSource;
@@ -94,7 +94,7 @@ void Resampler::prepareTaps()
     }
 }
 
-/// A row of blocks, from the start of the columns needed.
+/// A row of blocks, from the first column needed.
 const std::uint32_t* Resampler::sourceRow(const QImage& picture, int block)
 {
     if (rows_.block == 1 && columns_.block == 1)
@@ -135,7 +135,7 @@ const std::uint32_t* Resampler::sourceRow(const QImage& picture, int block)
 
 QRect Resampler::reached(const QRect& source, const QRect& target, const QRect& part)
 {
-    // At equal size, and only when both sides are, pixels are copied.
+    // Pixels are copied only when both sides are equal.
     const Span columns =
         reachedAlong({source.x(), source.width()}, {target.x(), target.width()}, {part.x(), part.width()});
     const Span rows =
@@ -173,7 +173,7 @@ void Resampler::draw(const QImage& picture, const QRect& source, const QRect& ta
             rows.mix(mixed_.data(), upperRow, sourceRow(picture, upper + 1), count, lowerWeight);
             row = mixed_.data();
         }
-        if (count == 1) { // the taps always take two pixels
+        if (count == 1) { // the taps always read two pixels
             mixed_[0] = mixed_[1] = row[0];
             row = mixed_.data();
         }

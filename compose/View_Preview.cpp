@@ -18,7 +18,7 @@ void View_Preview::setPicture(const QImage& picture, const std::optional<Changed
         update();
         return;
     }
-    // The view may lie on the captured screen: what is drawn there is captured again.
+    // The view may be on the captured screen, where everything that is drawn is captured again.
     const qreal scale = devicePixelRatioF();
     for (const QRect& part : *changed)
         update(QRectF(part.x() / scale, part.y() / scale, part.width() / scale, part.height() / scale).toAlignedRect());

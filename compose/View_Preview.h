@@ -18,13 +18,13 @@ class View_Preview : public QWidget {
 public:
     explicit View_Preview(QWidget* parent = nullptr);
 
-    /// The picture to show from now on, as large as pixelSize() to be shown pixel for pixel; one of another size (the
-    /// view was resized meanwhile) is stretched. A null picture shows black. `changed` is where it differs from the one
-    /// shown before; nothing: unknown.
+    /// Sets the picture to show, of the size pixelSize() for a pixel-for-pixel display; a picture of another size (the
+    /// view was resized meanwhile) is stretched. A null picture shows black. `changed` is the area in which it differs
+    /// from the previous one; std::nullopt: unknown.
     void setPicture(const QImage& picture, const std::optional<ChangedArea>& changed);
     /// The view's size in device pixels.
     QSize pixelSize() const;
-    /// The size of the picture that is shown; empty for none.
+    /// The size of the current picture; empty for none.
     QSize pictureSize() const { return picture_.size(); }
 
     QSize sizeHint() const override { return {200, 112}; }

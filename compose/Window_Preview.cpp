@@ -15,15 +15,16 @@ namespace lumavex {
 
 namespace {
 
-/// No button to maximise, as the shape is the frame's, and none to minimise, as the window goes with the main window.
+/// No maximise button, since the shape is the frame's, and no minimise button, since the window follows the main
+/// window.
 constexpr Qt::WindowFlags frameFlags =
     Qt::Tool | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint;
 
-/// Room for a window's frame, which is not known before the window manager has drawn it.
+/// Space for a window's frame, whose size is unknown before the window manager has drawn it.
 constexpr int roomForFrame = 32;
 
-/// The first place of a window of the given size that lies inside the screen: below the main window, beside it,
-/// above it; else the screen's lower right corner.
+/// The first position for a window of this size that is inside the screen: below the main window, beside it, above it;
+/// else the screen's lower right corner.
 QRect placeBeside(const QRect& main, const QSize& size, const QRect& screen)
 {
     const QPoint places[] = {
@@ -97,14 +98,14 @@ QPoint Window_Preview::lowerLeft() const
 bool Window_Preview::eventFilter(QObject* watched, QEvent* event)
 {
     const QWidget* main = mainWindow_;
-    // Before it is shown the main window is only being placed.
+    // Before it is shown, the main window is only being positioned.
     if (!main || watched != main || !main->isVisible() || main->isMinimized())
         return QWidget::eventFilter(watched, event);
     if (event->type() == QEvent::Move) {
         const auto* moved = static_cast<QMoveEvent*>(event);
         move(pos() + moved->pos() - moved->oldPos());
     } else if (event->type() == QEvent::Resize) {
-        // What stands below a main window that grows for a message must not cover the message.
+        // A window below a main window that grows for a message must not cover the message.
         const auto* resized = static_cast<QResizeEvent*>(event);
         if (geometry().top() >= main->geometry().top() + resized->oldSize().height())
             move(pos() + QPoint(0, resized->size().height() - resized->oldSize().height()));
@@ -127,8 +128,8 @@ void Window_Preview::keyPressEvent(QKeyEvent* event)
         QWidget::keyPressEvent(event);
 }
 
-/// The height is not the user's to choose, so it is fixed, at what the ratio gives for the width: the window manager
-/// then offers no other, and setting it here again changes nothing once it is right.
+/// The height is not the user's choice, so it is fixed to the width divided by the ratio: the window manager then
+/// offers no other, and setting it here again has no effect once it is right.
 void Window_Preview::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);

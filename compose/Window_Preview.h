@@ -16,16 +16,15 @@ class Window_Preview;
 
 namespace lumavex {
 
-/// The small window above the main window that shows the frame live. Its width is the user's, its height follows the
-/// output's shape. Opens iw_minimum wide. Moves with the main window, and
-/// keeps below one that grows or shrinks. Created and destroyed by the application
-/// delegate; sizes are those of the area inside the window frame.
+/// The small window beside the main window that shows the frame live. The user chooses its width; its height follows
+/// the output's shape. Opens iw_minimum wide. Moves with the main window, and stays below one that grows or shrinks.
+/// Created and destroyed by the application delegate; sizes are those of the area inside the window frame.
 class Window_Preview : public QWidget {
     Q_OBJECT
 public:
-    /// `mainWindow` may be null; else it owns the window, too. `fwVideoOutputRatio` is read again at every resize and
-    /// must outlive the window. `lowerLeft` is where an earlier preview window stood, see lowerLeft(); nothing: beside
-    /// the main window.
+    /// `mainWindow` may be null; otherwise it owns this window, too. `fwVideoOutputRatio` is read again at every resize
+    /// and must outlive the window. `lowerLeft` is the corner of an earlier preview window, see lowerLeft();
+    /// std::nullopt: beside the main window.
     Window_Preview(QWidget* mainWindow, const float& fwVideoOutputRatio, std::optional<QPoint> lowerLeft = {});
     ~Window_Preview() override;
 
@@ -34,11 +33,11 @@ public:
     float iw_minimum = 200; ///< smallest width in window units
     float ih_minimum = 0;   ///< 200 / fwVideoOutputRatio when the window was loaded: its first height
 
-    /// The size the window takes when the user asks for `proposed`: at least iw_minimum wide, as high as the ratio
-    /// says.
+    /// The size of the window when the user requests `proposed`: at least iw_minimum wide; the ratio determines the
+    /// height.
     CGSize windowWillResize_toSize(const CGSize& proposed) const;
 
-    /// The corner that a next preview window can keep, in desktop units downward from the screen's top left corner.
+    /// The corner for the next preview window, in desktop units downward from the screen's top left corner.
     QPoint lowerLeft() const;
 
 Q_SIGNALS:

@@ -5,7 +5,7 @@
 #include "media/sound/GstSoundRecorder.h"
 
 extern "C" {
-// The one name that leaves the library (kMediaBackendsSymbol).
+// The only symbol that the library exports (kMediaBackendsSymbol).
 Q_DECL_EXPORT extern const lumavex::MediaBackends lumavexMediaBackends;
 }
 

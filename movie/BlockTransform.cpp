@@ -7,12 +7,12 @@ namespace lumavex {
 
 namespace {
 
-// The transform's results are eight times too large.
+// The transform scales its results by eight.
 constexpr unsigned int kScale = 8;
-// Of a coefficient, so scaled, of samples that are 128 from the middle at most; with what rounding may add.
+// Largest scaled coefficient of samples at most 128 from the middle, with a margin for rounding.
 constexpr unsigned int kLargest = kScale * 1024 + 8;
 
-// Whether the product with the reciprocal is the quotient for every coefficient there can be.
+// True when multiplying by the reciprocal gives the exact quotient for every possible coefficient.
 bool isExact(unsigned int divisor, unsigned int bias, unsigned int reciprocal)
 {
     for (unsigned int value = 0; value <= kLargest; ++value) {
@@ -32,7 +32,7 @@ Quantiser::Quantiser(const std::array<unsigned int, kBlockSize>& steps, Rounding
         bias[k] = static_cast<std::uint16_t>(rounding == Rounding::Nearest || k == 0 ? divisor / 2 : divisor * 7 / 16);
         reciprocal[k] = static_cast<std::uint16_t>(inverse);
         if (inverse == 0 || inverse > 0xFFFF || !isExact(divisor, bias[k], inverse))
-            throw std::invalid_argument("a quantisation step that cannot be divided by");
+            throw std::invalid_argument("unsupported quantisation step");
     }
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "movie/BlockTransform.h"
 
-// Only the functions marked below may use the wider instructions, so that the program starts on every processor.
+// Only functions marked LUMAVEX_AVX2 may use AVX2, so that the program also starts on processors without it.
 #if defined(__x86_64__)
 
 #include <immintrin.h>
@@ -13,11 +13,11 @@ namespace lumavex {
 
 namespace {
 
-/// Rows or columns of two blocks: the first block's in the lower halves of the registers, the second's in the upper.
-/// What is said below of one block goes for both.
+/// Rows or columns of two blocks: the first block in the lower halves of the registers, the second in the upper.
+/// Comments below that mention one block apply to both.
 using Lines = __m256i[8];
 
-/// How much two values count, in 8192ths.
+/// Weights of two values, in 8192ths.
 struct Weights {
     int first;
     int second;
@@ -28,7 +28,7 @@ LUMAVEX_AVX2_INLINE __m256i pairOf(Weights weights)
     return _mm256_set1_epi32(weights.second * 0x10000 + (weights.first & 0xFFFF));
 }
 
-// The columns of samples.
+// Loads the samples as columns, extended to 16 bits.
 LUMAVEX_AVX2_INLINE void loadColumns(const std::uint8_t* first, const std::uint8_t* second, std::ptrdiff_t stride,
                                      Lines& columns)
 {
@@ -79,7 +79,7 @@ LUMAVEX_AVX2_INLINE void transpose(Lines& lines)
 enum class Direction { Horizontal, Vertical };
 
 constexpr int kWeightBits = 13;
-// Kept after the first direction for the second.
+// Fractional bits kept between the two directions.
 constexpr int kFractionBits = 2;
 
 template <Direction direction>
@@ -92,7 +92,7 @@ LUMAVEX_AVX2_INLINE __m256i rounded(__m256i low, __m256i high)
                               _mm256_srai_epi32(_mm256_add_epi32(high, half), shift));
 }
 
-/// Values of two lines side by side.
+/// Interleaved values of two lines.
 struct Pairs {
     LUMAVEX_AVX2_INLINE Pairs(__m256i first, __m256i second)
         : low(_mm256_unpacklo_epi16(first, second)), high(_mm256_unpackhi_epi16(first, second))
@@ -118,8 +118,8 @@ LUMAVEX_AVX2_INLINE __m256i weighted(const Pairs& a, Weights ofA, const Pairs& b
                               _mm256_add_epi32(_mm256_madd_epi16(a.high, bothA), _mm256_madd_epi16(b.high, bothB)));
 }
 
-// Across the lines. The weights are those of the eleven multiplications, multiplied out: as integers that changes
-// nothing.
+// Transforms across the lines. The weights are those of the eleven multiplications, multiplied out, which gives the
+// same integers.
 template <Direction direction>
 LUMAVEX_AVX2_INLINE void transform(Lines& line)
 {
@@ -134,7 +134,7 @@ LUMAVEX_AVX2_INLINE void transform(Lines& line)
     const Pairs even23(_mm256_sub_epi16(sum0, sum3), _mm256_sub_epi16(sum1, sum2));
 
     if constexpr (direction == Direction::Horizontal) {
-        // Samples count from the middle of their range, which only the sum of all shows.
+        // Centres the samples about zero, which changes only the sum of all samples.
         const __m256i middle = _mm256_set1_epi16((8 * 128) << kFractionBits);
         line[0] = _mm256_sub_epi16(_mm256_slli_epi16(_mm256_add_epi16(even0, even1), kFractionBits), middle);
         line[4] = _mm256_slli_epi16(_mm256_sub_epi16(even0, even1), kFractionBits);
@@ -156,7 +156,7 @@ LUMAVEX_AVX2_INLINE __m256i loadRow(const std::array<std::uint16_t, kBlockSize>&
     return _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i*>(values.data() + 8 * row)));
 }
 
-// Rows become quotients; the result is the largest of their sizes, the mean's apart.
+// Replaces coefficients by quotients. Returns the largest magnitudes of the AC coefficients.
 LUMAVEX_AVX2_INLINE __m256i quantise(Lines& rows, const Quantiser& quantiser)
 {
     const __m256i noMean = _mm256_setr_epi16(0, -1, -1, -1, -1, -1, -1, -1, 0, -1, -1, -1, -1, -1, -1, -1);
@@ -171,7 +171,7 @@ LUMAVEX_AVX2_INLINE __m256i quantise(Lines& rows, const Quantiser& quantiser)
     return largest;
 }
 
-/// Which bytes of a quarter of the rows, if any, come to a quarter of the coding order.
+/// Moves bytes from one quarter of the rows to one quarter of the coding order; `any` is false when none moves.
 struct Shuffle {
     alignas(16) std::array<std::int8_t, 16> from{};
     bool any = false;
@@ -200,7 +200,7 @@ LUMAVEX_AVX2_INLINE void addShuffled(__m256i& sum, __m256i bytes)
     }
 }
 
-// Writes a quarter of both blocks' values. Which of them are zero: a bit each, the first block's below.
+// Writes a quarter of both blocks' values. Returns one bit per zero value, the first block's in the lower half.
 template <std::size_t quarter>
 LUMAVEX_AVX2_INLINE std::uint32_t storeQuarter(const __m256i (&bytes)[4], std::array<QuantisedBlock, 2>& blocks)
 {

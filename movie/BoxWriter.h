@@ -12,7 +12,7 @@ namespace lumavex {
 /// Serialises boxes of the ISO base media file format (ISO/IEC 14496-12, big-endian) into memory. A plain value.
 class BoxWriter {
 public:
-    /// A box from its construction to its destruction; the size is filled in at the end.
+    /// Writes a box from its construction to its destruction, which fills in the size.
     class Box {
     public:
         Box(BoxWriter& writer, std::string_view type);
@@ -30,10 +30,10 @@ public:
     void u16(std::uint32_t value);
     void u32(std::uint32_t value);
     void u64(std::uint64_t value);
-    void text(std::string_view text); ///< the characters alone: no length, no terminator
+    void text(std::string_view text); ///< only the characters: no length, no terminator
     void zeros(std::size_t count) { bytes_.insert(bytes_.end(), count, 0); }
 
-    /// Starts anew in the memory that there is.
+    /// Empties the writer and keeps its memory.
     void clear() { bytes_.clear(); }
 
     std::size_t size() const { return bytes_.size(); }

@@ -15,7 +15,7 @@ std::size_t sixteensIn(int width)
     return (static_cast<std::size_t>(width) + 15) / 16;
 }
 
-// The pixels from `first` on, the last of them repeated up to sixteen.
+// Copies the pixels from `first` on and repeats the last one up to sixteen.
 void copyRest(const std::uint8_t* row, std::size_t first, std::size_t width, std::uint8_t* rest)
 {
     std::memcpy(rest, row + first * kPixelBytes, (width - first) * kPixelBytes);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "movie/ColourPlanes.h"
 
-// Only the functions marked below may use the wider instructions, so that the program starts on every processor.
+// Only functions marked LUMAVEX_AVX2 may use AVX2, so that the program also starts on processors without it.
 #if defined(__x86_64__)
 
 #include <immintrin.h>
@@ -12,7 +12,7 @@ namespace lumavex {
 
 namespace {
 
-// In 32768ths; those of luma make one, those of a chroma none, so that greys stay greys.
+// In 32768ths. The luma weights add up to one and those of each chroma to zero, so that grey stays grey.
 struct Weights {
     int red;
     int green;
@@ -23,7 +23,7 @@ constexpr Weights kBlue = {-5529, -10855, 16384};
 constexpr Weights kRed = {16384, -13720, -2664};
 constexpr int kShift = 15;
 
-/// Eight pixels, or the sums of eight pairs: alpha and green, red and blue, as 16 bits side by side.
+/// Eight pixels, or the sums of eight pairs: alpha and green, red and blue, as interleaved 16-bit values.
 struct Eight {
     __m256i alphaGreen;
     __m256i redBlue;
@@ -54,11 +54,11 @@ LUMAVEX_AVX2 __m256i luma(const Eight& pixels)
     return _mm256_srai_epi32(_mm256_add_epi32(weighted(pixels, kLuma), half), kShift);
 }
 
-/// Of the sums of two rows, eight means of four pixels: 0, 1, 4, 5, 2, 3, 6, 7.
+/// Computes eight means of four pixels from the sums of two rows, in the order 0, 1, 4, 5, 2, 3, 6, 7.
 LUMAVEX_AVX2 __m256i chroma(const Eight& left, const Eight& right, const Weights& weights)
 {
     const __m256i sums = _mm256_hadd_epi32(weighted(left, weights), weighted(right, weights));
-    // Half a step less the least, or the purest colour would round up to 256.
+    // Half a step less the smallest unit, since the purest colour would otherwise round up to 256.
     const __m256i middle = _mm256_set1_epi32((128 << (kShift + 2)) + (1 << (kShift + 1)) - 1);
     return _mm256_srai_epi32(_mm256_add_epi32(sums, middle), kShift + 2);
 }
@@ -71,7 +71,7 @@ LUMAVEX_AVX2 void convert(const PixelRowPair& rows, std::size_t sixteens)
         const Eight lowerLeft = load(rows.lower + 64 * i);
         const Eight lowerRight = load(rows.lower + 64 * i + 32);
 
-        // Packing works on halves of the registers, and leaves fours of values out of order.
+        // Packing works on halves of the registers and leaves groups of four values out of order.
         const __m256i upper = _mm256_packs_epi32(luma(upperLeft), luma(upperRight));
         const __m256i lower = _mm256_packs_epi32(luma(lowerLeft), luma(lowerRight));
         const __m256i both =

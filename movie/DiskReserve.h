@@ -8,14 +8,14 @@
 
 namespace lumavex {
 
-/// Space held on a disk, so that what must still be written can be when another program has filled the disk meanwhile.
-/// It has no name and is given back with the object, or when the program is killed. Where the file system cannot hold
-/// space nothing is held. One thread at a time.
+/// Reserved disk space, so that essential data can still be written after another program has filled the disk. The
+/// reserve is a file without a name: it is freed with the object or when the program is killed. A file system that
+/// cannot allocate in advance reserves nothing. One thread at a time.
 class DiskReserve {
 public:
-    /// Holds so many bytes on the disk of the folder; nothing when that much is not free.
+    /// Reserves `bytes` on the disk of `folder`; nothing when that much is not free.
     void hold(const std::string& folder, std::int64_t bytes);
-    /// False when nothing was held.
+    /// Frees the reserve. False when nothing was reserved.
     bool giveBack();
 
 private:

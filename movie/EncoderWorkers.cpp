@@ -9,13 +9,13 @@ namespace lumavex {
 
 namespace {
 
-// Beyond this the pixel buffers that wait would take memory for no gain: eight cores encode 4K at 60 frames a second.
+// More workers would only let more pixel buffers wait: eight cores encode 4K at 60 frames a second.
 constexpr unsigned int kMostWorkers = 8;
-// Encoded frames are small; this many ride out a disk that stands still for a second or two.
+// Encoded frames are small; this many bridge a disk stall of a second or two.
 constexpr std::size_t kSlots = 64;
-// As many again wait to be written, and a frame may be of several strips.
+// As many again wait to be written, and a frame may consist of several strips.
 constexpr std::size_t kMostSpare = 3 * kSlots;
-// A picture that is larger, one of 4K say, is shared by the workers; joining strips costs a copy.
+// The workers share larger pictures, such as 4K; joining strips costs a copy.
 constexpr int kMostStripPixels = 4 << 20;
 
 unsigned int workerCount()
@@ -23,7 +23,7 @@ unsigned int workerCount()
     return std::clamp(std::thread::hardware_concurrency(), 1U, kMostWorkers);
 }
 
-// Of about the same size.
+// Splits a run into strips of similar height.
 void cutIntoStrips(MacroblockRows run, int mostRows, std::vector<JpegStrip>& strips)
 {
     for (int left = (run.count - 1) / mostRows + 1; left > 0; --left) {
@@ -128,7 +128,7 @@ EncoderWorkers::Slot* EncoderWorkers::nextToEncode()
 {
     if (discarded_)
         return nullptr;
-    // Repetitions are taken without a look from here, and their slots filled again.
+    // take() may already have removed repetitions and put() refilled their slots.
     for (claimed_ = std::max(claimed_, taken_); claimed_ < put_; ++claimed_) {
         Slot& slot = ring_[claimed_ % ring_.size()];
         if (slot.begun < slot.frame.strips.size())
@@ -197,10 +197,10 @@ void EncoderWorkers::observeReadiness(std::function<void()> becameReady)
 EncoderWorkers::Taken EncoderWorkers::take(Frame& frame, std::chrono::steady_clock::time_point deadline)
 {
     std::unique_lock lock(mutex_);
-    const auto somethingToTell = [this] {
+    const auto hasResult = [this] {
         return discarded_ || (taken_ < put_ ? ring_[taken_ % ring_.size()].unencoded == 0 : closed_);
     };
-    if (!toTake_.wait_until(lock, deadline, somethingToTell))
+    if (!toTake_.wait_until(lock, deadline, hasResult))
         return Taken::TimedOut;
     if (discarded_ || taken_ == put_)
         return Taken::NoMore;

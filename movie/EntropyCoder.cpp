@@ -6,7 +6,7 @@
 #include <cstring>
 #include <stdexcept>
 
-// Counting and shifting bits is most of the work, and takes half as many instructions where the processor has these.
+// Counting and shifting bits dominates the cost; with BMI it takes half as many instructions.
 #if defined(__x86_64__)
 #define LUMAVEX_BMI __attribute__((target("bmi,bmi2")))
 #define LUMAVEX_BMI_LAMBDA __attribute__((target("bmi,bmi2"), always_inline))
@@ -21,23 +21,23 @@ namespace lumavex {
 
 namespace {
 
-// What 64 bits leave behind 7 that are left over and two values.
+// The bits of 64 that remain after 7 pending bits and two values.
 constexpr std::uint32_t kLongestEnd = 64 - 7 - 2 * 23;
 
-// Of a value: how many bits it has, and which: F.1.2.1, negative values less one.
-unsigned int sizeOf(int value)
+// Magnitude category and its bits (ITU-T T.81 F.1.2.1).
+unsigned int magnitudeCategory(int value)
 {
     return static_cast<unsigned int>(std::bit_width(static_cast<unsigned int>(std::abs(value))));
 }
-std::uint32_t bitsOf(int value, unsigned int size)
+std::uint32_t magnitudeBits(int value, unsigned int category)
 {
-    return static_cast<std::uint32_t>(value < 0 ? value - 1 : value) & ((1U << size) - 1);
+    return static_cast<std::uint32_t>(value < 0 ? value - 1 : value) & ((1U << category) - 1);
 }
 
 BlockWords::Word withBits(BlockWords::Word word, int value)
 {
-    const unsigned int size = sizeOf(value);
-    return {word.bits() << size | bitsOf(value, size), word.length() + size};
+    const unsigned int category = magnitudeCategory(value);
+    return {word.bits() << category | magnitudeBits(value, category), word.length() + category};
 }
 
 std::array<BlockWords::Word, 256> wordsOf(const HuffmanCode& code)
@@ -57,16 +57,16 @@ std::array<BlockWords::Word, 256> wordsOf(const HuffmanCode& code)
 BlockWords::BlockWords(const ComponentCodes& codes) : symbols_(wordsOf(codes.frequencies))
 {
     if (endOfBlock().length() > kLongestEnd)
-        throw std::invalid_argument("a code in which blocks end with too many bits");
+        throw std::invalid_argument("the end-of-block code is too long");
     const auto means = wordsOf(codes.means);
     for (int difference = -kLargestDifference; difference <= kLargestDifference; ++difference)
         means_[static_cast<std::size_t>(difference + kLargestDifference)] =
-            withBits(means[sizeOf(difference)], difference);
+            withBits(means[magnitudeCategory(difference)], difference);
     for (std::size_t step = 1; step <= 16; ++step) {
         for (int value = -128; value <= 127; ++value) {
             if (value != 0)
                 values_[step << 8 | static_cast<std::uint8_t>(value)] =
-                    withBits(symbols_[(step - 1) << 4 | sizeOf(value)], value);
+                    withBits(symbols_[(step - 1) << 4 | magnitudeCategory(value)], value);
         }
     }
 }
@@ -86,7 +86,8 @@ LUMAVEX_BMI_INLINE void EntropyCoder::put(BlockWords::Word word)
     count_ += word.length();
 }
 
-// There must be a bit at least, so never twice in a row. Without a branch: how many bytes are full is chance.
+// Needs at least one bit, so it is never called twice in a row. Free of branches: the number of full bytes is
+// unpredictable.
 LUMAVEX_BMI_INLINE void EntropyCoder::flush()
 {
     std::uint64_t bytes = bits_ << (64 - count_);
@@ -105,8 +106,8 @@ void EntropyCoder::begin(std::uint8_t* to)
     count_ = 0;
 }
 
-// Between flushes lie no more than 64 bits: 7 left over, then a mean's 24 and a value's 23, or the 23 of each of two
-// values and the end of a block.
+// At most 64 bits collect between flushes: 7 pending, then 24 of a DC difference and 23 of an AC coefficient, or 23 for
+// each of two AC coefficients and the end of the block.
 LUMAVEX_BMI void EntropyCoder::write(const QuantisedBlock& block, const BlockWords& words, int& mean)
 {
     const int newMean = block.values[0];
@@ -116,7 +117,7 @@ LUMAVEX_BMI void EntropyCoder::write(const QuantisedBlock& block, const BlockWor
         writeWide(block, words);
         return;
     }
-    EntropyCoder local = *this; // whose address nothing takes, so that it lies in registers
+    EntropyCoder local = *this; // stays in registers, since nothing takes its address
     std::uint64_t left = block.nonZero & ~std::uint64_t{1};
     std::size_t previous = 0;
     const auto putNext = [&]() LUMAVEX_BMI_LAMBDA {
@@ -156,7 +157,7 @@ LUMAVEX_BMI void EntropyCoder::writeWide(const QuantisedBlock& block, const Bloc
             put(words.sixteenZeros());
         }
         flush();
-        put(withBits(words.symbol((step - 1) << 4 | sizeOf(value)), value));
+        put(withBits(words.symbol((step - 1) << 4 | magnitudeCategory(value)), value));
         step = 0;
     }
     if (step != 0) {
@@ -187,7 +188,8 @@ std::uint8_t* copyWithZeros(std::span<const std::uint8_t> segment, std::uint8_t*
     while (end - from >= 8) {
         std::uint64_t eight = 0;
         std::memcpy(&eight, from, sizeof eight);
-        // A byte of its complement is zero where, and only where, the lowest borrow sets the byte's top bit anew.
+        // True when no byte is 0xFF: a zero byte of the complement is where the subtraction newly sets the byte's top
+        // bit.
         if (((~eight - 0x0101010101010101U) & eight & 0x8080808080808080U) == 0) {
             std::memcpy(to, &eight, sizeof eight);
             from += 8;

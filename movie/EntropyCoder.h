@@ -11,12 +11,12 @@
 
 namespace lumavex {
 
-/// A kind of components' code words, ready to be written: each with the bits of the value that follow it.
+/// Code words of one kind of component, ready to be written: each includes the bits of the value that follow it.
 class BlockWords {
 public:
     explicit BlockWords(const ComponentCodes& codes);
 
-    /// Up to 24 bits.
+    /// A code word of up to 24 bits.
     class Word {
     public:
         constexpr Word() = default;
@@ -28,11 +28,11 @@ public:
         std::uint32_t word_ = 0;
     };
 
-    /// For a mean that is so much above the one before.
+    /// For a DC coefficient that exceeds the previous block's by `difference`.
     Word mean(int difference) const { return means_[static_cast<std::size_t>(difference + kLargestDifference)]; }
-    /// For a value `step` places behind the one before, 1 to 16. The value is the byte's as a signed number, not zero.
+    /// For an AC coefficient `step` places after the previous one, 1 to 16. `value` is a signed byte, not zero.
     Word value(std::size_t step, std::uint8_t value) const { return values_[step << 8 | value]; }
-    /// Without any value's bits: a symbol is a run of zeros, times 16, and how many bits its value has.
+    /// Without value bits. A symbol is the run of zeros, times 16, plus the magnitude category.
     Word symbol(std::size_t symbol) const { return symbols_[symbol]; }
     Word endOfBlock() const { return symbols_[0x00]; }
     Word sixteenZeros() const { return symbols_[0xF0]; }
@@ -45,23 +45,24 @@ private:
     std::array<Word, 256> symbols_{};
 };
 
-/// Writes blocks as the codes of an entropy-coded segment, ISO/IEC 10918-1, F.1.2. One thread at a time.
+/// Writes blocks as an entropy-coded segment (ISO/IEC 10918-1, F.1.2). One thread at a time.
 class EntropyCoder {
 public:
-    /// The most that a block can take, and what must be free behind the last.
+    /// The most bytes that one block takes, and the bytes that must be free behind the last block.
     static constexpr std::size_t kMostBlockBytes = 256;
     static constexpr std::size_t kSlack = 8;
 
-    /// Whether this processor has the instructions that the code is made of.
+    /// True when the processor has the instructions that this code uses.
     static bool isUsable();
 
-    /// Begins a segment.
+    /// Begins a segment at `to`.
     void begin(std::uint8_t* to);
-    /// `mean` is the mean of the component's block before, 0 in front of the first, and becomes this block's.
+    /// `mean` is the DC coefficient of the component's previous block (0 before the first) and is set to this block's.
     void write(const QuantisedBlock& block, const BlockWords& words, int& mean);
-    /// A block that fills up a macroblock beyond the picture's edge: as even as the block before.
+    /// Writes a block that fills a macroblock beyond the picture's edge: the previous DC coefficient, no AC
+    /// coefficients.
     void writeFiller(const BlockWords& words);
-    /// Fills the last byte. The segment's bytes, still without a zero behind each 0xFF.
+    /// Fills the last byte. Returns the segment's bytes, without a zero after each 0xFF (see copyWithZeros()).
     std::span<const std::uint8_t> end();
 
 private:
@@ -69,13 +70,13 @@ private:
     void flush();
     void writeWide(const QuantisedBlock& block, const BlockWords& words);
 
-    std::uint64_t bits_ = 0; ///< the last `count_` are still to be written
+    std::uint64_t bits_ = 0; ///< the lowest `count_` bits are not yet written
     unsigned int count_ = 0;
     std::uint8_t* begin_ = nullptr;
     std::uint8_t* to_ = nullptr;
 };
 
-/// Copies a segment with a zero behind each 0xFF; returns the end. There must be room for twice its size.
+/// Copies a segment and adds a zero after each 0xFF. Returns the end. There must be room for twice its size.
 std::uint8_t* copyWithZeros(std::span<const std::uint8_t> segment, std::uint8_t* to);
 
 } // namespace lumavex

@@ -28,7 +28,7 @@ std::error_code FragmentQueue::add(std::int64_t start, std::unique_ptr<JpegRows>
         pictures_.push_back(std::move(jpeg));
     }
     samples_.push_back({start, pictures_.size() - 1});
-    // Less than the second of kLongestWait, so that a steady recording never comes to guess.
+    // Less than kLongestWait (one second), so that a steady recording never has to guess a duration.
     const std::int64_t fragmentTicks = timescale_ * 3 / 4;
     if (samples_.size() > 1 && (start - samples_.front().start >= fragmentTicks || pictureBytes_ >= kMostBytes)) {
         const auto error = write(samples_.size() - 1, start);
@@ -67,7 +67,7 @@ std::error_code FragmentQueue::write(std::size_t count, std::int64_t end)
     return error;
 }
 
-// The newest picture stays, even if written: the next frame may repeat it.
+// Keeps the newest picture even if it is written: the next frame may repeat it.
 void FragmentQueue::forgetWritten(std::size_t count)
 {
     const std::size_t kept = count < samples_.size() ? samples_[count].picture : pictures_.size() - 1;

@@ -11,9 +11,9 @@ namespace lumavex {
 
 namespace {
 
-constexpr std::int64_t kLargestMoof = 64 << 20; // far beyond what is ever written
+constexpr std::int64_t kLargestMoof = 64 << 20; // far more than is ever written
 
-/// Takes big-endian numbers off the front of bytes; past the end it yields zeros and is no longer good.
+/// Reads big-endian numbers from the front of bytes. Past the end it returns zeros, and good() is false.
 class BoxReader {
 public:
     explicit BoxReader(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
@@ -73,7 +73,7 @@ std::optional<BoxHeader> readHeader(const FileDescriptor& file, std::int64_t off
     return header;
 }
 
-// Where in the head of any movie the facts of its track stand, found in one made for the purpose.
+// Offset of a track property in the head of any movie, found by comparing two heads that differ only in this property.
 template <typename Change>
 std::size_t firstDifference(Change change)
 {
@@ -84,7 +84,7 @@ std::size_t firstDifference(Change change)
     return static_cast<std::size_t>(std::mismatch(plain.begin(), plain.end(), changed.begin()).first - plain.begin());
 }
 
-// The head is compared as a whole with the one its facts would give, so that nothing foreign is ever touched.
+// Compares the whole head with the one that its properties produce, so that no foreign file is ever changed.
 std::optional<MovieTrack> readHead(const FileDescriptor& file, std::size_t& headSize)
 {
     const GrowingHead plain = growingHead({});
@@ -117,13 +117,13 @@ bool isFinished(const FileDescriptor& file)
     return moov && moov->type() == "moov";
 }
 
-/// Where a fragment lies in the file, moof and mdat together.
+/// Extent of a fragment in the file, moof and mdat together.
 struct Extent {
     std::int64_t start = 0;
     std::int64_t end = 0;
 };
 
-// One trun.
+// Reads one trun.
 bool readRun(BoxReader& reader, const Extent& extent, std::int64_t& start, std::vector<MovieSample>& samples)
 {
     reader.skip(4); // version and flags
@@ -141,7 +141,7 @@ bool readRun(BoxReader& reader, const Extent& extent, std::int64_t& start, std::
     return reader.good();
 }
 
-// Takes the samples over only when all of the moof is as it should be.
+// Appends the samples to the table only when the whole moof is valid.
 bool readFragment(std::span<const std::uint8_t> moof, const Extent& extent, SampleTable& table)
 {
     BoxReader reader(moof);

@@ -9,19 +9,19 @@
 namespace lumavex {
 
 enum class MovieKind {
-    Growing,  ///< begins as HybridMp4File begins one, and was never finished
+    Growing,  ///< begins like a file of HybridMp4File and was never finished
     Finished, ///< an ordinary file that HybridMp4File finished
     Foreign,  ///< anything else
 };
 
 struct GrowingMovie {
     MovieKind kind = MovieKind::Foreign;
-    MovieTrack track;          ///< this and the rest of a growing movie alone
-    SampleTable table;         ///< of the fragments that are wholly in the file
-    std::int64_t mediaEnd = 0; ///< where the last of them ends, bytes
+    MovieTrack track;          ///< this and the members below: only for a growing movie
+    SampleTable table;         ///< samples of the complete fragments
+    std::int64_t mediaEnd = 0; ///< end of the last complete fragment, bytes
 };
 
-/// Reads what HybridMp4File wrote. A file that differs in its first bytes is foreign; behind them reading ends at the
+/// Reads a file that HybridMp4File wrote. A file with a different head is foreign; after the head, reading ends at the
 /// first box that is not a complete fragment.
 GrowingMovie readGrowingMovie(const FileDescriptor& file);
 

@@ -15,14 +15,14 @@ namespace {
 constexpr std::string_view kHidden = "free";
 constexpr std::size_t kNameOffset = 4;
 constexpr std::size_t kNameSize = 4;
-/// Some seconds of frames and the tables of hours.
+/// Enough for some seconds of frames and the sample tables of hours.
 constexpr std::int64_t kReserveBytes = std::int64_t{32} << 20;
 
 } // namespace
 
 std::error_code HybridMp4File::create(const std::string& path, const MovieTrack& track)
 {
-    // Removed rather than emptied: an old file would keep its mode, and a link would lead elsewhere.
+    // Removes an old file instead of emptying it: the file would keep its mode, and a link would lead elsewhere.
     if (::unlink(path.c_str()) != 0 && errno != ENOENT)
         return {errno, std::generic_category()};
     file_ = FileDescriptor(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
@@ -33,7 +33,7 @@ std::error_code HybridMp4File::create(const std::string& path, const MovieTrack&
     const GrowingHead head = growingHead(track);
     durationOffset_ = static_cast<std::int64_t>(head.durationOffset);
     if (const auto error = file_.writeAll(head.bytes, 0)) {
-        ::unlink(path.c_str()); // nothing of use is in it
+        ::unlink(path.c_str()); // it contains nothing of use
         return error;
     }
     size_ = static_cast<std::int64_t>(head.bytes.size());
@@ -76,8 +76,8 @@ std::error_code HybridMp4File::tryAppend(std::span<const std::uint8_t> name,
     if (!error)
         error = file_.writeAll(name, start + static_cast<std::int64_t>(kNameOffset));
     if (error) {
-        // Gives the space back, which on a full disk is what the complete moov can still go into. Should even this
-        // fail, the rest is a free box and harmless.
+        // Frees the space, which the complete moov needs on a full disk. If even this fails, the rest is a free box and
+        // harmless.
         static_cast<void>(file_.truncate(start));
         return error;
     }
@@ -85,7 +85,7 @@ std::error_code HybridMp4File::tryAppend(std::span<const std::uint8_t> name,
     return {};
 }
 
-// Without it some players take a file that was never finished for one of a second's length.
+// Without the duration some players show a file that was never finished as one second long.
 std::error_code HybridMp4File::updateDuration()
 {
     boxes_.clear();
@@ -127,7 +127,7 @@ std::error_code HybridMp4File::finish(std::int64_t end)
     writeCompleteMoov(boxes_, track_, table_);
     if (const auto error = appendSealed({}))
         return error;
-    // The disk must hold the moov before anything points to it.
+    // The moov must be on the disk before anything points to it.
     if (const auto error = file_.flushToDisk())
         return error;
     if (const auto error = file_.writeAll(head, 0))

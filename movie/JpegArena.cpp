@@ -11,7 +11,7 @@ namespace lumavex {
 
 namespace {
 
-constexpr std::size_t kAlignment = 64; // of the widest vector instructions
+constexpr std::size_t kAlignment = 64; // for the widest vector instructions
 constexpr std::size_t kLeastBlock = 64 * 1024;
 
 std::size_t roundUp(std::size_t size)
@@ -38,7 +38,7 @@ void JpegArena::serve(jpeg_compress_struct& compress)
     memory.free_pool = freePool;
 }
 
-void* JpegArena::take(std::size_t size)
+void* JpegArena::acquire(std::size_t size)
 {
     size = roundUp(size);
     for (; current_ < blocks_.size(); ++current_) {
@@ -58,7 +58,7 @@ void* JpegArena::take(std::size_t size)
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
-    return take(size);
+    return acquire(size);
 }
 
 void* JpegArena::allocate(j_common_ptr common, int pool, std::size_t size)
@@ -66,13 +66,13 @@ void* JpegArena::allocate(j_common_ptr common, int pool, std::size_t size)
     JpegArena& self = arenaOf(common);
     if (pool != JPOOL_IMAGE)
         return self.allocateAnew_(common, pool, size);
-    void* const memory = self.take(size);
+    void* const memory = self.acquire(size);
     if (!memory)
         ERREXIT1(common, JERR_OUT_OF_MEMORY, 0);
     return memory;
 }
 
-// The library's vector code reads and writes rows in whole vectors, past their ends.
+// The library's vector code reads and writes whole vectors, past the ends of rows.
 JSAMPARRAY JpegArena::allocateSamples(j_common_ptr common, int pool, JDIMENSION perRow, JDIMENSION rows)
 {
     if (pool != JPOOL_IMAGE)

@@ -11,15 +11,15 @@
 
 namespace lumavex {
 
-/// The memory that the JPEG library takes for one picture, kept for the next: the library itself asks the system anew
-/// each time. What it keeps for all pictures stays its own business. One thread at a time.
+/// Keeps the memory that the JPEG library needs for one picture for the next; the library would allocate it anew each
+/// time. The library manages memory that serves all pictures itself. One thread at a time.
 class JpegArena {
 public:
     JpegArena() = default;
     JpegArena(const JpegArena&) = delete;
     JpegArena& operator=(const JpegArena&) = delete;
 
-    /// Serves a compressor whose client_data points to this object. To be called once, right after its creation.
+    /// Serves a compressor whose client_data points to this object. Call it once, right after creating the compressor.
     void serve(jpeg_compress_struct& compress);
 
 protected:
@@ -30,15 +30,15 @@ private:
     static JSAMPARRAY allocateSamples(j_common_ptr common, int pool, JDIMENSION perRow, JDIMENSION rows);
     static void freePool(j_common_ptr common, int pool);
 
-    void* take(std::size_t size); ///< null when there is no memory
+    void* acquire(std::size_t size); ///< null when there is no memory
 
-    /// How the library allocates and frees by itself.
+    /// The library's own functions.
     decltype(jpeg_memory_mgr::alloc_small) allocateAnew_ = nullptr;
     decltype(jpeg_memory_mgr::alloc_sarray) allocateSamplesAnew_ = nullptr;
     decltype(jpeg_memory_mgr::free_pool) freePoolForGood_ = nullptr;
 
-    std::vector<JpegBuffer> blocks_; ///< their sizes say how much is taken
-    std::size_t current_ = 0;        ///< the block that is being given out
+    std::vector<JpegBuffer> blocks_; ///< the size of each is the part in use
+    std::size_t current_ = 0;        ///< the block that allocations come from
 };
 
 } // namespace lumavex

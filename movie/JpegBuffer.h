@@ -10,8 +10,8 @@
 
 namespace lumavex {
 
-/// Bytes that grow without being initialised, and that are used again for the next picture. Memory that cannot be had
-/// is told by a result, not by an exception, since it grows inside a C library.
+/// Bytes that grow without being initialised and are reused for the next picture. Lack of memory is reported by a
+/// result, not by an exception, since the buffer grows inside a C library.
 class JpegBuffer {
 public:
     std::uint8_t* data() { return bytes_.get(); }
@@ -19,7 +19,7 @@ public:
     std::span<const std::uint8_t> bytes() const { return {bytes_.get(), size_}; }
 
     void setSize(std::size_t size) { size_ = size; }
-    /// Keeps the content. False, and unchanged, when there is no memory.
+    /// Keeps the content. False, with the buffer unchanged, when there is no memory.
     bool grow(std::size_t capacity)
     {
         if (capacity <= capacity_)
@@ -32,7 +32,7 @@ public:
         capacity_ = capacity;
         return true;
     }
-    /// The same, and some more for what comes next.
+    /// Like grow(), but with a reserve for further growth.
     bool makeRoom(std::size_t capacity) { return capacity <= capacity_ || grow(std::max(capacity, 2 * capacity_)); }
 
 private:

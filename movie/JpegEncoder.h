@@ -13,31 +13,31 @@ namespace lumavex {
 
 class JpegRowCoder;
 
-/// Encodes pictures as JFIF: full range, 4:2:0, one restart marker per row of macroblocks. Every picture of one size
-/// uses the same tables (JpegTables.h) and no smoothing, so that rows of macroblocks can be exchanged between pictures.
-/// Once it has encoded a picture it takes no more memory for others of that size. One thread at a time.
+/// Encodes pictures as JFIF: full range, 4:2:0, one restart marker per row of macroblocks. All pictures of one size use
+/// the same tables (JpegTables.h) and no smoothing, so that rows of macroblocks can be exchanged between pictures.
+/// After the first picture of a size it allocates no more memory. One thread at a time.
 ///
-/// Where the processor allows it the rows are ours (JpegRowCoder.h) and the library writes the headers alone, once for
-/// each size; elsewhere everything is the library's.
+/// When the processor has the instructions, JpegRowCoder codes the rows and the library writes only the headers, once
+/// for each size; otherwise the library does everything.
 class JpegEncoder {
 public:
-    /// The library knows but one way of rounding.
+    /// `rounding` applies to JpegRowCoder only; the library always rounds to nearest.
     explicit JpegEncoder(Rounding rounding = Rounding::Sparing);
     ~JpegEncoder();
     JpegEncoder(const JpegEncoder&) = delete;
     JpegEncoder& operator=(const JpegEncoder&) = delete;
 
-    /// Encodes some rows of the picture, to the byte as they are in the whole picture. Alpha is ignored. False when
-    /// there is no memory; `jpeg` holds nothing of use then.
+    /// Encodes some rows of the picture, byte-identical to the same rows of the whole picture. Ignores alpha. False
+    /// when there is no memory; the content of `jpeg` is undefined then.
     bool encode(const CVPixelBuffer& pixels, MacroblockRows rows, JpegRows& jpeg);
 
 private:
     bool prepare(const CVPixelBuffer& pixels);
 
     LibraryJpegEncoder library_;
-    std::unique_ptr<JpegRowCoder> coder_; ///< null where the processor lacks the instructions
+    std::unique_ptr<JpegRowCoder> coder_; ///< null when the processor lacks the instructions
     JpegBuffer headers_;
-    int width_ = 0; ///< of the pictures that the headers and the coder are for
+    int width_ = 0; ///< size of the pictures that the headers and the coder are prepared for
     int height_ = 0;
 };
 

@@ -20,7 +20,7 @@ constexpr std::int64_t kSecondsFrom1904To1970 = 2082844800;
 
 int pixelsOf(double side)
 {
-    return side >= 1 && side <= kLargestJpegSide ? static_cast<int>(side) : 0; // not a number gives 0
+    return side >= 1 && side <= kLargestJpegSide ? static_cast<int>(side) : 0; // NaN gives 0
 }
 
 class JpegMovieWriter final : public MovieWriter, private MovieInput, private PixelBufferAdaptor {
@@ -52,12 +52,12 @@ private:
     std::optional<std::int64_t> acceptedStart(CMTime time) const;
     void accept(std::int64_t start, CMTime time);
 
-    // The file thread.
+    // File thread.
     void writeFrames();
     void writeFrame(EncoderWorkers::Frame& frame);
     bool isWhole(const JpegStrip& strip) const { return strip.rows == allMacroblockRows(height_); }
     std::unique_ptr<JpegRows> pictureOf(EncoderWorkers::Frame& frame);
-    void note(std::error_code error);
+    void record(std::error_code error);
     void fail(const QString& error);
     Result finish();
 
@@ -69,18 +69,18 @@ private:
 
     // Main thread.
     State state_ = State::Idle;
-    MovieWriterStatistics counts_;          ///< without what the queue and the file tell
-    CMTime firstTime_;                      ///< of the first frame, as handed over
-    std::optional<std::int64_t> lastStart_; ///< of the newest frame, ticks from the first one
+    MovieWriterStatistics counts_;          ///< without the figures of the queue and the file
+    CMTime firstTime_;                      ///< time of the first frame, as passed
+    std::optional<std::int64_t> lastStart_; ///< start of the newest frame, ticks from the first one
     std::vector<MacroblockRows> changedRuns_;
 
-    // The file thread, from startWriting on.
+    // File thread, from startWriting() on.
     HybridMp4File file_;
     FragmentQueue fragments_{file_, [this](std::unique_ptr<JpegRows> jpeg) { frames_.giveBack(std::move(jpeg)); },
                              timescale_, timescale_ / nominalRate_};
 
-    // Set before the queue is closed, read by the file thread after.
-    std::int64_t end_ = 0; ///< of the last frame, ticks from the first one
+    // Set before the queue is closed, read by the file thread afterwards.
+    std::int64_t end_ = 0; ///< end of the last frame, ticks from the first one
     std::function<void(const Result&)> finished_;
 
     mutable std::mutex errorMutex_;
@@ -122,14 +122,14 @@ QString JpegMovieWriter::error() const
     return error_;
 }
 
-// Ticks from the first frame, which is the file's own zero. Subtracted before it is rounded: a frame's length is exact
-// although the first time may be no whole number of ticks.
+// Ticks from the first frame, which is time zero of the file. Subtracts before rounding: a frame's duration is exact
+// although the first time may not be a whole number of ticks.
 std::int64_t JpegMovieWriter::startOf(CMTime time) const
 {
     return lastStart_ ? CMTimeConvertScale(CMTimeSubtract(time, firstTime_), timescale_) : 0;
 }
 
-// Where a frame of that time starts, if it may be appended now.
+// Start of a frame of this time; std::nullopt if it must not be appended now.
 std::optional<std::int64_t> JpegMovieWriter::acceptedStart(CMTime time) const
 {
     if (state_ != State::Writing || !(time.flags & kCMTimeFlags_Valid) || !error().isEmpty())
@@ -225,7 +225,7 @@ void JpegMovieWriter::writeFrames()
             writeFrame(frame);
             break;
         case EncoderWorkers::Taken::TimedOut:
-            note(fragments_.writeAll());
+            record(fragments_.writeAll());
             break;
         case EncoderWorkers::Taken::NoMore:
             if (finished_)
@@ -238,7 +238,7 @@ void JpegMovieWriter::writeFrames()
 void JpegMovieWriter::writeFrame(EncoderWorkers::Frame& frame)
 {
     std::unique_ptr<JpegRows> picture;
-    // Nothing may follow a frame that is missing, least of all one that shares rows with it.
+    // Nothing may follow a missing frame, least of all a frame that shares rows with it.
     if (error().isEmpty() && !frame.strips.empty()) {
         picture = pictureOf(frame);
         if (!picture)
@@ -247,7 +247,7 @@ void JpegMovieWriter::writeFrame(EncoderWorkers::Frame& frame)
     for (JpegStrip& strip : frame.strips)
         frames_.giveBack(std::move(strip.jpeg));
     if (error().isEmpty())
-        note(fragments_.add(frame.start, std::move(picture), std::chrono::steady_clock::now()));
+        record(fragments_.add(frame.start, std::move(picture), std::chrono::steady_clock::now()));
 }
 
 // Null when there is no memory.
@@ -261,7 +261,7 @@ std::unique_ptr<JpegRows> JpegMovieWriter::pictureOf(EncoderWorkers::Frame& fram
     return joinRows(fragments_.newest(), frame.strips, *picture) ? std::move(picture) : nullptr;
 }
 
-void JpegMovieWriter::note(std::error_code error)
+void JpegMovieWriter::record(std::error_code error)
 {
     if (error)
         fail(MovieText::cannotWrite(error));
@@ -277,9 +277,9 @@ void JpegMovieWriter::fail(const QString& error)
 MovieWriter::Result JpegMovieWriter::finish()
 {
     if (error().isEmpty())
-        note(fragments_.writeAll(end_));
-    // A movie that lacks its last frames ends where they begin.
-    note(file_.finish(error().isEmpty() ? end_ : file_.end()));
+        record(fragments_.writeAll(end_));
+    // A movie that lacks its last frames ends at their start.
+    record(file_.finish(error().isEmpty() ? end_ : file_.end()));
     return {error(), static_cast<std::int64_t>(file_.sampleCount())};
 }
 

@@ -14,12 +14,12 @@ namespace lumavex {
 ///     append ──► EncoderWorkers ──► FragmentQueue ──► HybridMp4File
 ///     (main)     (one per core)     (────── one file thread ──────)
 ///
-/// Times are kept to the tick of the movie's timescale (Mp4Boxes.h); one that is not at least a tick after the previous
-/// one, or more than thirteen hours, is refused. The finishing handler must not destroy the writer.
+/// Times are rounded to ticks of the movie's timescale (Mp4Boxes.h). A time less than a tick, or more than thirteen
+/// hours, after the previous one is refused. The finishing handler must not destroy the writer.
 std::unique_ptr<MovieWriter> createJpegMovieWriter(const QString& path, const MovieWriterSettings& settings);
 
-/// See MovieRepair. A finished file is left alone; one that holds no frames, or that is not one of these writers', is
-/// an error and left alone too. A frame that a kill has torn is dropped.
+/// See MovieRepair. Leaves a finished file unchanged. A file that has no frames, or that these writers did not make, is
+/// an error and stays unchanged, too. Drops a frame that a kill has torn.
 QString repairMovie(const QString& path);
 
 } // namespace lumavex

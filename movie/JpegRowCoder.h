@@ -14,19 +14,19 @@
 
 namespace lumavex {
 
-/// Codes rows of macroblocks by vector instructions, from pixels to bits while they are in the processor's cache. To
-/// the byte as the JPEG library does with the same planes and tables, when quotients are rounded to the nearest. One
-/// thread at a time.
+/// Codes rows of macroblocks with vector instructions, from pixels to bits while they are in the processor's cache.
+/// With quotients rounded to nearest the result is byte-identical to the JPEG library's for the same planes and tables.
+/// One thread at a time.
 class JpegRowCoder {
 public:
-    /// Whether this processor has the instructions. The others do nothing of use where it has not.
+    /// True when the processor has the instructions, which the other functions require.
     static bool isUsable();
 
     explicit JpegRowCoder(Rounding rounding);
 
-    /// Makes room for pictures of a width. False when there is no memory.
+    /// Allocates memory for pictures of this width. False when there is none.
     bool prepare(int width);
-    /// Appends the row's entropy-coded segment, without a marker, to the buffer's bytes. False when there is no memory.
+    /// Appends the row's entropy-coded segment, without a marker. False when there is no memory.
     bool append(const CVPixelBuffer& pixels, int macroblockRow, JpegBuffer& to);
 
 private:

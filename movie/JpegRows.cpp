@@ -10,7 +10,7 @@ namespace lumavex {
 
 namespace {
 
-// There must be room.
+// `to` must have the capacity.
 void appendRows(const JpegRows& from, int first, int count, JpegRows& to)
 {
     if (count <= 0)
@@ -58,7 +58,7 @@ bool joinRows(const JpegRows* previous, std::span<const JpegStrip> strips, JpegR
     std::size_t capacity = previous ? previous->bytes().size() : 0;
     for (const JpegStrip& strip : strips)
         capacity += strip.jpeg->bytes().size();
-    // Pictures grow by little; their buffers must not be moved each time.
+    // Pictures grow by little; the rounded capacity avoids moving their buffers each time.
     if (!picture.buffer.grow(std::bit_ceil(capacity)))
         return false;
 

@@ -11,7 +11,7 @@
 
 namespace lumavex {
 
-/// Pixel rows in a row of macroblocks, the last of a picture excepted.
+/// Pixel rows per row of macroblocks; the last row of a picture may have fewer.
 inline constexpr int kMacroblockHeight = 16;
 
 /// Rows of macroblocks, counted from the top.
@@ -25,16 +25,16 @@ struct MacroblockRows {
 /// All rows of a picture.
 MacroblockRows allMacroblockRows(int height);
 
-/// The rows of macroblocks that `changed` touches in a picture of that height, as runs that neither overlap nor touch.
-/// All rows when `changed` does not grow, none when it is empty.
+/// Finds the rows of macroblocks that `changed` touches in a picture of this height, as runs that neither overlap nor
+/// touch. All rows when `changed` is not ascending, none when it is empty.
 void findChangedRuns(const std::vector<RowRange>& changed, int height, std::vector<MacroblockRows>& runs);
 
-/// A picture, or a run of its rows of macroblocks, as it lies in its JPEG file. The picture's headers belong to its
-/// first row, and the marker that ends a row belongs to it: RST0 to RST7 in turn, EOI behind the last. So rows of
-/// pictures of one size can be put together by concatenation.
+/// A picture, or a run of its rows of macroblocks, as stored in a JPEG file. The first row includes the picture's
+/// headers, and each row includes the marker that ends it: RST0 to RST7 in turn, EOI after the last. So rows of
+/// pictures of one size can be concatenated to a picture.
 struct JpegRows {
     JpegBuffer buffer;
-    std::vector<std::size_t> bounds; ///< row k of the run lies in the buffer from bounds[k] to bounds[k + 1]
+    std::vector<std::size_t> bounds; ///< row k of the run is in the buffer from bounds[k] to bounds[k + 1]
 
     std::size_t count() const { return bounds.empty() ? 0 : bounds.size() - 1; }
     std::span<const std::uint8_t> bytes() const { return rows(0, count()); }
@@ -45,14 +45,14 @@ struct JpegRows {
     }
 };
 
-/// Rows of a picture that have been, or are to be, encoded on their own.
+/// Rows of a picture that are encoded on their own.
 struct JpegStrip {
     MacroblockRows rows;
     std::unique_ptr<JpegRows> jpeg; ///< null until encoded
 };
 
-/// Makes a picture of `strips` (growing, not overlapping, encoded) and, between them, the rows of `previous`, which is
-/// null only when there is nothing between. False when there is no memory; `picture` holds nothing of use then.
+/// Joins `strips` (ascending, not overlapping, encoded) with the rows of `previous` between them. `previous` may be
+/// null only when there are no rows between. False when there is no memory; the content of `picture` is undefined then.
 bool joinRows(const JpegRows* previous, std::span<const JpegStrip> strips, JpegRows& picture);
 
 } // namespace lumavex

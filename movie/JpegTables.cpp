@@ -10,8 +10,8 @@ namespace lumavex {
 
 namespace {
 
-// ISO/IEC 11172-2, the default matrix of intra pictures, row by row. At 3/8 it is a sixth smaller than the common JPEG
-// matrix at equal likeness on screen contents.
+// ISO/IEC 11172-2, the default matrix of intra pictures, row by row. At 3/8 it makes screen contents a sixth smaller
+// than the common JPEG matrix at equal quality.
 constexpr std::array<unsigned int, kBlockSize> kIntraMatrix = {
     8,  16, 19, 22, 26, 27, 29, 34, //
     16, 16, 22, 24, 27, 29, 34, 37, //
@@ -23,7 +23,7 @@ constexpr std::array<unsigned int, kBlockSize> kIntraMatrix = {
     27, 29, 35, 38, 46, 56, 69, 83,
 };
 constexpr unsigned int kQuantiserScale = 3; // in eighths
-// The mean of a block is kept to one grey level, scale or not: coarser steps show as bands in even areas.
+// The DC step is one grey level, independent of the scale: coarser steps show as bands in even areas.
 constexpr unsigned int kMeanStep = 8;
 
 constexpr std::array<unsigned int, kBlockSize> steps()
@@ -45,8 +45,8 @@ struct Code {
     constexpr operator HuffmanCode() const { return {counts, values}; }
 };
 
-// Fitted to desktops, text, drawings and photographs at this quantisation, with the codes of each at least as short in
-// sum as the common ones make them; even areas gain most. There is a code for every symbol a picture can need.
+// Fitted to desktops, text, drawings and photographs at this quantisation; none of these gets longer than with the
+// common codes, and even areas gain most. There is a code for every symbol that a picture can need.
 constexpr Code<kMeans> kLumaMeans = {
     {1, 0, 2, 3, 1, 1, 1, 0, 3, 0, 0, 0, 0, 0, 0, 0},
     {0x00, 0x01, 0x03, 0x02, 0x04, 0x05, 0x06, 0x07, 0x08, 0x09, 0x0A, 0x0B},

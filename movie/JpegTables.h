@@ -13,17 +13,17 @@ namespace lumavex {
 
 /// A Huffman code as ISO/IEC 10918-1, C.2 specifies it.
 struct HuffmanCode {
-    std::span<const std::uint8_t, 16> counts; ///< of code words of 1 to 16 bits
-    std::span<const std::uint8_t> values;     ///< the symbols, by growing code words
+    std::span<const std::uint8_t, 16> counts; ///< number of code words of 1 to 16 bits
+    std::span<const std::uint8_t> values;     ///< symbols, by ascending code words
 };
 
-/// The codes of a kind of components.
+/// Huffman codes of one kind of component.
 struct ComponentCodes {
-    HuffmanCode means;       ///< for how far a block's mean is from the block's before it
-    HuffmanCode frequencies; ///< for everything else
+    HuffmanCode means;       ///< for the difference between a block's DC coefficient and the previous block's
+    HuffmanCode frequencies; ///< for the AC coefficients
 };
 
-/// The quantisation, row by row, and the codes of every movie.
+/// Quantisation steps, row by row, and codes of every movie.
 struct JpegTables {
     std::array<unsigned int, kBlockSize> steps;
     ComponentCodes luma;
@@ -31,7 +31,7 @@ struct JpegTables {
 };
 const JpegTables& jpegTables();
 
-/// Gives them to a compressor that has the defaults.
+/// Sets the tables of a compressor that has the defaults.
 void setJpegTables(jpeg_compress_struct& compress);
 
 } // namespace lumavex

@@ -34,7 +34,7 @@ struct LibraryJpegEncoder::Library : JpegArena {
 
     static Library& of(void* client) { return static_cast<Library&>(*static_cast<JpegArena*>(client)); }
 
-    // The library must not return from here.
+    // The library requires that this does not return.
     [[noreturn]] static void fail(j_common_ptr common) { std::longjmp(of(common->client_data).failed, 1); }
     static void beSilent(j_common_ptr) {}
 
@@ -67,14 +67,15 @@ struct LibraryJpegEncoder::Library : JpegArena {
     void writePixels(const CVPixelBuffer& pixels, int macroblockRow);
 };
 
-// As a picture of its own. The bounds become places from where on the rows' markers are to be found.
+// Encodes the rows as a picture of their own. The bounds become the positions from which to search for the rows'
+// markers.
 bool LibraryJpegEncoder::Library::encodeRun(const CVPixelBuffer& pixels, MacroblockRows rows, JpegRows& jpeg)
 {
     output = &jpeg.buffer;
     const int top = rows.first * kMacroblockHeight;
     compress.image_width = static_cast<JDIMENSION>(pixels.width);
     compress.image_height = static_cast<JDIMENSION>(std::min(rows.count * kMacroblockHeight, pixels.height - top));
-    // Nothing with a destructor may live in this function: an error comes back here by a jump.
+    // No object with a destructor may live in this function: an error returns here by longjmp().
     if (setjmp(failed) != 0) {
         jpeg_abort_compress(&compress);
         return false;
@@ -113,7 +114,7 @@ void LibraryJpegEncoder::Library::writePixels(const CVPixelBuffer& pixels, int m
 
 namespace {
 
-// Makes of a picture of some rows the rows as they are in the whole picture: its height, its numbers of markers.
+// Makes a picture of some rows equal to these rows of the whole picture: its height and the numbers of its markers.
 void fitIntoPicture(int pictureHeight, MacroblockRows rows, JpegRows& jpeg)
 {
     const std::span bytes(jpeg.buffer.data(), jpeg.buffer.bytes().size());
@@ -126,8 +127,8 @@ void fitIntoPicture(int pictureHeight, MacroblockRows rows, JpegRows& jpeg)
     for (int k = 0; k < rows.count; ++k) {
         std::size_t& bound = jpeg.bounds[static_cast<std::size_t>(k) + 1];
         if (k + 1 < rows.count) {
-            // The row's last bits and its marker come with the next row's first bits. In a scan, 0xFF is followed by
-            // zero unless it begins a marker.
+            // The row's last bits and its marker are written with the next row's first bits. In a scan, 0xFF is
+            // followed by zero unless it begins a marker.
             while (bytes[bound] != 0xFF || bytes[bound + 1] == 0)
                 ++bound;
             bound += 2;
@@ -161,7 +162,7 @@ LibraryJpegEncoder::LibraryJpegEncoder(Colours colours) : library_(std::make_uni
     setJpegTables(library.compress);
     library.usesPlanes = colours == Colours::Fastest && ColourPlanes::isFast();
     library.compress.raw_data_in = library.usesPlanes ? TRUE : FALSE;
-    library.compress.dct_method = JDCT_ISLOW; // where there are vectors, it is no slower than the others
+    library.compress.dct_method = JDCT_ISLOW; // with vector instructions it is no slower than the others
     library.compress.optimize_coding = FALSE;
     library.compress.restart_in_rows = 1;
     library.usable = true;

@@ -8,16 +8,16 @@
 
 namespace lumavex {
 
-/// The largest width and height of a picture that the JPEG library takes.
+/// Largest width and height of a picture that the JPEG library accepts.
 inline constexpr int kLargestJpegSide = 65500;
 
-/// What JpegEncoder.h does, by the JPEG library: the plain way, that everything faster is held against. One thread at a
-/// time.
+/// JpegEncoder.h by the JPEG library alone: the reference for everything faster. One thread at a time.
 class LibraryJpegEncoder {
 public:
-    /// Who makes planes of the pixels: both are exact to the rounding, and every encoder of a movie must use the same.
+    /// Code that converts pixels to planes. The results differ in rounding only, and every encoder of a movie must use
+    /// the same.
     enum class Colours {
-        Fastest, ///< ours where the processor allows it
+        Fastest, ///< ColourPlanes when the processor has the instructions
         Library,
     };
 
@@ -26,7 +26,7 @@ public:
     LibraryJpegEncoder(const LibraryJpegEncoder&) = delete;
     LibraryJpegEncoder& operator=(const LibraryJpegEncoder&) = delete;
 
-    /// As JpegEncoder::encode().
+    /// See JpegEncoder::encode().
     bool encode(const CVPixelBuffer& pixels, MacroblockRows rows, JpegRows& jpeg);
 
 private:

@@ -24,7 +24,7 @@ constexpr std::uint64_t kMostPictures = std::uint64_t{1} << 25; // twelve days a
 constexpr std::int64_t kLargestOffset = std::int64_t{1} << 60;
 constexpr std::size_t kPicturesLookedAt = 64;
 
-/// A big-endian number; zero where the bytes end before it does.
+/// Reads a big-endian number; zero when it extends past the end of `bytes`.
 std::uint64_t numberAt(Bytes bytes, std::size_t offset, std::size_t size)
 {
     if (offset > bytes.size() || size > bytes.size() - offset)
@@ -41,7 +41,7 @@ bool isAt(Bytes bytes, std::size_t offset, std::string_view name)
            && std::equal(name.begin(), name.end(), bytes.begin() + static_cast<std::ptrdiff_t>(offset));
 }
 
-/// What is in the boxes of that name within `parent`, without their headers. Boxes in a moov have 32-bit sizes.
+/// Contents, without headers, of the boxes of this name in `parent`. Boxes in a moov have 32-bit sizes.
 std::vector<Bytes> boxes(Bytes parent, std::string_view name)
 {
     std::vector<Bytes> found;
@@ -56,7 +56,7 @@ std::vector<Bytes> boxes(Bytes parent, std::string_view name)
     return found;
 }
 
-/// The first box at the end of a path of names; empty when there is none.
+/// Content of the first box at the end of a path of names; empty when there is none.
 Bytes box(Bytes parent, std::initializer_list<std::string_view> path)
 {
     for (const std::string_view name : path) {
@@ -117,7 +117,7 @@ public:
                 timescale > 0 ? static_cast<double>(duration) / static_cast<double>(timescale) : 0.0};
     }
 
-    /// Where every sample lies; empty when the tables contradict each other. Not for sound, of which every frame is a
+    /// Positions of all samples; empty when the tables contradict each other. Not for sound, whose every frame is a
     /// sample.
     std::vector<Place> places() const
     {
@@ -162,7 +162,7 @@ private:
     }
     std::size_t sampleCount() const
     {
-        // Every sample has a size of its own, or all the same.
+        // Each sample has its own size, or all have the same.
         const std::uint64_t count = numberAt(sizes_, 8, 4);
         return static_cast<std::size_t>(
             numberAt(sizes_, 4, 4) != 0 ? count : std::min<std::uint64_t>(count, sizes_.size() / 4));

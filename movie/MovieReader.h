@@ -5,8 +5,8 @@
 
 namespace lumavex {
 
-/// A MovieReader for ISO/IEC 14496-12 files. Of the pictures it reads the ends of some, evenly spread, the first and
-/// the last among them: where a copy was cut short or a block was never written, the marks of JPEG are missing.
+/// A MovieReader for ISO/IEC 14496-12 files. Checks the ends of some pictures, evenly spread, including the first and
+/// the last: the JPEG markers are missing when a copy was cut short or a block was never written.
 MovieFacts readMovie(const QString& path);
 
 } // namespace lumavex

@@ -8,7 +8,7 @@
 
 namespace lumavex {
 
-/// What the movie files' code tells the user, translated. Any thread.
+/// Messages of the movie code to the user, translated. Any thread.
 struct MovieText {
     Q_DECLARE_TR_FUNCTIONS(MovieWriter)
 public:

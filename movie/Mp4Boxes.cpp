@@ -14,7 +14,7 @@ constexpr std::uint32_t kFixedOne = 0x00010000;               // 1.0 as 16.16
 constexpr std::uint32_t kDependsOnNoOtherSample = 0x02000000; // sample_depends_on of 2
 constexpr std::uint32_t kDefaultBaseIsMoof = 0x020000;
 constexpr std::uint32_t kRunHasOffsetDurationsSizes = 0x000001 | 0x000100 | 0x000200;
-constexpr std::size_t kRunOffsetAt = 16; // behind the header, version and flags, and the number of samples
+constexpr std::size_t kRunOffsetAt = 16; // after the header, version and flags, and the number of samples
 constexpr std::uint32_t kMediaHeaderSize = 8;
 
 void writeMatrix(BoxWriter& writer)
@@ -82,7 +82,7 @@ void writeSampleDescription(BoxWriter& writer, const MovieTrack& track)
     writer.zeros(16);
     writer.u16(static_cast<std::uint32_t>(track.width));
     writer.u16(static_cast<std::uint32_t>(track.height));
-    writer.u32(72U << 16); // pixels per inch, both ways
+    writer.u32(72U << 16); // pixels per inch, horizontal and vertical
     writer.u32(72U << 16);
     writer.u32(0);
     writer.u16(1); // frames per sample
@@ -123,7 +123,7 @@ void writeTrack(BoxWriter& writer, const MovieTrack& track, const SampleTable& t
     writeMediaInformation(writer, track, table);
 }
 
-// Both kinds of file get the same number of brands, so that one ftyp can be written over the other.
+// Both kinds of file have the same number of brands, so that one ftyp can overwrite the other.
 void writeFileType(BoxWriter& writer, std::string_view major, std::string_view brands)
 {
     const Box box(writer, "ftyp");
@@ -182,7 +182,7 @@ std::vector<std::uint8_t> finishedHead(std::int64_t mediaEnd)
     BoxWriter writer;
     writeFileType(writer, "mp42", "mp42isomiso2");
     const auto start = static_cast<std::int64_t>(writer.size());
-    writer.u32(1); // the size is in the 64 bits behind the name
+    writer.u32(1); // the size is in the 64 bits after the name
     writer.text("mdat");
     writer.u64(static_cast<std::uint64_t>(mediaEnd - start));
     return writer.take();
@@ -200,7 +200,7 @@ void writeFragmentHead(BoxWriter& writer, std::uint32_t sequenceNumber, std::spa
 {
     std::size_t firstRun = 0;
     std::size_t picture = 0;
-    std::uint32_t pictureOffset = 0; // of that picture, within the mdat's content
+    std::uint32_t pictureOffset = 0; // offset of that picture in the mdat's content
     {
         const Box moof(writer, "moof");
         {
@@ -217,7 +217,7 @@ void writeFragmentHead(BoxWriter& writer, std::uint32_t sequenceNumber, std::spa
             writer.u64(static_cast<std::uint64_t>(samples.front().start));
         }
         firstRun = writer.size();
-        // The samples of a run lie one behind the other, so that a repeated picture begins a run of its own.
+        // The samples of a run are contiguous, so that a repeated picture begins a new run.
         for (std::size_t i = 0; i < samples.size();) {
             const std::size_t first = i++;
             while (i < samples.size() && samples[i].picture == samples[i - 1].picture + 1)
@@ -228,7 +228,7 @@ void writeFragmentHead(BoxWriter& writer, std::uint32_t sequenceNumber, std::spa
                      pictureSizes, pictureOffset);
         }
     }
-    // Now that the moof's size is known, the runs' offsets can be counted from its start.
+    // Adjusts the runs' offsets to the start of the moof, whose size is now known.
     const auto moofSize = static_cast<std::uint32_t>(writer.size());
     for (std::size_t run = firstRun; run < moofSize; run += writer.u32At(run))
         writer.setU32At(run + kRunOffsetAt, writer.u32At(run + kRunOffsetAt) + moofSize + kMediaHeaderSize);

@@ -29,7 +29,7 @@ std::uint32_t SampleTable::durationOf(std::size_t index) const
     return index + 1 < count_ ? at(index).duration : static_cast<std::uint32_t>(end_ - lastStart_);
 }
 
-// A chunk is a run of samples that lie one behind the other, so that a repeated frame begins one of its own.
+// A chunk is a run of contiguous samples, so that a repeated frame begins a new chunk.
 bool SampleTable::beginsChunk(std::size_t index) const
 {
     return index == 0 || at(index).offset != at(index - 1).offset + at(index - 1).size;

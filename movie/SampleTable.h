@@ -12,27 +12,28 @@
 
 namespace lumavex {
 
-/// One frame of the movie, as it lies in the file. Several samples may lie at the same bytes.
+/// One frame of the movie and its position in the file. Several samples may share the same bytes.
 struct MovieSample {
     std::int64_t start = 0;  ///< ticks of the track's timescale
     std::int64_t offset = 0; ///< bytes from the start of the file
     std::uint32_t size = 0;  ///< bytes
 };
 
-/// The longest that a sample can last, in ticks: durations are stored in 32 bits.
+/// Longest duration of a sample, in ticks: durations are stored in 32 bits.
 inline constexpr std::int64_t kLongestSample = std::numeric_limits<std::uint32_t>::max();
 
-/// All samples of the file, in the order of their times, from which the sample tables of a complete moov are made. It
-/// takes 16 bytes a sample. A plain value.
+/// All samples of the file in the order of their times; the source of the sample tables of a complete moov. Uses 16
+/// bytes per sample. A plain value.
 class SampleTable {
 public:
-    /// Starts must grow, by kLongestSample at most. The sample lasts until the start of the next one, or until end().
+    /// Starts must increase, by kLongestSample at most. The sample lasts until the start of the next one, or until
+    /// end().
     void append(const MovieSample& sample);
-    /// When the last sample ends, brought within what a sample can last.
+    /// Sets the end of the last sample, limited to a duration that a sample can have.
     void setEnd(std::int64_t end);
 
     std::size_t count() const { return count_; }
-    std::vector<MovieSample> samples() const;             ///< a copy in full, for whoever checks a table
+    std::vector<MovieSample> samples() const;             ///< a full copy, for checking a table
     std::int64_t lastStart() const { return lastStart_; } ///< ticks; 0 when there is no sample
     std::int64_t end() const { return end_; }
 
@@ -45,9 +46,9 @@ private:
     struct Entry {
         std::int64_t offset;
         std::uint32_t size;
-        std::uint32_t duration; ///< of the last one not yet known
+        std::uint32_t duration; ///< not yet known for the last sample
     };
-    // One array would, each time it grows, be there twice and half of it empty.
+    // A single array would exist twice each time it grows, and be half empty afterwards.
     static constexpr std::size_t kEntriesPerBlock = 4096;
     using Block = std::array<Entry, kEntriesPerBlock>;
 

@@ -15,10 +15,10 @@ class ChildProcess {
 public:
     virtual ~ChildProcess() = default; ///< a program still running is killed
 
-    std::function<void(const QByteArray&)> outData; ///< standard output as it comes
-    std::function<void(const QByteArray&)> errData; ///< standard error as it comes
-    /// The program has ended, or could not be started. Called once. `failure` is empty for exit status 0,
-    /// else says what went wrong, in the user's words.
+    std::function<void(const QByteArray&)> outData; ///< standard output as it arrives
+    std::function<void(const QByteArray&)> errData; ///< standard error as it arrives
+    /// The program has ended, or could not be started. Called once. `failure` is empty for exit status 0, else the
+    /// reason as text for the user.
     std::function<void(const QString& failure)> terminated;
 
     virtual void launch(const QString& launchPath, const QStringList& arguments) = 0;

@@ -18,7 +18,7 @@ auto firesIn(RunLoopMode mode)
 
 Nanoseconds DeadlineQueue::Timer::deadline() const
 {
-    // Whole rounds of `parts` intervals first, so that nothing overflows in any lifetime of the program.
+    // Counts whole rounds of `parts` intervals first, so that nothing overflows in any lifetime of the program.
     constexpr std::int64_t billion = 1'000'000'000;
     const std::int64_t rounds = k / interval.parts;
     const std::int64_t rest = k % interval.parts;
@@ -98,7 +98,7 @@ bool DeadlineQueue::run(const Timer* next, Nanoseconds until, Nanoseconds now)
         return false;
 
     const TimerFiring firing{next->deadline()};
-    const auto callback = next->callback; // outlives the timer, should the callback remove it
+    const auto callback = next->callback; // outlives the timer if the callback removes it
     if (next->repeat == Repeat::Once) {
         remove(next->id);
     } else {

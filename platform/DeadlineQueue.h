@@ -10,8 +10,8 @@
 
 namespace lumavex {
 
-/// The timers of a run loop and the order in which they are due. Knows no event loop and reads no clock, so that the
-/// real run loop and the tests' one obey the same rules (stated at RunLoop). One thread.
+/// The timers of a run loop and the order in which they are due. Independent of event loop and clock, so that the real
+/// run loop and the tests' one obey the same rules (see RunLoop). One thread.
 class DeadlineQueue {
 public:
     enum class Repeat { Forever, Once };
@@ -20,16 +20,16 @@ public:
     void remove(TimerId timer);
     void setNextDeadline(TimerId timer, Nanoseconds deadline);
     void restart(TimerId timer, Nanoseconds origin);
-    /// Zero for a timer that is gone.
+    /// Zero for a timer that no longer exists.
     Nanoseconds nextDeadline(TimerId timer) const;
 
-    /// The earliest deadline of the timers that may fire: all of them, or with Common only the common ones.
+    /// The earliest deadline of the timers that may fire: all, or with Common only the common ones.
     std::optional<Nanoseconds> earliest(RunLoopMode mode) const;
 
-    /// Runs the first timer whose deadline is not after `until`, and drops what a Default timer missed up to `now`;
-    /// false when there is none. The callback may add, remove and move timers and run the queue itself.
+    /// Runs the first timer whose deadline is not after `until`, and skips deadlines that a Default timer missed up to
+    /// `now`. False when there is none. The callback may add, remove and move timers and run the queue itself.
     bool runNext(Nanoseconds until, Nanoseconds now, RunLoopMode mode);
-    /// The same among the named timers alone.
+    /// The same for the given timers only.
     bool runNext(std::span<const TimerId> timers, Nanoseconds until, Nanoseconds now);
 
 private:
@@ -38,8 +38,8 @@ private:
         TimerInterval interval;
         RunLoopMode mode;
         Repeat repeat;
-        std::uint64_t started; ///< place among all the times that a timer was added, moved or restarted
-        Nanoseconds base;      ///< deadline number k is base + k intervals, without adding up roundings
+        std::uint64_t started; ///< order in which timers were added, moved or restarted
+        Nanoseconds base;      ///< deadline number k is base + k intervals, so that rounding errors do not add up
         std::int64_t k;
         std::shared_ptr<RunLoop::Callback> callback;
 
@@ -48,7 +48,7 @@ private:
 
     Timer* find(TimerId timer);
     const Timer* find(TimerId timer) const;
-    /// The first of the timers that `may` fire.
+    /// The first of the timers for which `may` is true.
     template <class Condition>
     const Timer* first(const Condition& may) const;
     bool run(const Timer* next, Nanoseconds until, Nanoseconds now);

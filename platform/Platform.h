@@ -18,12 +18,12 @@
 
 namespace lumavex {
 
-/// Everything the program asks of the system it runs on. Made once, after QApplication, by createPlatform.
+/// Interfaces to the system that the program runs on. Made once, after QApplication, by createPlatform.
 struct Platform {
     std::unique_ptr<Clock> clock;
     std::unique_ptr<RunLoop> runLoop;
     std::unique_ptr<UserDefaults> userDefaults;
-    std::unique_ptr<UserDefaults> moreSettings; ///< choices beside the settings, in a file of their own
+    std::unique_ptr<UserDefaults> moreSettings; ///< choices that are not among the settings, in their own file
     std::unique_ptr<Dialogs> dialogs;
     std::unique_ptr<ScreenGrabber> screen;
     std::unique_ptr<ScreenOverlay> overlay;
@@ -37,7 +37,7 @@ struct Platform {
     ChildProcessFactory createChildProcess;
 };
 
-/// The backends of this machine, chosen in createPlatform.cpp and nowhere else.
+/// The backends of this machine, chosen only in createPlatform.cpp.
 Platform createPlatform();
 
 } // namespace lumavex

@@ -11,9 +11,10 @@ namespace lumavex {
 class ProcessorLoad {
 public:
     virtual ~ProcessorLoad() = default;
-    /// 1 when the system does not tell.
+    /// 1 when the system does not report it.
     virtual std::uint32_t processorCount() const = 0;
-    /// Ticks since the machine started, four per processor: user, system, idle, nice. Nothing when the system refuses.
+    /// Ticks since the machine started, four per processor: user, system, idle, nice. std::nullopt when the system
+    /// refuses.
     virtual std::optional<std::vector<std::int32_t>> sample() = 0;
 };
 

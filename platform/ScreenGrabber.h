@@ -16,9 +16,9 @@
 namespace lumavex {
 
 /// One on-screen window as the window system describes it: with its title bar and frame, as the user sees it, under the
-/// number of the application's own window, which stays the same when the window manager is exchanged.
+/// number of the application's own window, which stays the same when the window manager is replaced.
 struct WindowDescription {
-    bool shared = true; ///< false: not to be offered (sharing state 0): not viewable, or wholly off the screen
+    bool shared = true; ///< false: must not be offered (sharing state 0): not viewable, or wholly off the screen
     std::optional<QString> ownerName; ///< class of the owning application, else its process's name
     std::int64_t ownerPid = 0;        ///< 0 when unknown
     double x = 0;                     ///< top-left corner, y DOWNWARD from the top of the main display
@@ -29,13 +29,13 @@ struct WindowDescription {
     std::int32_t layer = 0;   ///< 0 normal, above 0 kept above others, below 0 below (the desktop is lowest)
 };
 
-/// Which windows are listed; bits.
+/// Selects the listed windows; bits.
 enum WindowListOptions : std::uint32_t {
     ListAllWindows = 0,
-    ListOnScreenOnly = 1, ///< only those that can be seen, or could if others did not cover them
+    ListOnScreenOnly = 1, ///< only visible windows, and those that only other windows cover
 };
 
-/// How windows look in a composite; bits.
+/// Appearance of windows in a composite; bits.
 enum WindowImageOptions : std::uint32_t {
     ImageDefault = 0, ///< as on the screen
     ImageOpaque = 2,  ///< without transparency, whether or not the screen blends
@@ -45,84 +45,84 @@ enum WindowImageOptions : std::uint32_t {
 inline constexpr CGRect infiniteRect{-std::numeric_limits<double>::max() / 2, -std::numeric_limits<double>::max() / 2,
                                      std::numeric_limits<double>::max(), std::numeric_limits<double>::max()};
 
-/// A window as the user knows it.
+/// A window as the user recognises it.
 struct WindowLook {
-    QString title; ///< empty when it has none
-    QImage icon;   ///< Format_ARGB32; null when it has none
+    QString title; ///< empty for none
+    QImage icon;   ///< Format_ARGB32; null for none
 };
 
 enum class GrabOutcome {
     Success, ///< `picture` is the current one
-    Retry,   ///< nothing this time (a window vanished meanwhile, the screen is changing its size); ask again
-    GiveUp,  ///< will not work again; `ScreenGrabber::trouble` says why
+    Retry,   ///< nothing this time (a window vanished meanwhile, the screen is changing its size); try again
+    GiveUp,  ///< will not work again; see `ScreenGrabber::trouble`
 };
 
 struct Grab {
     GrabOutcome outcome = GrabOutcome::Retry;
-    /// Format_RGB32, first row on top, stride may exceed 4 x width; the fourth byte of a pixel is UNDEFINED.
-    /// Treat as immutable: the memory may be shared with the window system and is recycled when the last copy goes.
+    /// Format_RGB32, top row first, stride may exceed 4 x width; the fourth byte of a pixel is UNDEFINED. Treat as
+    /// immutable: the memory may be shared with the window system and is recycled with the last copy.
     QImage picture;
     /// Equal serials mean equal pixels. Never 0 for Success.
     std::uint64_t serial = 0;
-    /// Where the picture may differ from those that earlier grabs of the same kind gave, by their serials; `latest` is
-    /// this one's. Empty when nothing is known. A part that was drawn to, but looks as before, is left out.
+    /// Area in which the picture may differ from those of earlier grabs of the same kind, by their serials; `latest` is
+    /// this one's. Empty when nothing is known. Excludes parts that were drawn to but look unchanged.
     ChangeHistory changes = {};
 };
 
-/// Reads the main display and its windows. Main thread only; every call answers at once (about a millisecond).
+/// Reads the main display and its windows. Main thread only; every call returns at once (about a millisecond).
 class ScreenGrabber {
 public:
     virtual ~ScreenGrabber() = default;
 
-    /// Empty when the screen can be read; else why not, in the user's words. Set later when the screen is lost, or when
-    /// windows were asked for that this screen cannot show one by one (the main display can still be grabbed then).
+    /// Empty when the screen can be read; else the reason as text for the user. Set later when the screen is lost, or
+    /// when windows were requested that this screen cannot show separately (the main display can still be grabbed
+    /// then).
     virtual QString trouble() const = 0;
 
-    /// What of the session no grab shows although the screen can be read, in the user's words; empty when nothing is
-    /// missing. Asked once, at the start.
+    /// The part of the session that no grab shows although the screen can be read, as text for the user; empty when
+    /// nothing is missing. Called once, at the start.
     virtual QString limitation() = 0;
 
-    /// Size of the main display in device pixels as it is now.
+    /// Current size of the main display in device pixels.
     virtual CGSize sizeOfMainDisplay() = 0;
 
-    /// The whole main display with all windows, without the mouse pointer. When nothing changed since the previous
-    /// call the same picture with the same serial comes back, without touching pixels.
+    /// The whole main display with all windows, without the mouse pointer. When nothing has changed since the previous
+    /// call, returns the same picture with the same serial, without reading pixels.
     virtual Grab grabMainDisplay() = 0;
 
-    /// A composite of the given windows, given front to back, correct also where others cover them. The picture is as
-    /// large as the union of their bounds; one window alone gives a picture of its size; where none of the windows is,
-    /// it is black. With the desktop among them (wherever in the list) it lies behind all others and the picture is the
-    /// main display, no more, so that a window pushed beyond the edge does not shift the rest. Nothing outside
-    /// `imageBounds` is in the picture, which ends there. Retry when the list is empty, no window of it can be read or
-    /// none reaches into the bounds. A window listed for the first time may lack what covered it until its application
-    /// has drawn that, usually for one frame.
+    /// A composite of the given windows, given front to back, correct even where others cover them. The picture has the
+    /// size of the union of their bounds; a single window gives a picture of its size; areas without any of the windows
+    /// are black. The desktop, anywhere in the list, lies behind all others and limits the picture to the main display,
+    /// so that a window moved beyond the edge does not shift the rest. The picture ends at `imageBounds`. Retry when
+    /// the list is empty, when no window of it can be read, or when none extends into the bounds. A window listed for
+    /// the first time may lack the part that was covered until its application has drawn it, usually for one frame.
     /// `imageOptions` are WindowImageOptions.
     virtual Grab grabWindows(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
                              std::uint32_t imageOptions) = 0;
-    /// With all of it and as on the screen.
+    /// Without bounds, as on the screen.
     Grab grabWindows(const std::vector<std::uint32_t>& frontToBack)
     {
         return grabWindows(frontToBack, infiniteRect, ImageDefault);
     }
 
-    /// Where the mouse pointer is, in pixels from the LOWER-left corner of the main display, y upward: the pixel in the
-    /// lower-left corner is (0, 0). Outside the main display it is outside of its rectangle.
+    /// Position of the mouse pointer, in pixels from the LOWER-left corner of the main display, y upward: the pixel in
+    /// the lower-left corner is (0, 0). Outside the main display the position is outside of its rectangle.
     virtual CGPoint mouseLocation() = 0;
 
-    /// Changes whenever windowDescriptions would give another answer, at the latest with the next call of any other
-    /// function after that. Asks nobody. Never 0.
+    /// Changes whenever the result of windowDescriptions would change, at the latest with the next call of any other
+    /// function. Makes no request to the window system. Never 0.
     virtual std::uint64_t windowsSerial() = 0;
 
-    /// The windows front to back, override-redirect ones included; the desktop background is the last one, named
+    /// The windows front to back, including override-redirect ones; the desktop background is the last one, named
     /// "Desktop", with the bounds of the main display. `listOptions` are WindowListOptions.
     virtual std::vector<WindowDescription> windowDescriptions(std::uint32_t listOptions) = 0;
 
-    /// The looks of windows of windowDescriptions, in the same order. An icon is the smallest that is at least
-    /// `iconSize` pixels high among those that the window offers, else the largest. Windows that have gone have none.
+    /// Titles and icons of windows of windowDescriptions, in the same order. An icon is the smallest of the window's
+    /// icons that is at least `iconSize` pixels high, else the largest. Windows that no longer exist have none.
     virtual std::vector<WindowLook> looksOf(const std::vector<std::uint32_t>& windows, int iconSize) = 0;
 
-    /// Whether the application's own part of the window is on the screen now. False for a window that was closed,
-    /// minimised or left on another desktop, at once: its frame may be seen for longer.
+    /// True when the application's own part of the window is on the screen now. False at once for a window that was
+    /// closed, minimised or left on another desktop, although its frame may stay visible for longer.
     virtual bool showsContents(std::uint32_t window) = 0;
 };
 

@@ -7,16 +7,16 @@
 
 namespace lumavex {
 
-/// What the system tells about its sound input, and its own settings of sound. Main thread.
+/// The system's sound input, and its own sound settings. Main thread.
 class SoundSettings {
 public:
     virtual ~SoundSettings() = default;
 
-    /// The input a recording begun now would hear, in the words the system's own settings use. Nothing when there is
-    /// none, or when the sound server does not answer: this waits for it 300 ms at most, a few ms as a rule.
+    /// Name of the input that a recording would use now, as in the system's own settings. std::nullopt when there is
+    /// none, or when the sound server does not answer: waits for it 300 ms at most, usually a few ms.
     virtual std::optional<QString> nameOfInput() = 0;
 
-    /// Opens the settings of sound that the running desktop offers, beside the program. False when it offers none.
+    /// Opens the sound settings of the running desktop, beside the program. False when it has none.
     virtual bool open() = 0;
 };
 

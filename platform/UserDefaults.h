@@ -11,13 +11,13 @@ namespace lumavex {
 class UserDefaults {
 public:
     virtual ~UserDefaults() = default;
-    /// The stored text, or nothing for an absent key.
+    /// The stored text; std::nullopt for an absent key.
     virtual std::optional<QString> stringForKey(const QString& key) const = 0;
     virtual void setObject_forKey(const QString& text, const QString& key) = 0;
-    /// Why the stored preferences could not be read, in the user's words; empty when all is well.
+    /// Reason why the stored preferences could not be read, as text for the user; empty when there is none.
     virtual QString trouble() const = 0;
-    /// Why the latest write failed, in the user's words; empty when it did not. What was to be written is read back all
-    /// the same, as long as this object lives.
+    /// Reason why the latest write failed, as text for the user; empty when it succeeded. A failed write is still read
+    /// back as long as this object lives.
     virtual QString writeTrouble() const = 0;
 };
 

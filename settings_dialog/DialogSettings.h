@@ -11,7 +11,7 @@
 
 namespace lumavex {
 
-/// What the settings dialog edits and hands over when the user presses OK. Switches kept as numbers are on when 1.
+/// Values that the settings dialog edits and returns after OK. Numeric switches are on when 1.
 struct DialogSettings {
     std::int64_t i_Top_Other_Windows = 0;
     bool b_Lumavex_Invisible_To_Capture = false;
@@ -31,29 +31,29 @@ struct DialogSettings {
     friend bool operator==(const DialogSettings&, const DialogSettings&) = default;
 };
 
-/// What the dialog changes at once, whether it ends with OK or not.
+/// Values that the dialog changes at once, whether it ends with OK or not.
 struct LiveSettings {
-    QImage imgOverlay; ///< null: there is none
+    QImage imgOverlay; ///< null: no overlay picture
     bool bApplyColorControls = false;
-    float f_ColorControls_Saturation = 10.0F; ///< each ten times its value
+    float f_ColorControls_Saturation = 10.0F; ///< each is ten times its value
     float f_ColorControls_Brightness = 0.0F;
     float f_ColorControls_Contrast = 10.0F;
 };
 
-/// What the dialog offers besides.
+/// Other values that the dialog offers.
 struct DialogChoices {
-    QStringList cameras;     ///< the first stands for no camera
-    QString soundInput;      ///< the system's current sound input, or why there is none
-    int widestOverlay = 192; ///< what i_Size_Overlay is when the overlay is as wide as the movie
+    QStringList cameras;     ///< the first means no camera
+    QString soundInput;      ///< the system's current sound input, or the reason why there is none
+    int widestOverlay = 192; ///< i_Size_Overlay of an overlay that is as wide as the movie
 };
 
-/// The part of the settings that the user is looking at.
+/// The part of the settings that the dialog shows.
 enum class SettingsSubject { Screen, Camera, Overlay, Other };
 
-/// Where a small picture stands in the frame.
+/// Position of a small picture in the frame.
 struct FrameOutline {
     enum class Of { Screen, Camera, Overlay } of = Of::Screen;
-    QRectF place; ///< as a part of the frame: (0, 0) is its upper-left corner, (1, 1) its lower-right one
+    QRectF place; ///< relative to the frame: (0, 0) is its upper-left corner, (1, 1) its lower-right one
     friend bool operator==(const FrameOutline&, const FrameOutline&) = default;
 };
 

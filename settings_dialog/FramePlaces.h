@@ -5,7 +5,7 @@
 
 namespace lumavex {
 
-/// A small picture of the movie's frame, in which the buttons of the nine places lie.
+/// A small drawing of the movie's frame that contains the buttons of the nine places.
 class FramePlaces final : public QFrame {
     Q_OBJECT
 public:

@@ -25,7 +25,7 @@ QString nameOf(FrameOutline::Of of)
     return FrameThumbnail::tr("Overlay");
 }
 
-/// An outline that is seen on any picture: light beside dark, with its name in the middle.
+/// Draws an outline that is visible on any picture: light beside dark, with its name in the middle.
 void draw(QPainter& painter, const QRectF& place, const QString& name)
 {
     painter.setBrush(QColor(255, 255, 255, 60));

@@ -8,20 +8,20 @@
 
 namespace lumavex {
 
-/// The last composed frame, small, and over it the outlines of the small pictures as chosen so far.
+/// The last composed frame, reduced, with the outlines of the small pictures as currently chosen.
 class FrameThumbnail final : public QWidget {
     Q_OBJECT
 public:
     explicit FrameThumbnail(QWidget* parent = nullptr);
 
-    /// Width over height of the frame; the thumbnail takes that shape.
+    /// Width over height of the frame; the thumbnail has that shape.
     void setRatio(double ratio);
-    /// Null: there is no frame yet.
+    /// Null: no frame yet.
     void setPicture(const QImage& frame);
     QSize pictureSize() const { return frame_.size(); }
     void setOutlines(std::vector<FrameOutline> outlines);
 
-    /// The size of a picture that is shown pixel for pixel.
+    /// The size of a picture that is displayed pixel for pixel.
     QSize pixelSize() const;
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }

@@ -6,7 +6,7 @@
 
 namespace lumavex {
 
-/// Shows a picture as large as it fits, over a chequered ground where it is transparent.
+/// Shows a picture as large as it fits, on a chequered background where it is transparent.
 class PictureView final : public QWidget {
     Q_OBJECT
 public:

@@ -5,7 +5,7 @@
 
 namespace lumavex {
 
-/// A radio button that is drawn as one of the nine places of a frame: an outline, filled when it is on.
+/// A radio button drawn as one of the nine places of a frame: an outline, filled when it is on.
 class PlaceButton final : public QRadioButton {
     Q_OBJECT
 public:

@@ -8,7 +8,7 @@
 
 namespace lumavex {
 
-/// The nine buttons of one group, whose codes are 0 to 8 in their order.
+/// The nine buttons of one group, with the codes 0 to 8 in order.
 class PositionRadios {
 public:
     using Buttons = std::array<QRadioButton*, 9>;
@@ -19,21 +19,21 @@ public:
     void disable()
     {
         for (QRadioButton* button : buttons_) {
-            button->setAutoExclusive(false); // an exclusive group does not let go of its last button
+            button->setAutoExclusive(false); // an exclusive group keeps its last button checked
             button->setChecked(false);
             button->setAutoExclusive(true);
         }
-        letTabStopAt(0);
+        setTabStop(0);
     }
-    /// Turns the button of the code on, after `disable`; none for a code that is none's.
+    /// Turns on the button of the code, after disable(); an unknown code turns on none.
     void turnOn(std::int64_t code)
     {
         if (code < 0 || code >= std::int64_t(buttons_.size()))
             return;
         buttons_[std::size_t(code)]->setChecked(true);
-        letTabStopAt(std::size_t(code));
+        setTabStop(std::size_t(code));
     }
-    /// The code of the button that is on, the last one of several; `otherwise` when none is.
+    /// The code of the button that is on, the last one of several; `otherwise` when none is on.
     std::int64_t code(std::int64_t otherwise) const
     {
         for (std::size_t i = 0; i < buttons_.size(); ++i)
@@ -44,8 +44,8 @@ public:
     const Buttons& buttons() const { return buttons_; }
 
 private:
-    /// The group is one stop of the Tab key; arrows lead from one button to the next.
-    void letTabStopAt(std::size_t stop)
+    /// Makes the group one stop of the Tab key; arrow keys move from one button to the next.
+    void setTabStop(std::size_t stop)
     {
         for (std::size_t i = 0; i < buttons_.size(); ++i)
             buttons_[i]->setFocusPolicy(i == stop ? Qt::StrongFocus : Qt::ClickFocus);

@@ -15,7 +15,7 @@ namespace lumavex {
 
 namespace {
 
-constexpr int stepsPerUnit = 10; ///< a colour slider counts tenths
+constexpr int stepsPerUnit = 10; ///< a colour slider counts in tenths
 
 const QStringList overlayTypes = {QStringLiteral("bmp"), QStringLiteral("jpg"),  QStringLiteral("gif"),
                                   QStringLiteral("png"), QStringLiteral("jpeg"), QStringLiteral("tif"),
@@ -54,7 +54,7 @@ QString textOfSize(int sizeCode)
     }
 }
 
-/// Keeps the label as wide as its longest text, so that the slider beside it does not move.
+/// Makes the label as wide as its longest text, so that the slider beside it does not move.
 void reserveRoom(QLabel& label, const QStringList& texts)
 {
     int width = 0;
@@ -105,7 +105,7 @@ void Window_Configurations::windowDidLoad(const DialogChoices& choices)
     connectControls();
     connectColours();
     showValues();
-    // The window has the size of its contents; the longest page decides, so that nothing moves between pages.
+    // The window has the size of its contents; the longest page determines it, so that nothing moves between pages.
     layout()->setSizeConstraint(QLayout::SetFixedSize);
 }
 

@@ -22,29 +22,29 @@ namespace lumavex {
 class Dialogs;
 class FrameThumbnail;
 
-/// The dialog in which the settings are edited, modal to the whole program. It works on values of its own: what is
-/// chosen is read from `settings` after OK; what takes effect at once is told by liveSettingsChanged. Main thread.
+/// The settings dialog, modal to the whole program. It edits its own copies: read the chosen values from `settings`
+/// after OK; liveSettingsChanged reports values that take effect at once. Main thread.
 class Window_Configurations final : public QDialog {
     Q_OBJECT
 public:
-    static constexpr int fastestRate = 30; ///< frames a second that are offered at most
+    static constexpr int fastestRate = 30; ///< highest frame rate offered
 
-    /// Where the small pictures stand in the frame with these settings, those the subject is about among them.
+    /// Returns the positions of the small pictures in the frame with these settings, including those of the subject.
     using OutlinesOf = std::function<std::vector<FrameOutline>(const DialogSettings&, SettingsSubject)>;
 
-    /// `dialogs` must outlive the dialog; it asks for the overlay's file.
+    /// `dialogs` must outlive this dialog; it asks for the overlay's file.
     Window_Configurations(QWidget* mainWindow, Dialogs& dialogs, const DialogSettings& settings,
                           const LiveSettings& live, const DialogChoices& choices, OutlinesOf outlines);
     ~Window_Configurations() override;
 
-    /// Runs until the user presses OK or Cancel or closes the window; the return code.
+    /// Runs until the user presses OK or Cancel or closes the window. Returns the return code.
     int runModal();
     /// 1 after OK, 0 after Cancel and when the window was closed.
     std::int64_t returnCode() const { return returnCode_; }
     void setReturnCode(std::int64_t code) { returnCode_ = code; }
 
-    /// As chosen so far. A control that was not touched gives what it shows, which for a value outside its range is
-    /// the nearest one.
+    /// The values as currently chosen. An unchanged control gives the value that it shows: for a value outside its
+    /// range, the nearest one.
     DialogSettings settings() const;
     const LiveSettings& live() const { return live_; }
     FrameThumbnail& thumbnail();
@@ -88,22 +88,22 @@ public:
     void OnRadioOverlay7() { choose(radioOverlay, 7); }
     void OnRadioOverlay8() { choose(radioOverlay, 8); }
 
-    /// Asks for a picture, which is the overlay at once. A file that cannot be read leaves no overlay picture.
+    /// Asks for a picture, which becomes the overlay at once. A file that cannot be read leaves no overlay picture.
     void OnBrowseForImage();
     void OnSoundPreferences() { Q_EMIT soundPreferencesWanted(); }
     void OnApply();
     void OnChangeSaturation();
     void OnChangeBrightness();
     void OnChangeContrast();
-    /// The colours as the camera sees them.
+    /// Resets the colours to neutral.
     void OnDefaults();
 
     void reject() override { OnCancel(); }
 
 Q_SIGNALS:
-    /// `live` holds another overlay picture or other colour controls.
+    /// `live` has another overlay picture or other colour controls.
     void liveSettingsChanged();
-    /// The user wants the system's sound settings.
+    /// The user requests the system's sound settings.
     void soundPreferencesWanted();
 
 protected:

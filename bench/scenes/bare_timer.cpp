@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// bare_timer RATE SECONDS: a thread that does nothing but wake RATE times a second, at absolute times. Prints, for
-// every second, by how many seconds it woke too late at most: what the machine itself allows.
+// bare_timer RATE SECONDS: a thread that only wakes RATE times a second, at absolute times. Prints the largest delay of
+// each second in seconds: the limit of the machine itself.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// caret_desktop [BLINKS]: a desktop with a page of text on which nothing happens but a caret that blinks BLINKS times a
-// second (1 unless told; 0 stands still).
+// caret_desktop [BLINKS]: a desktop with a page of text on which only a caret blinks, BLINKS times a second (default 1;
+// 0 stands still).
 #include <QApplication>
 #include <QPainter>
 #include <QPixmap>
@@ -65,7 +65,7 @@ int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
     Caret caret(argc > 1 ? std::atoi(argv[1]) : 1);
-    // As a desktop, so that every other window lies above it, whatever the window manager.
+    // As a desktop, so that every other window is above it with any window manager.
     caret.setAttribute(Qt::WA_X11NetWmWindowTypeDesktop);
     caret.setGeometry(QGuiApplication::primaryScreen()->geometry());
     caret.show();

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // first_window PROGRAM [ARGUMENT...]: starts the program and prints the seconds until the server maps its first window
-// on DISPLAY, which is before it is painted; then kills it. It waits for the server's own word, so that it takes no
-// processor time from the program. Needs a window manager that has its frames mapped as ordinary windows, as openbox
-// does, and nobody else who opens windows.
+// on DISPLAY, which is before it is painted; then kills it. It waits for the server's event, so that it takes no
+// processor time from the program. Needs a window manager whose frames are mapped as ordinary windows, such as openbox,
+// and no other program that opens windows.
 #include <xcb/xcb.h>
 
 #include <chrono>
@@ -21,7 +21,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kPatience{20'000};
-constexpr int kSmallest = 50; ///< pixels; toolkits map little helpers that nobody sees
+constexpr int kSmallest = 50; ///< pixels; toolkits map small invisible helper windows
 
 struct Free {
     void operator()(void* memory) const { std::free(memory); }
@@ -29,7 +29,7 @@ struct Free {
 template <typename T>
 using Owned = std::unique_ptr<T, Free>;
 
-/// A window that the window manager leaves alone is none that a user would call a window.
+/// Ignores windows that the window manager does not manage: users do not regard them as windows.
 bool isFirstWindow(xcb_connection_t* connection, const xcb_generic_event_t& event)
 {
     if ((event.response_type & 0x7f) != XCB_MAP_NOTIFY)
@@ -40,7 +40,7 @@ bool isFirstWindow(xcb_connection_t* connection, const xcb_generic_event_t& even
     return !mapped.override_redirect && geometry && geometry->width >= kSmallest;
 }
 
-/// False when it did not come.
+/// False when no window came in time.
 bool waitForWindow(xcb_connection_t* connection, Clock::time_point deadline)
 {
     for (;;) {

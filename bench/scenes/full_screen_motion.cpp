@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// full_screen_motion [STEPS]: a full screen whose every pixel moves STEPS times a second (60 unless told; 0 stands
-// still), cheap to draw: the server copies from a large picture made once, from a place that changes.
+// full_screen_motion [STEPS]: a full screen on which every pixel moves STEPS times a second (default 60; 0 stands
+// still), cheap to draw: the server copies from a changing position of a large picture that is made once.
 #include <QApplication>
 #include <QImage>
 #include <QPainter>
@@ -15,7 +15,7 @@
 
 namespace {
 
-/// Soft colours with fine text-like detail, so that encoders find both flat parts and edges.
+/// Soft colours with fine text-like detail, so that encoders find both flat areas and edges.
 QPixmap scenery(const QSize& size)
 {
     QPixmap picture(size);
@@ -34,12 +34,12 @@ QPixmap scenery(const QSize& size)
     return picture;
 }
 
-/// The picture in the X server, which only copies from it: the scene is to cost next to nothing.
+/// Keeps the picture in the X server, which only copies from it, so that the scene costs almost nothing.
 class Motion : public QWidget {
 public:
     explicit Motion(int stepsPerSecond)
     {
-        // As a desktop, so that every other window lies above it, whatever the window manager. The second makes the
+        // As a desktop, so that every other window is above it with any window manager. The second call creates the
         // window.
         setAttribute(Qt::WA_X11NetWmWindowTypeDesktop);
         setAttribute(Qt::WA_PaintOnScreen);
@@ -70,7 +70,7 @@ private:
         context_ = xcb_generate_id(connection_);
         const std::uint32_t noExposures = 0;
         xcb_create_gc(connection_, context_, pixmap_, XCB_GC_GRAPHICS_EXPOSURES, &noExposures);
-        for (int y = 0; y < picture.height(); ++y) // a request has a largest size
+        for (int y = 0; y < picture.height(); ++y) // requests have a maximum size
             xcb_put_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap_, context_, width, 1, 0,
                           static_cast<std::int16_t>(y), 0, screen->root_depth,
                           static_cast<std::uint32_t>(picture.bytesPerLine()), picture.constScanLine(y));
@@ -88,7 +88,7 @@ private:
     }
 
     xcb_connection_t* const connection_ = qApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
-    xcb_pixmap_t pixmap_ = 0; ///< both go with the connection
+    xcb_pixmap_t pixmap_ = 0; ///< both are freed with the connection
     xcb_gcontext_t context_ = 0;
     QTimer timer_;
     int step_ = 0;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// simulated_hour [SECONDS]: the whole program over a clock that is turned by hand records an hour (3600 seconds) at 30
-// frames a second, with the real movie writer and a small screen that changes with every second frame. In the first
-// minute everything changes with every frame, so that once as many frames wait for the encoders as ever may; how many
-// do later is chance. Prints the frames and by how many bytes the resident memory grew from the first minute on.
+// simulated_hour [SECONDS]: the whole program with a simulated clock records an hour (3600 seconds) at 30 frames a
+// second, with the real movie writer and a small screen that changes with every second frame. In the first minute
+// everything changes with every frame, so that the encoders' queue once reaches its maximum; its later length is
+// chance. Prints the number of frames and the growth of the resident memory in bytes after the first minute.
 #include "app/AppDelegate.h"
 #include "app/Window_Main.h"
 #include "app/connectCommands.h"
@@ -44,7 +44,7 @@ std::int64_t residentBytes()
     return file.open(QIODevice::ReadOnly) ? file.readAll().split(' ').at(1).toLongLong() * sysconf(_SC_PAGESIZE) : 0;
 }
 
-/// What the screen shows, made beforehand so that all that grows is the program's.
+/// The screen's pictures, made in advance so that only the program's memory grows.
 std::vector<QImage> screenPictures(int rowsThatDiffer)
 {
     std::minstd_rand random;

@@ -20,7 +20,7 @@ struct Extent {
     int step = 1;
 };
 
-/// A number, a range, or a list of these.
+/// Reads a number, a range, or a list of these.
 std::vector<Extent> extentsOf(const GValue* value)
 {
     std::vector<Extent> extents;
@@ -83,7 +83,7 @@ GstCameraCaps::GstCameraCaps(const GstCaps* caps)
             add(structure, {.media = media, .format = {}}, kCostJpeg);
         if (media != "video/x-raw")
             continue;
-        // Some programs that pose as cameras leave open what they will send.
+        // Some programs that act as cameras do not fix the format in advance.
         if (!gst_structure_has_field(structure, "format"))
             add(structure, {.media = media, .format = {}, .converted = true}, kCostConverted);
         for (const std::string& format : textsOf(gst_structure_get_value(structure, "format")))

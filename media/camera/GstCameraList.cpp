@@ -70,7 +70,7 @@ ListedCamera describe(std::shared_ptr<GstDevice> device)
     return camera;
 }
 
-/// How often a service has reported a change.
+/// Counts the changes that the services report.
 class Reports {
 public:
     std::uint64_t count()
@@ -84,7 +84,7 @@ public:
         ++count_;
         more_.notify_all();
     }
-    /// Returns the count as soon as it is another than `known`.
+    /// Returns the count as soon as it differs from `known`.
     std::uint64_t waitForMore(std::uint64_t known)
     {
         std::unique_lock lock(mutex_);
@@ -122,9 +122,9 @@ GstDeviceMonitor* makeMonitor()
     return monitor;
 }
 
-/// The one monitor of all lists, because a provider reports changes to one of several monitors only: with
-/// GStreamer 1.22 to the last one, with 1.26 not to that one. It is never stopped: PipeWire's provider (0.3.65) frees
-/// its nodes a second time when the last monitor stops it.
+/// The only monitor of all lists, because a provider reports changes to only one of several monitors: with GStreamer
+/// 1.22 to the last one, with 1.26 not to that one. It is never stopped: PipeWire's provider (0.3.65) frees its nodes a
+/// second time when the last monitor stops it.
 GstDeviceMonitor* theMonitor()
 {
     static GstDeviceMonitor* const monitor = makeMonitor();
@@ -147,7 +147,7 @@ std::vector<Camera> listing(GstDeviceMonitor* monitor)
             listed.push_back(describe(std::move(device)));
     }
     g_list_free(devices);
-    // PipeWire's provider lists the latest first from 1.4 on.
+    // PipeWire's provider lists the latest camera first from 1.4 on.
     const auto isPipeWires = [](const ListedCamera& camera) { return camera.service == CameraService::PipeWire; };
     const auto first = std::find_if(listed.begin(), listed.end(), isPipeWires);
     std::stable_sort(first, std::find_if_not(first, listed.end(), isPipeWires),
@@ -191,7 +191,7 @@ std::vector<Camera> joinListings(const std::vector<ListedCamera>& listed)
 struct GstCameraList::Shared {
     std::mutex mutex;
     std::condition_variable changed;
-    ChangeHandler handler; ///< not called any more once `ending`
+    ChangeHandler handler; ///< not called any more once `ending` is set
     std::vector<Camera> cameras;
     bool listed = false;
     bool ending = false;
@@ -209,7 +209,7 @@ GstCameraList::~GstCameraList()
     std::unique_lock lock(shared_->mutex);
     shared_->ending = true;
     reports().add(); // wakes the watching thread
-    // A service that hangs must not hang us: the thread then keeps what it needs.
+    // A service that hangs must not block this thread: the watching thread then keeps what it needs.
     shared_->changed.wait_for(lock, kFarewell, [this] { return shared_->ended; });
 }
 

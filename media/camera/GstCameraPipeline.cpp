@@ -19,9 +19,9 @@ namespace {
 
 using std::chrono::steady_clock;
 
-/// How soon an abandoned camera is noticed.
+/// Delay until an abandoned camera is noticed.
 constexpr GstClockTime kPull = 20 * GST_MSECOND;
-/// Cameras in the dark go down to a few frames a second, not below; some need long to send their first.
+/// Cameras in the dark slow down to a few frames a second, not below; some take long to send their first frame.
 constexpr std::chrono::seconds kSilence{3};
 constexpr std::chrono::seconds kFirstFrame{10};
 constexpr std::chrono::seconds kGivenBack{2};
@@ -46,7 +46,7 @@ GstElement* makeSource(GstDevice* device)
 {
     GstElement* source = gst_device_create_element(device, nullptr);
     GstElementFactory* factory = source ? gst_element_get_factory(source) : nullptr;
-    // Without copies a node that vanishes takes the memory with it while it is being read.
+    // pipewiresrc frees its buffers when the node disappears, so copy them.
     if (factory && std::string_view(GST_OBJECT_NAME(factory)) == "pipewiresrc")
         g_object_set(source, "do-timestamp", TRUE, "always-copy", TRUE, nullptr);
     return source;
@@ -66,7 +66,7 @@ CameraPixels pixelsOf(GstVideoFormat format)
     }
 }
 
-/// The sample's memory for reading, as long as this lives.
+/// Maps a sample's memory for reading as long as this object lives.
 class MappedSample {
 public:
     explicit MappedSample(GstSample* sample) : buffer_(gst_sample_get_buffer(sample))
@@ -90,7 +90,7 @@ public:
     MappedSample(const MappedSample&) = delete;
     MappedSample& operator=(const MappedSample&) = delete;
 
-    /// Null when there is nothing to read: the buffer is smaller than its caps say.
+    /// Null when there is nothing to read: the buffer is smaller than its caps specify.
     const CameraFrame* frame() const { return jpeg_ || raw_ ? &frame_ : nullptr; }
 
 private:
@@ -133,7 +133,7 @@ private:
 std::shared_ptr<GstCameraPipeline> GstCameraPipeline::start(Job job)
 {
     std::shared_ptr<GstCameraPipeline> made(new GstCameraPipeline(std::move(job)));
-    // A state change that hangs keeps this thread, and nobody else; so nobody joins it.
+    // A state change that hangs blocks only this thread, so nobody joins it.
     std::thread([made] { made->run(); }).detach();
     return made;
 }
@@ -254,10 +254,10 @@ void GstCameraPipeline::deliver(GstSample* sample)
 {
     const MappedSample mapped(sample);
     if (const CameraFrame* frame = mapped.frame())
-        hand(*frame);
+        pass(*frame);
 }
 
-void GstCameraPipeline::hand(CameraFrame frame)
+void GstCameraPipeline::pass(CameraFrame frame)
 {
     frame.picture = job_.picture;
     frame.source = job_.source;
@@ -272,7 +272,7 @@ bool GstCameraPipeline::isAbandoned()
     return abandoned_;
 }
 
-/// Looks for a message that says the camera has failed, and keeps its reason.
+/// Checks for a message that reports a failure of the camera, and stores its reason.
 bool GstCameraPipeline::hasFailed()
 {
     const GstPtr<GstBus> bus(gst_element_get_bus(pipeline_.get()));

@@ -13,8 +13,8 @@
 
 namespace lumavex {
 
-/// One opening of one camera. Everything that may take long happens on its thread "captureQueue", which also hands the
-/// frames over:
+/// One opening of one camera. Everything that may take long happens on its thread "captureQueue", which also passes the
+/// frames to the handler:
 ///
 ///     camera ! capsfilter (the mode) [ ! videoconvert ! capsfilter (BGRx) ] ! appsink (newest frame only)
 ///                                                                               |
@@ -27,27 +27,27 @@ public:
         std::shared_ptr<GstDevice> device;
         QString name; ///< for messages
         GstPtr<GstCaps> caps;
-        bool convert = false; ///< pictures of a kind that has to be converted first
-        QSize picture;        ///< what is to be made of the frames
+        bool convert = false; ///< the pictures need a conversion
+        QSize picture;        ///< size of the pictures to make of the frames
         std::uint64_t source = 0;
-        std::shared_ptr<GstCameraPipeline> before; ///< has to give its camera back first; may be null
+        std::shared_ptr<GstCameraPipeline> before; ///< must release its camera first; may be null
         CameraSource::FrameHandler frame;          ///< may be null
-        std::function<void()> started;             ///< the first frame is here; on the capture queue
-        std::function<void()> ended;               ///< it failed or fell silent; on the capture queue, last of all
+        std::function<void()> started;             ///< the first frame has arrived; on the capture queue
+        std::function<void()> ended; ///< the camera has failed or sends nothing; on the capture queue, after all others
     };
     using Time = std::chrono::steady_clock::time_point;
 
     /// Begins to open the camera; returns at once.
     static std::shared_ptr<GstCameraPipeline> start(Job job);
 
-    /// Waits for the first frame, a failure or the time. Empty when the camera runs, if need be without having sent
-    /// anything yet; else why not, in the user's words.
+    /// Waits for the first frame, a failure or the deadline. Empty when the camera runs, even if it has not sent
+    /// anything yet; else the reason as text for the user.
     QString waitUntilRunning(Time deadline);
-    /// Neither running nor failed: the system does not answer.
+    /// True while the camera neither runs nor has failed: the system does not answer.
     bool isOpening();
-    /// No handler runs when this returns, nor later. The camera is given back soon.
+    /// No handler runs after this returns. The camera is released soon.
     void abandon();
-    /// Abandons it and waits until the camera is given back, at most 2 s.
+    /// Abandons the camera and waits until it is released, at most 2 s.
     void stop();
 
 private:
@@ -59,7 +59,7 @@ private:
     bool play();
     void pullFrames();
     void deliver(GstSample* sample);
-    void hand(CameraFrame frame);
+    void pass(CameraFrame frame);
     bool isAbandoned();
     bool hasFailed();
     void fail(const QString& reason);
@@ -67,17 +67,17 @@ private:
     QString cannotStart(const QString& why) const;
 
     Job job_;
-    GstPtr<GstElement> pipeline_; ///< capture queue
+    GstPtr<GstElement> pipeline_; ///< used on the capture queue only
     GstElement* sink_ = nullptr;  ///< belongs to the pipeline
 
     std::mutex handling_; ///< held while a handler runs
     bool abandoned_ = false;
 
-    std::mutex mutex_; ///< guards what follows
+    std::mutex mutex_; ///< guards the members below
     std::condition_variable changed_;
     Phase phase_ = Phase::Opening;
     QString trouble_;
-    bool finished_ = false; ///< the camera is given back
+    bool finished_ = false; ///< the camera is released
 };
 
 } // namespace lumavex

@@ -18,10 +18,10 @@ namespace {
 using std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kOpen{2900};
-/// Another service is not worth trying in less time.
+/// Less time is not enough to try another service.
 constexpr std::chrono::milliseconds kLeastOpen{300};
 constexpr std::chrono::seconds kRetry{1};
-/// An attempt to take a camera up again that has not been answered by then is given up for another.
+/// An attempt to reopen a lost camera that takes longer is abandoned for another.
 constexpr std::chrono::seconds kAttempt{4};
 
 QString missing(const QString& name)
@@ -50,55 +50,55 @@ public:
     void setPresenceHandler(PresenceHandler handler) override { presenceHandler_ = std::move(handler); }
 
 private:
-    /// A camera that is to run, as long as nobody stops it.
+    /// A camera that is to run until somebody stops it.
     struct Opening {
         CameraRequest request;
         FrameHandler frame;
         PresenceHandler presence;
-        std::shared_ptr<GstCameraPipeline> pipeline; ///< null while there is none to be had
-        std::string key;                             ///< of what the pipeline reads
-        steady_clock::time_point since;              ///< when the pipeline was made
+        std::shared_ptr<GstCameraPipeline> pipeline; ///< null while the camera is not available
+        std::string key;                             ///< key of the listing that the pipeline reads
+        steady_clock::time_point since;              ///< start of the pipeline
         bool present = true;
         std::size_t attempts = 0;
-        OutcomeHandler outcome;                    ///< null unless it is still to be told; of such an opening:
-        std::vector<ListedCamera> ways;            ///< the first `attempts` of them were tried
-        QString trouble;                           ///< what the first of them said
-        std::shared_ptr<GstCameraPipeline> before; ///< gives its camera back first
+        OutcomeHandler outcome; ///< null once the outcome is reported; the members below are for an opening before that
+        std::vector<ListedCamera> ways;            ///< the first `attempts` of them have been tried
+        QString trouble;                           ///< reason of the first failure
+        std::shared_ptr<GstCameraPipeline> before; ///< releases its camera first
     };
 
     GstCameraList& list();
     std::vector<Camera> cameras() { return list().cameras(); }
     QString find(const CameraRequest& request, Camera& found);
     Opening openingOf(const CameraRequest& request) const;
-    QString openFirstWay(const Camera& camera, Opening& opening);
-    QString openOneWay(const ListedCamera& way, Opening& opening, steady_clock::time_point deadline);
+    QString openByFirstService(const Camera& camera, Opening& opening);
+    QString openByService(const ListedCamera& way, Opening& opening, steady_clock::time_point deadline);
     bool begin(const ListedCamera& way, Opening& opening);
-    bool beginNextWay();
-    void wayFailed(const QString& trouble);
+    bool beginNextService();
+    void serviceFailed(const QString& trouble);
     void decide(const QString& trouble);
     void loseOrTryNext(const QString& trouble);
-    std::shared_ptr<GstCameraPipeline> letGo();
+    std::shared_ptr<GstCameraPipeline> release();
     void listChanged();
     void pipelineStarted(std::uint64_t number);
     void pipelineEnded(std::uint64_t number);
     void lose();
-    void takeUpAgain();
+    void reopen();
 
     FrameHandler frameHandler_;
     PresenceHandler presenceHandler_;
     std::uint64_t source_ = 0;
-    std::uint64_t pipelines_ = 0; ///< made so far; the number of the latest
+    std::uint64_t pipelines_ = 0; ///< number made so far, which is also the number of the latest
     std::optional<Opening> opening_;
-    QTimer retry_;                        ///< also brings what other threads report to the main thread
-    QTimer patience_;                     ///< with an opening whose outcome is still to be told
-    std::unique_ptr<GstCameraList> list_; ///< null until somebody wants a camera: GStreamer takes its time to start
+    QTimer retry_;                        ///< also the context in which reports of other threads reach the main thread
+    QTimer patience_;                     ///< runs while the outcome of an opening is not yet reported
+    std::unique_ptr<GstCameraList> list_; ///< null until a camera is needed: GStreamer starts slowly
 };
 
 GstCameraSource::GstCameraSource()
 {
     retry_.setSingleShot(true);
     retry_.setInterval(kRetry);
-    QObject::connect(&retry_, &QTimer::timeout, &retry_, [this] { takeUpAgain(); });
+    QObject::connect(&retry_, &QTimer::timeout, &retry_, [this] { reopen(); });
     patience_.setSingleShot(true);
     patience_.setInterval(kOpen);
     QObject::connect(&patience_, &QTimer::timeout, &patience_,
@@ -129,7 +129,7 @@ QStringList GstCameraSource::names()
     return result;
 }
 
-/// Empty when the camera is found, else why not.
+/// Empty when the camera is found, else the reason.
 QString GstCameraSource::find(const CameraRequest& request, Camera& found)
 {
     if (QString trouble = initGStreamer(); !trouble.isEmpty())
@@ -164,7 +164,7 @@ QString GstCameraSource::open(const CameraRequest& request)
     if (QString trouble = find(request, camera); !trouble.isEmpty())
         return trouble;
     Opening opening = openingOf(request);
-    const QString trouble = openFirstWay(camera, opening);
+    const QString trouble = openByFirstService(camera, opening);
     if (trouble.isEmpty())
         opening_ = std::move(opening);
     return trouble;
@@ -172,7 +172,7 @@ QString GstCameraSource::open(const CameraRequest& request)
 
 QString GstCameraSource::beginOpening(const CameraRequest& request, OutcomeHandler outcome)
 {
-    auto before = letGo();
+    auto before = release();
     ++source_;
     Camera camera;
     if (QString trouble = find(request, camera); !trouble.isEmpty())
@@ -180,8 +180,8 @@ QString GstCameraSource::beginOpening(const CameraRequest& request, OutcomeHandl
     opening_ = openingOf(request);
     opening_->before = std::move(before);
     opening_->ways = std::move(camera.ways);
-    if (!beginNextWay()) {
-        letGo();
+    if (!beginNextService()) {
+        release();
         return noSuchResolution(request.name);
     }
     opening_->outcome = std::move(outcome);
@@ -189,8 +189,8 @@ QString GstCameraSource::beginOpening(const CameraRequest& request, OutcomeHandl
     return {};
 }
 
-/// False when no way is left that offers the resolution.
-bool GstCameraSource::beginNextWay()
+/// False when none of the remaining services offers the resolution.
+bool GstCameraSource::beginNextService()
 {
     while (opening_->attempts < opening_->ways.size())
         if (begin(opening_->ways[opening_->attempts++], *opening_))
@@ -198,36 +198,36 @@ bool GstCameraSource::beginNextWay()
     return false;
 }
 
-/// Ends the attempt that is under way and begins the next; without a next the opening has failed.
-void GstCameraSource::wayFailed(const QString& trouble)
+/// Ends the current attempt and begins the next; when there is none, the opening has failed.
+void GstCameraSource::serviceFailed(const QString& trouble)
 {
     opening_->pipeline->abandon();
     opening_->before = opening_->pipeline;
     if (opening_->trouble.isEmpty())
         opening_->trouble = trouble;
-    if (!beginNextWay())
+    if (!beginNextService())
         decide(opening_->trouble);
 }
 
-/// The outcome is known.
+/// Ends the opening and reports its outcome.
 void GstCameraSource::decide(const QString& trouble)
 {
     patience_.stop();
     const OutcomeHandler outcome = std::exchange(opening_->outcome, nullptr);
     if (!trouble.isEmpty())
-        letGo();
+        release();
     outcome(trouble);
 }
 
-/// Opens the camera by the first of the services that gives it. Empty on success, else what the first one said.
-QString GstCameraSource::openFirstWay(const Camera& camera, Opening& opening)
+/// Opens the camera by the first service that succeeds. Empty on success, else the reason of the first failure.
+QString GstCameraSource::openByFirstService(const Camera& camera, Opening& opening)
 {
     const auto deadline = steady_clock::now() + kOpen;
     QString trouble;
     for (const ListedCamera& way : camera.ways) {
         if (deadline - steady_clock::now() < kLeastOpen)
             break;
-        const QString reason = openOneWay(way, opening, deadline);
+        const QString reason = openByService(way, opening, deadline);
         if (reason.isEmpty())
             return {};
         if (trouble.isEmpty())
@@ -236,7 +236,7 @@ QString GstCameraSource::openFirstWay(const Camera& camera, Opening& opening)
     return trouble;
 }
 
-QString GstCameraSource::openOneWay(const ListedCamera& way, Opening& opening, steady_clock::time_point deadline)
+QString GstCameraSource::openByService(const ListedCamera& way, Opening& opening, steady_clock::time_point deadline)
 {
     opening.pipeline.reset();
     if (!begin(way, opening))
@@ -281,12 +281,12 @@ bool GstCameraSource::begin(const ListedCamera& way, Opening& opening)
 
 void GstCameraSource::stop()
 {
-    if (const auto pipeline = letGo())
+    if (const auto pipeline = release())
         pipeline->stop();
 }
 
-/// No handler is called any more. The pipeline that still has to give its camera back, or null.
-std::shared_ptr<GstCameraPipeline> GstCameraSource::letGo()
+/// No handler is called any more. Returns the pipeline that still has to release its camera, or null.
+std::shared_ptr<GstCameraPipeline> GstCameraSource::release()
 {
     retry_.stop();
     patience_.stop();
@@ -309,7 +309,7 @@ void GstCameraSource::listChanged()
     if (!listed)
         loseOrTryNext(missing(opening_->request.name));
     if (opening_ && !opening_->present)
-        takeUpAgain();
+        reopen();
 }
 
 void GstCameraSource::pipelineStarted(std::uint64_t number)
@@ -331,16 +331,16 @@ void GstCameraSource::pipelineEnded(std::uint64_t number)
         loseOrTryNext(opening_->pipeline->waitUntilRunning(steady_clock::now()));
 }
 
-/// The pipeline is of no use any more, for this reason.
+/// The pipeline is no longer usable, for this reason.
 void GstCameraSource::loseOrTryNext(const QString& trouble)
 {
     if (opening_->outcome)
-        wayFailed(trouble);
+        serviceFailed(trouble);
     else
         lose();
 }
 
-/// The pipeline is of no use any more; the camera may come back.
+/// The pipeline is no longer usable; the camera may come back.
 void GstCameraSource::lose()
 {
     if (opening_->pipeline)
@@ -353,7 +353,7 @@ void GstCameraSource::lose()
         handler(false);
 }
 
-void GstCameraSource::takeUpAgain()
+void GstCameraSource::reopen()
 {
     if (!opening_ || opening_->present)
         return;

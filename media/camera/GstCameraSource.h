@@ -7,8 +7,8 @@
 
 namespace lumavex {
 
-/// The cameras of V4L2, PipeWire and libcamera. Needs a running event loop for the presence handler, and to take a
-/// camera up again that was lost.
+/// The cameras of V4L2, PipeWire and libcamera. Needs a running event loop for the presence handler and for reopening a
+/// lost camera.
 std::unique_ptr<CameraSource> createGstCameraSource();
 
 } // namespace lumavex

@@ -5,7 +5,7 @@
 
 namespace lumavex {
 
-/// Initialises GStreamer at the first call. Empty, or why it cannot be used, in the user's words. Any thread.
+/// Initialises GStreamer at the first call. Empty on success, else the reason as text for the user. Any thread.
 QString initGStreamer();
 
 } // namespace lumavex

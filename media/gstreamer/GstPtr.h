@@ -17,7 +17,7 @@ struct GstUnref {
     void operator()(GstMessage* message) const { gst_message_unref(message); }
 };
 
-/// Owns one reference to a GStreamer object. Null when there is none.
+/// Owns one reference to a GStreamer object, or null.
 template <typename T>
 using GstPtr = std::unique_ptr<T, GstUnref>;
 

@@ -83,7 +83,7 @@ public:
     }
 
 private:
-    /// Null without the library.
+    /// Null when the library cannot be loaded.
     CameraSource* loaded()
     {
         if (const MediaBackends* const backends = load_().backends; backends && !cameras_) {
@@ -96,10 +96,10 @@ private:
 
     MediaLoader load_;
     std::unique_ptr<CameraSource> cameras_; ///< null until it is needed
-    FrameHandler frameHandler_;             ///< for the time until then
+    FrameHandler frameHandler_;             ///< until then
     PresenceHandler presenceHandler_;
     std::uint64_t refusedOpenings_ = 0;
-    QObject context_; ///< what the thread has still to say ends with it
+    QObject context_; ///< its end cancels the pending calls of the thread
     std::jthread loading_;
 };
 
@@ -131,7 +131,7 @@ private:
     std::unique_ptr<SoundSettings> settings_;
 };
 
-/// Says why there is no sound, as a recorder does that cannot write its file.
+/// Reports that there is no sound, like a recorder that cannot write its file.
 class NoSoundRecorder final : public SoundRecorder {
 public:
     NoSoundRecorder(QString trouble, EventHandler onEvent) : trouble_(std::move(trouble)), onEvent_(std::move(onEvent))
@@ -140,7 +140,7 @@ public:
 
     void record(Nanoseconds) override
     {
-        if (!std::exchange(told_, true) && onEvent_)
+        if (!std::exchange(reported_, true) && onEvent_)
             QMetaObject::invokeMethod(
                 &context_,
                 [this] {
@@ -160,8 +160,8 @@ public:
 private:
     QString trouble_;
     EventHandler onEvent_;
-    bool told_ = false;
-    QObject context_; ///< what it has still to say ends with it
+    bool reported_ = false;
+    QObject context_; ///< its end cancels pending reports
 };
 
 } // namespace

@@ -8,8 +8,8 @@
 namespace lumavex {
 
 // Cameras and sound whose library is loaded by the first call that needs it, so that the window need not wait for it.
-// That call takes as long as the disk needs, beside what the interface promises; only `beginListing` loads on a thread
-// of its own. Without the library there is no camera, and a recorder says at once that the sound is lost and leaves no
+// That call takes the time for loading in addition to what the interface promises; only `beginListing` loads on its own
+// thread. Without the library there is no camera, and a recorder reports at once that the sound is lost and leaves no
 // file.
 
 std::unique_ptr<CameraSource> createLazyCameraSource(MediaLoader load);

@@ -9,11 +9,11 @@
 
 namespace lumavex {
 
-/// What the library of cameras and sound hands to the program, under the name in kMediaBackendsSymbol. None of the
-/// functions is null or fails.
+/// Functions that the library of cameras and sound offers to the program, under the name in kMediaBackendsSymbol. None
+/// is null or fails.
 struct MediaBackends {
-    /// LUMAVEX_INTERFACE_STAMP, a digest of this file and of the interfaces. A library with another one is of another
-    /// build and may not be called. First in every build.
+    /// LUMAVEX_INTERFACE_STAMP, a digest of this file and of the interfaces. A library with another digest is of
+    /// another build and must not be called. First in every build.
     const char* stamp;
     std::unique_ptr<CameraSource> (*createCameraSource)();
     std::unique_ptr<SoundSettings> (*createSoundSettings)();

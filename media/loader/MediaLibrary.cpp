@@ -11,10 +11,10 @@
 namespace lumavex {
 namespace {
 
-/// From the program's folder to the library's: where both are built, and where both are installed.
+/// Paths from the program's folder to the library: as built and as installed.
 constexpr const char* kSearchPaths[] = {"lumavex-media.so", LUMAVEX_LIBDIR_FROM_BINDIR "/lumavex-media.so"};
 
-/// Where the library is, else where it should be.
+/// Path of the library, or the path at which it should be.
 QString path()
 {
     const QString folder = QCoreApplication::applicationDirPath() + u'/';

@@ -9,21 +9,21 @@
 
 namespace lumavex {
 
-/// The library of cameras and sound, or why there is none, in the user's words.
+/// The library of cameras and sound, or the reason for its absence as text for the user.
 struct MediaLibrary {
-    const MediaBackends* backends; ///< null: `trouble` says why
+    const MediaBackends* backends; ///< null: see `trouble`
     QString trouble;
 };
 
-/// Gives the library, the same each time, and loads it at the first call, for which the others wait. Any thread.
+/// Returns the library, always the same. The first call loads it; concurrent calls wait. Any thread.
 using MediaLoader = std::function<const MediaLibrary&()>;
 
-/// Loads the library in that file. It stays until the program ends, since the threads of its own libraries do. Any
+/// Loads the library in this file. It stays until the program ends, since the threads of its own libraries do. Any
 /// thread.
 MediaLibrary loadMediaLibrary(const QString& path);
 
-/// The library that was built or installed with the program, loaded at the first call. Any thread, after the
-/// application was made.
+/// The library that was built or installed with the program, loaded at the first call. Any thread, once the application
+/// object exists.
 const MediaLibrary& installedMediaLibrary();
 
 } // namespace lumavex

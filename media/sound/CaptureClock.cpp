@@ -19,8 +19,8 @@ Nanoseconds CaptureClock::streamOrigin(Nanoseconds now, Nanoseconds streamEnd, N
     const Nanoseconds arrived = earliestOrigin(now, now - streamEnd);
     begun_ = begun_.value_or(now);
     if (readings_.size() < kReadings) {
-        const Nanoseconds told = now - deviceNow;
-        readings_.insert(std::upper_bound(readings_.begin(), readings_.end(), told), told);
+        const Nanoseconds deviceOrigin = now - deviceNow;
+        readings_.insert(std::upper_bound(readings_.begin(), readings_.end(), deviceOrigin), deviceOrigin);
     }
     if (now - *begun_ < kWindow)
         latency_ = arrived - readings_[readings_.size() / 2];

@@ -20,7 +20,7 @@ struct DesktopProgram {
     const char* command;
 };
 
-/// Desktops' own settings may refuse to run elsewhere, so they are tried in their own desktop only.
+/// A desktop's own settings may refuse to run elsewhere, so they are tried only in that desktop.
 constexpr std::array kOwnPrograms = {
     DesktopProgram{"GNOME", "gnome-control-center sound"},   DesktopProgram{"Unity", "unity-control-center sound"},
     DesktopProgram{"Budgie", "budgie-control-center sound"}, DesktopProgram{"KDE", "systemsettings kcm_pulseaudio"},
@@ -30,7 +30,7 @@ constexpr std::array kOwnPrograms = {
     DesktopProgram{"LXQt", "pavucontrol-qt --tab=4"},
 };
 
-/// Of any desktop; the fourth tab is that of the inputs.
+/// For every desktop; the fourth tab shows the inputs.
 constexpr std::array kCommonPrograms = {"pavucontrol --tab=4", "pavucontrol-qt --tab=4", "pwvucontrol"};
 
 } // namespace
@@ -72,7 +72,7 @@ bool DesktopSoundSettings::open()
         QProcess process;
         process.setProgram(executable);
         process.setArguments(program.sliced(1));
-        // What it prints is no message of ours.
+        // The program's output is no message of ours.
         process.setStandardOutputFile(QProcess::nullDevice());
         process.setStandardErrorFile(QProcess::nullDevice());
         process.setStandardInputFile(QProcess::nullDevice());

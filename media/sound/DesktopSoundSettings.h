@@ -8,12 +8,12 @@
 
 namespace lumavex {
 
-/// The programs that show settings of sound, best first, each with its arguments. `desktops` is XDG_CURRENT_DESKTOP
-/// (freedesktop.org, desktop entries): names with colons between them, the most special first.
+/// Programs that show sound settings, best first, each with its arguments. `desktops` is XDG_CURRENT_DESKTOP
+/// (freedesktop.org, desktop entries): names separated by colons, the most specific first.
 QList<QStringList> soundSettingsPrograms(const QString& desktops);
 
-/// The sound server's default source, or the ALSA card where no server runs; and of the above programs the first one
-/// that is installed.
+/// Reads the name of the sound server's default source, or of the ALSA card when no server runs. Opens the first of the
+/// above programs that is installed.
 class DesktopSoundSettings final : public SoundSettings {
 public:
     std::optional<QString> nameOfInput() override;

@@ -18,9 +18,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// After so long without a sound or a reason, the server is taken for one that does not answer.
+/// After this time without sound or a reason, the server counts as not answering.
 constexpr auto kOpeningTolerated = 3s;
-/// After so much silence the user may have something switched off that should be on.
+/// After this much silence the user may have muted or disconnected the input by mistake.
 constexpr std::int64_t kSilenceTolerated = 10 * kSoundRate;
 
 ///     SoundInput ── chunks, on its thread ──► SoundFileWriter ── its own thread ──► WAV file
@@ -49,7 +49,7 @@ public:
             .sound = [this](const SoundChunk& chunk) { hear(chunk); },
             .lost = [this] { stopHearing(); },
             .trouble = [this](const QString& reason) { post([this, reason] { loseSound(reason); }); },
-            .described = [this](const CurrentSoundInput& input) { post([this, input] { tellSilence(input); }); }});
+            .described = [this](const CurrentSoundInput& input) { post([this, input] { notifySilence(input); }); }});
     }
 
     void pause(Nanoseconds at) override
@@ -72,9 +72,9 @@ public:
 
 private:
     enum class Sound { Expected, Heard, Lost };
-    enum class Silence { NotTold, Told, Over };
+    enum class Silence { NotReported, Reported, Over };
 
-    // On the input's threads, one at a time.
+    // Called on the input's threads, one at a time.
 
     void hear(const SoundChunk& chunk)
     {
@@ -101,7 +101,7 @@ private:
         writer_.soundLost();
     }
 
-    /// From any thread to the main thread; nothing is delivered after the recorder has stopped or ended.
+    /// Passes a call from any thread to the main thread, and drops it once the recorder has stopped or ended.
     template <typename Function>
     void post(Function function)
     {
@@ -112,43 +112,43 @@ private:
         QMetaObject::invokeMethod(&opening_, unlessStopped, Qt::QueuedConnection);
     }
 
-    // On the main thread.
+    // Called on the main thread.
 
     void findSound()
     {
         opening_.stop();
         if (std::exchange(sound_, Sound::Heard) == Sound::Lost)
-            tell(SoundEvent::Back, {});
+            notify(SoundEvent::Back, {});
     }
 
     void loseSound(const QString& reason)
     {
         opening_.stop();
         if (std::exchange(sound_, Sound::Lost) != Sound::Lost)
-            tell(SoundEvent::Lost, reason);
+            notify(SoundEvent::Lost, reason);
     }
 
     void loseFile(const QString& reason)
     {
-        tell(SoundEvent::Lost, reason);
+        notify(SoundEvent::Lost, reason);
         fileLost_ = true;
     }
 
     void endSilence()
     {
-        if (std::exchange(silence_, Silence::Over) == Silence::Told)
-            tell(SoundEvent::Heard, {});
+        if (std::exchange(silence_, Silence::Over) == Silence::Reported)
+            notify(SoundEvent::Heard, {});
     }
 
-    void tellSilence(const CurrentSoundInput& input)
+    void notifySilence(const CurrentSoundInput& input)
     {
-        if (silence_ == Silence::Over) // before its input was described
+        if (silence_ == Silence::Over) // the silence ended before its input was described
             return;
-        silence_ = Silence::Told;
-        tell(input.isMuted ? SoundEvent::Muted : SoundEvent::Silent, input.name);
+        silence_ = Silence::Reported;
+        notify(input.isMuted ? SoundEvent::Muted : SoundEvent::Silent, input.name);
     }
 
-    void tell(SoundEvent event, const QString& detail)
+    void notify(SoundEvent event, const QString& detail)
     {
         if (!fileLost_ && onEvent_)
             onEvent_(event, detail);
@@ -156,20 +156,20 @@ private:
 
     EventHandler onEvent_;
     Sound sound_ = Sound::Expected;
-    Silence silence_ = Silence::NotTold;
-    bool fileLost_ = false; // all else is of no interest then
+    Silence silence_ = Silence::NotReported;
+    bool fileLost_ = false; // no event is reported after that
     bool stopped_ = false;
     QString result_;
 
     std::atomic<bool> isRecording_ = false;
-    bool hearing_ = false;        // the input's threads only, as the next
-    bool silenceNoticed_ = false; // it is told once
+    bool hearing_ = false;        // the input's threads only, like the next two
+    bool silenceNoticed_ = false; // reported once
     bool silenceEnded_ = false;
     SoundLevel level_;
 
-    QTimer opening_; // also what ties posted calls to the main thread and to the recorder's life
+    QTimer opening_; // also ties posted calls to the main thread and to the recorder's lifetime
     SoundFileWriter writer_;
-    std::optional<SoundInput> input_; // last: its threads use all the others
+    std::optional<SoundInput> input_; // last: its threads use everything above
 };
 
 } // namespace

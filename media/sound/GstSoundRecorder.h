@@ -5,8 +5,8 @@
 
 namespace lumavex {
 
-/// A recorder that hears the sound server's default source, or the ALSA default device where no server runs. The
-/// device is open from the first record to stop, during a pause too. See SoundRecorderFactory.
+/// A recorder of the sound server's default source, or of the ALSA default device when no server runs. The device is
+/// open from the first record() to stop(), also during a pause. See SoundRecorderFactory.
 std::unique_ptr<SoundRecorder> createGstSoundRecorder(const QString& path, SoundRecorder::EventHandler onEvent);
 
 } // namespace lumavex

@@ -73,7 +73,7 @@ QString SoundFileWriter::finish(Nanoseconds at)
         length = timeline_.length();
     }
     write(rest);
-    // A disk that has become full gets room again when the movie gives its reserve back.
+    // A full disk has free space again once the movie writer frees its reserve.
     for (int tries = 0; file_.mayBeWrittenLater() && tries < kTriesOnAFullDisk; ++tries) {
         std::this_thread::sleep_for(kBetweenTries);
         file_.append({});
@@ -93,7 +93,7 @@ void SoundFileWriter::run(const std::stop_token& stop)
         samples.clear();
         std::unique_lock lock(mutex_);
         tick.wait_for(lock, stop, kWriteInterval, [] { return false; });
-        // What was heard while the process stood still is yet to come: decisions catch up at twice the pace of time.
+        // Sound of the time while the process stood still is yet to come: decisions catch up at twice real time.
         now = std::min(monotonicNow(), now + 2 * kWriteInterval);
         timeline_.advance(now, samples);
     } while (!stop.stop_requested());
@@ -103,7 +103,7 @@ void SoundFileWriter::run(const std::stop_token& stop)
 void SoundFileWriter::write(std::vector<std::int16_t>& samples)
 {
     file_.append(samples);
-    if (!file_.error().isEmpty() && !std::exchange(errorTold_, true))
+    if (!file_.error().isEmpty() && !std::exchange(errorReported_, true))
         onError_(file_.error());
 }
 

@@ -11,23 +11,23 @@
 
 namespace lumavex {
 
-/// Brings a timeline's sound into a WAV file on a thread of its own, five times a second, so that neither the caller
-/// nor the sound's thread ever waits for the disk. Sound the disk cannot take in time is bounded by the timeline.
+/// Writes a timeline's sound to a WAV file on its own thread, five times a second, so that neither the caller nor the
+/// sound's thread ever waits for the disk. The timeline limits the sound that the disk cannot accept in time.
 class SoundFileWriter {
 public:
-    /// `onError` is called once at most, on the writer's thread, when the file cannot be written (any more).
+    /// `onError` is called at most once, on the writer's thread, when the file cannot be written (any more).
     SoundFileWriter(const QString& path, std::function<void(const QString&)> onError);
-    ~SoundFileWriter(); ///< ends like a killed program would if finish was not called
+    ~SoundFileWriter(); ///< without finish(), leaves the file as a killed program would
     SoundFileWriter(const SoundFileWriter&) = delete;
     SoundFileWriter& operator=(const SoundFileWriter&) = delete;
 
     void record(Nanoseconds from);     ///< any thread, like all of these
     void pause(Nanoseconds at);        ///< does nothing while paused
     void add(const SoundChunk& chunk); ///< never waits for the disk
-    void soundLost();                  ///< no more is to be expected for now
+    void soundLost();                  ///< no more sound is expected for now
 
-    /// Pauses at `at`, waits for sound on its way (half a second at most, not at all when lost), closes the file.
-    /// Empty, or why the file is not complete. Called once, by the thread that destroys the writer.
+    /// Pauses at `at`, waits for sound on its way (half a second at most, not at all when sound is lost) and closes the
+    /// file. Empty, or the reason why the file is incomplete. Called once, by the thread that destroys the writer.
     QString finish(Nanoseconds at);
 
 private:
@@ -39,10 +39,10 @@ private:
     SoundTimeline timeline_;
     bool soundComing_ = false;
 
-    WavFile file_; // the thread's, until it has ended
-    bool errorTold_ = false;
+    WavFile file_; // used by the thread until it has ended
+    bool errorReported_ = false;
     std::function<void(const QString&)> onError_;
-    std::jthread thread_; // last: it uses all the others
+    std::jthread thread_; // last: it uses everything above
 };
 
 } // namespace lumavex

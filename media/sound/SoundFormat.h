@@ -18,9 +18,9 @@ enum class SoundContinuity {
     AfterGap, ///< the first chunk, or sound was lost before it
 };
 
-/// A piece of sound as it comes from the device.
+/// A chunk of sound as the device delivers it.
 struct SoundChunk {
-    Nanoseconds capturedAt{0};               ///< when its first frame was heard; may jitter from chunk to chunk
+    Nanoseconds capturedAt{0}; ///< time at which its first frame was heard; may jitter from chunk to chunk
     std::span<const std::int16_t> samples{}; ///< interleaved; valid during the call it is passed to
     SoundContinuity continuity = SoundContinuity::Follows;
 };

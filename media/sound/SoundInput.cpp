@@ -29,14 +29,14 @@ Nanoseconds monotonicNow()
     return std::chrono::steady_clock::now().time_since_epoch(); // CLOCK_MONOTONIC
 }
 
-QString words(const char* text)
+QString translated(const char* text)
 {
     return QCoreApplication::translate("SoundRecorder", text);
 }
 
 } // namespace
 
-/// What the input and its thread share; it outlives the input when the thread hangs.
+/// State shared by the input and its thread; it outlives the input when the thread hangs.
 struct SoundInput::Shared {
     std::mutex mutex; // held while the listener is called
     std::condition_variable changed;
@@ -77,7 +77,7 @@ struct SoundInput::Shared {
         return lastSound;
     }
 
-    /// No more sound from this input, but from another one at once.
+    /// Ends the sound of this input; another input follows at once.
     void change()
     {
         const std::lock_guard lock(mutex);
@@ -86,7 +86,7 @@ struct SoundInput::Shared {
     }
     void describeIfWanted();
 
-    using Reason = std::optional<QString>; ///< why there is no sound; null when there is no trouble
+    using Reason = std::optional<QString>; ///< why there is no sound; std::nullopt when nothing is wrong
     Reason listen(SoundPipeline& pipeline);
     Reason attempt();
 };
@@ -106,15 +106,17 @@ void SoundInput::Shared::describeIfWanted()
         listener.described(*input);
 }
 
-/// Hears until the sound ends or comes from another input.
+/// Listens until the sound ends or comes from another input.
 SoundInput::Shared::Reason SoundInput::Shared::listen(SoundPipeline& pipeline)
 {
-    const QString none = words(QT_TRANSLATE_NOOP("SoundRecorder", "There is no sound input: no microphone is "
-                                                                  "connected or switched on."));
-    const QString lost = words(QT_TRANSLATE_NOOP("SoundRecorder", "The sound input was lost: the sound server ended "
-                                                                  "or the microphone was unplugged."));
-    const QString asleep = words(QT_TRANSLATE_NOOP("SoundRecorder", "The sound input sends nothing: it is asleep, or "
-                                                                    "the sound server does not answer."));
+    const QString none = translated(QT_TRANSLATE_NOOP("SoundRecorder", "There is no sound input: no microphone is "
+                                                                       "connected or switched on."));
+    const QString lost =
+        translated(QT_TRANSLATE_NOOP("SoundRecorder", "The sound input was lost: the sound server ended "
+                                                      "or the microphone was unplugged."));
+    const QString asleep =
+        translated(QT_TRANSLATE_NOOP("SoundRecorder", "The sound input sends nothing: it is asleep, or "
+                                                      "the sound server does not answer."));
     const Nanoseconds begin = monotonicNow();
     if (!pipeline.play())
         return none;
@@ -127,35 +129,37 @@ SoundInput::Shared::Reason SoundInput::Shared::listen(SoundPipeline& pipeline)
         const Nanoseconds heard = lastHeard();
         if (pipeline.hasEndedWithin(kBusPoll))
             return heard < begin ? none : lost;
-        // The server brings another input's sound, which has other latencies: the time is to be told anew.
+        // The server delivers another input's sound, which has other latencies: the time must be determined anew.
         if (pipeline.takeChange()) {
             const QByteArray formerDevice = std::exchange(device, pipeline.device());
             if (!formerDevice.isEmpty() && !device.isEmpty() && formerDevice != device)
                 return std::nullopt;
         }
         if (turn - std::max(awakeSince, heard) > kSilenceTolerated) {
-            lose(asleep);        // told now, since a server that does not answer lets the stream's end wait
-            return std::nullopt; // a stream that goes on after a break has lost the count of its time
+            lose(asleep);        // reported now, since a server that does not answer delays the stream's end
+            return std::nullopt; // a stream that continues after a break has lost count of its time
         }
         describeIfWanted();
     }
     return std::nullopt;
 }
 
-/// Tries the sources in turn, the first one that connects to its end.
+/// Tries the sources in turn and listens to the first one that connects.
 SoundInput::Shared::Reason SoundInput::Shared::attempt()
 {
     QString reason = initGStreamer();
     if (!reason.isEmpty())
         return reason;
-    reason = words(QT_TRANSLATE_NOOP("SoundRecorder", "There is no sound server: neither PipeWire nor PulseAudio is "
+    reason =
+        translated(QT_TRANSLATE_NOOP("SoundRecorder", "There is no sound server: neither PipeWire nor PulseAudio is "
                                                       "running."));
     for (const SoundSource source : {SoundSource::SoundServer, SoundSource::Alsa}) {
         if (source == SoundSource::Alsa && !firstAlsaInput())
-            continue; // alsasrc would open something that is no input
+            continue; // alsasrc would open something that is not an input
         SoundPipeline pipeline(source, [this](const SoundChunk& chunk) { sound(chunk); });
         if (!pipeline.isComplete())
-            reason = words(QT_TRANSLATE_NOOP("SoundRecorder", "The sound plug-ins of GStreamer are not installed."));
+            reason =
+                translated(QT_TRANSLATE_NOOP("SoundRecorder", "The sound plug-ins of GStreamer are not installed."));
         else if (pipeline.connect())
             return listen(pipeline);
     }
@@ -178,7 +182,7 @@ SoundInput::~SoundInput()
     if (done)
         thread_.join();
     else
-        thread_.detach(); // hangs in a server that does not answer; ends by itself when that does
+        thread_.detach(); // hangs in a server that does not answer; ends by itself when the server does
 }
 
 void SoundInput::describe()

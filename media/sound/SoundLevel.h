@@ -9,20 +9,20 @@
 
 namespace lumavex {
 
-/// How loud the sound is that a device delivers, and for how long it has been silent. The sound's thread adds, any
-/// other takes; neither ever waits for the other.
+/// Peak level of the sound that a device delivers, and the duration of its silence. The sound's thread adds, any other
+/// thread takes; neither ever waits for the other.
 class SoundLevel {
 public:
-    /// Louder samples than this are sound; so many of 32768 are -90 dB of full scale, the noise of rounding.
+    /// Louder samples than this are sound: 1 of 32768 is -90 dB of full scale, the noise of rounding.
     static constexpr int kSilence = 1;
 
     void add(std::span<const std::int16_t> samples); ///< interleaved
-    /// Forgets the silence so far; on the thread that adds.
+    /// Restarts the count of silent frames; on the thread that adds.
     void restartSilence() { silentFrames_ = 0; }
 
     /// The peaks since the last call.
     SoundPeaks take();
-    /// Frames of silence at the end of what was added; on the thread that adds.
+    /// Silent frames at the end of the added sound; on the thread that adds.
     std::int64_t silentFrames() const { return silentFrames_; }
 
 private:

@@ -10,8 +10,8 @@
 namespace lumavex {
 namespace {
 
-// Microseconds, as the elements want them: chunks of 10 ms, and room for what is heard while this process stands still
-// (the server drops what finds none, and nobody counts it). The room costs memory, not latency.
+// In microseconds, the elements' unit: chunks of 10 ms, and a buffer for sound while this process stands still (the
+// server drops sound that finds no space, and nobody counts it). The buffer costs memory, not latency.
 constexpr gint64 kChunkMicroseconds = 10'000;
 constexpr gint64 kBufferMicroseconds = 10'000'000;
 
@@ -138,7 +138,7 @@ void SoundPipeline::consume(GstSample* sample)
     gst_buffer_unmap(buffer, &map);
 }
 
-/// Null while the device's clock does not run yet.
+/// std::nullopt while the device's clock does not run yet.
 std::optional<Nanoseconds> SoundPipeline::capturedAt(GstBuffer* buffer)
 {
     GstClock* deviceClock = GST_AUDIO_BASE_SRC(source_)->clock;

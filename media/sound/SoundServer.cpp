@@ -21,7 +21,7 @@ struct PulseDeleter {
     }
     void operator()(pa_operation* operation) const
     {
-        pa_operation_cancel(operation); // what is asked for may be gone when the answer comes
+        pa_operation_cancel(operation); // the variable for the answer may be gone when it comes
         pa_operation_unref(operation);
     }
 };
@@ -33,7 +33,7 @@ Nanoseconds monotonicNow()
     return std::chrono::steady_clock::now().time_since_epoch(); // CLOCK_MONOTONIC
 }
 
-/// A conversation with the server that ends at a deadline. The caller's thread turns the loop.
+/// An exchange with the server that ends at a deadline. The caller's thread runs the loop.
 class Conversation {
 public:
     explicit Conversation(Nanoseconds patience)
@@ -49,7 +49,7 @@ public:
         return turnUntil([this] { return pa_context_get_state(context_.get()) == PA_CONTEXT_READY; });
     }
 
-    /// Waits for the answer of an operation, which it takes over. False when it has not come in time.
+    /// Waits for the answer of an operation and takes ownership of it. False when the answer has not come in time.
     bool await(pa_operation* started)
     {
         const PulsePtr<pa_operation> operation(started);
@@ -88,27 +88,27 @@ std::optional<CurrentSoundInput> askSoundServer(Nanoseconds patience)
         return std::nullopt;
 
     QByteArray source;
-    const auto takeDefault = [](pa_context*, const pa_server_info* info, void* name) {
+    const auto storeDefault = [](pa_context*, const pa_server_info* info, void* name) {
         if (info && info->default_source_name)
             *static_cast<QByteArray*>(name) = info->default_source_name;
     };
-    if (!server.await(pa_context_get_server_info(server.context(), takeDefault, &source)) || source.isEmpty())
+    if (!server.await(pa_context_get_server_info(server.context(), storeDefault, &source)) || source.isEmpty())
         return std::nullopt;
 
     std::optional<CurrentSoundInput> input;
-    const auto takeSource = [](pa_context*, const pa_source_info* info, int end, void* found) {
+    const auto storeSource = [](pa_context*, const pa_source_info* info, int end, void* found) {
         if (end == 0 && info)
             *static_cast<std::optional<CurrentSoundInput>*>(found) = {
                 QString::fromUtf8(info->description ? info->description : info->name), info->mute != 0};
     };
-    if (!server.await(pa_context_get_source_info_by_name(server.context(), source.constData(), takeSource, &input)))
+    if (!server.await(pa_context_get_source_info_by_name(server.context(), source.constData(), storeSource, &input)))
         return std::nullopt;
     return input;
 }
 
 std::optional<QString> firstAlsaInput(const QString& list)
 {
-    // "00-00: ALC257 Analog : ALC257 Analog : playback 1 : capture 1"
+    // Example: "00-00: ALC257 Analog : ALC257 Analog : playback 1 : capture 1"
     QFile file(list);
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;

@@ -12,22 +12,24 @@ using namespace std::chrono_literals;
 
 constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 
-/// How long a decision waits for late calls, and for sound that is late.
+/// Times that a decision waits for late calls, and for late sound.
 constexpr Nanoseconds kSettling = 500ms;
 constexpr Nanoseconds kPatience = 2s;
 
-/// Sound kept at most while the file cannot be written.
+/// Maximum sound kept while the file cannot be written.
 constexpr std::int64_t kMostPending = 8 * kSoundRate;
 
-/// The mean runs over 128 chunks (1.3 s): jitter of 5 ms moves it by 0.2 ms, far less than what is corrected.
+/// Averages over 128 chunks (1.3 s): jitter of 5 ms moves the mean by 0.2 ms, far less than the error that is
+/// corrected.
 constexpr double kAveraging = 1.0 / 128;
 constexpr double kCorrectedError = kSoundRate / 500.0;
-/// Up to three times that, the pitch is bent by a quarter of what is possible: 570 ppm are not heard.
+/// Below three times that error, the pitch changes by a quarter of what is possible: 570 ppm are inaudible.
 constexpr int kChunksPerGentleCorrection = 4;
-/// A beginning is placed by its first stamp, which may be off, and as a whole by the median of so many.
+/// An alignment begins at the first time stamp, which may be inaccurate, and is then moved by the median of this many.
 constexpr std::size_t kChunksToBegin = 20;
 constexpr std::int64_t kJump = kSoundRate / 50;
-/// A jump is believed when it lasts, so that one late stamp tears no hole; one of a quarter of a second at once.
+/// A jump counts when it lasts, so that one late time stamp makes no gap; a jump of a quarter of a second counts at
+/// once.
 constexpr int kJumpsBelieved = 5;
 constexpr std::int64_t kGreatJump = kSoundRate / 4;
 
@@ -38,7 +40,7 @@ std::int64_t frameAt(Nanoseconds time)
     return seconds * kSoundRate + (rest * kSoundRate + kNanosecondsPerSecond / 2) / kNanosecondsPerSecond;
 }
 
-/// Time less the frame's time, in frames.
+/// Difference between the time and the frame's time, in frames.
 double framesPast(Nanoseconds time, std::int64_t frame)
 {
     const Nanoseconds frameTime{frame / kSoundRate * kNanosecondsPerSecond
@@ -56,7 +58,8 @@ std::ptrdiff_t sampleOffset(std::int64_t frames)
     return static_cast<std::ptrdiff_t>(frames) * static_cast<std::ptrdiff_t>(kSoundChannels);
 }
 
-/// The frame, never the last one, that differs least from the next: where a frame more or less is heard least.
+/// Finds the frame, never the last one, that differs least from the next: one frame more or less is least audible
+/// there.
 std::size_t smoothestFrame(std::span<const std::int16_t> samples)
 {
     std::size_t best = 0;
@@ -71,7 +74,7 @@ std::size_t smoothestFrame(std::span<const std::int16_t> samples)
     return best;
 }
 
-/// The samples with one frame more (change 1) or less (-1): a mean of two neighbours is added, or takes their place.
+/// Adds one frame (change 1) or removes one (-1): a mean of two neighbours is inserted, or replaces them.
 void changeByOneFrame(std::span<const std::int16_t> samples, int change, std::vector<std::int16_t>& out)
 {
     const std::size_t at = smoothestFrame(samples) * kSoundChannels;
@@ -148,7 +151,7 @@ void SoundTimeline::begin(std::int64_t frame)
     jumps_ = 0;
 }
 
-/// The chunks since the beginning are not decided upon yet and can still be moved.
+/// Moves the chunks since the alignment began, which are not decided yet, by the median of their errors.
 void SoundTimeline::placeBeginning(double error)
 {
     firstErrors_.push_back(error);
@@ -167,7 +170,7 @@ void SoundTimeline::placeBeginning(double error)
     jumps_ = 0;
 }
 
-/// 1 or -1 when the chunk is to have one frame more or less.
+/// 1 or -1 to add or remove one frame of the chunk, else 0.
 int SoundTimeline::correction(double error)
 {
     meanError_ += (error - meanError_) * kAveraging;
@@ -221,7 +224,7 @@ void SoundTimeline::finish(std::vector<std::int16_t>& out)
 
 void SoundTimeline::decide(std::int64_t until, std::vector<std::int16_t>& out)
 {
-    // Also when nothing new is decided: record or pause may have been told later than the settling time.
+    // Also when nothing new is decided: record() or pause() may have been called later than the settling time.
     until = std::max(until, decided_);
     decided_ = until;
     for (const Interval& interval : intervals_) {

@@ -15,9 +15,9 @@
 namespace lumavex {
 namespace {
 
-static_assert(std::endian::native == std::endian::little, "samples are written as they lie in memory");
+static_assert(std::endian::native == std::endian::little, "samples are written in memory order");
 
-constexpr std::uint64_t kRiffOverhead = kWavHeaderSize - 8; // what the RIFF size counts besides the data
+constexpr std::uint64_t kRiffOverhead = kWavHeaderSize - 8; // the part of the RIFF size besides the data
 
 template <typename T>
 std::uint8_t* put(std::uint8_t* to, T value)
@@ -32,7 +32,7 @@ std::uint8_t* putName(std::uint8_t* to, const char* name)
     return to + 4;
 }
 
-/// Writes all bytes at the offset; 0, or errno. `done` is how many reached the file.
+/// Writes all bytes at the offset. Returns 0 or errno; `done` is the number of bytes written.
 int writeAll(int file, const std::uint8_t* bytes, std::size_t size, std::uint64_t offset, std::size_t& done)
 {
     done = 0;
@@ -58,7 +58,7 @@ std::array<std::uint8_t, kWavHeaderSize> wavHeader(std::uint64_t dataBytes)
     at = put(at, static_cast<std::uint32_t>(fits ? dataBytes + kRiffOverhead : unknown));
     at = putName(at, "WAVE");
     at = putName(at, "fmt ");
-    at = put(at, std::uint32_t{16}); // the size of what follows up to "data"
+    at = put(at, std::uint32_t{16}); // size of the fields up to "data"
     at = put(at, std::uint16_t{1});  // WAVE_FORMAT_PCM
     at = put(at, static_cast<std::uint16_t>(kSoundChannels));
     at = put(at, static_cast<std::uint32_t>(kSoundRate));
@@ -73,7 +73,7 @@ std::array<std::uint8_t, kWavHeaderSize> wavHeader(std::uint64_t dataBytes)
 WavFile::WavFile(const QString& path) : path_(path)
 {
     const QByteArray name = QFile::encodeName(path);
-    // Not truncated but made anew: so the mode is ours, and a link in its place is not followed.
+    // Creates a new file instead of truncating an old one, so that the mode is ours and a link is not followed.
     ::unlink(name.constData());
     file_ = ::open(name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (file_ < 0)
@@ -109,7 +109,7 @@ void WavFile::append(std::span<const std::int16_t> samples)
     fail(trouble);
     const bool mayPass = trouble == ENOSPC || trouble == EDQUOT;
     if (!mayPass || unwritten_.size() > kMostUnwritten)
-        unwritten_.clear(); // what came after a hole would be out of its place, so nothing does
+        unwritten_.clear(); // sound after a gap would be misplaced, so nothing more is written
 }
 
 void WavFile::truncate(std::int64_t frames)
@@ -126,7 +126,7 @@ void WavFile::close()
 {
     if (file_ < 0)
         return;
-    // A torn frame that cannot be taken away stays behind the data, where readers skip it.
+    // A torn frame that cannot be removed stays after the data, where readers skip it.
     if (!error_.isEmpty() && ::ftruncate(file_, static_cast<off_t>(kWavHeaderSize + dataBytes_)) != 0)
         fail(errno);
     if (::close(file_) != 0)

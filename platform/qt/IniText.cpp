@@ -10,7 +10,7 @@ namespace lumavex {
 
 namespace {
 
-/// The digits at the position as one code unit; the position then stands behind them.
+/// Reads the digits at the position as one code unit and moves the position behind them.
 QChar escapedUnit(const QString& text, qsizetype& position, int base)
 {
     char16_t unit = 0;
@@ -24,7 +24,7 @@ QChar escapedUnit(const QString& text, qsizetype& position, int base)
     return QChar(unit);
 }
 
-/// What the character behind a backslash stands for.
+/// The character that a backslash before `name` produces.
 QChar named(QChar name)
 {
     switch (name.unicode()) {
@@ -58,7 +58,7 @@ QString unescaped(const QString& written)
             value += named(text[i++]);
         }
     }
-    // QSettings doubles an at sign at the front, since a single one introduces what is no text.
+    // QSettings doubles an at sign at the front, since a single one introduces a value that is not a text.
     return value.startsWith(QLatin1String("@@")) ? value.sliced(1) : value;
 }
 
@@ -70,9 +70,9 @@ bool isHexDigit(QChar character)
 QString escaped(const QString& value)
 {
     QString written;
-    bool afterNumber = false; // whose digits would go on with the next one
+    bool afterNumber = false; // the next digit would continue that number
     for (const QChar character : value.startsWith(u'@') ? u'@' + value : value) {
-        // Half a pair has no form in UTF-8.
+        // An unpaired surrogate cannot be written in UTF-8.
         const bool byNumber = character.unicode() < 0x20 || character.unicode() == 0x7F || character.isSurrogate()
                               || (afterNumber && isHexDigit(character));
         if (byNumber)

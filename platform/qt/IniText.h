@@ -11,15 +11,15 @@ using IniValues = QMap<QString, QString>;
 
 struct IniText {
     IniValues values;
-    bool damaged = false; ///< some line is none of an INI file's; the values of the others are there
+    bool damaged = false; ///< a line is not an INI file's; the values of the others are read
 };
 
-/// Reads the texts of the section "General", in the way that QSettings writes them. QSettings itself is not used to
-/// read: it makes objects of whatever a value says it holds ("@Variant(…)"), and a damaged one can ask for all memory
-/// there is. A value edited by hand needs no quotes. Never fails.
+/// Reads the texts of the section "General", in the format that QSettings writes. QSettings itself is not used for
+/// reading: it makes objects of the type that a value names ("@Variant(…)"), and a damaged value can request all
+/// memory. A value edited by hand needs no quotes. Never fails.
 IniText readIni(const QByteArray& bytes);
 
-/// The INI file of one section "General"; QSettings reads it too. Keys are letters, digits and underscores.
+/// The INI file of one section "General", which QSettings can read. Keys are letters, digits and underscores.
 QByteArray writeIni(const IniValues& values);
 
 } // namespace lumavex

@@ -12,7 +12,7 @@ namespace lumavex {
 
 namespace {
 
-/// A hundred times what the program ever writes.
+/// A hundred times the size that the program ever writes.
 constexpr qint64 kMostBytes = 1 << 20;
 
 } // namespace

@@ -6,12 +6,12 @@
 
 namespace lumavex {
 
-/// The preferences as an INI file, replaced atomically at each write. A file that is no INI file is kept beside the new
-/// one with ".damaged" added to its name; what can still be read of it is taken over. Settings are replaced at once,
-/// choices when the next one is made, and so is a file that cannot be opened.
+/// The preferences as an INI file, replaced atomically at each write. A file that is not an INI file is kept beside the
+/// new one with ".damaged" added to its name; its readable values are used. Settings are replaced at once; choices, and
+/// a file that cannot be opened, at the next write.
 class IniUserDefaults final : public UserDefaults {
 public:
-    /// What the file is to the user, which decides the words that trouble is told with.
+    /// The file's contents, which decide the text of `trouble`.
     enum class Holds { Settings, Choices };
 
     explicit IniUserDefaults(const QString& path, Holds what = Holds::Settings);
@@ -22,23 +22,23 @@ public:
     QString writeTrouble() const override { return writeTrouble_; }
 
 private:
-    QString unreadChoices() const; ///< in the user's words
+    QString unreadChoices() const; ///< as text for the user
     QString pathAside() const;
     bool putAside() const;
     void keepDamaged();
-    QString save() const; ///< empty, or why not
+    QString save() const; ///< empty, or the reason for a failure
 
     QString path_;
     Holds what_;
     IniValues values_;
     QString trouble_;
     QString writeTrouble_;
-    bool isUnread_ = false; ///< the file is there, but could not be read in full, and holds what is nowhere else
+    bool isUnread_ = false; ///< the file exists but could not be read in full, and contains the only copy of its values
 };
 
-/// Where the preferences are: lumavex/lumavex.ini in the XDG configuration folder.
+/// Path of the preferences: lumavex/lumavex.ini in the XDG configuration folder.
 QString userDefaultsPath();
-/// Beside them, the choices that the settings dialog does not hold: lumavex/more.ini.
+/// Path of the choices that the settings dialog does not contain, beside them: lumavex/more.ini.
 QString moreSettingsPath();
 
 } // namespace lumavex

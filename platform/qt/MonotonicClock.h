@@ -5,7 +5,7 @@
 
 namespace lumavex {
 
-/// CLOCK_MONOTONIC, which is what std::chrono::steady_clock reads on Linux.
+/// CLOCK_MONOTONIC, which std::chrono::steady_clock reads on Linux.
 class MonotonicClock final : public Clock {
 public:
     Nanoseconds now() const override { return std::chrono::steady_clock::now().time_since_epoch(); }

@@ -28,7 +28,7 @@ std::optional<std::vector<std::int32_t>> ProcStatLoad::sample()
         std::string name;
         std::int64_t user = 0, nice = 0, system = 0, idle = 0, wait = 0, irq = 0, softirq = 0, steal = 0;
         fields >> name >> user >> nice >> system >> idle >> wait >> irq >> softirq >> steal;
-        // The counters are 32 bits wide and wrap; whoever subtracts them subtracts in 32 bits.
+        // The counters are 32 bits wide and wrap; callers subtract them in 32 bits.
         for (const std::int64_t value : {user, system + irq + softirq + steal, idle + wait, nice})
             ticks.push_back(static_cast<std::int32_t>(static_cast<std::uint32_t>(value)));
     }

@@ -7,8 +7,7 @@
 
 namespace lumavex {
 
-/// The counters of /proc/stat (proc(5)). Interrupt and stolen time count as system time, waiting for input or output as
-/// idle.
+/// The counters of /proc/stat (proc(5)). Interrupt and stolen time count as system time, I/O wait counts as idle.
 class ProcStatLoad final : public ProcessorLoad {
 public:
     explicit ProcStatLoad(std::string path = "/proc/stat");

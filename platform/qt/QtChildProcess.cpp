@@ -37,12 +37,12 @@ QtChildProcess::QtChildProcess() : process_(std::make_unique<QProcess>())
 {
     process_->setStandardInputFile(QProcess::nullDevice());
     process_->setChildProcessModifier([] {
-        ::umask(077); // what it writes is the user's alone
-        // One that hangs must not outlive a program that was killed. Children are started by the main thread, which
-        // lives as long as the program.
+        ::umask(077); // its files are for the user only
+        // A child that hangs must not outlive a killed program. The main thread starts children, and it lives as long
+        // as the program.
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     });
-    // Queued, so that a handler may destroy this object, and that none is called from within launch.
+    // Queued, so that a handler may destroy this object, and that launch calls no handler.
     QObject::connect(
         process_.get(), &QProcess::readyReadStandardOutput, process_.get(), [this] { readOutput(); },
         Qt::QueuedConnection);
@@ -88,7 +88,7 @@ void QtChildProcess::terminate()
 void QtChildProcess::readOutput()
 {
     const QByteArray data = process_->readAllStandardOutput();
-    const auto handler = outData; // lives on if the handler destroys this object
+    const auto handler = outData; // outlives this object if the handler destroys it
     if (!data.isEmpty() && handler)
         handler(data);
 }

@@ -14,7 +14,7 @@ public:
     ~QtChildProcess() override;
 
     void launch(const QString& launchPath, const QStringList& arguments) override;
-    /// Asks the program to end; one that does not within three seconds is killed.
+    /// Asks the program to end, and kills it after three seconds.
     void terminate() override;
 
 private:

@@ -13,8 +13,8 @@ namespace lumavex {
 
 namespace {
 
-/// What a dialog belongs to: the modal window in use, else the visible main window, else none. Timers go on beneath a
-/// dialog and may remove any other window, which would take a dialog of its own with it.
+/// Parent of a dialog: the modal window in use, else the visible main window, else none. Timers continue beneath a
+/// dialog and may remove any other window, which would destroy its dialog, too.
 QWidget* parentWindow()
 {
     if (QWidget* modal = QApplication::activeModalWidget())
@@ -70,7 +70,7 @@ std::optional<QString> QtDialogs::runSavePanel(const SavePanel& panel)
     dialog.setNameFilters({panel.filter, QApplication::translate("Dialogs", "All files (*)")});
     dialog.selectFile(panel.nameField);
     while (dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty()) {
-        // The dialog has asked about the name as it was given, and a desktop's own dialog knows no more.
+        // The dialog has asked about the name as entered, without the ending, and a desktop's own dialog does the same.
         const QString given = dialog.selectedFiles().constFirst();
         if (!QFileInfo(given).suffix().isEmpty())
             return given;

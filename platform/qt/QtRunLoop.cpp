@@ -76,8 +76,8 @@ RunLoopMode QtRunLoop::mode() const
 
 void QtRunLoop::arm()
 {
-    // A default-mode timer that may not fire now is looked at again when the next common one fires; should none
-    // be left, a slow look suffices.
+    // A Default timer that must not fire now is checked again when the next Common one fires; if none is left, a slow
+    // check suffices.
     const auto deadline = queue_.earliest(mode());
     if (!deadline) {
         timer_.start(milliseconds(200));
@@ -89,9 +89,9 @@ void QtRunLoop::arm()
 
 void QtRunLoop::fire()
 {
-    // Only what was due on entry: a loop that cannot keep up still lets other events through in between.
+    // Only timers due on entry: a loop that cannot keep up still processes other events in between.
     const Nanoseconds until = clock_.now();
-    arm(); // a callback may run an event loop of its own, in which the timers go on
+    arm(); // a callback may run its own event loop, in which the timers continue
     while (queue_.runNext(until, clock_.now(), mode())) {
     }
     arm();

@@ -7,7 +7,7 @@
 
 namespace lumavex {
 
-/// The run loop over Qt's event loop: one precise timer stands on the earliest deadline.
+/// The run loop on Qt's event loop: one precise timer is set to the earliest deadline.
 class QtRunLoop final : public RunLoop {
 public:
     /// The clock must outlive the run loop.
@@ -31,7 +31,7 @@ private:
     const Clock& clock_;
     DeadlineQueue queue_;
     QTimer timer_;
-    int defaultModeRuns_ = 0; ///< how many runUntil are active: they run the default mode even beneath a sheet
+    int defaultModeRuns_ = 0; ///< number of active runUntil calls: they run the default mode even beneath a sheet
 };
 
 } // namespace lumavex
