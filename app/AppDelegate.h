@@ -2,11 +2,11 @@
 #pragma once
 
 #include "app/ApplicationState.h"
-#include "app/LaunchOptions.h"
 #include "app/Message.h"
 #include "app/MoreSettings.h"
 #include "app/WorkQueue.h"
-#include "camera/CameraDelegate.h"
+#include "app/options/LaunchOptions.h"
+#include "camera/CameraState.h"
 #include "capture/CaptureState.h"
 #include "compose/ComposeState.h"
 #include "compose/Compositor.h"
@@ -24,6 +24,7 @@
 namespace lumavex {
 
 class ChosenWindow;
+class ConnectedCamera;
 class Window_Main;
 
 /// Owns the program's state and carries out its commands. One object, as long as the process; main thread only.
@@ -205,19 +206,10 @@ private:
     void fillSizeMenu(class QMenu& menu, std::int64_t offset, std::int64_t checkedIndex, QAction*& checkedItem,
                       void (AppDelegate::*click)(QAction*));
     bool createWorkingFolders();
-    void startCameraOfSettings();
-    void tellCameraFailure(); ///< and does without a camera from now on
-    void restartCamera();
-    void adaptToCamera(); ///< controls, source and rate, to whether one is connected
-    void dropCamera();
-    void showScreenAlone();
     LiveSettings liveSettings() const;
     void adoptLiveSettings(const LiveSettings& live);
     QString soundInputText() const;
     void openSoundSettings();
-    void connectCamera();
-    void adoptCameraSize();
-    enum VideoSource : std::int64_t { ScreenPrimary = 1, CameraPrimary = 2 };
     enum class Secondary { Hidden, Shown };
     bool hasCamera(const QString& messageText);
     void chooseSource(VideoSource primary, Secondary secondary);
@@ -288,7 +280,7 @@ private:
     MoreSettings choices_;
     std::unique_ptr<ChosenWindow> chosenWindow_;
     std::unique_ptr<class ScreenSizeWatch> screenSize_;
-    CameraDelegate cameraDelegate;
+    std::unique_ptr<ConnectedCamera> connectedCamera_;
     Compositor compositor_;
     std::vector<RowRange> changedRows_;     ///< of the frame that is appended; here for its memory
     QString screenTrouble_;                 ///< what the user was told about the screen; empty while it can be read

@@ -1,16 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
+#include "app/OutputSize.h"
 #include "app/Window_Main.h"
 
 #include <QAction>
 #include <QMenu>
 
+#include <utility>
+
 namespace lumavex {
 
 namespace {
 constexpr std::int64_t outputOffset = 2; ///< the output menu's tags count the two fixed items before the catalogue's
-}
+constexpr std::int64_t sizeOfNoItem = 1; ///< the output index of a size that the menu does not offer; never stored
+} // namespace
 
 void AppDelegate::GetScreenSize()
 {
@@ -28,7 +32,7 @@ void AppDelegate::FillArrayFrameResolution()
 
 void AppDelegate::FillSubMenuVideoOutputFrame()
 {
-    if (compose.index_size_Video_Output == 0)
+    if (compose.followsSource())
         Window_Main::moveCheckMark(compose.mi_last_Video_Output, window_.menuitemVideoOutputScreenResolution);
     fillSizeMenu(*window_.submenuVideoOutputFrame, outputOffset, compose.index_size_Video_Output,
                  compose.mi_last_Video_Output, &AppDelegate::MenuVideoOutputFrameClick);
@@ -105,7 +109,7 @@ void AppDelegate::MenuRegionFrameClick(QAction* item)
 
 void AppDelegate::OnMenuVideoOutputScreenResolution()
 {
-    const bool cameraSize = compose.i_Video_Source_Primary == 2 && camera.b_Camera_Connected;
+    const bool cameraSize = compose.cameraIsPrimary() && camera.b_Camera_Connected;
     if (cameraSize && camera.size_Camera.width <= 0)
         camera.b_Change_to_Camera_Resolution = true; // its size is not known before its first frame
     else
@@ -114,6 +118,38 @@ void AppDelegate::OnMenuVideoOutputScreenResolution()
     Window_Main::moveCheckMark(compose.mi_last_Video_Output, window_.menuitemVideoOutputScreenResolution);
     compose.index_size_Video_Output = 0;
     storeInteger("index_size_Video_Output", 0);
+}
+
+void AppDelegate::setUpOutputSize()
+{
+    if (compose.followsSource())
+        setVideoOutputSize(capture.size_Screen);
+    else
+        setVideoOutputSize(capture.catalogueSize(compose.index_size_Video_Output - outputOffset));
+    if (!options_.size) {
+        if (compose.followsSource() && compose.cameraIsPrimary() && compose.showsBoth())
+            camera.b_Change_to_Camera_Resolution = options_.source.has_value();
+        return;
+    }
+    const CGSize size = options_.size->width > 0 ? *options_.size : capture.size_Screen;
+    if (compose.i_Video_Source_Primary == ScreenPrimary)
+        launchProblem = vanishingProblem(capture.size_Screen, size);
+    if (!launchProblem.isEmpty())
+        return;
+    // The size holds whatever source is chosen, until another size is.
+    if (compose.mi_last_Video_Output)
+        std::exchange(compose.mi_last_Video_Output, nullptr)->setChecked(false);
+    compose.index_size_Video_Output = sizeOfNoItem;
+    const QString title = QStringLiteral("%1x%2").arg(size.width).arg(size.height);
+    const auto items = window_.submenuVideoOutputFrame->actions();
+    for (QAction* item : items) {
+        if (item->text() != title)
+            continue;
+        Window_Main::moveCheckMark(compose.mi_last_Video_Output, item);
+        compose.index_size_Video_Output = item->data().toLongLong();
+    }
+    setVideoOutputSize(size);
+    camera.b_Change_to_Camera_Resolution = false;
 }
 
 } // namespace lumavex

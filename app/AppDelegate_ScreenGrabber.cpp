@@ -16,7 +16,7 @@ void AppDelegate::TimerRefreshVideoRoutine(const TimerFiring& firing)
 
 void AppDelegate::grabScreen()
 {
-    if (compose.i_Video_Source_Primary == 2 && compose.i_Show_Secondary == 0)
+    if (!compose.showsScreen())
         return;
 
     updateWindowList();

@@ -11,46 +11,52 @@ namespace lumavex {
 
 namespace {
 
+/// The settings of one group are read together, the groups in this order.
+enum class ReadGroup { ScreenPicture, SoundAndSource, WindowLevel, GuidesAndCursor, CameraRate, CameraPicture };
+
 struct IntegerSetting {
     const char* name;
     std::int64_t firstRunDefault;
     ReadRule rule;
+    ReadGroup group;
     std::int64_t& (*property)(AppDelegate&);
 };
 
 #define LUMAVEX_PROPERTY(state, name) [](AppDelegate& app) -> std::int64_t& { return app.state.name; }
-#define LUMAVEX_SETTING(state, name, value, rule)                                                                      \
+#define LUMAVEX_SETTING(state, name, value, rule, group)                                                               \
     {                                                                                                                  \
-#name, value, ReadRule::rule, LUMAVEX_PROPERTY(state, name)                                                    \
+#name, value, ReadRule::rule, ReadGroup::group, LUMAVEX_PROPERTY(state, name)                                  \
     }
 
 constexpr const char* cameraName = "s_Camera_Name";
 
 // In the order in which the first-run defaults are written; the camera's name stands between the two tables.
 const IntegerSetting settingsBeforeCameraName[] = {
-    LUMAVEX_SETTING(application, i_Top_Other_Windows, 1, Defaulting),
-    LUMAVEX_SETTING(recording, b_Record_Include_Audio, 1, Plain),
-    LUMAVEX_SETTING(compose, i_Open_Preview_Window_On_Startup, 1, Plain),
-    LUMAVEX_SETTING(compose, i_Video_Source_Primary, 1, Plain),
-    LUMAVEX_SETTING(compose, i_Show_Secondary, 0, Plain),
-    LUMAVEX_SETTING(compose, index_size_Video_Output, 0, Plain),
-    {"i_Screen_Capture_FPS", 1, ReadRule::Plain, LUMAVEX_PROPERTY(capture, m_i_Screen_Capture_FPS)},
-    LUMAVEX_SETTING(compose, i_Size_Screen_Secondary, 1, Plain),
-    LUMAVEX_SETTING(compose, i_Position_Screen_Secondary, 8, Plain),
-    LUMAVEX_SETTING(capture, index_size_Follow_Cursor, 3, Plain),
-    LUMAVEX_SETTING(capture, index_size_Region, 1, Plain),
-    LUMAVEX_SETTING(application, b_Show_Select_Region_How_To, 1, Defaulting),
-    LUMAVEX_SETTING(application, b_Show_FollowCursor_How_To, 1, Defaulting),
-    LUMAVEX_SETTING(application, b_Show_WindowExclusive_How_To, 1, Defaulting),
-    LUMAVEX_SETTING(capture, b_Screen_Include_Mouse, 1, Defaulting),
-    {"i_Camera_Capture_FPS", 1, ReadRule::Plain, LUMAVEX_PROPERTY(camera, m_i_Camera_Capture_FPS)},
+    LUMAVEX_SETTING(application, i_Top_Other_Windows, 1, Defaulting, WindowLevel),
+    LUMAVEX_SETTING(recording, b_Record_Include_Audio, 1, Plain, SoundAndSource),
+    LUMAVEX_SETTING(compose, i_Open_Preview_Window_On_Startup, 1, Plain, SoundAndSource),
+    LUMAVEX_SETTING(compose, i_Video_Source_Primary, 1, Plain, SoundAndSource),
+    LUMAVEX_SETTING(compose, i_Show_Secondary, 0, Plain, SoundAndSource),
+    LUMAVEX_SETTING(compose, index_size_Video_Output, 0, Plain, SoundAndSource),
+    {"i_Screen_Capture_FPS", 1, ReadRule::Plain, ReadGroup::ScreenPicture,
+     LUMAVEX_PROPERTY(capture, m_i_Screen_Capture_FPS)},
+    LUMAVEX_SETTING(compose, i_Size_Screen_Secondary, 1, Plain, ScreenPicture),
+    LUMAVEX_SETTING(compose, i_Position_Screen_Secondary, 8, Plain, ScreenPicture),
+    LUMAVEX_SETTING(capture, index_size_Follow_Cursor, 3, Plain, ScreenPicture),
+    LUMAVEX_SETTING(capture, index_size_Region, 1, Plain, ScreenPicture),
+    LUMAVEX_SETTING(application, b_Show_Select_Region_How_To, 1, Defaulting, GuidesAndCursor),
+    LUMAVEX_SETTING(application, b_Show_FollowCursor_How_To, 1, Defaulting, GuidesAndCursor),
+    LUMAVEX_SETTING(application, b_Show_WindowExclusive_How_To, 1, Defaulting, GuidesAndCursor),
+    LUMAVEX_SETTING(capture, b_Screen_Include_Mouse, 1, Defaulting, GuidesAndCursor),
+    {"i_Camera_Capture_FPS", 1, ReadRule::Plain, ReadGroup::CameraRate,
+     LUMAVEX_PROPERTY(camera, m_i_Camera_Capture_FPS)},
 };
 const IntegerSetting settingsAfterCameraName[] = {
-    LUMAVEX_SETTING(camera, i_Camera_CRP, 0, Plain),
-    LUMAVEX_SETTING(compose, i_Size_Camera_Secondary, 1, Plain),
-    LUMAVEX_SETTING(compose, i_Position_Camera_Secondary, 8, Plain),
-    LUMAVEX_SETTING(compose, i_Size_Overlay, 30, Plain),
-    LUMAVEX_SETTING(compose, i_Position_Overlay, 8, Plain),
+    LUMAVEX_SETTING(camera, i_Camera_CRP, 0, Plain, CameraPicture),
+    LUMAVEX_SETTING(compose, i_Size_Camera_Secondary, 1, Plain, CameraPicture),
+    LUMAVEX_SETTING(compose, i_Position_Camera_Secondary, 8, Plain, CameraPicture),
+    LUMAVEX_SETTING(compose, i_Size_Overlay, 30, Plain, CameraPicture),
+    LUMAVEX_SETTING(compose, i_Position_Overlay, 8, Plain, CameraPicture),
 };
 
 #undef LUMAVEX_SETTING
@@ -74,20 +80,23 @@ void AppDelegate::writeFirstRunDefaults()
 
 void AppDelegate::readSettings()
 {
-    const auto read = [this](std::span<const IntegerSetting> settings) {
-        for (const IntegerSetting& setting : settings)
-            setting.property(*this) = readInteger(*platform_.userDefaults, setting.name, setting.rule);
+    const auto read = [this](ReadGroup group) {
+        for (const std::span<const IntegerSetting> settings :
+             {std::span<const IntegerSetting>(settingsBeforeCameraName),
+              std::span<const IntegerSetting>(settingsAfterCameraName)})
+            for (const IntegerSetting& setting : settings)
+                if (setting.group == group)
+                    setting.property(*this) = readInteger(*platform_.userDefaults, setting.name, setting.rule);
     };
-    const std::span before(settingsBeforeCameraName);
-    read(before.subspan(6, 5));
-    read(before.subspan(1, 5));
-    read(before.first(1));
+    read(ReadGroup::ScreenPicture);
+    read(ReadGroup::SoundAndSource);
+    read(ReadGroup::WindowLevel);
     setWindowLevel();
-    read(before.subspan(11, 4));
-    read(before.subspan(15, 1));
+    read(ReadGroup::GuidesAndCursor);
+    read(ReadGroup::CameraRate);
     // A name that was never stored is no camera's name.
     camera.s_Camera_Name = platform_.userDefaults->stringForKey(settingKey(cameraName)).value_or(doNotConnectToCamera);
-    read(settingsAfterCameraName);
+    read(ReadGroup::CameraPicture);
 }
 
 void AppDelegate::storeInteger(const char* property, std::int64_t value)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
+#include "app/ConnectedCamera.h"
 #include "app/Window_Main.h"
 #include "compose/FrameLayout.h"
 #include "settings_dialog/FrameThumbnail.h"
@@ -95,7 +96,7 @@ void AppDelegate::adoptLiveSettings(const LiveSettings& live)
     camera.f_ColorControls_Saturation = live.f_ColorControls_Saturation;
     camera.f_ColorControls_Brightness = live.f_ColorControls_Brightness;
     camera.f_ColorControls_Contrast = live.f_ColorControls_Contrast;
-    cameraDelegate.updateColorControls();
+    connectedCamera_->updateColours();
 }
 
 std::vector<FrameOutline> AppDelegate::outlinesOf(const DialogSettings& settings, SettingsSubject subject) const
@@ -105,8 +106,8 @@ std::vector<FrameOutline> AppDelegate::outlinesOf(const DialogSettings& settings
     if (frame.width <= 0 || frame.height <= 0)
         return {};
     std::vector<FrameOutline> outlines;
-    const bool secondary = compose.i_Show_Secondary == 1;
-    if (subject == SettingsSubject::Screen || (secondary && compose.i_Video_Source_Primary == CameraPrimary))
+    const bool secondary = compose.showsBoth();
+    if (subject == SettingsSubject::Screen || (secondary && compose.cameraIsPrimary()))
         outlines.push_back(
             {Of::Screen, partOfFrame(screenSecondaryRect(frame, settings.i_Size_Screen_Secondary,
                                                          settings.i_Position_Screen_Secondary, capture.displaySize()),
@@ -147,8 +148,7 @@ void AppDelegate::OnToolbarSettings()
 {
     if (recording.m_RecordStatus != Idle || recording.stopping)
         return;
-    if (camera.arrayCameras.isEmpty())
-        camera.arrayCameras = cameraDelegate.enumCameras();
+    connectedCamera_->list();
     DialogChoices choices;
     choices.cameras = QStringList{doNotConnectToCamera} + camera.arrayCameras;
     choices.soundInput = soundInputText();
@@ -196,55 +196,7 @@ void AppDelegate::applySettings()
     setWindowLevel();
     storeInteger("i_Video_Source_Primary", compose.i_Video_Source_Primary);
     storeInteger("i_Show_Secondary", compose.i_Show_Secondary);
-    restartCamera();
-    adaptToCamera();
-}
-
-void AppDelegate::restartCamera()
-{
-    camera.b_Camera_Connected = false;
-    camera.b_Camera_Gone = false;
-    window_.withdrawMessage(MessageTopic::Camera); // of the one before
-    if (camera.s_Camera_Name == doNotConnectToCamera) {
-        cameraDelegate.stopCamera();
-        dropCamera();
-        return;
-    }
-    const std::optional<CameraRequest> before = cameraDelegate.cameraInput();
-    // Giving a camera back and opening it again takes up to seconds. Nobody waits for that, and the picture stays.
-    camera.b_Camera_Connected = cameraDelegate.startCameraWithoutWaiting(camera.s_Camera_Name);
-    if (!camera.b_Camera_Connected) {
-        tellCameraFailure();
-        return;
-    }
-    // Another resolution is the movie's where the movie follows the camera.
-    if (cameraDelegate.cameraInput() != before && compose.i_Video_Source_Primary == CameraPrimary
-        && compose.index_size_Video_Output == 0)
-        camera.b_Change_to_Camera_Resolution = true;
-}
-
-void AppDelegate::adaptToCamera()
-{
-    EnableCameraRelatedControls(camera.b_Camera_Connected);
-    if (!camera.b_Camera_Connected)
-        showScreenAlone();
-    if (recording.m_RecordStatus != Idle)
-        return; // it began before the camera failed, and keeps its rate
-    recording.i_fps_of_Recording = nominalRate();
-    createRefreshTimers();
-}
-
-void AppDelegate::showScreenAlone()
-{
-    const bool sizeOfCamera = compose.i_Video_Source_Primary == CameraPrimary && compose.index_size_Video_Output == 0;
-    compose.i_Video_Source_Primary = ScreenPrimary;
-    compose.i_Show_Secondary = 0;
-    camera.b_Change_to_Camera_Resolution = false;
-    EnableScreenCaptureModes(true);
-    if (sizeOfCamera && recording.m_RecordStatus == Idle) {
-        setVideoOutputSize(capture.size_Screen);
-        Refresh_Preview_Window();
-    }
+    connectedCamera_->restart();
 }
 
 } // namespace lumavex

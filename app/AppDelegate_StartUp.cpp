@@ -2,8 +2,8 @@
 #include "app/AppDelegate.h"
 
 #include "app/ChosenWindow.h"
+#include "app/ConnectedCamera.h"
 #include "app/LevelMeter.h"
-#include "app/OutputSize.h"
 #include "app/ScreenSizeWatch.h"
 #include "app/Window_Main.h"
 #include "app/Window_More_Information.h"
@@ -22,8 +22,6 @@ namespace lumavex {
 
 namespace {
 
-constexpr std::int64_t sizeOfNoItem = 1; ///< the output index of a size that the menu does not offer; never stored
-
 QImage bundleImage(const char* name)
 {
     return QImage(QStringLiteral(":/images/%1.png").arg(QLatin1String(name)), "PNG");
@@ -34,9 +32,8 @@ AppDelegate::AppDelegate(Platform& platform, Window_Main& window, const LaunchOp
     : platform_(platform), window_(window), options_(options), choices_(*platform.moreSettings),
       chosenWindow_(std::make_unique<ChosenWindow>(*this, *platform.screen, window, choices_)),
       screenSize_(std::make_unique<ScreenSizeWatch>(*this, *platform.screen, window)),
-      cameraDelegate(*platform.cameras, camera)
+      connectedCamera_(std::make_unique<ConnectedCamera>(*this, platform, window, options))
 {
-    connectCamera();
 }
 
 AppDelegate::~AppDelegate()
@@ -82,7 +79,7 @@ bool AppDelegate::applicationDidFinishLaunching()
     application.sffmpegPath = QStandardPaths::findExecutable(QStringLiteral("ffmpeg"));
 
     applyColourOptions();
-    startCameraOfSettings();
+    connectedCamera_->start();
     recording.i_fps_of_Recording = nominalRate();
     createRefreshTimers();
     recording.i_debug_number_of_view_refresh = 0;
@@ -125,10 +122,9 @@ void AppDelegate::showMainWindow()
     if (const QString limitation = platform_.screen->limitation(); !limitation.isEmpty())
         window_.showMessage(MessageTopic::Session, {limitation});
     // What the window can do without until it is there and drawn.
-    platform_.runLoop->scheduleOnce({1, 10}, [this](const TimerFiring&) { cameraDelegate.beginListing(); });
+    platform_.runLoop->scheduleOnce({1, 10}, [this](const TimerFiring&) { connectedCamera_->beginListing(); });
     platform_.runLoop->scheduleOnce({1, 2}, [this](const TimerFiring&) {
-        if (camera.arrayCameras.isEmpty())
-            camera.arrayCameras = cameraDelegate.enumCameras();
+        connectedCamera_->list();
         if (const QString trouble = platform_.cameras->trouble(); !trouble.isEmpty())
             window_.showMessage(MessageTopic::Camera, {trouble});
         finishRescue();
@@ -195,37 +191,10 @@ void AppDelegate::createRefreshTimers()
         runLoop.restart(timer, origin);
 }
 
-void AppDelegate::setUpOutputSize()
+void AppDelegate::tell(MessageTopic topic, const Message& message)
 {
-    if (compose.index_size_Video_Output == 0)
-        setVideoOutputSize(capture.size_Screen);
-    else
-        setVideoOutputSize(capture.catalogueSize(compose.index_size_Video_Output - 2));
-    if (!options_.size) {
-        if (compose.index_size_Video_Output == 0 && compose.i_Video_Source_Primary == CameraPrimary
-            && compose.i_Show_Secondary == 1)
-            camera.b_Change_to_Camera_Resolution = options_.source.has_value();
-        return;
-    }
-    const CGSize size = options_.size->width > 0 ? *options_.size : capture.size_Screen;
-    if (compose.i_Video_Source_Primary == ScreenPrimary)
-        launchProblem = vanishingProblem(capture.size_Screen, size);
-    if (!launchProblem.isEmpty())
-        return;
-    // The size holds whatever source is chosen, until another size is.
-    if (compose.mi_last_Video_Output)
-        std::exchange(compose.mi_last_Video_Output, nullptr)->setChecked(false);
-    compose.index_size_Video_Output = sizeOfNoItem;
-    const QString title = QStringLiteral("%1x%2").arg(size.width).arg(size.height);
-    const auto items = window_.submenuVideoOutputFrame->actions();
-    for (QAction* item : items) {
-        if (item->text() != title)
-            continue;
-        Window_Main::moveCheckMark(compose.mi_last_Video_Output, item);
-        compose.index_size_Video_Output = item->data().toLongLong();
-    }
-    setVideoOutputSize(size);
-    camera.b_Change_to_Camera_Resolution = false;
+    window_.showMessage(topic, message);
+    qWarning("%s", qUtf8Printable(message.text)); // the window of an unattended recording is not seen
 }
 
 void AppDelegate::Terminate_App()

@@ -36,8 +36,8 @@ QString screenText(const CaptureState& capture, bool holds)
 QString pictureText(const CaptureState& capture, const ComposeState& compose, bool holds)
 {
     const QString screen = screenText(capture, holds);
-    const bool cameraLarge = compose.i_Video_Source_Primary == 2;
-    const bool both = compose.i_Show_Secondary == 1;
+    const bool cameraLarge = compose.cameraIsPrimary();
+    const bool both = compose.showsBoth();
     QString text = cameraLarge
                        ? both ? RecordingSummary::tr("camera with %1").arg(screen) : RecordingSummary::tr("camera")
                    : both ? RecordingSummary::tr("%1 with camera").arg(screen)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/Lists.h"
 
+#include "base/CameraModes.h"
 #include "capture/FrameDimension.h"
 #include "capture/WindowList.h"
 
@@ -33,9 +34,8 @@ QStringList sizeNames(ScreenGrabber& screen)
         names.append(QStringLiteral("--size %1x%2")
                          .arg(catalogue[i].sizeDimension.width)
                          .arg(catalogue[i].sizeDimension.height));
-    const char* const cameraSizes[] = {"Low", "Medium", "High", "320x240", "352x288", "640x480", "960x540", "1280x720"};
-    for (int code = 0; code < 8; ++code)
-        names.append(QStringLiteral("--camera-size %1\t%2").arg(code).arg(QLatin1String(cameraSizes[code])));
+    for (std::size_t code = 0; code < kCameraPresets.size(); ++code)
+        names.append(QStringLiteral("--camera-size %1\t%2").arg(code).arg(QLatin1String(kCameraPresets[code].name)));
     return names;
 }
 

@@ -130,8 +130,8 @@ void ScreenSizeWatch::useItsSize()
     app_.FillSubMenuVideoOutputFrame();
     app_.FillSubMenuFollowCursorFrame();
     app_.FillSubMenuRegionFrame();
-    const bool ofCamera = app_.compose.i_Video_Source_Primary == 2 && app_.camera.b_Camera_Connected;
-    if (app_.compose.index_size_Video_Output == 0 && !ofCamera)
+    const bool ofCamera = app_.compose.cameraIsPrimary() && app_.camera.b_Camera_Connected;
+    if (app_.compose.followsSource() && !ofCamera)
         app_.OnMenuVideoOutputScreenResolution();
     look();
     settling_.start(); // the preview opens anew, in another shape

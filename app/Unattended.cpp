@@ -64,7 +64,7 @@ void UnattendedRun::begin()
         finished({}, outside, Kept::Nothing);
         return;
     }
-    const bool cameraLarge = app_.compose.i_Video_Source_Primary == 2;
+    const bool cameraLarge = app_.compose.cameraIsPrimary();
     const QString tooFlat = vanishingProblem(cameraLarge ? app_.camera.size_Camera : app_.capture.size_Screen,
                                              app_.compose.size_Video_Output);
     if (!tooFlat.isEmpty()) {

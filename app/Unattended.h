@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "app/LaunchOptions.h"
+#include "app/options/LaunchOptions.h"
 #include "platform/Dialogs.h"
 #include "platform/RunLoop.h"
 

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
-#include "app/CommandLine.h"
 #include "app/DesktopStyle.h"
 #include "app/Icons.h"
 #include "app/Lists.h"
@@ -12,7 +11,8 @@
 #include "app/Window_Main.h"
 #include "app/awaitCameras.h"
 #include "app/connectCommands.h"
-#include "app/layeredSettings.h"
+#include "app/options/CommandLine.h"
+#include "app/options/layeredSettings.h"
 
 #include <QApplication>
 #include <QLoggingCategory>

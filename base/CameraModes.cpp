@@ -9,7 +9,6 @@
 namespace lumavex {
 namespace {
 
-constexpr std::int64_t kFirstExactPreset = 3;
 /// Webcams deliver their large uncompressed sizes at low rates: a mode slower than this is a last resort.
 constexpr double kFluentRate = 24;
 
@@ -93,21 +92,18 @@ std::optional<CameraChoice> scalableMode(const std::vector<CameraMode>& modes, c
 
 } // namespace
 
-std::optional<QSize> cameraPresetSize(std::int64_t preset)
+const CameraPreset* cameraPreset(std::int64_t code)
 {
-    static const std::array sizes = {QSize(320, 240), QSize(640, 480), QSize(1280, 720), QSize(320, 240),
-                                     QSize(352, 288), QSize(640, 480), QSize(960, 540),  QSize(1280, 720)};
-    if (preset < 0 || preset >= std::int64_t(sizes.size()))
-        return std::nullopt;
-    return sizes[std::size_t(preset)];
+    return code >= 0 && code < std::int64_t(kCameraPresets.size()) ? &kCameraPresets[std::size_t(code)] : nullptr;
 }
 
 std::optional<CameraChoice> chooseCameraMode(const std::vector<CameraMode>& modes, std::int64_t preset)
 {
-    const auto wanted = cameraPresetSize(preset);
+    const CameraPreset* wanted = cameraPreset(preset);
     if (!wanted)
         return std::nullopt;
-    return preset < kFirstExactPreset ? nearestMode(modes, *wanted) : scalableMode(modes, *wanted);
+    return wanted->match == CameraPreset::Match::Nearest ? nearestMode(modes, wanted->size)
+                                                         : scalableMode(modes, wanted->size);
 }
 
 } // namespace lumavex

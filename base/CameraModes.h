@@ -3,6 +3,7 @@
 
 #include <QSize>
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -25,14 +26,31 @@ struct CameraChoice {
     QSize picture;      ///< size of the picture made from it; not larger than `size`
 };
 
+/// A resolution that the user chooses by its code, which is its index in kCameraPresets.
+struct CameraPreset {
+    const char* name;
+    QSize size;
+    enum class Match { Nearest, Exact } match; ///< Nearest: the camera's size nearest to `size` is used as it is
+};
+inline constexpr std::array kCameraPresets = {
+    CameraPreset{"Low", {320, 240}, CameraPreset::Match::Nearest},
+    CameraPreset{"Medium", {640, 480}, CameraPreset::Match::Nearest},
+    CameraPreset{"High", {1280, 720}, CameraPreset::Match::Nearest},
+    CameraPreset{"320x240", {320, 240}, CameraPreset::Match::Exact},
+    CameraPreset{"352x288", {352, 288}, CameraPreset::Match::Exact},
+    CameraPreset{"640x480", {640, 480}, CameraPreset::Match::Exact},
+    CameraPreset{"960x540", {960, 540}, CameraPreset::Match::Exact},
+    CameraPreset{"1280x720", {1280, 720}, CameraPreset::Match::Exact},
+};
+
 /// Chooses the mode for a resolution code:
-///   0 Low, 1 Medium, 2 High    the camera's size nearest to 320x240, 640x480, 1280x720
-///   3 to 7                     320x240, 352x288, 640x480, 960x540, 1280x720: that size, else the smallest larger one
-///                              that it can be scaled from, preferably of the same shape
-/// std::nullopt when the code is none of these or the camera offers no size that large.
+///   Match::Nearest    the camera's size nearest to the preset's
+///   Match::Exact      the preset's size, else the smallest larger one that it can be scaled from, preferably of the
+///                     same shape
+/// std::nullopt when there is no such code or the camera offers no size that large.
 std::optional<CameraChoice> chooseCameraMode(const std::vector<CameraMode>& modes, std::int64_t preset);
 
-/// The size of a resolution code (for 0 to 2 the size to approach). std::nullopt for other codes.
-std::optional<QSize> cameraPresetSize(std::int64_t preset);
+/// The preset of a resolution code; null when there is none.
+const CameraPreset* cameraPreset(std::int64_t code);
 
 } // namespace lumavex

@@ -41,7 +41,7 @@ bool CameraDelegate::attachCameraToCaptureSession()
 {
     Q_ASSERT_X(m_camera, "CameraDelegate::attachCameraToCaptureSession", "NULL != m_camera");
     m_cameraInput.reset();
-    if (m_camera && cameraPresetSize(state_.i_Camera_CRP))
+    if (m_camera && cameraPreset(state_.i_Camera_CRP))
         m_cameraInput = CameraRequest{*m_camera, state_.i_Camera_CRP};
     return m_cameraInput.has_value();
 }

@@ -34,10 +34,12 @@ struct TakenPicture {
 
 /// Inputs of a frame, and the preview that shows it. Main thread.
 struct ComposeState {
-    std::int64_t i_Video_Source_Primary = 0; ///< 1 screen, 2 camera
+    std::int64_t i_Video_Source_Primary = 0; ///< a VideoSource
     std::int64_t i_Show_Secondary = 0;       ///< 1: the other source is drawn small
-    bool showsCamera() const { return i_Video_Source_Primary == 2 || i_Show_Secondary != 0; }
-    bool showsScreen() const { return i_Video_Source_Primary != 2 || i_Show_Secondary != 0; }
+    bool cameraIsPrimary() const { return i_Video_Source_Primary == CameraPrimary; }
+    bool showsCamera() const { return cameraIsPrimary() || i_Show_Secondary != 0; }
+    bool showsScreen() const { return !cameraIsPrimary() || i_Show_Secondary != 0; }
+    bool showsBoth() const { return i_Show_Secondary == 1; }
     std::int64_t i_Size_Screen_Secondary = 0;
     std::int64_t i_Position_Screen_Secondary = 0;
     std::int64_t i_Size_Camera_Secondary = 0;
@@ -49,6 +51,7 @@ struct ComposeState {
     bool bOverlay = false;
 
     std::int64_t index_size_Video_Output = 0; ///< 0: the primary source's size; 1: a custom one; k from 2: entry k - 2
+    bool followsSource() const { return index_size_Video_Output == 0; }
     CGSize size_Video_Output;
     float fwVideoOutputRatio = 1; ///< width / height of size_Video_Output
     QAction* mi_last_Video_Output = nullptr;

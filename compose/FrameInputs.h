@@ -39,10 +39,13 @@ struct ScreenPicture {
     }
 };
 
+/// The picture that fills the frame (i_Video_Source_Primary).
+enum VideoSource : std::int64_t { ScreenPrimary = 1, CameraPrimary = 2 };
+
 /// Everything that determines the appearance of a frame. Two equal values of the same size give equal pixels.
 struct FrameInputs {
-    std::int64_t i_Video_Source_Primary = 1; ///< 1 screen, 2 camera; anything else draws neither
-    std::int64_t i_Show_Secondary = 0;       ///< not 0: the other source is drawn small
+    std::int64_t i_Video_Source_Primary = ScreenPrimary; ///< a VideoSource; anything else draws neither
+    std::int64_t i_Show_Secondary = 0;                   ///< not 0: the other source is drawn small
     std::int64_t index_size_Video_Output = 0;
     ScreenPicture screen;
     NumberedImage camera; ///< null image: no camera frame exists

@@ -88,8 +88,8 @@ public:
     {
         if (frame_.isEmpty() || !(target_.units.width > 0) || !(target_.units.height > 0))
             return plan_;
-        const bool screenFirst = inputs_.i_Video_Source_Primary == 1;
-        const bool cameraFirst = inputs_.i_Video_Source_Primary == 2;
+        const bool screenFirst = inputs_.i_Video_Source_Primary == ScreenPrimary;
+        const bool cameraFirst = inputs_.i_Video_Source_Primary == CameraPrimary;
         if ((screenFirst && screenFillsItsPlace()) || (cameraFirst && cameraExists()))
             screenFirst ? addPrimaryScreen() : addPrimaryCamera();
         else {

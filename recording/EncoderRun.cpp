@@ -110,7 +110,7 @@ QString runEncoder(const EncoderCall& call, EncoderState& state, const ChildProc
     };
     encoder->errData = [&](const QByteArray& chunk) {
         standardError = (standardError + chunk.right(kKeptBytes)).right(kKeptBytes);
-        const bool joining = state.u_Type_Progress == 0;
+        const bool joining = state.u_Type_Progress == JoiningProgress;
         if (const auto seconds = joining ? encoderSeconds(chunk) : std::nullopt; seconds && watch.progress)
             watch.progress(encoderPercentage(static_cast<std::uint64_t>(*seconds), call.seconds));
     };

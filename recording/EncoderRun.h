@@ -23,10 +23,13 @@ struct EncoderJob {
     std::uint64_t i_Orig_Duration_in_Seconds = 0; ///< what the progress is measured by
 };
 
+/// The work that an encoder's reports are about.
+enum EncoderProgressType : std::uint64_t { JoiningProgress = 0 };
+
 /// What an encoder's reports are taken for, and whether it has ended. Main thread.
 struct EncoderState {
-    std::uint64_t u_Type_Progress = 0; ///< 0: joining sound and picture; of anything else no progress is told
-    bool terminated = false;           ///< the encoder has ended, which ends the wait for it
+    std::uint64_t u_Type_Progress = JoiningProgress; ///< an EncoderProgressType; only joining reports its progress
+    bool terminated = false;                         ///< the encoder has ended, which ends the wait for it
 };
 
 /// How an encoder at work is watched. Each function may be empty.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "settings_dialog/Window_Configurations.h"
 
+#include "base/CameraModes.h"
 #include "base/PictureFile.h"
 #include "platform/Dialogs.h"
 
@@ -116,9 +117,8 @@ void Window_Configurations::fillCombos(const QStringList& cameras)
     ui_->comboCameraListOfCameras->addItems(cameras);
     ui_->comboCameraListOfCameras->setCurrentIndex(
         int(std::max<qsizetype>(0, cameras.lastIndexOf(loaded_.s_Camera_Name))));
-    ui_->comboCameraResolution->addItems(
-        {QStringLiteral("Low"), QStringLiteral("Medium"), QStringLiteral("High"), QStringLiteral("320x240"),
-         QStringLiteral("352x288"), QStringLiteral("640x480"), QStringLiteral("960x540"), QStringLiteral("1280x720")});
+    for (const CameraPreset& preset : kCameraPresets)
+        ui_->comboCameraResolution->addItem(QLatin1String(preset.name));
     const bool offered = loaded_.i_Camera_CRP >= 0 && loaded_.i_Camera_CRP < ui_->comboCameraResolution->count();
     ui_->comboCameraResolution->setCurrentIndex(offered ? int(loaded_.i_Camera_CRP) : -1);
 }

@@ -134,7 +134,7 @@ QString GstCameraSource::find(const CameraRequest& request, Camera& found)
 {
     if (QString trouble = initGStreamer(); !trouble.isEmpty())
         return trouble;
-    if (!cameraPresetSize(request.preset))
+    if (!cameraPreset(request.preset))
         return QCoreApplication::translate("GstCamera", "The camera %1 has no resolution number %2.")
             .arg(request.name)
             .arg(request.preset);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The command line: one argument a line.
-#include "app/CommandLine.h"
+#include "app/options/CommandLine.h"
 #include "tests/fuzz/Fuzzing.h"
 
 using namespace lumavex;

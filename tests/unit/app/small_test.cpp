@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/CommandLine.h"
 #include "app/OutputSize.h"
 #include "app/SettingsTable.h"
 #include "app/StandardStreams.h"
 #include "app/Unattended.h"
+#include "app/options/CommandLine.h"
 #include "tests/fakes/FakeUserDefaults.h"
 
 #include <QFile>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/layeredSettings.h"
+#include "app/options/layeredSettings.h"
 
 #include "app/SettingsTable.h"
 #include "camera/CameraState.h"

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/CommandLine.h"
+#include "app/options/CommandLine.h"
 
-#include "app/LaunchOptionRules.h"
-#include "app/OptionValues.h"
+#include "app/options/LaunchOptionRules.h"
+#include "app/options/OptionValues.h"
+#include "base/CameraModes.h"
 #include "capture/CaptureState.h"
 
+#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -142,7 +144,7 @@ QString applyCameraSize(const QString& value, LaunchOptions& options)
 {
     bool isNumber = false;
     const int code = value.toInt(&isNumber);
-    if (!isNumber || code < 0 || code > 7)
+    if (!isNumber || !cameraPreset(code))
         return translated("must be a code from 0 to 7 (see --list-sizes)");
     options.cameraSize = code;
     return {};
@@ -291,43 +293,42 @@ QString completeOutput(QString& output)
     return translated("%1 has no ending; the movie is saved as %2.").arg(given, output);
 }
 
-const Option* findOption(const QString& name)
+/// Applies the values given, the table's first option first; the first problem, or empty.
+QString applyValues(const QCommandLineParser& parser, LaunchOptions& options)
 {
-    for (const Option& option : optionTable)
-        if (name == QLatin1String(option.name))
-            return &option;
-    return nullptr;
+    for (const Option& option : optionTable) {
+        const QString name = QLatin1String(option.name);
+        if (!parser.isSet(name))
+            continue;
+        if (const QString problem = option.apply(parser.value(name), options); !problem.isEmpty())
+            return QStringLiteral("--%1 %2.").arg(name, problem);
+    }
+    return {};
 }
 
 } // namespace
 
 CommandLine parseCommandLine(const QStringList& arguments)
 {
-    CommandLine result;
-    for (qsizetype i = 0; i < arguments.size(); ++i) {
-        const QString& argument = arguments[i];
-        if (argument == QLatin1String("--help") || argument == QLatin1String("-h"))
-            return {{}, helpText(), 0};
-        if (argument == QLatin1String("--version"))
-            return {{}, QStringLiteral("Lumavex " LUMAVEX_VERSION "\n"), 0};
+    QCommandLineParser parser;
+    for (const Option& option : optionTable)
+        parser.addOption({QLatin1String(option.name), {}, QLatin1String(option.value)});
+    const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
+    const QCommandLineOption version(QStringLiteral("version"));
+    parser.addOptions({help, version});
+    const bool understood = parser.parse(QStringList{QStringLiteral("lumavex")} + arguments);
+    if (parser.isSet(help))
+        return {{}, helpText(), 0};
+    if (parser.isSet(version))
+        return {{}, QStringLiteral("Lumavex " LUMAVEX_VERSION "\n"), 0};
+    if (!understood)
+        return mistake(parser.errorText());
+    if (const QStringList stray = parser.positionalArguments(); !stray.isEmpty())
+        return mistake(translated("%1 is not an option.").arg(stray.first()));
 
-        const qsizetype equals = argument.indexOf(u'=');
-        const QString name = argument.sliced(0, equals < 0 ? argument.size() : equals);
-        const Option* option = name.startsWith(QLatin1String("--")) ? findOption(name.sliced(2)) : nullptr;
-        if (!option)
-            return mistake(translated("unknown option %1.").arg(argument));
-        QString value;
-        if (option->value && equals >= 0)
-            value = argument.sliced(equals + 1);
-        else if (option->value && i + 1 < arguments.size())
-            value = arguments[++i];
-        else if (option->value)
-            return mistake(translated("%1 needs a value.").arg(name));
-        else if (equals >= 0)
-            return mistake(translated("%1 takes no value.").arg(name));
-        if (const QString problem = option->apply(value, result.options); !problem.isEmpty())
-            return mistake(QStringLiteral("%1 %2.").arg(name, problem));
-    }
+    CommandLine result;
+    if (const QString problem = applyValues(parser, result.options); !problem.isEmpty())
+        return mistake(problem);
     if (const QString problem = completeOptions(result.options); !problem.isEmpty())
         return mistake(problem);
     result.note = completeOutput(result.options.output);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/LaunchOptionRules.h"
+#include "app/options/LaunchOptionRules.h"
 
 #include "capture/CaptureState.h"
 

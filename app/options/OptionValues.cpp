@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/OptionValues.h"
+#include "app/options/OptionValues.h"
 
 #include "recording/MovieContainer.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "app/LaunchOptions.h"
 #include "app/SettingsTable.h"
+#include "app/options/LaunchOptions.h"
 
 #include <QStringList>
 
