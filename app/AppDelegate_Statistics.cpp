@@ -55,14 +55,17 @@ QString AppDelegate::pictureShortage() const
     const FrameCounts& counts = recording.frameCounts;
     if (counts.shortSeconds < 2) // one alone is a hiccup that nothing helps against, as often at the start
         return {};
-    QStringList help{tr("a lower rate"), tr("a smaller size")};
+    QStringList help;
+    if (recording.i_fps_of_Recording > 1)
+        help += tr("a lower rate");
+    help += tr("a smaller size");
     if (isPreviewInSight())
         help += tr("a hidden preview");
     if (capture.isComposite() && capture.i_Type_Screen_Capture != WindowExclusive)
         help += tr("Lumavex's own windows left in the picture");
     const QString what =
         recording.m_RecordStatus == Recording
-            ? tr("The machine does not keep up: only %1 of a second's %2 frames show a new picture.")
+            ? tr("The machine does not keep up: new pictures in the last second: %1 of %2.")
                   .arg(counts.latestShortSecond.composed)
                   .arg(counts.latestShortSecond.frames)
             : tr("The machine did not keep up: in %1 of %2 seconds fewer than half of the frames show a new picture.")
