@@ -172,14 +172,14 @@ public:
     void stopBecause(const QString& reason);
     /// From Stop on: gives up joining, or copying to another file system. What was recorded is kept and told.
     void cancelFinishing();
-    /// Tells what an earlier, killed run left and completes it; of that the latter can be given up.
-    void finishRescue();
-    void cancelRescue() { recording.rescueCancelled = true; }
-
-    // --- Loss of the screen: AppDelegate_ScreenLoss.cpp ---
     /// The screen is gone, and with it windows and the event loop: finishes the running recording without them. Without
     /// a user it is saved; else the next start completes it and tells. Afterwards the process must end.
     void finishWithoutScreen();
+
+    // --- Rescue: AppDelegate_Rescue.cpp ---
+    /// Tells what an earlier, killed run left and completes it; of that the latter can be given up.
+    void finishRescue();
+    void cancelRescue() { rescueCancelled_ = true; }
 
     // --- Processor load: AppDelegate_ProcessorLoad.cpp ---
     void updateInfo();
@@ -187,10 +187,8 @@ public:
     void Close_Window_Can_Not_Record();
 
 Q_SIGNALS:
-    /// Of what Stop is doing, 0 to 100.
-    void progressChanged(float percentage);
-    /// The recording is where it stays, but Stop has not returned. `path` is where the movie was saved; empty when it
-    /// was not. `problem` is empty when all went well or the user discarded it, else what went wrong and what was kept.
+    /// The recording is where it stays, but Stop has not returned; or Record was refused. `path` and `problem` are the
+    /// savedPath and the problem of the outcome.
     void recordingFinished(const QString& path, const QString& problem, lumavex::Kept kept);
     /// A snapshot was saved as `path`. Empty: it was not, and the user knows why.
     void pictureFinished(const QString& path);
@@ -249,30 +247,11 @@ private:
     void beginStatistics();
     void writeStatistics();
     QString pictureShortage() const; ///< in this recording, in the user's words; empty without any
-    void tellOutcome(const QString& problem);
+    void beginEnd();                 ///< of the recording: nothing more is recorded
+    EndServices endServices();
     void beginProgress();
-    void setProgress(float percentage);
-    void endProgress();
-    QString beginFinishing(Nanoseconds heardUntil);
-    QString finishWriter(Nanoseconds heardUntil);
-    QString noteLengths();
-    EncoderJob joiningJob() const;
-    QString joinSoundAndPicture();
-    /// Whether the picture and sound files in the video folder still hold what is nowhere else.
-    enum class WorkingFiles { NotNeeded, Needed };
-    WorkingFiles endWithoutJoin(const QString& reason);
-    void saveWithoutScreen(QStringList problems);
-    MoveResult moveWithoutScreen();
-    // AppDelegate_Saving.cpp
-    WorkingFiles saveMovie(const QString& movie, const QString& problem);
-    /// Holds a movie against what was recorded.
-    QString whatIsMissingFrom(const QString& movie);
-    WorkingFiles keepWhatWasRecorded(const QString& saved, const QString& missing);
-    void tellKept(Alert alert, const QString& path); ///< with a button that shows the folder of `path`
-    bool isInWorkingFolder(const QString& path) const;
-    MoveResult moveWithProgress(const QString& from, const QString& to);
-    WorkingFiles keepMovie(const QString& movie, const QString& why);
-    void tellSaved(const QString& path);
+    void tellIncidents(const QString& problem);
+    void report(const RecordingOutcome& outcome);
 
     Platform& platform_;
     Window_Main& window_;
@@ -286,6 +265,7 @@ private:
     QString screenTrouble_;                 ///< what the user was told about the screen; empty while it can be read
     QString stopReason_;                    ///< why the program itself ends the recording; empty when the user does
     std::vector<RescuedRecording> rescued_; ///< of an earlier run, until finishRescue
+    bool rescueCancelled_ = false;
     WorkQueue pictureWriter_;
 };
 

@@ -117,7 +117,7 @@ void AppDelegate::TimerDebug1SecondRoutine()
         if (!application.sffmpegPath.isEmpty()) // installed meanwhile
             window_.withdrawMessage(MessageTopic::Encoder);
     }
-    if (!compose.windowPreview || recording.m_RecordStatus != Recording || recording.stopping)
+    if (!compose.windowPreview || recording.m_RecordStatus != Recording || recording.isEnding())
         return;
     recording.i_Actual_FPS_while_Recording = adaptedRate(
         recording.i_fps_of_Recording, recording.i_debug_number_of_view_refresh, recording.i_Actual_FPS_while_Recording);

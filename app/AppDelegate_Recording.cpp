@@ -21,7 +21,7 @@ namespace lumavex {
 
 void AppDelegate::OnToolbarRecord()
 {
-    if (recording.stopping) {
+    if (recording.isEnding()) {
         window_.showMessage(
             MessageTopic::Saving,
             {tr("The recording before this one is still being saved."), {}, Message::Kind::Information});
@@ -31,12 +31,12 @@ void AppDelegate::OnToolbarRecord()
         if (options_.load == LaunchOptions::Load::Refuse
             && static_cast<double>(application.fCPUUsage) > processorUsageLimit) {
             Show_Window_Can_Not_Record();
-            Q_EMIT recordingFinished({}, tr("The machine is too busy to record (use --ignore-load to record anyway)."),
-                                     Kept::Nothing);
+            report(
+                {Ending::Nothing, {}, tr("The machine is too busy to record (use --ignore-load to record anyway).")});
             return;
         }
         if (const QString refusal = screenSize_->refusal(); !refusal.isEmpty()) {
-            Q_EMIT recordingFinished({}, refusal, Kept::Nothing);
+            report({Ending::Nothing, {}, refusal});
             return;
         }
         // Frames are made only while there is a preview, in sight or not.
@@ -57,7 +57,7 @@ bool AppDelegate::startWriter()
 {
     const auto refuse = [this](const QString& problem) {
         platform_.dialogs->runAlert({tr("Error"), problem, {tr("Close")}, Alert::Reader::User});
-        Q_EMIT recordingFinished({}, problem, Kept::Nothing);
+        report({Ending::Nothing, {}, problem});
         return false;
     };
     const QString& folder = application.s_Video_Folder;
@@ -102,8 +102,6 @@ void AppDelegate::startRecording()
     recording.notBefore = origin;
     recording.i_debug_number_of_view_refresh = 0;
     recording.i_Frames_Appended = 0;
-    recording.writerResult = {};
-    recording.moveResult = {};
     recording.m_Seconds_of_Recording = 0;
     compose.lastAppended.reset();
     for (const MessageTopic topic : {MessageTopic::Sound, MessageTopic::Rate, MessageTopic::Recording})
@@ -145,7 +143,7 @@ void AppDelegate::resumeRecording()
 
 void AppDelegate::OnToolbarPause()
 {
-    if (recording.m_RecordStatus != Recording || recording.stopping)
+    if (recording.m_RecordStatus != Recording || recording.isEnding())
         return;
     RunLoop& runLoop = *platform_.runLoop;
     const Nanoseconds now = runLoop.now();

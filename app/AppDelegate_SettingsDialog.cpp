@@ -146,7 +146,7 @@ void AppDelegate::openSoundSettings()
 
 void AppDelegate::OnToolbarSettings()
 {
-    if (recording.m_RecordStatus != Idle || recording.stopping)
+    if (recording.m_RecordStatus != Idle || recording.isEnding())
         return;
     connectedCamera_->list();
     DialogChoices choices;

@@ -126,7 +126,7 @@ QString AppDelegate::offerPicture(const TakenPicture& picture)
 
 QString AppDelegate::placePicture(const TakenPicture& picture, const QString& path)
 {
-    if (isInWorkingFolder(path))
+    if (isInWorkingFolder(path, application))
         return tr("Lumavex empties this folder at every start.");
     QString problem;
     if (picture.unwritten)

@@ -7,7 +7,6 @@
 #include "app/ScreenSizeWatch.h"
 #include "app/Window_Main.h"
 #include "app/Window_More_Information.h"
-#include "recording/WorkingFolders.h"
 
 #include <QAction>
 #include <QCoreApplication>
@@ -62,11 +61,7 @@ bool AppDelegate::applicationDidFinishLaunching()
     GetScreenSize();
     window_.hide();
 
-    const WorkingFolders folders = workingFoldersIn(documentsFolder());
-    application.s_Output_Folder = folders.s_Output_Folder;
-    application.s_Video_Folder = folders.s_Video_Folder;
-    application.s_Picture_Folder = folders.s_Picture_Folder;
-    application.s_Recovered_Folder = folders.s_Recovered_Folder;
+    static_cast<WorkingFolders&>(application) = workingFoldersIn(documentsFolder());
     if (!createWorkingFolders())
         return false;
     emptyWorkingFolders();

@@ -19,7 +19,7 @@ RecordingStatistics AppDelegate::statistics() const
     now.frames = recording.frameCounts;
     now.movie = recording.assetWriter->statistics();
     now.processor = processorTimeOfProcess();
-    if (recording.soundRecorder && !recording.stopping) { // at the end no next frame is due
+    if (recording.soundRecorder && !recording.isEnding()) { // at the end no next frame is due
         // The sound file holds what is heard while recording, to the sample, so the sound's time when the next frame is
         // due is the time recorded until then.
         const Nanoseconds sinceResumed =
@@ -44,7 +44,7 @@ void AppDelegate::writeStatistics()
 {
     if (!recording.statisticsFile.isOpen())
         return;
-    const auto line = recording.stopping ? StatisticsFile::Line::Last : StatisticsFile::Line::Ordinary;
+    const auto line = recording.isEnding() ? StatisticsFile::Line::Last : StatisticsFile::Line::Ordinary;
     if (const QString problem = recording.statisticsFile.append(statistics(), line); !problem.isEmpty())
         tell(MessageTopic::General, {problem});
     recording.frameCounts.lateness = Nanoseconds(0);

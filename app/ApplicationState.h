@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/RunLoop.h"
+#include "recording/WorkingFolders.h"
 
 #include <QString>
 
@@ -15,18 +16,14 @@ namespace lumavex {
 
 class Window_More_Information;
 
-/// The application's own state. Main thread.
-struct ApplicationState {
+/// The application's own state, the folders it works in among it. Main thread.
+struct ApplicationState : WorkingFolders {
     std::int64_t i_Top_Other_Windows = 0;         ///< 1: the main window floats above other applications' windows
     std::int64_t b_Show_Select_Region_How_To = 0; ///< 1: show the guide before entering the capture type
     std::int64_t b_Show_FollowCursor_How_To = 0;
     std::int64_t b_Show_WindowExclusive_How_To = 0;
 
-    QString s_Output_Folder;    ///< main working folder; its absence at start marks the first run
-    QString s_Video_Folder;     ///< a recording's files until it is saved
-    QString s_Picture_Folder;   ///< snapshots until they are saved
-    QString s_Recovered_Folder; ///< recordings that could not be saved where the user wanted them
-    QString sffmpegPath;        ///< the encoder; empty when it is not installed
+    QString sffmpegPath; ///< the encoder; empty when it is not installed
 
     TimerId timerVideoRefresh = 0;
     TimerId updateTimer = 0;

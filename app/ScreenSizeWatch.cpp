@@ -71,7 +71,7 @@ void ScreenSizeWatch::tellSize()
         told_.reset();
         return;
     }
-    const Told now{size, app_.recording.m_RecordStatus == Idle && !app_.recording.stopping};
+    const Told now{size, app_.recording.m_RecordStatus == Idle && !app_.recording.isEnding()};
     const bool news = !told_ || told_->size != size;
     if (told_ == now || (!news && !window_.showsMessage(MessageTopic::ScreenSize)))
         return; // told, or the user has closed the message
@@ -122,7 +122,7 @@ QString ScreenSizeWatch::refusal()
 void ScreenSizeWatch::useItsSize()
 {
     told_.reset();
-    if (app_.recording.m_RecordStatus != Idle || app_.recording.stopping) {
+    if (app_.recording.m_RecordStatus != Idle || app_.recording.isEnding()) {
         look(); // the button was pressed just after Record
         return;
     }

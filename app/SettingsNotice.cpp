@@ -51,7 +51,7 @@ void SettingsNotice::show()
 
 void SettingsNotice::useFirstRunSettings()
 {
-    if (app_.recording.m_RecordStatus != Idle || app_.recording.stopping) {
+    if (app_.recording.m_RecordStatus != Idle || app_.recording.isEnding()) {
         show(); // settings are not changed during a recording, and the offer stands until after it
         return;
     }

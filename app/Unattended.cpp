@@ -139,7 +139,7 @@ void UnattendedRun::endEarly()
 {
     if (ended_)
         app_.cancelRescue();
-    else if (app_.recording.stopping)
+    else if (app_.recording.isEnding())
         app_.cancelFinishing();
     else if (app_.recording.m_RecordStatus == Idle)
         finished({}, tr("The program was told to end before it began."), Kept::Nothing);

@@ -25,7 +25,7 @@ struct TimerFiring {
 
 using TimerId = std::uint64_t; ///< 0 is no timer
 
-/// Repeating and one-shot timers with absolute deadlines on the monotonic clock. Main thread only.
+/// Repeating and one-shot timers with absolute deadlines on the monotonic clock. Main thread only, but for wake.
 ///
 /// Due timers run strictly in the order of their deadlines. At equal deadlines one-shot timers come first, so that a
 /// recording that ends at an instant does not include the frame of that instant, which would last beyond it; the others
@@ -58,6 +58,8 @@ public:
 
     /// Processes events and timers of the default mode until `done` returns true. It is called after every event.
     virtual void runUntil(const std::function<bool()>& done) = 0;
+    /// Makes runUntil ask `done` again, which another thread has changed. Any thread.
+    virtual void wake() = 0;
 
     virtual Nanoseconds now() const = 0;
 };

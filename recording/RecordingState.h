@@ -5,20 +5,17 @@
 #include "platform/MovieWriter.h"
 #include "platform/RunLoop.h"
 #include "platform/SoundRecorder.h"
-#include "recording/EncoderRun.h"
-#include "recording/FileMove.h"
 #include "recording/FrameCounts.h"
+#include "recording/RecordingEnd.h"
 #include "recording/RecordingIncidents.h"
 #include "recording/RecordingStatistics.h"
-#include "recording/SavedMovie.h"
+#include "recording/StreamCompletion.h"
 #include "recording/Window_Progress.h"
 #include "recording/WriterReadiness.h"
 
 #include <QString>
 
-#include <atomic>
 #include <cstdint>
-#include <future>
 #include <memory>
 
 namespace lumavex {
@@ -30,18 +27,9 @@ enum RecordStatus : std::uint64_t {
     Paused = 2,
 };
 
-/// What has become of a recording.
-enum class Kept {
-    Nothing,   ///< there is none, or it was discarded
-    AsAsked,   ///< all of it, where it was wanted
-    Otherwise, ///< it ended early, is in two files, or lies elsewhere
-};
-
-/// A recording's state. Main thread, but for what says otherwise. The objects of a recording live until the next one
-/// starts.
+/// A recording's state. Main thread. The objects of a recording live until the next one starts.
 struct RecordingState {
     std::uint64_t m_RecordStatus = Idle;
-    bool stopping = false; ///< Stop has not returned yet: Record is refused
 
     std::int64_t b_Record_Include_Audio = 0;         ///< 1: with sound
     std::int32_t m_Seconds_of_Recording = 0;         ///< whole seconds recorded, pauses left out
@@ -58,8 +46,10 @@ struct RecordingState {
     /// Whether the refresh that was due at `deadline` belongs to the running recording.
     bool isRecordingAt(Nanoseconds deadline) const
     {
-        return m_RecordStatus == Recording && !stopping && deadline >= notBefore;
+        return m_RecordStatus == Recording && !isEnding() && deadline >= notBefore;
     }
+    /// Whether Stop was pressed and has not returned yet: Record is refused.
+    bool isEnding() const { return end != nullptr; }
 
     FrameCounts frameCounts;
     RecordingIncidents incidents;
@@ -69,7 +59,6 @@ struct RecordingState {
     QString s_Video_File_Source; ///< the writer's file
     QString s_Sound_File_Source; ///< the sound file, which exists only with sound
     QString s_AV_File_Source;    ///< both joined
-    QString s_Saved_File;        ///< where the movie is being moved, or was
 
     std::unique_ptr<MovieWriter> assetWriter;
     MovieInput* assetInput = nullptr;                 ///< assetWriter's
@@ -83,14 +72,9 @@ struct RecordingState {
     Nanoseconds secondRemainder{0};
     Nanoseconds durationRemainder{0};
 
-    std::unique_ptr<Window_Progress> windowProgress;      ///< only during Stop
-    EncoderState encoder;                                 ///< of the joining
-    std::uint64_t i_Orig_Duration_in_Seconds = 0;         ///< denominator of the joining progress
-    std::atomic<bool> cancelled = false;                  ///< joining or copying is to be given up; any thread reads it
-    bool rescueCancelled = false;                         ///< joining what an earlier run left is to be given up
-    std::shared_future<MovieWriter::Result> writerResult; ///< valid from Stop to the next Record
-    std::shared_future<MoveResult> moveResult;            ///< of s_Saved_File; valid from saving to the next Record
-    RecordedLengths lengths;                              ///< what the saved movie is held against; from Stop on
+    std::unique_ptr<Window_Progress> windowProgress; ///< only during Stop
+    std::unique_ptr<StreamCompletion> completion;    ///< only during Stop; gone before assetWriter
+    std::unique_ptr<RecordingEnd> end;               ///< only during Stop
 
     /// The movie's length so far.
     double movieSeconds() const { return CMTimeGetSeconds(CMTimeSubtract(m_Current_Video_Frame, firstVideoFrame)); }

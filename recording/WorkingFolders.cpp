@@ -113,6 +113,17 @@ WorkingFolders workingFoldersIn(const QString& documentsFolder)
             pathIn(documentsFolder, QStringLiteral("LumavexRecovered"))};
 }
 
+bool isInWorkingFolder(const QString& path, const WorkingFolders& folders)
+{
+    const QString folder = QFileInfo(QFileInfo(path).absolutePath()).canonicalFilePath() + u'/';
+    for (const QString& working : {folders.s_Output_Folder, folders.s_Video_Folder, folders.s_Picture_Folder}) {
+        const QString present = QFileInfo(working).canonicalFilePath();
+        if (!present.isEmpty() && folder.startsWith(present + u'/'))
+            return true;
+    }
+    return false;
+}
+
 QString documentsFolder()
 {
     return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);

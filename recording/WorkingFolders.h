@@ -20,6 +20,9 @@ struct WorkingFolders {
 
 WorkingFolders workingFoldersIn(const QString& documentsFolder);
 
+/// Whether the file lies in a folder that every start empties, or below one, by whatever links its path leads there.
+bool isInWorkingFolder(const QString& path, const WorkingFolders& folders);
+
 /// The user's documents folder as the XDG user directories name it.
 QString documentsFolder();
 

@@ -67,6 +67,12 @@ void QtRunLoop::runUntil(const std::function<bool()>& done)
     --defaultModeRuns_;
 }
 
+void QtRunLoop::wake()
+{
+    QMetaObject::invokeMethod(
+        &timer_, [] {}, Qt::QueuedConnection);
+}
+
 RunLoopMode QtRunLoop::mode() const
 {
     const bool tracking = QApplication::activePopupWidget() != nullptr;

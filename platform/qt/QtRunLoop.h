@@ -21,6 +21,7 @@ public:
     Nanoseconds nextDeadline(TimerId timer) const override { return queue_.nextDeadline(timer); }
     void runDue(std::span<const TimerId> timers, Nanoseconds until) override;
     void runUntil(const std::function<bool()>& done) override;
+    void wake() override;
     Nanoseconds now() const override { return clock_.now(); }
 
 private:

@@ -50,6 +50,7 @@ public:
             advance(kTurn);
         }
     }
+    void wake() override {} // runUntil asks all the time
     Nanoseconds now() const override { return clock_.time; }
 
     /// Lets time pass, each timer firing at its deadline.

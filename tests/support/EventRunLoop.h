@@ -24,6 +24,7 @@ public:
         while (!done())
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
+    void wake() override { QCoreApplication::postEvent(QCoreApplication::instance(), new QEvent(QEvent::User)); }
     Nanoseconds now() const override { return {}; }
 
 private:
