@@ -65,7 +65,7 @@ QString AppDelegate::pictureShortage() const
         help += tr("Lumavex's own windows left in the picture");
     const QString what =
         recording.m_RecordStatus == Recording
-            ? tr("The machine does not keep up: new pictures in the last second: %1 of %2.")
+            ? tr("The machine does not keep up: %1 of %2 frames in the last second show a new picture.")
                   .arg(counts.latestShortSecond.composed)
                   .arg(counts.latestShortSecond.frames)
             : tr("The machine did not keep up: in %1 of %2 seconds fewer than half of the frames show a new picture.")
