@@ -46,16 +46,16 @@ public:
 
     // --- Start-up, timers and shutdown: AppDelegate_StartUp.cpp ---
     void awakeFromNib();
-    /// The start-up sequence. False when the program cannot go on; the user has been told why.
+    /// The start-up sequence. False when the program cannot continue; the user has been told the reason.
     bool applicationDidFinishLaunching();
-    /// Ends the process at once. Nothing is saved; what a recording left is found again at the next start.
+    /// Ends the process at once. Saves nothing; the next start finds the files that a recording left.
     [[noreturn]] void Terminate_App();
     void OnMenuQuit() { Terminate_App(); }
-    /// What of the command line could not be done, in the user's words; empty when all is well.
+    /// The command-line requests that failed, as text for the user; empty when none failed.
     QString launchProblem;
-    /// In the main window and on standard error.
+    /// Shows the message in the main window and writes it to standard error.
     void tell(MessageTopic topic, const Message& message);
-    /// The larger of the screen's and the running camera's rate, at least 1.
+    /// The higher of the screen's and the running camera's rate, at least 1.
     std::int32_t nominalRate() const;
     void createRefreshTimers();
 
@@ -70,19 +70,19 @@ public:
     void OnToolbarSettings();
     void OnMenuPreferences() { OnToolbarSettings(); }
     DialogSettings dialogSettings() const;
-    /// Where the small pictures would stand with these settings: those in the frame now and the one being edited.
+    /// Outlines of the small pictures under these settings: those currently in the frame and the one being edited.
     std::vector<FrameOutline> outlinesOf(const DialogSettings& settings, SettingsSubject subject) const;
-    /// Takes the dialog's values over and stores those that outlive the program.
+    /// Copies the dialog's values into the state and stores those that outlive the program.
     void storeSettings(const DialogSettings& settings);
-    /// Makes what was stored take effect: window level, camera, source, rate.
+    /// Applies the stored values: window level, camera, source, rate.
     void applySettings();
 
-    // --- What will be recorded, at a glance: AppDelegate_Summary.cpp ---
+    // --- Summary of the coming recording: AppDelegate_Summary.cpp ---
     void showSummary();
 
     // --- Frame sizes and size menus: AppDelegate_FrameSizes.cpp ---
     void GetScreenSize();
-    void FillArrayFrameResolution(); ///< an index stored outside it counts as its default; what is stored stays
+    void FillArrayFrameResolution(); ///< a stored index outside the array counts as the default; the stored value stays
     void FillSubMenuVideoOutputFrame();
     void FillSubMenuFollowCursorFrame();
     void FillSubMenuRegionFrame();
@@ -101,11 +101,11 @@ public:
 
     // --- Screen grabber: AppDelegate_ScreenGrabber.cpp ---
     void TimerRefreshVideoRoutine(const TimerFiring& firing);
-    bool createMultiWindowShot(const QList<WindowEntry>& windows); ///< as setOutputImage
-    bool setOutputImage(const Grab& grab);                         ///< whether imgScreenCapture is of this grab
-    /// Takes the picture of the screen that the next frame is composed of.
+    bool createMultiWindowShot(const QList<WindowEntry>& windows); ///< like setOutputImage
+    bool setOutputImage(const Grab& grab);                         ///< true when imgScreenCapture is from this grab
+    /// Grabs the screen for the next frame.
     void grabScreen();
-    /// The screen as it goes into the next frame; updates imgScreenCaptureToDraw and rect_Screen_Follow_Cursor.
+    /// The screen picture for the next frame; updates imgScreenCaptureToDraw and rect_Screen_Follow_Cursor.
     ScreenPicture prepareScreenPicture();
 
     // --- Sources and capture types: AppDelegate_Sources.cpp ---
@@ -118,7 +118,7 @@ public:
     void OnMenuCameraOnly() { OnToolbarCameraOnly(); }
     void OnMenuBothScreenPrimary();
     void OnMenuBothCameraPrimary();
-    /// Whether the item's command may be given now, which the commands decide and nothing overrides.
+    /// True when the item's command is available now. Only the commands decide this; nothing overrides them.
     bool validateToolbarItem(const QAction& item) const;
     void OnToolbarEntireScreen();
     void OnToolbarFollowCursor();
@@ -155,29 +155,32 @@ public:
     void OnMenuVideoRecord() { OnToolbarRecord(); }
     void OnMenuVideoPause() { OnToolbarPause(); }
     void Update_Record_Duration();
-    /// Appends the frame, or when it is null the previous frame again, and moves the clock on. `changed` is where it
-    /// differs from the frame appended before; nothing: unknown. False when it was refused, which ends the recording.
+    /// Appends the frame, or the previous frame again when it is null, and advances the clock. `changed` is the area
+    /// that differs from the frame appended before; std::nullopt: unknown. False when the frame was refused, which ends
+    /// the recording.
     bool appendFrame(const CVPixelBufferRef& buffer, const std::optional<ChangedArea>& changed);
 
     // --- Statistics: AppDelegate_Statistics.cpp ---
-    /// Makes the file that the options name, if any. Empty, or why it cannot be written, in the user's words.
+    /// Creates the file that the options name, if any. Returns an empty text, or the reason for a failure as text for
+    /// the user.
     QString openStatistics();
 
     // --- Finishing: AppDelegate_Finishing.cpp ---
     void OnToolbarStop();
-    /// Stop as if pressed at `stoppedAt`, which has passed: what was recorded since is left out.
+    /// Acts as if Stop had been pressed at `stoppedAt`, a time in the past: later material is left out.
     void stopRecording(Nanoseconds stoppedAt);
     void OnMenuVideoStop() { OnToolbarStop(); }
-    /// Ends the recording as soon as the event loop is reached, keeping it; tells the user why.
+    /// Ends the recording when the event loop runs next, keeps it, and reports the reason to the user.
     void stopBecause(const QString& reason);
-    /// From Stop on: gives up joining, or copying to another file system. What was recorded is kept and told.
+    /// After Stop: cancels joining, or copying to another file system. The recording is kept and reported.
     void cancelFinishing();
-    /// The screen is gone, and with it windows and the event loop: finishes the running recording without them. Without
-    /// a user it is saved; else the next start completes it and tells. Afterwards the process must end.
+    /// The screen is lost, and with it windows and the event loop: finishes the running recording without them. An
+    /// unattended run saves the recording; otherwise the next start completes and reports it. Afterwards the process
+    /// must end.
     void finishWithoutScreen();
 
     // --- Rescue: AppDelegate_Rescue.cpp ---
-    /// Tells what an earlier, killed run left and completes it; of that the latter can be given up.
+    /// Reports the recording of an earlier, killed run and completes it. The completion can be cancelled.
     void finishRescue();
     void cancelRescue() { rescueCancelled_ = true; }
 
@@ -187,19 +190,19 @@ public:
     void Close_Window_Can_Not_Record();
 
 Q_SIGNALS:
-    /// The recording is where it stays, but Stop has not returned; or Record was refused. `path` and `problem` are the
-    /// savedPath and the problem of the outcome.
+    /// The recording is at its final path, but Stop has not returned; or Record was refused. `path` and `problem` are
+    /// the savedPath and the problem of the outcome.
     void recordingFinished(const QString& path, const QString& problem, lumavex::Kept kept);
-    /// A snapshot was saved as `path`. Empty: it was not, and the user knows why.
+    /// A snapshot was saved as `path`. Empty: it was not saved, and the user has been told.
     void pictureFinished(const QString& path);
 
 private:
     enum class Preview { Shown, Hidden };
     void createPreviewWindow(Preview preview);
     bool isPreviewInSight() const;
-    /// Whether the next frame is of use: to a recording, a snapshot or somebody who looks.
+    /// True when the next frame is needed: by a recording, a snapshot or a visible preview.
     bool isFrameWanted() const;
-    /// Takes one step of the frame that was due at `deadline`: grab; compose, append or repeat.
+    /// Runs one step of the frame that was due at `deadline`: grab; compose, append or repeat.
     void makeFrame(FrameStep step, Nanoseconds deadline);
     void fillSizeMenu(class QMenu& menu, std::int64_t offset, std::int64_t checkedIndex, QAction*& checkedItem,
                       void (AppDelegate::*click)(QAction*));
@@ -231,23 +234,23 @@ private:
     void runDueRefreshes(Nanoseconds until);
     void showControlsOf(RecordStatus status);
     void makeSoundRecorder();
-    /// The level meter follows what the recorder hears while it records.
+    /// Makes the level meter follow the recorded sound.
     void showSoundLevel(RecordStatus status);
     void tellSoundEvent(SoundEvent event, const QString& detail);
     void watchFreeSpace();
     void composePreview(const FrameInputs& inputs);
     void composeOutput(const FrameInputs& inputs, bool record);
-    /// Null: there was no memory for the frame.
+    /// Null: the frame could not be allocated.
     void savePicture(const CVPixelBufferRef& frame);
     void pictureWritten(const TakenPicture& picture, const QString& problem, Nanoseconds due);
     QString offerPicture(const TakenPicture& picture);
     QString placePicture(const TakenPicture& picture, const QString& path);
     void tellPictureSaved(const QString& path);
-    RecordingStatistics statistics() const; ///< only after a recording was started
+    RecordingStatistics statistics() const; ///< only after a recording has started
     void beginStatistics();
     void writeStatistics();
-    QString pictureShortage() const; ///< in this recording, in the user's words; empty without any
-    void beginEnd();                 ///< of the recording: nothing more is recorded
+    QString pictureShortage() const; ///< of this recording, as text for the user; empty without any
+    void beginEnd();                 ///< of the recording: nothing more is recorded from now on
     EndServices endServices();
     void beginProgress();
     void tellIncidents(const QString& problem);
@@ -261,10 +264,12 @@ private:
     std::unique_ptr<class ScreenSizeWatch> screenSize_;
     std::unique_ptr<ConnectedCamera> connectedCamera_;
     Compositor compositor_;
-    std::vector<RowRange> changedRows_;     ///< of the frame that is appended; here for its memory
-    QString screenTrouble_;                 ///< what the user was told about the screen; empty while it can be read
-    QString stopReason_;                    ///< why the program itself ends the recording; empty when the user does
-    std::vector<RescuedRecording> rescued_; ///< of an earlier run, until finishRescue
+    std::vector<RowRange> changedRows_;     ///< rows of the frame being appended; a member so that its memory is reused
+    QString screenTrouble_;                 ///< screen problem last reported to the user; empty while the screen can be
+                                            ///< read
+    QString stopReason_;                    ///< reason for which the program ends the recording; empty when the user
+                                            ///< ends it
+    std::vector<RescuedRecording> rescued_; ///< from an earlier run, until finishRescue
     bool rescueCancelled_ = false;
     WorkQueue pictureWriter_;
 };

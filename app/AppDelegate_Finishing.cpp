@@ -11,7 +11,7 @@ namespace lumavex {
 
 namespace {
 
-/// Sentences of one text: without empty ones and repetitions.
+/// Joins sentences to one text, without empty sentences and repetitions.
 QString text(QStringList sentences)
 {
     sentences.removeAll(QString());
@@ -31,9 +31,9 @@ void AppDelegate::stopRecording(Nanoseconds stoppedAt)
     if (recording.m_RecordStatus == Idle || recording.isEnding())
         return;
     if (recording.m_RecordStatus == Recording)
-        runDueRefreshes(stoppedAt - Nanoseconds(1)); // a frame of the last instant would last beyond it
+        runDueRefreshes(stoppedAt - Nanoseconds(1)); // a frame at the very end would extend beyond it
     Nanoseconds heardUntil = stoppedAt;
-    if (!compose.lastAppended) { // stopped before the first frame was due: the movie still shows and sounds something
+    if (!compose.lastAppended) { // stopped before the first frame was due: the movie still gets one frame and its sound
         grabScreen();
         composeOutput(frameInputs(), true);
         heardUntil += Nanoseconds(std::chrono::seconds(1)) / 30;
@@ -116,10 +116,10 @@ void AppDelegate::tellIncidents(const QString& problem)
     for (const MessageTopic topic : {MessageTopic::Sound, MessageTopic::Rate, MessageTopic::Recording})
         window_.withdrawMessage(topic);
     if (camera.b_Camera_Connected && !camera.b_Camera_Gone)
-        window_.withdrawMessage(MessageTopic::Camera); // that it is back
+        window_.withdrawMessage(MessageTopic::Camera); // the message that the camera is back
     const QString summary = text({recording.incidents.summary(recording.movieSeconds()), pictureShortage()});
     if (!summary.isEmpty())
-        qWarning("%s", qUtf8Printable(summary)); // without a user the problem is told at the end
+        qWarning("%s", qUtf8Printable(summary)); // an unattended run reports the problem at the end
     if (const QString told = (problem + u' ' + summary).trimmed(); !told.isEmpty())
         window_.showMessage(MessageTopic::Recording, {told});
 }
@@ -127,7 +127,7 @@ void AppDelegate::tellIncidents(const QString& problem)
 void AppDelegate::report(const RecordingOutcome& outcome)
 {
     if (outcome.ending == Ending::Discarded && outcome.problem.isEmpty())
-        window_.withdrawMessage(MessageTopic::Recording); // what befell it is of no interest any more
+        window_.withdrawMessage(MessageTopic::Recording); // messages about its incidents are obsolete
     Q_EMIT recordingFinished(outcome.savedPath(), outcome.problem, outcome.kept());
 }
 
@@ -158,7 +158,7 @@ void AppDelegate::finishWithoutScreen()
     QStringList problems{stopReason_};
     if (!recording.isEnding()) {
         beginEnd();
-        // Else this was told before, when Stop began.
+        // Otherwise this was reported when Stop began.
         problems = {tr("The screen is gone, so the recording was ended."),
                     recording.incidents.summary(recording.movieSeconds())};
     }

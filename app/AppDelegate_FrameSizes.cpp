@@ -12,8 +12,8 @@
 namespace lumavex {
 
 namespace {
-constexpr std::int64_t outputOffset = 2; ///< the output menu's tags count the two fixed items before the catalogue's
-constexpr std::int64_t sizeOfNoItem = 1; ///< the output index of a size that the menu does not offer; never stored
+constexpr std::int64_t outputOffset = 2; ///< the output menu's tags include the two fixed items before the catalogue's
+constexpr std::int64_t sizeOfNoItem = 1; ///< output index of a size that the menu does not offer; never stored
 } // namespace
 
 void AppDelegate::GetScreenSize()
@@ -65,7 +65,7 @@ void AppDelegate::fillSizeMenu(QMenu& menu, std::int64_t offset, std::int64_t ch
         const auto tag = static_cast<std::int64_t>(i) + offset;
         item->setCheckable(true);
         item->setData(QVariant::fromValue<qlonglong>(tag));
-        // A click on the checked item must not uncheck it: moveCheckMark decides, not the click.
+        // A click on the checked item must not uncheck it: only moveCheckMark changes the mark.
         connect(item, &QAction::triggered, this, [this, item, click] { (this->*click)(item); });
         if (tag == checkedIndex)
             Window_Main::moveCheckMark(checkedItem, item);
@@ -111,7 +111,7 @@ void AppDelegate::OnMenuVideoOutputScreenResolution()
 {
     const bool cameraSize = compose.cameraIsPrimary() && camera.b_Camera_Connected;
     if (cameraSize && camera.size_Camera.width <= 0)
-        camera.b_Change_to_Camera_Resolution = true; // its size is not known before its first frame
+        camera.b_Change_to_Camera_Resolution = true; // its size is unknown before its first frame
     else
         setVideoOutputSize(cameraSize ? camera.size_Camera : capture.size_Screen);
     Refresh_Preview_Window();
@@ -136,7 +136,7 @@ void AppDelegate::setUpOutputSize()
         launchProblem = vanishingProblem(capture.size_Screen, size);
     if (!launchProblem.isEmpty())
         return;
-    // The size holds whatever source is chosen, until another size is.
+    // The size applies to every source until another size is chosen.
     if (compose.mi_last_Video_Output)
         std::exchange(compose.mi_last_Video_Output, nullptr)->setChecked(false);
     compose.index_size_Video_Output = sizeOfNoItem;

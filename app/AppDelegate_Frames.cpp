@@ -12,7 +12,7 @@ void AppDelegate::makeFrame(FrameStep step, Nanoseconds deadline)
     const Nanoseconds now = platform_.runLoop->now();
     const Nanoseconds interval = Nanoseconds(std::chrono::seconds(1)) / recording.i_fps_of_Recording;
     const bool record = recording.isRecordingAt(deadline);
-    // A snapshot needs a picture of its own, and so does the first frame of a movie.
+    // A snapshot and the first frame of a movie each need a new picture.
     const bool mayRepeat = !compose.b_Take_Picture && (!record || compose.lastAppended);
     const bool late = compose.frameTick.isLate(deadline, interval, now) && mayRepeat;
 
@@ -27,7 +27,7 @@ void AppDelegate::makeFrame(FrameStep step, Nanoseconds deadline)
         if (record || compose.b_Take_Picture)
             composeOutput(inputs, record);
     } else if (record) {
-        // The previous picture stands for this one, which costs next to nothing and keeps the rate constant.
+        // The previous picture is repeated at almost no cost, which keeps the rate constant.
         recording.frameCounts.repeatLate();
         appendFrame(nullptr, {});
     }

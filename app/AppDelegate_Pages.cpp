@@ -11,8 +11,8 @@ namespace lumavex {
 
 namespace {
 
-/// The help book's first page: installed beside the program or in the data folders, or in the source tree of a program
-/// that was not installed. Empty when there is none.
+/// The help book's first page: installed beside the program or in the data folders, or in the source tree when the
+/// program is not installed. Empty when there is none.
 QString helpBook()
 {
     const QString page = QStringLiteral("LumavexHelp.help/index.html");

@@ -11,7 +11,8 @@
 namespace lumavex {
 
 namespace {
-constexpr int keptUpAfter = 30; ///< seconds in a row that were not short: the machine keeps up again
+constexpr int keptUpAfter = 30; ///< consecutive seconds without shortage after which the machine counts as fast enough
+                                ///< again
 }
 
 void AppDelegate::createPreviewWindow(Preview preview)
@@ -23,7 +24,7 @@ void AppDelegate::createPreviewWindow(Preview preview)
         window_.menuPreviewShowHide->setText(QStringLiteral("Show"));
     });
     compose.previewShown.reset();
-    // Opening must not take the keyboard from the window the user works in.
+    // Opening must not take the keyboard focus from the window in use.
     compose.windowPreview->setAttribute(Qt::WA_ShowWithoutActivating);
     if (preview == Preview::Hidden || options_.isUnattended())
         return;
@@ -109,12 +110,12 @@ void AppDelegate::TimerRefreshViewRoutine(const TimerFiring& firing)
 void AppDelegate::TimerDebug1SecondRoutine()
 {
     if (!isFrameWanted())
-        updateWindowList(); // no grab does it, but the window menu is to be right when it is opened
+        updateWindowList(); // no grab updates the list, but the window menu must be current when it opens
     screenSize_->look();
     showSummary();
     if (application.sffmpegPath.isEmpty()) {
         application.sffmpegPath = QStandardPaths::findExecutable(QStringLiteral("ffmpeg"));
-        if (!application.sffmpegPath.isEmpty()) // installed meanwhile
+        if (!application.sffmpegPath.isEmpty()) // it has been installed meanwhile
             window_.withdrawMessage(MessageTopic::Encoder);
     }
     if (!compose.windowPreview || recording.m_RecordStatus != Recording || recording.isEnding())

@@ -11,7 +11,7 @@ namespace lumavex {
 
 namespace {
 
-// 28,800 lines a day are for those who ask for them.
+// Off by default: the log gets 28,800 lines a day.
 Q_LOGGING_CATEGORY(logLoad, "lumavex.load", QtWarningMsg)
 
 } // namespace
@@ -39,10 +39,10 @@ void AppDelegate::updateInfo()
 void AppDelegate::Show_Window_Can_Not_Record()
 {
     if (options_.isUnattended())
-        return; // nobody is there to read it; the refusal itself is reported
+        return; // an unattended run has no reader; the refusal itself is reported
     if (!application.p_Window_Can_Not_Record) {
         application.p_Window_Can_Not_Record = std::make_unique<Window_More_Information>(&window_);
-        // The user's closing forgets the window; it is deleted later, outside its own event.
+        // Closing the window releases it here; it is deleted later, outside its own event.
         connect(application.p_Window_Can_Not_Record.get(), &Window_More_Information::windowWillClose, this,
                 [this] { application.p_Window_Can_Not_Record.release()->deleteLater(); });
     }

@@ -39,7 +39,7 @@ void AppDelegate::OnToolbarRecord()
             report({Ending::Nothing, {}, refusal});
             return;
         }
-        // Frames are made only while there is a preview, in sight or not.
+        // Frames are made only while a preview exists, visible or not.
         if (platform_.runLoop->nextDeadline(compose.timer_Open_Preview_Window) > Nanoseconds(0))
             Timer_Open_Preview_Window_Routine();
         else if (!compose.windowPreview)
@@ -94,9 +94,9 @@ bool AppDelegate::startWriter()
 void AppDelegate::startRecording()
 {
     if (recording.b_Record_Include_Audio == 1)
-        makeSoundRecorder(); // before the origin: its library may have to come from the disk first
-    // Grab, frame, tick and sound share one origin, whatever the phase of the timers was before: the frame of the time
-    // t shows what is seen at origin + t. The movie begins with its first frame, and so does the sound.
+        makeSoundRecorder(); // before the origin is set: its library may have to be read from disk first
+    // Grab, frame, tick and sound share one origin, whatever the timers' phase was before: the frame at time t shows
+    // the screen at origin + t. Movie and sound begin with the first frame.
     RunLoop& runLoop = *platform_.runLoop;
     const Nanoseconds origin = runLoop.now();
     recording.notBefore = origin;
@@ -113,7 +113,7 @@ void AppDelegate::startRecording()
 
     for (const TimerId timer : {application.timerVideoRefresh, compose.timerViewRefresh}) {
         if (recording.i_fps_of_Recording >= 30)
-            runLoop.restart(timer, origin); // the first frame's time is one interval
+            runLoop.restart(timer, origin); // the time of the first frame is one interval
         else
             runLoop.setNextDeadline(timer, origin + Nanoseconds(std::chrono::seconds(1)) / 30);
     }
@@ -128,11 +128,12 @@ void AppDelegate::startRecording()
 
 void AppDelegate::resumeRecording()
 {
-    // Every period goes on with what was left of it at the pause, so that the paused time is in neither stream.
+    // Each timer continues with the remainder of its period at the pause, so that neither stream contains the paused
+    // time.
     RunLoop& runLoop = *platform_.runLoop;
     const Nanoseconds now = runLoop.now();
     recording.notBefore = now;
-    if (recording.soundRecorder) // paused before the first frame, it still begins with that
+    if (recording.soundRecorder) // paused before the first frame: sound still begins with that frame
         recording.soundRecorder->record(recording.i_Frames_Appended > 0 ? now : now + recording.refreshRemainder);
     for (const TimerId timer : {application.timerVideoRefresh, compose.timerViewRefresh})
         runLoop.setNextDeadline(timer, now + recording.refreshRemainder);
@@ -170,8 +171,8 @@ void AppDelegate::startDurationTimer(Nanoseconds next)
 
 void AppDelegate::runDueRefreshes(Nanoseconds until)
 {
-    // What was due before Pause or Stop belongs to the recording. Anything else waits: it may open a window, behind
-    // which the recording would go on.
+    // Work due before Pause or Stop belongs to the recording. All other events wait: one may open a dialog, and
+    // recording would continue behind it.
     const std::array timers{application.timerVideoRefresh, compose.timerViewRefresh, compose.timerdebug1Second,
                             recording.recordTimer};
     platform_.runLoop->runDue(timers, until);

@@ -12,7 +12,8 @@ void AppDelegate::finishRescue()
     if (rescued_.empty())
         return;
     const std::vector<RescuedRecording> recordings = std::exchange(rescued_, {});
-    // Not over the main window, in which the next recording may be begun meanwhile, and only when it takes a while.
+    // Not modal to the main window, so that the next recording can begin meanwhile; shown only when the work takes
+    // long.
     Window_Progress progress(&window_);
     progress.setWindowModality(Qt::NonModal);
     progress.setAttribute(Qt::WA_ShowWithoutActivating);

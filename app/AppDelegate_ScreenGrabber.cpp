@@ -63,7 +63,7 @@ bool AppDelegate::setOutputImage(const Grab& grab)
     capture.imgScreenCapture = grab.picture;
     capture.serialScreen = grab.serial;
     capture.screenChanges = grab.changes;
-    // In place of a window that is not there, the others show the whole display.
+    // A missing window is replaced by the other windows, which show the whole display.
     const bool ofWindow = capture.i_Type_Screen_Capture == WindowExclusive && capture.numberOfWindowExclusive;
     const QSize size = ofWindow ? QSize(0, 0) : grab.picture.size();
     capture.size_Grab = {static_cast<double>(size.width()), static_cast<double>(size.height())};
@@ -76,8 +76,8 @@ ScreenPicture AppDelegate::prepareScreenPicture()
     capture.imgScreenCaptureToDraw = capture.imgScreenCapture;
     picture.imgScreenCapture = {capture.imgScreenCaptureToDraw, capture.serialScreen};
     picture.changes = capture.screenChanges;
-    // The display's resolution can change at any time; the movie keeps its size and shows the new one fitted into it.
-    // A single window is stretched to the screen's size instead.
+    // The display's resolution can change at any time; the movie keeps its size and shows the new resolution fitted
+    // into it. A single window is stretched to the screen's size instead.
     const bool ofDisplay = capture.size_Grab.width > 0;
     picture.size_Screen = ofDisplay ? capture.size_Grab : capture.size_Screen;
     picture.keepsShape = picture.size_Screen != capture.size_Screen;

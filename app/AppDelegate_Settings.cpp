@@ -11,7 +11,7 @@ namespace lumavex {
 
 namespace {
 
-/// The settings of one group are read together, the groups in this order.
+/// The settings of a group are read together, and the groups in this order.
 enum class ReadGroup { ScreenPicture, SoundAndSource, WindowLevel, GuidesAndCursor, CameraRate, CameraPicture };
 
 struct IntegerSetting {
@@ -30,7 +30,7 @@ struct IntegerSetting {
 
 constexpr const char* cameraName = "s_Camera_Name";
 
-// In the order in which the first-run defaults are written; the camera's name stands between the two tables.
+// In the order in which the first-run defaults are written; the camera's name comes between the two tables.
 const IntegerSetting settingsBeforeCameraName[] = {
     LUMAVEX_SETTING(application, i_Top_Other_Windows, 1, Defaulting, WindowLevel),
     LUMAVEX_SETTING(recording, b_Record_Include_Audio, 1, Plain, SoundAndSource),
@@ -94,7 +94,7 @@ void AppDelegate::readSettings()
     setWindowLevel();
     read(ReadGroup::GuidesAndCursor);
     read(ReadGroup::CameraRate);
-    // A name that was never stored is no camera's name.
+    // A name that was never stored counts as no camera.
     camera.s_Camera_Name = platform_.userDefaults->stringForKey(settingKey(cameraName)).value_or(doNotConnectToCamera);
     read(ReadGroup::CameraPicture);
 }

@@ -16,21 +16,21 @@ namespace lumavex {
 
 namespace {
 
-/// The rectangle, upward, as a part of the frame, downward.
+/// Converts an upward rectangle to a downward one relative to the frame.
 QRectF partOfFrame(const CGRect& rect, const CGSize& frame)
 {
     return {rect.x / frame.width, 1 - (rect.y + rect.height) / frame.height, rect.width / frame.width,
             rect.height / frame.height};
 }
 
-/// A rate of the command line that the dialog does not offer holds for this run, unless another one is chosen.
+/// A command-line rate that the dialog does not offer applies to this run unless the user chooses another one.
 std::int64_t heldRate(std::int64_t chosen, std::int64_t held, const LaunchOptions& options)
 {
     const bool offered = held <= Window_Configurations::fastestRate;
     return chosen == 1 && !offered && options.framesPerSecond == held ? held : chosen;
 }
 
-/// Calls `copy` with each of the program's values that the dialog edits, and the dialog's own.
+/// Calls `copy` with each program value that the dialog edits and the dialog's counterpart.
 template <class Program, class Settings, class Copy>
 void forEachValue(Program& program, Settings& settings, const Copy& copy)
 {
@@ -160,14 +160,14 @@ void AppDelegate::OnToolbarSettings()
             [this, &dialog] { adoptLiveSettings(dialog.live()); });
     connect(&dialog, &Window_Configurations::soundPreferencesWanted, this, &AppDelegate::openSoundSettings);
 
-    // The preview keeps what it needs from frame to frame, so the small picture has a compositor of its own.
+    // The preview's compositor keeps state between frames, so the small picture needs its own compositor.
     Compositor compositor;
     dialog.thumbnail().setRatio(compose.size_Video_Output.width / compose.size_Video_Output.height);
-    std::optional<std::pair<FrameInputs, CGSize>> shown; // and in which units
+    std::optional<std::pair<FrameInputs, CGSize>> shown; // and the units in which they are shown
     const auto showFrame = [this, &dialog, &compositor, &shown] {
         if (!isFrameWanted())
             grabScreen();
-        // The overlay's width counts units of ten pixels of the movie.
+        // The overlay's width is in units of ten pixels of the movie.
         const CGSize units{compose.size_Video_Output.width / 10, compose.size_Video_Output.height / 10};
         FrameInputs inputs = frameInputs();
         const QSize pixels = dialog.thumbnail().pixelSize();
@@ -178,7 +178,7 @@ void AppDelegate::OnToolbarSettings()
     };
     const TimerId timer = platform_.runLoop->scheduleRepeating({1, 5}, RunLoopMode::Common,
                                                                [&showFrame](const TimerFiring&) { showFrame(); });
-    // The input is chosen in another program, while this dialog is open.
+    // The user chooses the input in another program while this dialog is open.
     const TimerId inputTimer = platform_.runLoop->scheduleRepeating(
         {2, 1}, RunLoopMode::Common, [&](const TimerFiring&) { dialog.setSoundInput(soundInputText()); });
     showFrame();

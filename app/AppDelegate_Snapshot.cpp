@@ -15,13 +15,13 @@ namespace lumavex {
 
 namespace {
 
-/// Writes the picture in one step, for the user alone. Empty, or why not.
+/// Writes the picture atomically, readable by the user alone. Returns an empty text, or the reason for a failure.
 QString writePng(const CVPixelBufferRef& frame, const QString& path)
 {
     if (!frame)
         return AppDelegate::tr("There is not enough memory to compose it.");
     if (QFileInfo(path).isSymLink())
-        QFile::remove(path); // it would be followed
+        QFile::remove(path); // a symbolic link would be followed
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner))
         return file.errorString();
@@ -49,14 +49,14 @@ void AppDelegate::OnToolbarTakePicture()
 
 void AppDelegate::savePicture(const CVPixelBufferRef& frame)
 {
-    window_.withdrawMessage(MessageTopic::Picture); // that it will be taken
+    window_.withdrawMessage(MessageTopic::Picture); // the announcement of the picture
     compose.s_Saved_Take_Picture =
         pathIn(application.s_Picture_Folder, dateStamp(QDateTime::currentDateTime()) + QStringLiteral(".png"));
-    // A user sees for a second what has been taken.
+    // An attended run shows the picture for a second.
     const Nanoseconds due =
         platform_.runLoop->now() + (options_.isUnattended() ? Nanoseconds(0) : std::chrono::seconds(1));
-    // Compressing takes longer than a frame lasts, so it is done beside the main thread, one picture after the other:
-    // of two with the same name the later one is to stay.
+    // Compression takes longer than a frame, so a worker thread does it, one picture after the other: of two pictures
+    // with the same name the later one must remain.
     pictureWriter_.add([this, frame, path = compose.s_Saved_Take_Picture, due] {
         const QString problem = writePng(frame, path);
         const TakenPicture picture{path, problem.isEmpty() ? nullptr : frame};
@@ -86,7 +86,7 @@ void AppDelegate::pictureWritten(const TakenPicture& picture, const QString& pro
 void AppDelegate::Timer_Save_Picture_Routine()
 {
     if (compose.offersPicture)
-        return; // the panel that is open is followed by those for the pictures taken meanwhile
+        return; // the open panel is followed by those for the pictures taken meanwhile
     compose.offersPicture = true;
     while (!compose.takenPictures.empty()) {
         const TakenPicture newest = compose.takenPictures.back();

@@ -35,7 +35,7 @@ void AppDelegate::tellSoundEvent(SoundEvent event, const QString& detail)
     case SoundEvent::Lost:
         incidents.end(Kind::Silence, now);
         incidents.begin(Kind::SoundLost, now);
-        watchFreeSpace(); // on a full disk it is the sound that fails first
+        watchFreeSpace(); // on a full disk the sound fails first
         if (stopReason_.isEmpty())
             tell(MessageTopic::Sound, {tr("The recording goes on without sound. %1").arg(detail)});
         break;
@@ -56,7 +56,7 @@ void AppDelegate::tellSoundEvent(SoundEvent event, const QString& detail)
              {tr("No sound arrives from %1, because it is muted. Switch it on in the sound settings.").arg(input)});
         break;
     case SoundEvent::Heard:
-        if (incidents.isOpen(Kind::Silence)) // else another message stands in its place
+        if (incidents.isOpen(Kind::Silence)) // otherwise another message has replaced it
             window_.withdrawMessage(MessageTopic::Sound);
         incidents.end(Kind::Silence, now);
         break;

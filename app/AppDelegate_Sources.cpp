@@ -19,10 +19,10 @@ namespace lumavex {
 
 namespace {
 
-/// The window manager keeps the window in front of the main window and its preview, which may float above all others.
+/// Asks the window manager to keep the window above the main window and its preview, which may float above all others.
 void keepInFront(QWidget& window, QWidget& mainWindow)
 {
-    window.winId(); // makes the native window
+    window.winId(); // creates the native window
     window.windowHandle()->setTransientParent(mainWindow.windowHandle());
 }
 
@@ -102,11 +102,11 @@ void AppDelegate::chooseSource(VideoSource primary, Secondary secondary)
     EnableScreenCaptureModes(primary == ScreenPrimary || secondary == Secondary::Shown);
     storeInteger("i_Show_Secondary", compose.i_Show_Secondary);
     storeInteger("i_Video_Source_Primary", compose.i_Video_Source_Primary);
-    camera.b_Change_to_Camera_Resolution = false; // what an earlier choice waited for
+    camera.b_Change_to_Camera_Resolution = false; // set by an earlier choice
     if (!compose.followsSource() || recording.m_RecordStatus != Idle)
         return;
     if (primary == CameraPrimary && camera.size_Camera.width <= 0) {
-        camera.b_Change_to_Camera_Resolution = true; // its size is known with its first frame
+        camera.b_Change_to_Camera_Resolution = true; // its size is known after its first frame
         return;
     }
     setVideoOutputSize(primary == CameraPrimary ? camera.size_Camera : capture.size_Screen);
@@ -146,7 +146,7 @@ void AppDelegate::OnToolbarRegion()
     keepInFront(windowTransparentRegion, window_);
     windowTransparentRegion.runModal();
     screenSize_->look();
-    window_.toolbarRegion->setEnabled(true); // the region can be placed anew
+    window_.toolbarRegion->setEnabled(true); // the region can be chosen anew
 }
 
 void AppDelegate::OnToolbarWindowExclusive()
@@ -159,7 +159,7 @@ void AppDelegate::OnToolbarWindowExclusive()
     showCaptureType(window_.toolbarWindowExclusive, window_.menuWindowExclusive);
     if (!capture.sWindowExclusive) {
         updateWindowList();
-        constexpr qsizetype first = 2; // the two in front of it are the program's own, as a rule
+        constexpr qsizetype first = 2; // the first two usually belong to this program
         if (capture.arrayController.size() > first)
             capture.sWindowExclusive = Return_Window_Identifier_String(capture.arrayController.at(first));
     }

@@ -37,8 +37,8 @@ AppDelegate::AppDelegate(Platform& platform, Window_Main& window, const LaunchOp
 
 AppDelegate::~AppDelegate()
 {
-    window_.levelMeter->setSource(nullptr); // which asks this object's recorder
-    pictureWriter_.wait();                  // a picture that is being written reports to this object
+    window_.levelMeter->setSource(nullptr); // the source calls this object's recorder
+    pictureWriter_.wait();                  // a picture being written reports to this object
 }
 
 void AppDelegate::awakeFromNib()
@@ -94,7 +94,7 @@ bool AppDelegate::applicationDidFinishLaunching()
     applyOverlayOption();
     if (!options_.isUnattended())
         showMainWindow();
-    // Not before the window is there: the first picture brings the plugins for all formats along.
+    // Only after the window is shown: the first picture loads the plugins for all formats.
     capture.imgMouseCursor = bundleImage("mousecursor").convertToFormat(QImage::Format_ARGB32_Premultiplied);
     if (!compose.bOverlay) {
         compose.imgOverlay = bundleImage("SelectImage");
@@ -116,7 +116,7 @@ void AppDelegate::showMainWindow()
                             {tr("The program ffmpeg is not installed. Recordings with sound need it.")});
     if (const QString limitation = platform_.screen->limitation(); !limitation.isEmpty())
         window_.showMessage(MessageTopic::Session, {limitation});
-    // What the window can do without until it is there and drawn.
+    // Work that the window does not need before it is shown and drawn.
     platform_.runLoop->scheduleOnce({1, 10}, [this](const TimerFiring&) { connectedCamera_->beginListing(); });
     platform_.runLoop->scheduleOnce({1, 2}, [this](const TimerFiring&) {
         connectedCamera_->list();
@@ -153,7 +153,7 @@ bool AppDelegate::createWorkingFolders()
 
 void AppDelegate::emptyWorkingFolders()
 {
-    // A recording that an earlier run could not finish, because it was killed, is put aside first.
+    // First moves aside a recording that an earlier run could not finish because it was killed.
     rescued_ = rescueLeftRecordings(application.s_Video_Folder, application.s_Recovered_Folder);
     RemoveAllContentInFolder(application.s_Output_Folder);
     if (allPutAside(rescued_))
@@ -165,7 +165,7 @@ std::int32_t AppDelegate::nominalRate() const
 {
     const auto screenRate = static_cast<double>(std::max<std::int64_t>(1, capture.m_i_Screen_Capture_FPS));
     const auto cameraRate = camera.b_Camera_Connected ? static_cast<double>(camera.m_i_Camera_Capture_FPS) : 1.0;
-    constexpr double fastest = 1000; // a damaged settings file must not keep the machine busy with timers alone
+    constexpr double fastest = 1000; // a damaged settings file must not load the machine with timers
     return static_cast<std::int32_t>(std::min(fastest, cameraRate <= screenRate ? screenRate : cameraRate));
 }
 
@@ -179,8 +179,8 @@ void AppDelegate::createRefreshTimers()
     runLoop.invalidate(compose.timerViewRefresh);
     compose.timerViewRefresh = runLoop.scheduleRepeating(
         interval, RunLoopMode::Common, [this](const TimerFiring& firing) { TimerRefreshViewRoutine(firing); });
-    // One base for both, so that every frame is composed of the grab made for it: from two bases rounding makes
-    // deadlines a nanosecond apart. The grab comes first at equal deadlines, being started first.
+    // One base for both, so that each frame uses the grab made for it: with two bases, rounding separates the deadlines
+    // by a nanosecond. At equal deadlines the grab runs first because it was started first.
     const Nanoseconds origin = runLoop.now();
     for (const TimerId timer : {application.timerVideoRefresh, compose.timerViewRefresh})
         runLoop.restart(timer, origin);
@@ -189,12 +189,12 @@ void AppDelegate::createRefreshTimers()
 void AppDelegate::tell(MessageTopic topic, const Message& message)
 {
     window_.showMessage(topic, message);
-    qWarning("%s", qUtf8Printable(message.text)); // the window of an unattended recording is not seen
+    qWarning("%s", qUtf8Printable(message.text)); // the window of an unattended recording is not visible
 }
 
 void AppDelegate::Terminate_App()
 {
-    std::quick_exit(0); // with what main has registered, and without the destructors of what still runs
+    std::quick_exit(0); // runs the handlers that main has registered, and skips the destructors of running objects
 }
 
 } // namespace lumavex

@@ -19,9 +19,9 @@ RecordingStatistics AppDelegate::statistics() const
     now.frames = recording.frameCounts;
     now.movie = recording.assetWriter->statistics();
     now.processor = processorTimeOfProcess();
-    if (recording.soundRecorder && !recording.isEnding()) { // at the end no next frame is due
-        // The sound file holds what is heard while recording, to the sample, so the sound's time when the next frame is
-        // due is the time recorded until then.
+    if (recording.soundRecorder && !recording.isEnding()) { // at the end no further frame is due
+        // The sound file contains exactly the samples of the recording time, so the expected sound time at the next
+        // frame's deadline is the time recorded until then.
         const Nanoseconds sinceResumed =
             recording.m_RecordStatus == Paused
                 ? recording.refreshRemainder
@@ -53,7 +53,7 @@ void AppDelegate::writeStatistics()
 QString AppDelegate::pictureShortage() const
 {
     const FrameCounts& counts = recording.frameCounts;
-    if (counts.shortSeconds < 2) // one alone is a hiccup that nothing helps against, as often at the start
+    if (counts.shortSeconds < 2) // a single short second, common at the start, is a hiccup that no advice can prevent
         return {};
     QStringList help;
     if (recording.i_fps_of_Recording > 1)

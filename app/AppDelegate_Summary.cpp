@@ -11,7 +11,7 @@ namespace lumavex {
 
 namespace {
 
-/// What of the screen is seen, in the middle of a sentence.
+/// Lower-case description of the capture type, for use within a sentence.
 QString screenText(const CaptureState& capture, bool holds)
 {
     switch (capture.i_Type_Screen_Capture) {

@@ -12,7 +12,7 @@ namespace lumavex {
 
 void AppDelegate::updateWindowList()
 {
-    // Asked before the windows are: what changes in between is then a change of the next time.
+    // Read before the windows, so that a change in between is detected the next time.
     const std::uint64_t serial = platform_.screen->windowsSerial();
     if (capture.windowsSerial != serial) {
         capture.windowListData = std::make_unique<WindowListApplierData>(std::make_shared<QList<WindowEntry>>());
@@ -22,7 +22,7 @@ void AppDelegate::updateWindowList()
         capture.windowsSerial = serial;
     }
 
-    // A menu that is open is not changed under the user's pointer; the flag stays for the next enumeration.
+    // An open menu must not change under the user's pointer; the flag stays set for the next enumeration.
     if (capture.b_Refresh_Menu_Windows && !QApplication::activePopupWidget()) {
         FillMenuWindows();
         capture.b_Refresh_Menu_Windows = false;
@@ -40,7 +40,7 @@ void AppDelegate::FillMenuWindows()
         if (belongsToLumavex(entry))
             continue;
         const QString identifier = Return_Window_Identifier_String(entry);
-        // "&" in a window's name is no mnemonic.
+        // Escapes "&", which would mark a mnemonic.
         QAction* item = menu.addAction(QString(identifier).replace(u'&', QStringLiteral("&&")));
         item->setCheckable(true);
         item->setProperty("tag", QVariant::fromValue<qlonglong>(capture.i_Menu_Windows_Count + firstWindowItem));

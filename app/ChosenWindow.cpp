@@ -16,7 +16,7 @@ namespace lumavex {
 
 namespace {
 
-/// What stands for a window that was never seen: the rest of the screen is not to be shown in its place.
+/// Replacement for a window that was never seen: the rest of the screen must not be shown instead.
 Grab blackShot()
 {
     QImage picture(16, 16, QImage::Format_RGB32);
@@ -49,12 +49,12 @@ void ChosenWindow::grab()
     const QString identifier = *capture.sWindowExclusive;
     bool present = capture.numberOfWindowExclusive.has_value();
     const bool held = isHeld();
-    const bool lost = !screen_.trouble().isEmpty(); // which the grab tells
+    const bool lost = !screen_.trouble().isEmpty(); // the grab reports this
     bool good = (present || !held || lost) && app_.createMultiWindowShot(capture.arrayWindowsMinusLumavex);
     if (lost)
         return;
-    // A window manager takes the contents out of the frame of a window that is minimised or closed before it takes the
-    // frame away. Asked after the grab, so that no picture of an empty frame is held.
+    // A window manager removes the contents of a minimised or closed window from the frame before it removes the frame.
+    // Checked after the grab, so that a picture of an empty frame is not kept.
     if (present && held) {
         present = screen_.showsContents(*capture.numberOfWindowExclusive);
         good = good && present;
@@ -101,7 +101,7 @@ Message ChosenWindow::goneMessage(const QString& identifier)
 void ChosenWindow::announce()
 {
     CaptureState& capture = app_.capture;
-    capture.sWindowExclusive_Missed.reset(); // if it is not there, that is told anew
+    capture.sWindowExclusive_Missed.reset(); // reports it again when the window is missing
     if (!capture.sWindowExclusive) {
         window_.showMessage(MessageTopic::Window, {tr("Choose a window in the menu Frame, Window."),
                                                    {{tr("Choose a Window…"), [this] { chooseAnother(); }}}});
@@ -114,7 +114,7 @@ void ChosenWindow::announce()
                                                actions(), Message::Kind::Information});
 }
 
-/// The identifier, and the title by which the user knows the window.
+/// The identifier and the title under which the user knows the window.
 QString ChosenWindow::nameOf(const QString& identifier) const
 {
     constexpr qsizetype longest = 60;
@@ -145,7 +145,7 @@ std::vector<MessageAction> ChosenWindow::actions()
              }}};
 }
 
-/// Shows again what holds now, after a button has taken the message away.
+/// Shows the current state again after a button has closed the message.
 void ChosenWindow::showState()
 {
     if (const auto missed = app_.capture.sWindowExclusive_Missed)
@@ -156,7 +156,7 @@ void ChosenWindow::showState()
 
 void ChosenWindow::chooseAnother()
 {
-    showState(); // what it says goes on if no other window is chosen
+    showState(); // its statement still applies unless another window is chosen
     app_.capture.b_Refresh_Menu_Windows = true;
     app_.updateWindowList();
     QMenu& menu = *window_.submenuWindows;
@@ -166,7 +166,7 @@ void ChosenWindow::chooseAnother()
         menu.setActiveAction(windows.constFirst());
 }
 
-/// Gives the items of the window menu their windows' titles and icons, as they are now.
+/// Sets the titles and icons of the window menu's items to their windows' current ones.
 void ChosenWindow::dressMenu()
 {
     const QMenu& menu = *window_.submenuWindows;
@@ -179,7 +179,7 @@ void ChosenWindow::dressMenu()
     for (std::size_t i = 0; i < looks.size(); ++i) {
         QAction* item = items.at(static_cast<qsizetype>(i));
         item->setIcon(QPixmap::fromImage(looks[i].icon));
-        // A title may look like markup, which a tool tip would follow.
+        // A title may look like markup, which a tool tip would interpret.
         item->setToolTip(QStringLiteral("<span>%1</span>").arg(looks[i].title.toHtmlEscaped()));
     }
 }

@@ -14,23 +14,23 @@ class AppDelegate;
 class MoreSettings;
 class Window_Main;
 
-/// Where the windows begin in the window menu: the refresh command and a separator stand before them.
+/// Index of the first window in the window menu: the refresh command and a separator precede it.
 inline constexpr int firstWindowItem = 2;
 
-/// The one window that is recorded (CaptureState::sWindowExclusive): how it is grabbed, what stands for it while it is
-/// not on the screen, and what the user is told of it. Main thread only.
+/// The single window that is recorded (CaptureState::sWindowExclusive): grabs it, provides a replacement while it is
+/// not on the screen, and reports its state to the user. Main thread only.
 class ChosenWindow final {
     Q_DECLARE_TR_FUNCTIONS(lumavex::ChosenWindow)
 public:
     /// All must outlive this object.
     ChosenWindow(AppDelegate& app, ScreenGrabber& screen, Window_Main& window, MoreSettings& choices);
 
-    /// Grabs it, or what stands for it. It must have been chosen, and the windows to grab with it.
+    /// Grabs the window, or its replacement. The window must have been chosen, and the list of windows to grab filled.
     void grab();
-    /// Says in the main window which one was chosen and what becomes of the picture when it goes away.
+    /// Reports the chosen window in the main window, and the picture to expect when it goes away.
     void announce();
 
-    /// Whether its last picture stays while it is away; else all other windows are shown.
+    /// True when its last picture stays while it is away; otherwise all other windows are shown.
     bool isHeld() const;
     void setHeld(bool held);
 
@@ -48,8 +48,8 @@ private:
     ScreenGrabber& screen_;
     Window_Main& window_;
     MoreSettings& choices_;
-    Grab shot_;      ///< the latest good grab of one window alone; null before the first
-    QString shotOf_; ///< the identifier of that window
+    Grab shot_;      ///< latest good grab of one window alone; null before the first
+    QString shotOf_; ///< identifier of that window
 };
 
 } // namespace lumavex

@@ -22,12 +22,12 @@ void ConnectedCamera::list()
 
 void ConnectedCamera::start()
 {
-    // Without a camera that is to run, nobody has to wait for those there are (see showMainWindow).
+    // The list of cameras is not needed when no camera is to run (see showMainWindow).
     if (app_.camera.s_Camera_Name == doNotConnectToCamera)
         return;
     if (options_.isUnattended()) {
         if (!app_.compose.showsCamera())
-            return; // nobody is there to bring it into view later
+            return; // an unattended run has no user to show it later
         app_.camera.arrayCameras =
             awaitCameras(*platform_.cameras, *platform_.runLoop,
                          [this](const QStringList& names) { return names.contains(app_.camera.s_Camera_Name); });
@@ -49,20 +49,20 @@ void ConnectedCamera::reopen()
 {
     app_.camera.b_Camera_Connected = false;
     app_.camera.b_Camera_Gone = false;
-    window_.withdrawMessage(MessageTopic::Camera); // of the one before
+    window_.withdrawMessage(MessageTopic::Camera); // about the previous camera
     if (app_.camera.s_Camera_Name == doNotConnectToCamera) {
         cameraDelegate.stopCamera();
         drop();
         return;
     }
     const std::optional<CameraRequest> before = cameraDelegate.cameraInput();
-    // Giving a camera back and opening it again takes up to seconds. Nobody waits for that, and the picture stays.
+    // Releasing and reopening a camera takes up to seconds. Does not wait; the last picture stays.
     app_.camera.b_Camera_Connected = cameraDelegate.startCameraWithoutWaiting(app_.camera.s_Camera_Name);
     if (!app_.camera.b_Camera_Connected) {
         reportFailure();
         return;
     }
-    // Another resolution is the movie's where the movie follows the camera.
+    // A movie that follows the camera takes its new resolution.
     if (cameraDelegate.cameraInput() != before && app_.compose.cameraIsPrimary() && app_.compose.followsSource())
         app_.camera.b_Change_to_Camera_Resolution = true;
 }
@@ -83,7 +83,7 @@ void ConnectedCamera::drop()
     app_.camera.m_i_Camera_Capture_FPS = 1;
     app_.camera.s_Camera_Name = doNotConnectToCamera;
     if (options_.isUnattended())
-        return; // a run that nobody watches does not change what the user chose
+        return; // an unattended run does not change the user's choices
     app_.storeInteger("i_Camera_Capture_FPS", 1);
     app_.storeText("s_Camera_Name", app_.camera.s_Camera_Name);
 }
@@ -94,7 +94,7 @@ void ConnectedCamera::adaptControls()
     if (!app_.camera.b_Camera_Connected)
         showScreenAlone();
     if (app_.recording.m_RecordStatus != Idle)
-        return; // it began before the camera failed, and keeps its rate
+        return; // it began before the camera failed and keeps its rate
     app_.recording.i_fps_of_Recording = app_.nominalRate();
     app_.createRefreshTimers();
 }
@@ -141,7 +141,7 @@ void ConnectedCamera::adoptSize()
     if (!app_.camera.b_Change_to_Camera_Resolution)
         return;
     app_.setVideoOutputSize(app_.camera.size_Camera);
-    // The first time the preview is only about to open, in the right shape.
+    // On the first change the preview has not opened yet and will open in the right shape.
     if (app_.camera.i_Camera_Resolution_Change_Count > 0 && app_.recording.m_RecordStatus == Idle)
         app_.Refresh_Preview_Window();
     app_.camera.b_Change_to_Camera_Resolution = false;

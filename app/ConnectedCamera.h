@@ -12,7 +12,7 @@ namespace lumavex {
 class AppDelegate;
 class Window_Main;
 
-/// The camera that the settings name: opens it at start and at every OK, adapts source, rate and size of the movie to
+/// The camera that the settings name: opens it at start and at every OK, adjusts the movie's source, rate and size to
 /// it, and reports its loss and return. Main thread only.
 class ConnectedCamera final : public QObject {
     Q_OBJECT
@@ -20,18 +20,18 @@ public:
     /// All must outlive this object.
     ConnectedCamera(AppDelegate& app, Platform& platform, Window_Main& window, const LaunchOptions& options);
 
-    /// Makes the next list() quick. Does not wait.
+    /// Prepares the next list() so that it returns quickly. Does not wait.
     void beginListing() { cameraDelegate.beginListing(); }
     /// Fills arrayCameras when it is empty.
     void list();
-    /// Opens the camera of the settings, if they name one. Waits until it runs or has failed.
+    /// Opens the camera that the settings name, if any. Waits until it runs or has failed.
     void start();
-    /// Opens it anew, or gives it back when the settings name none, and adapts the controls. Does not wait; a later
-    /// failure is reported when it is known.
+    /// Reopens the camera, or releases it when the settings name none, and updates the controls. Does not wait; reports
+    /// a later failure when it occurs.
     void restart();
-    /// Frames that arrive from now on get the colours of the state.
+    /// Applies the state's colour controls to all later frames.
     void updateColours() { cameraDelegate.updateColorControls(); }
-    /// Why the latest start failed, as text for the user.
+    /// The reason why the latest start failed, as text for the user.
     QString trouble() const { return cameraDelegate.trouble(); }
 
 private:
@@ -39,7 +39,7 @@ private:
     void reopen();
     void reportFailure(); ///< and continues without a camera
     void drop();
-    void adaptControls(); ///< controls, source and rate, to whether a camera is connected
+    void adaptControls(); ///< adapts controls, source and rate to the presence of a camera
     void showScreenAlone();
     void adoptSize();
 

@@ -14,10 +14,10 @@ namespace lumavex {
 
 namespace {
 
-/// The least contrast at which text of usual size can be read (WCAG 2.1, 1.4.3).
+/// Minimum contrast for legible text of usual size (WCAG 2.1, 1.4.3).
 constexpr double kLeastContrast = 4.5;
 
-/// WCAG 2.1, relative luminance.
+/// Relative luminance by WCAG 2.1.
 double luminance(const QColor& color)
 {
     const auto linear = [](double value) {
@@ -26,14 +26,14 @@ double luminance(const QColor& color)
     return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
 }
 
-/// WCAG 2.1, contrast ratio.
+/// Contrast ratio by WCAG 2.1.
 double contrast(const QColor& a, const QColor& b)
 {
     const auto [darker, lighter] = std::minmax({luminance(a), luminance(b)});
     return (lighter + 0.05) / (darker + 0.05);
 }
 
-/// The color, with as many tenths of the other as it needs to be read on the background.
+/// Mixes as many tenths of `other` into the colour as it needs to be legible on the background.
 QColor readable(const QColor& color, const QColor& other, const QColor& background)
 {
     QColor mixed = color;
@@ -46,7 +46,7 @@ QColor readable(const QColor& color, const QColor& other, const QColor& backgrou
     return mixed;
 }
 
-/// Two chevrons, pointing to where the bar goes on.
+/// Two chevrons that point to the hidden part of the bar.
 class ExtensionArrow final : public QIconEngine {
 public:
     explicit ExtensionArrow(Qt::Orientation orientation) : orientation_(orientation) {}
@@ -61,8 +61,7 @@ public:
         return scaledPixmap(size, mode, state, 1);
     }
 
-    /// `scale` device pixels make one of the window's. `size` is in device pixels with Qt 6.4, in the window's
-    /// with 6.8.
+    /// `scale` is device pixels per window pixel. `size` is in device pixels with Qt 6.4, in window pixels with 6.8.
     QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State, qreal scale) override
     {
         const QSize pixels = QT_VERSION < QT_VERSION_CHECK(6, 8, 0) ? size : (QSizeF(size) * scale).toSize();

@@ -6,9 +6,9 @@
 namespace lumavex {
 
 /// The desktop's style with two changes:
-/// - Links can be read on the windows' colour. Where a dark theme gives none of its own they would be blue.
-/// - The arrow at the end of a bar that is too long is drawn in the colour of the text. The style's own is a dark
-///   picture, and every bar asks for it, used or not, for which Qt loads its plugins of all picture formats.
+/// - Links are legible on the window colour. Dark themes that define no link colour would show them blue.
+/// - The arrow at the end of a bar that is too long has the text colour. The style's own arrow is a dark picture that
+///   every bar requests, used or not, and for which Qt loads its plugins for all picture formats.
 class DesktopStyle final : public QProxyStyle {
 public:
     using QProxyStyle::polish;

@@ -8,10 +8,10 @@ namespace lumavex {
 
 class Window_Main;
 
-/// Lives while a command enables and disables the window's controls. Qt passes the keyboard focus of a control that
-/// gets disabled on to whichever comes next, and the next press of the space bar would press that. At the end of its
-/// life this object puts the focus where the work goes on (from Record to Pause, from Pause or Stop to Record), or
-/// nowhere. Focus on a control that is still enabled stays.
+/// Exists while a command enables and disables the window's controls. Qt moves the keyboard focus of a control that
+/// gets disabled to the next one, which the next press of the space bar would activate. The destructor moves the focus
+/// to the next step of the work (from Record to Pause, from Pause or Stop to Record), or clears it. Focus on a control
+/// that is still enabled stays.
 class FocusKeeper final {
 public:
     /// `window` must outlive this object.
@@ -22,7 +22,7 @@ public:
 
 private:
     Window_Main& window_;
-    QPointer<QWidget> focused_; ///< at the beginning
+    QPointer<QWidget> focused_; ///< focused control at construction
 };
 
 } // namespace lumavex

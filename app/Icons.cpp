@@ -15,9 +15,9 @@ namespace lumavex {
 
 namespace {
 
-constexpr const char* accent = "#e5484d"; ///< the red of the record button
+constexpr const char* accent = "#e5484d"; ///< red of the record button
 
-/// The accent half way to the window's colour: what it is when the command is not to be had.
+/// The accent colour mixed half and half with the window colour, for disabled commands.
 QColor paler(const QPalette& palette)
 {
     const QColor red(QLatin1String{accent});

@@ -7,8 +7,7 @@
 namespace lumavex {
 
 /// One of the program's own icons, drawn at every size and scale from its picture ":/icons/<name>.svg". Its black parts
-/// take the colour of the palette's text at the moment of drawing, so that it is right in light and dark, enabled and
-/// disabled.
+/// take the palette's current text colour when drawn, so that it suits light and dark themes, enabled and disabled.
 QIcon themedIcon(const QString& name);
 
 } // namespace lumavex

@@ -13,9 +13,9 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto kPollInterval = 100ms;
-constexpr double kSinkingDecibel = 20; // a second
+constexpr double kSinkingDecibel = 20; // per second
 constexpr double kFloor = -LevelMeter::kSegments * LevelMeter::kSegmentDecibel;
-constexpr int kLoudSegments = 1; // the highest ones, where sound is about to be cut off
+constexpr int kLoudSegments = 1; // the highest segments, just below clipping
 constexpr int kGap = 1;
 
 double decibelOf(float peak)
@@ -47,7 +47,7 @@ void LevelMeter::setSource(Source source)
 {
     source_ = std::move(source);
     if (source_)
-        source_(); // what was heard before is of no interest
+        source_(); // discards peaks measured before
     else
         take({}, 3600);
     startWhenSeen();

@@ -12,9 +12,9 @@
 
 namespace lumavex {
 
-/// Shows how loud the sound is that is being recorded: a bar for each channel, 5 dB a segment up to full scale.
+/// Shows the level of the sound being recorded: one bar per channel, 5 dB per segment up to full scale.
 ///
-/// What is drawn on the screen is captured and encoded too, so it is drawn again only when a segment changes.
+/// Every redraw on the screen is captured and encoded too, so the meter redraws only when a segment changes.
 class LevelMeter final : public QWidget {
     Q_OBJECT
 public:
@@ -25,11 +25,11 @@ public:
 
     explicit LevelMeter(QWidget* parent = nullptr);
 
-    /// Asks the source ten times a second from now on, while the meter is in sight. Null: shows silence.
+    /// Polls the source ten times a second while the meter is visible. Null: shows silence.
     void setSource(Source source);
-    /// Takes a reading; bars rise at once and sink by 20 dB a second.
+    /// Applies a reading; bars rise at once and fall by 20 dB a second.
     void take(const SoundPeaks& peaks, double secondsSinceLast);
-    /// Segments lit, left and right.
+    /// Number of lit segments, left and right.
     std::array<int, 2> lit() const { return lit_; }
 
     QSize sizeHint() const override;

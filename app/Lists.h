@@ -6,7 +6,7 @@
 
 namespace lumavex {
 
-/// Prints the cameras, windows or sizes, one a line, on standard output; the exit status.
+/// Prints the cameras, windows or sizes, one per line, to standard output; returns the exit status.
 int printList(LaunchOptions::List what, Platform& platform);
 
 } // namespace lumavex

@@ -20,9 +20,9 @@ constexpr int leftMargin = 10;
 constexpr int rightMargin = 6;
 constexpr int lineMargin = 4; ///< above and below
 constexpr int spacing = 8;
-constexpr int readableCharacters = 36; ///< a line; shorter ones are hard to read
+constexpr int readableCharacters = 36; ///< per line; shorter lines are hard to read
 
-/// A row's role is that of an alert; the role of its base class, a frame, is not announced.
+/// Gives the row the role of an alert; the role of its base class, a frame, is not announced.
 QAccessibleInterface* accessibleRow(const QString&, QObject* object)
 {
     auto* row = qobject_cast<MessageRow*>(object);
@@ -50,7 +50,7 @@ MessageRow::MessageRow(MessageTopic topic, const Message& message, QWidget* pare
         connect(button, &QPushButton::clicked, this, [this, run = action.run] { Q_EMIT chosen(run); });
         buttons_.append(button);
     }
-    close_ = new QToolButton(this); // after the actions, which the Tab key then reaches first
+    close_ = new QToolButton(this); // created after the actions, so that the Tab key reaches them first
     close_->setAutoRaise(true);
     close_->setFocusPolicy(Qt::TabFocus);
     close_->setText(QStringLiteral("\u00d7")); // the style's own picture is dark on dark
@@ -128,7 +128,7 @@ int MessageRow::arrange(int width, Arrange what) const
 
 bool MessageRow::event(QEvent* event)
 {
-    if (event->type() == QEvent::LayoutRequest) { // a part wants another size
+    if (event->type() == QEvent::LayoutRequest) { // a child wants another size
         arrange(width(), Arrange::Place);
         updateGeometry();
     }
@@ -156,7 +156,7 @@ void MessageRow::keyPressEvent(QKeyEvent* event)
         QFrame::keyPressEvent(event);
 }
 
-/// Styles draw a tool button's text in the colour of buttons, which need not be seen on the colour of the row.
+/// Styles draw a tool button's text in the button text colour, which may be invisible on the row's colour.
 void MessageRow::colourCloseButton()
 {
     QPalette colours = close_->palette();

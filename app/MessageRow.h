@@ -12,8 +12,8 @@ class QToolButton;
 
 namespace lumavex {
 
-/// One message with its buttons and a button that closes it. The buttons stand beside the text, or below it where they
-/// would leave it too little room. Screen readers announce it as an alert.
+/// One message with its buttons and a close button. The buttons are beside the text, or below it when they would leave
+/// it too little room. Screen readers announce it as an alert.
 class MessageRow final : public QFrame {
     Q_OBJECT
 public:

@@ -28,14 +28,14 @@ void MessageStrip::add(MessageTopic topic, const Message& message)
     if (MessageRow* earlier = rowOf(topic))
         remove(earlier);
     auto* row = new MessageRow(topic, message, this);
-    // Queued: the button that sends the signal is deleted with its row.
+    // Queued: the row's deletion also deletes the button that sends the signal.
     connect(
         row, &MessageRow::closed, this, [this, topic] { withdraw(topic); }, Qt::QueuedConnection);
     connect(
         row, &MessageRow::chosen, this,
         [this, topic, row](const std::function<void()>& run) {
             if (rowOf(topic) != row)
-                return; // withdrawn between the click and now
+                return; // withdrawn since the click
             withdraw(topic);
             run();
         },
@@ -89,7 +89,7 @@ MessageRow* MessageStrip::rowOf(MessageTopic topic) const
 
 void MessageStrip::remove(MessageRow* row)
 {
-    // Qt would pass the focus on to some other button, which the next press of the space bar would then press.
+    // Qt would move the focus to another button, which the next press of the space bar would activate.
     if (QWidget* focused = row->focusWidget(); focused && focused->hasFocus() && row->isAncestorOf(focused))
         focused->clearFocus();
     rows_.removeOne(row);
@@ -102,7 +102,7 @@ void MessageStrip::arrange()
 {
     for (qsizetype i = 0; i < rows_.size(); ++i)
         rows_.at(i)->setVisible(i < shownRows);
-    // The Tab key goes down the rows, though the newest was made last.
+    // The Tab key follows the rows downward, although the newest row was created last.
     QWidget* previous = nullptr;
     for (const MessageRow* row : std::as_const(rows_)) {
         const auto buttons = row->findChildren<QAbstractButton*>();

@@ -12,9 +12,9 @@ namespace lumavex {
 
 class MessageRow;
 
-/// Lines below the toolbar that tell the user something at once, without stopping the work: one for each topic, the
-/// newest above. A message stays until it is closed, withdrawn or replaced by the next one of its topic. The newest
-/// three are shown; the others come up as those go. Takes no room while there is none.
+/// Lines below the toolbar that report events to the user without interrupting the work: one per topic, the newest on
+/// top. A message stays until it is closed, withdrawn or replaced by the next one of its topic. Only the newest three
+/// are shown; older ones reappear as those go. Takes no space while empty.
 class MessageStrip final : public QWidget {
     Q_OBJECT
 public:
@@ -24,9 +24,9 @@ public:
     void withdraw(MessageTopic topic);
     void clear();
 
-    /// The newest message; empty when there is none.
+    /// Text of the newest message; empty when there is none.
     QString newestText() const;
-    /// The shown message of a topic; empty when there is none.
+    /// Text of the topic's shown message; empty when there is none.
     QString text(MessageTopic topic) const;
     /// Moves the keyboard focus to the newest message's first button.
     void takeFocus();

@@ -11,19 +11,19 @@
 
 namespace lumavex {
 
-/// A choice beside the settings of the dialog. It is offered where it matters, remembered under `key` in
-/// lumavex/more.ini, and stands there as a word: `words` names the values 0, 1, … of `Value`, an enumeration or bool.
+/// A choice outside the settings dialog. The program offers it in its context and stores it under `key` in
+/// lumavex/more.ini as a word: `words` names the values 0, 1, … of `Value`, an enumeration or bool.
 template <class Value>
 struct Choice {
     const char* key;
-    Value standard; ///< what holds while nobody has chosen
+    Value standard; ///< default until the user chooses
     std::span<const char* const> words;
 };
 
-/// Shown in place of the one window that is recorded while it is not on the screen.
+/// Replacement for the single recorded window while it is not on the screen.
 enum class WhenWindowGoes { Others, Hold };
 
-/// Every choice there is. A new one is a row here; nothing else lists them.
+/// All choices. A new choice is a row here; no other place lists them.
 namespace choices {
 
 inline constexpr const char* goneWindowWords[] = {"others", "hold"};
@@ -31,13 +31,13 @@ inline constexpr Choice<WhenWindowGoes> whenWindowGoes{"when_window_goes", WhenW
 
 } // namespace choices
 
-/// The choices that the user has made, each written at once. Main thread only.
+/// The user's choices, each written to the store at once. Main thread only.
 class MoreSettings {
 public:
     /// `store` must outlive this object.
     explicit MoreSettings(UserDefaults& store) : store_(store) {}
 
-    /// A word that is none of the choice's counts as not chosen, and stays stored.
+    /// An unknown stored word counts as not chosen and stays stored.
     template <class Value>
     Value operator[](const Choice<Value>& choice) const
     {

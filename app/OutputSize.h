@@ -7,9 +7,9 @@
 
 namespace lumavex {
 
-/// Why a movie of this size would not show the picture that is to fill it, in the user's words; empty when it does. The
-/// fit goes in steps of a tenth of the movie's size (compose/FrameLayout.h), the last of which may leave nothing. A
-/// picture of no size is not known yet and no problem.
+/// The reason why a movie of this size would not show the picture that fills it, as text for the user; empty when it
+/// does. The fit shrinks in steps of a tenth of the movie's size (compose/FrameLayout.h), and the last step may leave
+/// nothing. A picture of size zero is not known yet and causes no problem.
 QString vanishingProblem(const CGSize& picture, const CGSize& movie);
 
 } // namespace lumavex

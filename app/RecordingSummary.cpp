@@ -13,7 +13,7 @@ namespace lumavex {
 
 namespace {
 
-constexpr int fewFrames = 10; ///< a second
+constexpr int fewFrames = 10; ///< per second
 
 QString link(const QString& text)
 {
@@ -30,11 +30,11 @@ QString framesText(std::int64_t frames)
     return RecordingSummary::tr("%Ln frames", nullptr, int(frames));
 }
 
-/// While a recording exists the settings cannot be changed, so nothing leads there.
+/// The settings cannot be changed while a recording exists, so there is no link to them then.
 QString describe(const SummaryFacts& facts)
 {
     const QString size = QStringLiteral("%1\u2009\u00d7\u2009%2").arg(facts.width).arg(facts.height);
-    // So few frames surprise whoever expects a film.
+    // Bold, because so low a rate may surprise the user.
     const QString rate =
         facts.rate < fewFrames ? QStringLiteral("<b>%1</b>").arg(rateText(facts.rate)) : rateText(facts.rate);
     const QString sound = facts.sound ? RecordingSummary::tr("with sound") : RecordingSummary::tr("no sound");

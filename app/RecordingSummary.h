@@ -11,38 +11,38 @@ class QLabel;
 
 namespace lumavex {
 
-/// What will be recorded, as the summary says it.
+/// Facts about the coming recording that the summary shows.
 struct SummaryFacts {
-    QString picture; ///< what is seen, e.g. "Entire screen with the camera"
-    int width = 0;   ///< of the movie, in pixels
+    QString picture; ///< visible content, e.g. "Entire screen with the camera"
+    int width = 0;   ///< size of the movie in pixels
     int height = 0;
-    int rate = 1; ///< frames a second
+    int rate = 1; ///< frames per second
     bool sound = false;
-    std::optional<std::int64_t> frames; ///< of the recording so far; nothing: there is none
+    std::optional<std::int64_t> frames; ///< number of frames recorded so far; std::nullopt: no recording
     friend bool operator==(const SummaryFacts&, const SummaryFacts&) = default;
 };
 
-/// The line below the toolbar that says at a glance what will be recorded, and while recording how many frames really
-/// were. It is drawn again only when what it says changes, since it may lie on the screen that is recorded. Its text is
-/// laid out by the first event after it was shown: the window does not wait for its fonts.
+/// The line below the toolbar that summarises the coming recording and, while recording, counts the frames. It is
+/// redrawn only when its text changes, since it may be on the recorded screen. The first event after it is shown lays
+/// out the text, so that the window does not wait for its fonts.
 class RecordingSummary final : public QWidget {
     Q_OBJECT
 public:
     explicit RecordingSummary(QWidget* parent = nullptr);
 
     void show(const SummaryFacts& facts);
-    /// What it says, as plain text.
+    /// The shown text without markup.
     QString text() const;
-    /// What is needed to read it all on one line, with room for the frames of some hours.
+    /// The size that shows the text on one line, with room for the frame count of some hours.
     QSize sizeHint() const override;
 
 protected:
     void showEvent(QShowEvent* event) override;
 
 Q_SIGNALS:
-    /// The user clicked a part that the settings decide.
+    /// The user clicked a part that the settings control.
     void settingsWanted();
-    /// It says something else, which may need more room.
+    /// The text has changed and may need more room.
     void roomChanged();
 
 private:
@@ -50,7 +50,7 @@ private:
 
     SummaryFacts facts_;
     QLabel* what_;
-    int lineWidth_ = 0; ///< of what_'s text on one line
+    int lineWidth_ = 0; ///< width of the text of what_ on one line
     QLabel* frames_;
 };
 

@@ -31,7 +31,7 @@ QString regionProblem(const CaptureState& capture, const ComposeState& compose)
 ScreenSizeWatch::ScreenSizeWatch(AppDelegate& app, ScreenGrabber& screen, Window_Main& window)
     : app_(app), screen_(screen), window_(window)
 {
-    // Window manager and panels follow the new size first, and may move windows themselves.
+    // Window manager and panels adapt to the new size first and may move windows themselves.
     settling_.setSingleShot(true);
     settling_.setInterval(400ms);
     connect(&settling_, &QTimer::timeout, this, &ScreenSizeWatch::bringWindowsBack);
@@ -56,7 +56,7 @@ void ScreenSizeWatch::look()
 {
     const CGSize now = screen_.sizeOfMainDisplay();
     if (now.width <= 0)
-        return; // the screen is lost, which others tell
+        return; // the screen is lost, which is reported elsewhere
     app_.capture.size_Display = now;
     tellSize();
     tellRegion();
@@ -74,7 +74,7 @@ void ScreenSizeWatch::tellSize()
     const Told now{size, app_.recording.m_RecordStatus == Idle && !app_.recording.isEnding()};
     const bool news = !told_ || told_->size != size;
     if (told_ == now || (!news && !window_.showsMessage(MessageTopic::ScreenSize)))
-        return; // told, or the user has closed the message
+        return; // reported, or the user has closed the message
     told_ = now;
     Message message{tr("The screen is %1 x %2 now.").arg(size.width).arg(size.height)};
     message.kind = Message::Kind::Information;
@@ -89,7 +89,7 @@ void ScreenSizeWatch::tellSize()
 void ScreenSizeWatch::tellRegion()
 {
     if (QGuiApplication::modalWindow())
-        return; // the selector, perhaps, which moves the region inside
+        return; // the region selector may still move the region inside
     const QString problem = regionProblem(app_.capture, app_.compose);
     if (problem == regionTold_)
         return;
@@ -134,13 +134,13 @@ void ScreenSizeWatch::useItsSize()
     if (app_.compose.followsSource() && !ofCamera)
         app_.OnMenuVideoOutputScreenResolution();
     look();
-    settling_.start(); // the preview opens anew, in another shape
+    settling_.start(); // the preview reopens in another shape
 }
 
 void ScreenSizeWatch::bringWindowsBack()
 {
-    // The preview moves with the main window, so that one comes first and the others when it is there.
-    // Once: a window manager may place windows as it likes.
+    // The preview moves with the main window, so that window is moved first and the others after it has arrived. Only
+    // once: a window manager may place windows as it likes.
     mainMoved_ = !mainMoved_ && bringIntoReach(window_);
     if (mainMoved_) {
         settling_.start();

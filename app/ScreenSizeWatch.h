@@ -18,24 +18,25 @@ class Window_Main;
 struct CaptureState;
 struct ComposeState;
 
-/// Why nothing of the region would be seen, in the user's words; empty when some of it is on the main display, or when
-/// no region is shown.
+/// The reason why no part of the region would be visible, as text for the user; empty when some of it is on the main
+/// display, or when no region is shown.
 QString regionProblem(const CaptureState& capture, const ComposeState& compose);
 
-/// Notices that the main display changes its size: tells the user, offers to measure the screen anew, and keeps the
-/// program's windows within reach. What was measured earlier (CaptureState::size_Screen) holds until the user asks for
-/// the new size. Main thread only.
+/// Detects a change of the main display's size: reports it to the user, offers to adopt the new size, and keeps the
+/// program's windows within reach. The size measured earlier (CaptureState::size_Screen) applies until the user accepts
+/// the new one. Main thread only.
 class ScreenSizeWatch final : public QObject {
     Q_OBJECT
 public:
     /// All must outlive this object.
     ScreenSizeWatch(AppDelegate& app, ScreenGrabber& screen, Window_Main& window);
 
-    /// Measures the main display (CaptureState::size_Display) and brings the messages about it into line.
+    /// Measures the main display (CaptureState::size_Display) and updates the messages about it.
     void look();
-    /// As regionProblem, measured now; the message about it is shown then. Nothing is to be recorded of such a region.
+    /// Measures the display, shows the message about the region and returns its text, as regionProblem. A region with a
+    /// problem must not be recorded.
     QString refusal();
-    /// The new size becomes size_Screen, and everything that was chosen by it is chosen anew. Not while recording.
+    /// Makes the new size the size_Screen and repeats all choices that depend on it. Not while recording.
     void useItsSize();
 
 private:
@@ -47,17 +48,17 @@ private:
 
     struct Told {
         CGSize size;
-        bool offered = false; ///< to use it
+        bool offered = false; ///< true when the message offered the new size
         friend bool operator==(const Told&, const Told&) = default;
     };
 
     AppDelegate& app_;
     ScreenGrabber& screen_;
     Window_Main& window_;
-    std::optional<Told> told_; ///< nothing while the screen has the size measured
+    std::optional<Told> told_; ///< std::nullopt while the screen has the measured size
     QString regionTold_;
-    bool mainMoved_ = false; ///< when it last settled
-    QTimer settling_;        ///< since the screens changed, or a window was moved because of that
+    bool mainMoved_ = false; ///< when the display last settled
+    QTimer settling_;        ///< runs after the screens changed, or after a window was moved for that reason
 };
 
 } // namespace lumavex

@@ -17,7 +17,7 @@ void SettingsNotice::tellUnread()
     unreadChoices_ = choices_.trouble();
     for (const QString& trouble : {unread_, unreadChoices_})
         if (!trouble.isEmpty())
-            qWarning("%s", qUtf8Printable(trouble)); // nobody sees the window of an unattended recording
+            qWarning("%s", qUtf8Printable(trouble)); // the window of an unattended recording is not visible
     if (!unread_.isEmpty() || !unreadChoices_.isEmpty())
         show();
 }
@@ -52,11 +52,11 @@ void SettingsNotice::show()
 void SettingsNotice::useFirstRunSettings()
 {
     if (app_.recording.m_RecordStatus != Idle || app_.recording.isEnding()) {
-        show(); // settings are not changed during a recording, and the offer stands until after it
+        show(); // settings cannot change during a recording; the offer remains afterwards
         return;
     }
     unread_.clear();
-    unstored_.clear(); // so that a failure is told though it was told before
+    unstored_.clear(); // so that a failure is reported again
     app_.writeFirstRunDefaults();
     app_.readSettings();
     app_.applySettings();

@@ -10,8 +10,8 @@ class AppDelegate;
 class UserDefaults;
 class Window_Main;
 
-/// Tells in the main window that settings or choices could not be read or cannot be stored, and offers the settings of
-/// a first run in place of those that could not be read. Main thread only.
+/// Reports in the main window that settings or choices could not be read or stored, and offers the first-run settings
+/// in place of unreadable ones. Main thread only.
 class SettingsNotice final {
     Q_DECLARE_TR_FUNCTIONS(lumavex::SettingsNotice)
 public:
@@ -21,9 +21,9 @@ public:
     {
     }
 
-    /// After the start: what could not be read.
+    /// Reports read failures after the start.
     void tellUnread();
-    /// After every write. Trouble is told once, and its message goes with the first write that works again.
+    /// Called after every write. Reports a failure once and withdraws the message at the next successful write.
     void written();
 
 private:
@@ -35,9 +35,9 @@ private:
     Window_Main& window_;
     const UserDefaults& settings_;
     const UserDefaults& choices_;
-    QString unread_;        ///< why settings could not be read, until others are used in their place
-    QString unreadChoices_; ///< why choices could not be read, until the next one is made
-    QString unstored_;      ///< why the latest write failed; empty when it did not
+    QString unread_;        ///< reason why settings could not be read, until others replace them
+    QString unreadChoices_; ///< reason why choices could not be read, until the next choice
+    QString unstored_;      ///< reason why the latest write failed; empty when it succeeded
 };
 
 } // namespace lumavex

@@ -15,29 +15,29 @@ namespace lumavex {
 /// The key under which a setting is stored: "Orbelkin_" + name + "_02".
 QString settingKey(const char* name);
 
-/// The number a text begins with: white space, a sign and digits up to the first other character; 0 when there is none.
-/// A number too large for 64 bits reads as the nearest one.
+/// The number at the beginning of a text: white space, a sign and digits up to the first other character; 0 when there
+/// is none. A number that exceeds 64 bits is clamped to the nearest one.
 std::int64_t integerValue(const QString& text);
 
-/// What an absent or empty text means.
+/// Meaning of an absent or empty text.
 enum class ReadRule {
-    Plain,      ///< 0, and nothing is written
-    Defaulting, ///< 1, and "1" is written at once
+    Plain,      ///< 0; writes nothing
+    Defaulting, ///< 1; writes "1" at once
 };
 
 std::int64_t readInteger(UserDefaults& store, const char* name, ReadRule rule);
 
-/// Settings given for this run only lie over the stored ones: they are read instead, and what is stored stays.
+/// Settings given for this run override the stored ones: they are read instead, and the stored values stay.
 ///
-/// While the program starts, a write to one reaches the store only where nothing is stored yet, so that a first run is
-/// complete. Later the user writes: a text that lies over the stored one goes on lying there, any other one is a
-/// choice, which is stored and holds.
+/// While the program starts, a write to an overridden setting reaches the store only when nothing is stored yet, so
+/// that a first run is complete. Later writes come from the user: a write of the overriding text leaves the override in
+/// place; any other text is a choice, which is stored and applies.
 class LayeredUserDefaults final : public UserDefaults {
 public:
     explicit LayeredUserDefaults(UserDefaults& stored) : stored_(stored) {}
 
     void lay(const QString& text, const QString& key) { layer_.insert(key, text); }
-    /// From here on the user writes.
+    /// All later writes come from the user.
     void startingIsOver() { starting_ = false; }
 
     std::optional<QString> stringForKey(const QString& key) const override
@@ -60,7 +60,7 @@ public:
     }
     QString trouble() const override { return stored_.trouble(); }
     QString writeTrouble() const override { return stored_.writeTrouble(); }
-    /// Is called after every write to the store; null: nobody is.
+    /// Called after every write to the store; may be null.
     void setWriteHandler(std::function<void()> handler) { written_ = std::move(handler); }
 
 private:

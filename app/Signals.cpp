@@ -11,7 +11,7 @@ namespace lumavex {
 
 namespace {
 
-int wakeUp[2] = {-1, -1}; ///< a pipe from the handler to the event loop
+int wakeUp[2] = {-1, -1}; ///< pipe from the handler to the event loop
 
 extern "C" void onTerminationSignal(int)
 {

@@ -5,12 +5,12 @@
 
 namespace lumavex {
 
-/// From here on writing into a pipe that nobody reads, or past the limit of a file's size, fails with its error instead
-/// of ending the program by SIGPIPE or SIGXFSZ: a recording is then finished and kept.
+/// After this call, writing to a pipe without a reader, or beyond the file size limit, fails with its error instead of
+/// ending the program by SIGPIPE or SIGXFSZ, so that a recording is finished and kept.
 void ignoreWriteSignals();
 
-/// SIGINT, SIGTERM and SIGHUP as a Qt signal on the main thread (signal(7): a handler may do next to nothing). SIGHUP
-/// stays ignored when the program was started so, by nohup(1). One object.
+/// SIGINT, SIGTERM and SIGHUP as a Qt signal on the main thread (signal(7): few functions are safe in a handler).
+/// SIGHUP stays ignored if it was ignored at the program's start, as by nohup(1). One object per process.
 class TerminationSignals final : public QObject {
     Q_OBJECT
 public:

@@ -22,9 +22,9 @@ using namespace std::chrono_literals;
 
 constexpr auto kPatience = 2s;
 constexpr auto kBetweenAttempts = 20ms;
-constexpr int kWaiting = 16; ///< programs that may be starting at the same time
+constexpr int kWaiting = 16; ///< number of programs that may start at the same time
 
-/// Empty when the folder's name is too long for the address of a socket.
+/// std::nullopt when the folder's name is too long for a socket address.
 std::optional<sockaddr_un> addressIn(const std::string& folder)
 {
     sockaddr_un address{};
@@ -36,7 +36,7 @@ std::optional<sockaddr_un> addressIn(const std::string& folder)
     return address;
 }
 
-/// Neither side waits in a system call.
+/// Non-blocking: neither side waits in a system call.
 FileDescriptor makeSocket()
 {
     return FileDescriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
@@ -66,7 +66,7 @@ void SingleInstance::listen()
     if (!address || !server.isOpen())
         return;
     ::unlink(address->sun_path); // a killed program leaves its socket behind
-    // The folder is the user's alone; should it not be, the socket is: Linux asks for the right to write to it.
+    // The folder is private to the user; if it is not, the socket still is: Linux requires write permission to connect.
     if (::bind(server.get(), general(*address), sizeof *address) != 0 || ::chmod(address->sun_path, 0600) != 0
         || ::listen(server.get(), kWaiting) != 0)
         return;
@@ -88,7 +88,7 @@ bool SingleInstance::activateFirst() const
     const FileDescriptor socket = makeSocket();
     if (!address || !socket.isOpen())
         return false;
-    // Between taking the lock and listening the first one is only just starting.
+    // The first program may have taken the lock but not yet begun to listen.
     const auto deadline = std::chrono::steady_clock::now() + kPatience;
     while (::connect(socket.get(), general(*address), sizeof *address) != 0) {
         if (std::chrono::steady_clock::now() > deadline)

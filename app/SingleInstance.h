@@ -11,21 +11,21 @@
 
 namespace lumavex {
 
-/// Sees to it that one program runs per user: two would empty each other's working folders. The system's lock ends with
-/// the process, however that ends. The first one listens at a socket beside it, without QLocalServer: the library of
-/// that brings twenty others along, which every start would have to load.
+/// Ensures that one program runs per user: two would empty each other's working folders. The system releases the lock
+/// when the process ends, however it ends. The first program listens at a socket beside the lock, without QLocalServer:
+/// its library loads twenty others at every start.
 class SingleInstance final : public QObject {
     Q_OBJECT
 public:
-    /// Takes the lock in the user's runtime folder.
+    /// Tries to lock the user's runtime folder.
     SingleInstance();
 
     bool isFirst() const { return lock_.isOpen(); }
-    /// Asks the first program to come to the front; waits up to 2 s for it. False when it does not answer.
+    /// Asks the first program to come to the front; waits up to 2 s for its answer. False when it does not answer.
     bool activateFirst() const;
 
 Q_SIGNALS:
-    /// Another program was started and ended in this one's favour.
+    /// Another program was started, activated this one and ended.
     void activated();
 
 private:

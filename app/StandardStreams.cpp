@@ -23,7 +23,7 @@ void openClosedStandardStreams()
 {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         if (::fcntl(descriptor, F_GETFD) == -1)
-            ::open("/dev/null", O_RDWR); // the lowest number that is free
+            ::open("/dev/null", O_RDWR); // gets the lowest free number
 }
 
 StandardStreams::StandardStreams()

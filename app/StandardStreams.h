@@ -9,29 +9,30 @@
 
 namespace lumavex {
 
-/// Opens /dev/null where standard input, output or error are closed. Else the next file that is opened gets the number,
-/// and what is meant for a terminal goes into it.
+/// Opens /dev/null as standard input, output or error where they are closed. Otherwise the next opened file would get
+/// the number, and terminal output would go into it.
 void openClosedStandardStreams();
 
-/// Standard output and error for a program whose main thread must not wait for those who read them. What nobody reads
-/// is left out after a while, and counted. Any thread.
+/// Standard output and error for a program whose main thread must not wait for their readers. Lines that are not read
+/// are dropped after a while and counted. Any thread.
 class StandardStreams {
 public:
     StandardStreams();
 
-    void print(const QString& line); ///< on standard output
-    void tell(const QString& line);  ///< on standard error
-    /// In one line of the terminal that standard error is; else, and while something waits there, nothing.
+    void print(const QString& line); ///< to standard output
+    void tell(const QString& line);  ///< to standard error
+    /// Shows the text on one line of the terminal at standard error. Does nothing without a terminal or while output is
+    /// queued.
     void showProgress(const QString& text);
     void endProgress(); ///< erases that line
     bool errorIsTerminal() const { return errorIsTerminal_; }
-    /// Before the program ends: waits until everything is written, two seconds at most.
+    /// To be called before the program ends: waits at most two seconds until all is written.
     void finish();
 
 private:
     LineWriter output_;
     LineWriter error_;
-    std::atomic<int> missed_ = 0; ///< lines since the last one that was taken
+    std::atomic<int> missed_ = 0; ///< lines dropped since the last accepted one
     const bool errorIsTerminal_;
 };
 

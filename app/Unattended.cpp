@@ -18,7 +18,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::chrono::seconds snapshotPatience = 10s; ///< with a camera that is only starting
+constexpr std::chrono::seconds snapshotPatience = 10s; ///< for a camera that is still starting
 
 } // namespace
 
@@ -34,7 +34,7 @@ std::optional<QString> UnattendedDialogs::runSavePanel(const SavePanel&)
     const QFileInfo wanted(QFileInfo(options_.file()).absoluteFilePath());
     const QString suffix = wanted.suffix().isEmpty() ? QString() : u'.' + wanted.suffix();
     QString path = wanted.filePath();
-    // The file was not there when the program began: somebody else's by now, and not to be replaced.
+    // The file did not exist when the program began, so it belongs to another program and must not be replaced.
     for (int n = 2; options_.existing == LaunchOptions::Existing::Refuse && QFileInfo::exists(path); ++n)
         path = QStringLiteral("%1/%2-%3%4").arg(wanted.path(), wanted.completeBaseName(), QString::number(n), suffix);
     return path;
@@ -88,8 +88,8 @@ void UnattendedRun::waitForCamera()
 {
     if (!app_.compose.showsCamera())
         return;
-    // The camera's size, which the movie may take, is known with its first picture. A recording may begin without it, a
-    // picture not.
+    // The camera's size, which the movie may take, is known after its first picture. A recording may begin without it,
+    // a snapshot may not.
     const Nanoseconds patience = runLoop_.now() + (options_.recordSeconds ? 3s : snapshotPatience);
     runLoop_.runUntil([&] { return ended_ || app_.camera.size_Camera.width > 0 || runLoop_.now() > patience; });
 }
@@ -111,9 +111,9 @@ void UnattendedRun::takePicture()
     }
     if (ended_)
         return;
-    app_.Timer_Open_Preview_Window_Routine(); // frames are made only while there is a preview, in sight or not
+    app_.Timer_Open_Preview_Window_Routine(); // frames are made only while a preview exists, visible or not
     app_.OnToolbarTakePicture();
-    // At once, however low the rate.
+    // At once, even at a low rate.
     const Nanoseconds now = runLoop_.now();
     for (const TimerId timer : {app_.application.timerVideoRefresh, app_.compose.timerViewRefresh})
         runLoop_.setNextDeadline(timer, now);
@@ -126,7 +126,7 @@ void UnattendedRun::record()
         return;
     const TimerId stop =
         runLoop_.scheduleOnce({1, 1}, [this](const TimerFiring& firing) { app_.stopRecording(firing.deadline); });
-    // The movie begins with its first frame, and its length is counted from there.
+    // The movie begins with its first frame, and its length counts from there.
     runLoop_.setNextDeadline(
         stop, runLoop_.nextDeadline(app_.compose.timerViewRefresh)
                   + std::chrono::duration_cast<Nanoseconds>(std::chrono::duration<double>(*options_.recordSeconds)));
@@ -159,7 +159,7 @@ void UnattendedRun::showProgress()
 
 void UnattendedRun::recorded(const QString& path, const QString& problem, Kept kept)
 {
-    // The summary on standard error tells when.
+    // The summary on standard error contains the times.
     const auto& recording = app_.recording;
     const bool asAsked =
         recording.incidents.summaryOf(RecordingIncidents::Kind::RegionOutside, recording.movieSeconds()).isEmpty();
@@ -181,7 +181,7 @@ void UnattendedRun::finished(const QString& path, const QString& problem, Kept k
         streams_.print(path);
     status_ = kept == Kept::AsAsked ? 0 : kept == Kept::Otherwise ? 3 : 1;
     const auto end = [this] {
-        app_.finishRescue(); // no time was lost with an earlier run's recording before this one
+        app_.finishRescue(); // an earlier run's recording has not delayed this one
         QCoreApplication::exit(status_);
     };
     QMetaObject::invokeMethod(this, end, Qt::QueuedConnection);

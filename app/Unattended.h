@@ -13,8 +13,8 @@ class AppDelegate;
 class StandardStreams;
 enum class Kept;
 
-/// Answers in place of a user: the save panel with the output file, alerts with a line on standard error where the
-/// run's own report does not say the same.
+/// Answers in place of a user: the save panel with the output file, alerts with a line on standard error unless the
+/// run's own report says the same.
 class UnattendedDialogs final : public Dialogs {
 public:
     /// `streams` must outlive this object.
@@ -30,19 +30,21 @@ private:
     StandardStreams& streams_;
 };
 
-/// One recording or one picture without a user, through the same commands as the buttons. A recording shows its
-/// progress on a terminal and is stopped when its time is over. Ends the program with status 0 and the path of what was
-/// saved, or with a message and status 3 when a recording was kept otherwise than asked, 1 when there is nothing.
+/// One recording or one snapshot without a user, through the same commands as the buttons. A recording shows its
+/// progress on a terminal and stops when its time is over. Ends the program with status 0 and the path of the saved
+/// file, or with a message and status 3 when the recording was kept in another way than requested, 1 when nothing was
+/// saved.
 class UnattendedRun final : public QObject {
     Q_OBJECT
 public:
-    /// `limitation` is what of the screen cannot be seen (ScreenGrabber::limitation): with one no screen is recorded.
+    /// `limitation` is the part of the screen that cannot be seen (ScreenGrabber::limitation): with one, no screen is
+    /// recorded.
     UnattendedRun(AppDelegate& app, RunLoop& runLoop, StandardStreams& streams, const LaunchOptions& options,
                   const QString& limitation);
 
     void begin();
-    /// Stops early and saves. Before a recording began it ends the program; while picture and sound are being joined or
-    /// the movie is copied it gives that up and keeps what there is, be it of this run or of an earlier one.
+    /// Stops early and saves. Before a recording has begun it ends the program; during joining or copying it cancels
+    /// that step and keeps the files, be they of this run or of an earlier one.
     void endEarly();
     int exitStatus() const { return status_; } ///< 1 until the recording has ended
 

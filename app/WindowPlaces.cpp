@@ -13,14 +13,14 @@ namespace lumavex {
 
 namespace {
 
-constexpr int grip = 80; ///< as much of a title bar's width must be there for dragging
+constexpr int grip = 80; ///< width of the title bar that must be visible for dragging
 
 std::int64_t areaOf(const QRect& rect)
 {
     return rect.isEmpty() ? 0 : std::int64_t(rect.width()) * rect.height();
 }
 
-/// The area in which most of the window lies; the main one when it lies in none.
+/// The area that contains most of the window; the main area when none contains any of it.
 QRect areaFor(const QRect& frame, const QList<QRect>& areas)
 {
     return *std::ranges::max_element(areas, {}, [&](const QRect& area) { return areaOf(area & frame); });

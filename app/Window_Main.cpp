@@ -21,7 +21,7 @@ namespace lumavex {
 Window_Main::Window_Main() : messages_(new MessageStrip)
 {
     setupUi(this);
-    setContextMenuPolicy(Qt::NoContextMenu); // the toolbar is not to be hidden by a slip
+    setContextMenuPolicy(Qt::NoContextMenu); // the toolbar must not be hidden by accident
     summary = new RecordingSummary(centralArea);
     centralArea->layout()->addWidget(summary);
     centralArea->layout()->addWidget(messages_);
@@ -75,8 +75,8 @@ void Window_Main::setIcons()
 
 void Window_Main::fitSize()
 {
-    // The window is as high as its bars and its messages, and at least as wide as its toolbar and what will be
-    // recorded, as far as the screen has that room.
+    // The window is as high as its bars and messages, and at least as wide as its toolbar and summary, as far as the
+    // screen has room.
     QTimer::singleShot(0, this, [this] {
         if (isMaximized() || isFullScreen())
             return;
@@ -86,7 +86,7 @@ void Window_Main::fitSize()
         const int wanted = std::min(widest, std::max({width(), minimumWidth(), toolBar->sizeHint().width(), readable}));
         const QSize before = size();
         resize(wanted, std::max(minimumHeight(), heightFor(wanted)));
-        // A message that has just come is seen, and its buttons are.
+        // Keeps a new message and its buttons on the screen.
         const QPoint place = movedInside(frameGeometry(), area).topLeft();
         if (isVisible() && size() != before && place != frameGeometry().topLeft())
             move(place);
@@ -103,7 +103,7 @@ int Window_Main::heightFor(int width) const
 void Window_Main::resizeEvent(QResizeEvent* event)
 {
     QMainWindow::resizeEvent(event);
-    // The texts of a narrower window need more lines. Queued, since this may be a step of the user's.
+    // The texts of a narrower window need more lines. Queued, since the user may still be resizing.
     if (event->size().width() != event->oldSize().width())
         QTimer::singleShot(0, this, [this] {
             if (const int needed = heightFor(width()); height() < needed && !isMaximized() && !isFullScreen())
@@ -128,8 +128,8 @@ void Window_Main::setLevel(Level level)
         setWindowFlag(Qt::WindowStaysOnTopHint, floating);
         return;
     }
-    // The native window asks the window manager for its new state. Setting the widget's flag would replace the native
-    // window, and the windows that stay in front of the old one would lose their place.
+    // Asks the window manager to change the state of the native window. Setting the widget's flag would replace the
+    // native window, and the windows kept above the old one would lose their place.
     overrideWindowFlags(windowFlags().setFlag(Qt::WindowStaysOnTopHint, floating));
     windowHandle()->setFlag(Qt::WindowStaysOnTopHint, floating);
 }

@@ -14,37 +14,37 @@ class LevelMeter;
 class MessageStrip;
 class RecordingSummary;
 
-/// The main window: menus, toolbar, the duration of the recording and a line for messages. It carries out nothing
-/// itself; its actions are connected to the application delegate's commands by connectCommands.
+/// The main window: menus, toolbar, the duration of the recording and a strip of messages. It executes no commands
+/// itself; connectCommands connects its actions to the application delegate's commands.
 class Window_Main final : public QMainWindow, public Ui::Window_Main {
     Q_OBJECT
 public:
     Window_Main();
 
-    /// Shown while a recording exists; its place in the toolbar stays free otherwise.
+    /// Shown while a recording exists; its space in the toolbar stays reserved otherwise.
     QLabel* textDurationTime = nullptr;
-    /// Beside it, shown while a recording with sound exists.
+    /// Beside textDurationTime, shown while a recording with sound exists.
     LevelMeter* levelMeter = nullptr;
 
-    /// What will be recorded.
+    /// Summary of the coming recording.
     RecordingSummary* summary = nullptr;
 
-    /// Takes the check mark from the item that has it, if any, and gives it to another one of its menu.
+    /// Moves the check mark from its item, if any, to another item of the same menu.
     static void moveCheckMark(QAction*& from, QAction* to);
 
-    /// Floating windows stay above those of other applications. A window that exists stays the same native window.
+    /// Floating windows stay above those of other applications. An existing window keeps its native window.
     enum class Level { Normal, Floating };
     void setLevel(Level level);
 
-    /// Tells the user something in the window, at once and without stopping the work.
+    /// Shows a message in the window at once, without interrupting the work.
     void showMessage(MessageTopic topic, const Message& message);
     void showMessage(const QString& text) { showMessage(MessageTopic::General, {text}); }
     bool showsMessage(MessageTopic topic) const;
-    /// The cause of a topic's message has gone, and the message with it.
+    /// Removes the topic's message, whose cause has ended.
     void withdrawMessage(MessageTopic topic);
 
 Q_SIGNALS:
-    /// The user wants the window closed, which ends the program. The window stays as it is.
+    /// The user asked to close the window, which ends the program. The window stays as it is.
     void windowShouldClose();
 
 protected:

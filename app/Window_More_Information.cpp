@@ -20,7 +20,7 @@ Window_More_Information::Window_More_Information(QWidget* owner)
 {
     ui_->setupUi(this);
     setAttribute(Qt::WA_ShowWithoutActivating);
-    ui_->textView->viewport()->setAutoFillBackground(false); // nothing is to be typed here
+    ui_->textView->viewport()->setAutoFillBackground(false); // marks the text as read-only
     windowDidLoad();
 }
 
@@ -37,7 +37,7 @@ void Window_More_Information::windowDidLoad()
 
 void Window_More_Information::fitToText()
 {
-    // Readable without scrolling, whatever the font; a line to spare keeps the scroll bar from taking width.
+    // Shows all text without scrolling in every font; a spare line avoids the scroll bar, which would reduce the width.
     const QPlainTextEdit* text = ui_->textView;
     const QTextDocument* document = text->document();
     const double line = document->documentLayout()->blockBoundingRect(document->begin()).height();
@@ -49,9 +49,9 @@ void Window_More_Information::fitToText()
 
 void Window_More_Information::placeBesideOwner()
 {
-    // Always in front of the owner, it is to leave free what is needed to stop: of the places above, below and beside
-    // it, moved onto the screen, the one that covers least.
-    constexpr int frame = 32; // what a title bar and borders take, about
+    // The window is always in front of its owner and must leave the Stop controls visible: of the places above, below
+    // and beside the owner, moved onto the screen, the one that covers least wins.
+    constexpr int frame = 32; // approximate size of title bar and borders
     const QRect owner = parentWidget()->frameGeometry();
     const QRect room = parentWidget()->screen()->availableGeometry();
     const QSize needed = size() + QSize(frame, frame);

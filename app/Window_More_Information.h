@@ -11,7 +11,7 @@ class Window_More_Information;
 
 namespace lumavex {
 
-/// Tells the user how to lower the processor's load.
+/// Tells the user how to lower the processor load.
 class Window_More_Information final : public QWidget {
     Q_OBJECT
 public:
@@ -19,7 +19,7 @@ public:
     explicit Window_More_Information(QWidget* owner);
     ~Window_More_Information() override;
 
-    /// Shows the window in front of the others, without taking the keyboard from the one in use.
+    /// Shows the window in front of the others without taking the keyboard focus.
     void showWindow();
 
 Q_SIGNALS:
@@ -27,7 +27,7 @@ Q_SIGNALS:
     void windowWillClose();
 
 protected:
-    void keyPressEvent(QKeyEvent* event) override; ///< Escape closes
+    void keyPressEvent(QKeyEvent* event) override; ///< Escape closes the window
     void closeEvent(QCloseEvent* event) override;
 
 private:

@@ -45,7 +45,7 @@ void WorkQueue::run()
         waiting_.pop_front();
         lock.unlock();
         work();
-        work = {}; // what it holds goes before anybody is told that it is done
+        work = {}; // destroys its captures before reporting it done
         lock.lock();
         working_ = false;
         changed_.notify_all();

@@ -9,24 +9,24 @@
 
 namespace lumavex {
 
-/// A thread that does one piece of work after the other, in the order they were given. It begins with the first.
+/// A thread that runs one task after the other, in the order added. It starts with the first task.
 class WorkQueue {
 public:
     WorkQueue() = default;
-    /// Waits for the piece that is being done and those that wait.
+    /// Waits for the running task and the queued ones.
     ~WorkQueue();
     WorkQueue(const WorkQueue&) = delete;
     WorkQueue& operator=(const WorkQueue&) = delete;
 
-    /// Any thread. The work is destroyed by the queue's thread.
+    /// Any thread. The queue's thread destroys the task.
     void add(std::function<void()> work);
-    /// Returns when all that was given has been done. Any thread but the queue's.
+    /// Returns when all tasks added before are done. Any thread but the queue's.
     void wait();
 
 private:
     void run();
 
-    std::mutex mutex_; ///< guards what follows
+    std::mutex mutex_; ///< guards the members below
     std::condition_variable changed_;
     std::deque<std::function<void()>> waiting_;
     bool working_ = false;

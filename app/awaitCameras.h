@@ -8,9 +8,9 @@
 
 namespace lumavex {
 
-/// The names of the cameras as soon as `suffices` holds for them, else those listed after five seconds: soon after the
-/// machine's start a program may run before its cameras are listed. Does not wait where there can be no camera at all.
-/// The run loop is served meanwhile. Main thread.
+/// Returns the names of the cameras as soon as `suffices` is true for them, otherwise those listed after five seconds:
+/// soon after the machine's start a program may run before its cameras are listed. Does not wait when the machine
+/// cannot have a camera. Serves the run loop meanwhile. Main thread.
 QStringList awaitCameras(CameraSource& cameras, RunLoop& runLoop,
                          const std::function<bool(const QStringList& names)>& suffices);
 

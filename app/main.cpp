@@ -30,14 +30,14 @@ namespace {
 
 using namespace lumavex;
 
-/// Made first thing and never destroyed, since messages come until the very end.
+/// Created first and never destroyed, since messages arrive until the very end.
 StandardStreams* streams = nullptr;
 
-/// What is to be done before Qt ends the program because the display has gone; the exit status. Empty while nothing is
-/// at stake.
+/// To be called before Qt ends the program because the display is lost; returns the exit status. Empty while there is
+/// nothing to save.
 std::function<int()> onScreenLoss;
 
-/// Whether the rules for logging let warnings of no category through.
+/// True when the logging rules pass warnings of no category.
 std::atomic<bool> warningsAreWanted = true;
 QLoggingCategory::CategoryFilter rulesFilter = nullptr;
 
@@ -46,7 +46,8 @@ bool isWithoutCategory(const char* category)
     return !category || std::strcmp(category, "default") == 0;
 }
 
-/// The loss of the display is told as such a warning, so the message handler must get them whatever the rules say.
+/// Qt reports the loss of the display as such a warning, so the message handler must receive them whatever the rules
+/// say.
 void filterCategory(QLoggingCategory* category)
 {
     rulesFilter(category);
@@ -62,8 +63,9 @@ void filterCategory(QLoggingCategory* category)
     std::_Exit(status);
 }
 
-/// Qt ends the program by itself when it cannot reach the display; the user gets words instead of an abort. When the
-/// display goes later Qt only says so before it ends the program, and that is the one moment to save a recording.
+/// Qt ends the program itself when it cannot reach the display; the user gets a message instead of an abort. When the
+/// display is lost later, Qt only logs a message before it ends the program, which is the only moment to save a
+/// recording.
 void onMessage(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
     if (type == QtFatalMsg && message.contains(QLatin1String("platform plugin"))) {
@@ -80,7 +82,7 @@ void onMessage(QtMsgType type, const QMessageLogContext& context, const QString&
         streams->tell(QStringLiteral("lumavex: The X server is gone."));
         endAtOnce(std::exchange(onScreenLoss, {})());
     }
-    // Of what is no trouble only our own is told, which has categories that are off unless somebody asks for them.
+    // Debug and information messages are printed only from our own categories, which are off by default.
     const bool trouble = type != QtDebugMsg && type != QtInfoMsg;
     const bool wanted =
         trouble ? type != QtWarningMsg || warningsAreWanted || !isWithoutCategory(context.category)
@@ -136,7 +138,7 @@ int run(const LaunchOptions& options, Platform& platform, SingleInstance& instan
         return unattended ? 1 : 0;
     settings.startingIsOver();
     settingsNotice.tellUnread();
-    // The window does not wait for its icon.
+    // Set late, so that the window does not wait for its icon.
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/org.lumavex.Lumavex.svg")));
 
     TerminationSignals signals;
@@ -184,9 +186,9 @@ int start(int argc, char* argv[])
 
     ignoreWriteSignals();
     qInstallMessageHandler(onMessage);
-    rulesFilter = QLoggingCategory::installFilter(nullptr); // the next call uses it already
+    rulesFilter = QLoggingCategory::installFilter(nullptr); // the next call already uses it
     QLoggingCategory::installFilter(filterCategory);
-    // Screen and windows are read through X11, so the program's own windows live there too.
+    // Screen and windows are read through X11, so the program's own windows must be X11 windows, too.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "xcb");
     QApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
@@ -195,7 +197,8 @@ int start(int argc, char* argv[])
     QApplication::setApplicationVersion(QStringLiteral(LUMAVEX_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("org.lumavex.Lumavex"));
     QApplication::setStyle(new DesktopStyle);
-    QApplication::setQuitOnLastWindowClosed(false); // an alert that closes while the main window is hidden ends nothing
+    QApplication::setQuitOnLastWindowClosed(false); // closing an alert while the main window is hidden must not end the
+                                                    // program
 
     if (options.list != LaunchOptions::List::Nothing) {
         Platform platform = createPlatform();
@@ -203,7 +206,7 @@ int start(int argc, char* argv[])
     }
     SingleInstance instance;
     if (!instance.isFirst()) {
-        // Nobody asked for the first one's window, which might come into its movie.
+        // Activating the first program's window is not requested here and might put it into that program's movie.
         if (options.recordSeconds)
             return fail(QStringLiteral("Lumavex runs already. End it first, or record with its window."));
         if (options.isUnattended())

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# What every target of the project has in common.
+# Settings common to all targets of the project.
 
 add_library(lumavex_options INTERFACE)
 target_include_directories(lumavex_options INTERFACE ${PROJECT_SOURCE_DIR})
@@ -23,14 +23,14 @@ if(LUMAVEX_SANITIZE STREQUAL "thread")
     target_link_libraries(lumavex_options INTERFACE $<TARGET_OBJECTS:lumavex_forking_clone>)
 endif()
 
-# lumavex_library(<name> [<public dependency>...]): the static library of the folder it is called in, made of every
-# source and header that lies directly there.
+# lumavex_library(<name> [<public dependency>...]): the static library of the calling folder, made of every source and
+# header directly in it.
 function(lumavex_library name)
     file(GLOB sources CONFIGURE_DEPENDS *.cpp *.h)
     add_library(${name} STATIC ${sources})
     set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX
         AUTOUIC_SEARCH_PATHS ${PROJECT_SOURCE_DIR}/resources/interfaces)
     target_link_libraries(${name} PUBLIC lumavex_options ${ARGN})
-    # A window may show its interface file's class in its header.
+    # A window's header may include the class generated from its interface file.
     target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_BINARY_DIR}/${name}_autogen/include)
 endfunction()

@@ -7,8 +7,8 @@
 
 namespace lumavex {
 
-/// Hours, minutes and seconds as "01:02:03", in Latin digits whatever the locale. Hours are not wrapped: 100 hours
-/// are "100:00:00".
+/// Hours, minutes and seconds as "01:02:03", in Latin digits in every locale. Hours do not wrap: 100 hours are
+/// "100:00:00".
 QString timeFormatted(std::int32_t seconds);
 
 } // namespace lumavex

@@ -20,7 +20,7 @@ struct Text {
     Q_DECLARE_TR_FUNCTIONS(EncoderRun)
 };
 
-/// The encoder says what is wrong at the end; the rest of a long complaint need not be kept.
+/// The encoder reports its error last, so only the end of a long output is kept.
 constexpr qsizetype kKeptBytes = 4096;
 constexpr qsizetype kShownLines = 3;
 constexpr qsizetype kShownCharacters = 200;
@@ -33,7 +33,7 @@ QString printable(QString line)
     return line.size() > kShownCharacters ? line.left(kShownCharacters) + u'…' : line;
 }
 
-/// Notices when the joined file has not grown for too long.
+/// Detects that the joined file has not grown for too long.
 class Watchdog {
 public:
     Watchdog(RunLoop& runLoop, const QString& path, std::optional<std::chrono::seconds> patience)
@@ -90,7 +90,7 @@ QString lastLines(const QByteArray& standardError)
 QString runEncoder(const EncoderJob& job, EncoderState& state, const ChildProcessFactory& createChildProcess,
                    RunLoop& runLoop, const EncoderWatch& watch)
 {
-    QFile::remove(job.s_AV_File_Source); // the encoder refuses to overwrite, but would follow a link to nowhere
+    QFile::remove(job.s_AV_File_Source); // the encoder refuses to overwrite, but would follow a dangling link
     return runEncoder({job.sffmpegPath, encoderArguments(job), job.s_AV_File_Source, job.i_Orig_Duration_in_Seconds},
                       state, createChildProcess, runLoop, watch);
 }
@@ -104,7 +104,8 @@ QString runEncoder(const EncoderCall& call, EncoderState& state, const ChildProc
     QString failure;
     QByteArray standardError;
     const std::unique_ptr<ChildProcess> encoder = createChildProcess();
-    encoder->outData = [standardOutput](const QByteArray& chunk) { // read, so that it cannot block on a full pipe
+    encoder->outData = [standardOutput](const QByteArray& chunk) { // the output is read, so that the encoder cannot
+                                                                   // block on a full pipe
         if (standardOutput)
             *standardOutput += chunk;
     };
@@ -123,7 +124,7 @@ QString runEncoder(const EncoderCall& call, EncoderState& state, const ChildProc
     encoder->launch(call.sffmpegPath, call.arguments);
     runLoop.runUntil([&] { return state.terminated || isCancelled() || watchdog.hasLostPatience(); });
 
-    // Here an encoder that is still at work is killed, with its handle: it may be one that does not listen any more.
+    // A running encoder is killed when its handle is destroyed: it may no longer respond.
     if (!state.terminated)
         return isCancelled() ? Text::tr("Joining was cancelled.")
                              : Text::tr("The encoder did not get any further for %1 seconds and was ended.")

@@ -14,36 +14,40 @@
 
 namespace lumavex {
 
-/// What the end of a recording needs of the program around it. All functions are called on the main thread, but
+/// Services of the program that the end of a recording needs. All functions are called on the main thread, except
 /// readMovie, which `run` may call on another one.
 struct EndServices {
     Dialogs& dialogs;
     MovieReader readMovie;
 
-    /// Who answers the dialogs.
+    /// Answers come from the user or from the program.
     enum class Answers {
-        ByUser,    ///< a place that is chosen revokes an earlier Cancel; no name changes what kind of file is saved
-        ByProgram, ///< the name decides the kind of file
+        ByUser,    ///< choosing a path revokes an earlier Cancel; the name does not change the container
+        ByProgram, ///< the name decides the container
     } answers = Answers::ByUser;
     std::optional<std::chrono::seconds> patience = {}; ///< see EncoderWatch
 
-    /// Does slow work and returns when it is done.
+    /// Runs slow work and returns when it is done.
     std::function<void(const std::function<void()>& work)> run = {};
     std::function<QString(const EncoderJob&, const EncoderWatch&)> join = {}; ///< see runEncoder
-    /// See copyIntoContainer. Empty: no file of another kind can be made.
+    /// See copyIntoContainer. Empty: no other container can be made.
     std::function<QString(const ContainerJob&, const EncoderWatch&)> convert = {};
 
-    std::function<void()> beginProgress = [] {}; ///< shows it, if it is not shown, and lets the user cancel
+    std::function<void()> beginProgress = [] {}; ///< shows the progress unless it is shown already, and lets the user
+                                                 ///< cancel
     std::function<void(float percentage)> setProgress = [](float) {};
-    std::function<void()> endProgress = [] {};                                    ///< may be called when none is shown
-    std::function<void(const QString& text)> showMessage = [](const QString&) {}; ///< beside the dialogs
+    std::function<void()> endProgress = [] {};                                    ///< may be called when no progress is
+                                                                                  ///< shown
+    std::function<void(const QString& text)> showMessage = [](const QString&) {}; ///< shows a message outside the
+                                                                                  ///< dialogs
 };
 
-/// The run loop is served while an encoder or slow work is waited for. What is given must outlive the services.
+/// Services that serve the run loop while they wait for an encoder or slow work. All arguments must outlive the
+/// services.
 EndServices endServicesOn(RunLoop& runLoop, Dialogs& dialogs, MovieReader readMovie,
                           ChildProcessFactory createChildProcess);
 
-/// For a program that has no event loop any more: everything blocks. `dialogs` are answered by the program.
+/// Services for a program without a running event loop: all of them block. The program answers `dialogs`.
 EndServices endServicesWithoutEvents(Dialogs& dialogs, MovieReader readMovie);
 
 } // namespace lumavex

@@ -5,8 +5,8 @@
 
 namespace lumavex {
 
-/// What a failed call of the system (`error` is its errno) on a file in `folder` means, in the user's words, as the end
-/// of a sentence. Any thread.
+/// The meaning of a failed system call (`error` is its errno) on a file in `folder`, as text for the user that ends a
+/// sentence. Any thread.
 QString reasonForFileError(int error, const QString& folder);
 
 } // namespace lumavex

@@ -28,11 +28,11 @@ struct Text {
 
 constexpr std::size_t kChunk = std::size_t{1} << 20;
 
-/// The two paths as the system and as the user see them.
+/// The two paths in the system's and in the user's form.
 struct Paths {
     QString source;
     QString destination;
-    QString folder; ///< of the destination
+    QString folder; ///< folder of the destination
     QByteArray sourceName;
     QByteArray destinationName;
     QByteArray folderName;
@@ -64,7 +64,7 @@ MoveResult failed(const Paths& paths, int error)
     return failed(paths, reasonForFileError(error, paths.folder));
 }
 
-/// 0 when `from` now bears the name `to`, else the errno.
+/// Returns 0 when `from` has been renamed to `to`, otherwise the errno.
 int renameFile(const QByteArray& from, const QByteArray& to, ExistingDestination existing)
 {
     if (existing == ExistingDestination::Replace)
@@ -73,7 +73,7 @@ int renameFile(const QByteArray& from, const QByteArray& to, ExistingDestination
         return 0;
     if (errno != EINVAL && errno != ENOSYS)
         return errno;
-    // Some network and FUSE file systems cannot refuse to replace, so look first.
+    // Some network and FUSE file systems cannot rename without replacing, so look first.
     struct stat there = {};
     if (::lstat(to.constData(), &there) == 0)
         return EEXIST;
@@ -84,10 +84,10 @@ void flushFolder(const QByteArray& folderName)
 {
     const FileDescriptor folder(::open(folderName.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (folder.isOpen())
-        ::fsync(folder.get()); // not every file system can; the file itself has been flushed
+        ::fsync(folder.get()); // not every file system supports this; the file itself has been flushed
 }
 
-/// The file that grows beside the destination; removed at its end unless it took the destination's name.
+/// The file that grows beside the destination; the destructor removes it unless it has been renamed to the destination.
 class TemporaryFile {
 public:
     explicit TemporaryFile(const QByteArray& folderName) : name_(folderName + "/.lumavex-XXXXXX")
@@ -131,10 +131,10 @@ int writeAll(int file, const char* bytes, ssize_t count)
     return 0;
 }
 
-/// Copies the content; Moved when all of it was copied.
+/// Copies the content; Moved when all of it has been copied.
 MoveResult copyContent(const Paths& paths, int from, int to, std::int64_t total, const MoveProgress& progress)
 {
-    // Asking for the space first tells of a full disk before minutes of copying. Not every file system can.
+    // Allocating the space first detects a full disk before minutes of copying. Not every file system supports it.
     if (total > 0 && ::fallocate(to, 0, 0, total) != 0 && (errno == ENOSPC || errno == EFBIG || errno == EDQUOT))
         return failed(paths, errno);
     std::vector<char> chunk(kChunk);
@@ -172,7 +172,7 @@ MoveResult moveByCopy(const Paths& paths, ExistingDestination existing, const Mo
     if (copied.outcome != MoveOutcome::Moved)
         return copied;
 
-    // Mode and time are niceties that some file systems (FAT) refuse; the content is not.
+    // Some file systems (FAT) refuse mode and time, which is acceptable; the content is essential.
     (void)::fchmod(copy.file.get(), about.st_mode & 0777);
     const struct timespec times[2] = {about.st_atim, about.st_mtim};
     (void)::futimens(copy.file.get(), times);
@@ -191,7 +191,8 @@ MoveResult moveByCopy(const Paths& paths, ExistingDestination existing, const Mo
     return {};
 }
 
-/// Nothing when the system does not tell. The call umask(2) can only tell by changing it, for all threads.
+/// The umask; std::nullopt when the system does not provide it. The call umask(2) reads it only by changing it for all
+/// threads.
 std::optional<mode_t> umaskOfProcess()
 {
     QFile status(QStringLiteral("/proc/self/status"));
@@ -206,7 +207,7 @@ std::optional<mode_t> umaskOfProcess()
     return {};
 }
 
-/// Two names of one file: renaming one to the other would do nothing and leave both.
+/// Both paths name the same file: renaming one to the other would do nothing and leave both.
 MoveResult moveOntoItself(const Paths& paths, ExistingDestination existing)
 {
     if (QFileInfo(paths.source).canonicalFilePath() == QFileInfo(paths.destination).canonicalFilePath())

@@ -8,15 +8,16 @@
 
 namespace lumavex {
 
-/// What the making of a recording's frames counts, since Record. Main thread.
+/// Counts of the frames of a recording since Record. Main thread.
 struct FrameCounts {
     std::int64_t composed = 0;
-    std::int64_t late = 0;   ///< the machine could not keep up, so the frame before stands for them
-    Nanoseconds lateness{0}; ///< the longest that a frame was begun after it was due, since the last line of statistics
+    std::int64_t late = 0;   ///< the machine was too slow, so the previous frame was repeated
+    Nanoseconds lateness{0}; ///< largest delay between a frame's due time and its start since the last line of
+                             ///< statistics
 
-    /// The seconds in which more than half of the frames were late although the picture changed meanwhile.
+    /// Seconds in which more than half of the frames were late although the picture changed meanwhile.
     int shortSeconds = 0;
-    int goodSeconds = 0; ///< since the latest one that was short, or may turn out to have been
+    int goodSeconds = 0; ///< since the latest second that was short or may yet prove short
     struct Second {
         std::int64_t frames = 0;
         std::int64_t composed = 0;
@@ -28,20 +29,20 @@ struct FrameCounts {
         ++late;
         ++open_;
     }
-    /// The frame looks as the one before, so the late ones in between missed nothing.
+    /// The frame equals the previous one, so the late frames in between missed nothing.
     void repeatUnchanged()
     {
         open_ = 0;
         openSeconds_ = 0;
     }
-    /// The frame looks otherwise, so the late ones in between missed something.
+    /// The frame differs, so the late frames in between missed a change.
     void showChange()
     {
         missed_ += open_;
         shortSeconds += openSeconds_;
         repeatUnchanged();
     }
-    /// To be called after every second, in which so many frames were appended.
+    /// Called after every second with the number of frames appended in it.
     void endSecond(std::int64_t frames)
     {
         const bool isShort = 2 * missed_ > frames;
@@ -58,10 +59,11 @@ struct FrameCounts {
     }
 
 private:
-    // Of the current second: late frames during which the picture changed, and those of which that is still open.
+    // Late frames of the current second: those during a change of the picture, and those for which this is not known
+    // yet.
     std::int64_t missed_ = 0;
     std::int64_t open_ = 0;
-    int openSeconds_ = 0; ///< that will have been short if the picture has changed
+    int openSeconds_ = 0; ///< seconds that count as short if the picture has changed
     std::int64_t composedBefore_ = 0;
 };
 

@@ -9,7 +9,7 @@ namespace lumavex {
 
 namespace {
 
-/// A frame's share of the sample tables (ISO/IEC 14496-12) at worst: duration 8, size 4, chunk 12, chunk offset 8.
+/// Worst-case share of one frame in the sample tables (ISO/IEC 14496-12): duration 8, size 4, chunk 12, chunk offset 8.
 constexpr std::int64_t kTableBytesPerFrame = 32;
 
 } // namespace
@@ -27,7 +27,7 @@ std::int64_t bytesToFinish(const RecordingSize& recording)
     const std::int64_t tables = recording.frames * kTableBytesPerFrame;
     if (recording.sound == SoundInRecording::Absent)
         return tables + kReserveBytes;
-    // The encoder's file has tables of its own, of the same order.
+    // The encoder's file has its own tables of about the same size.
     return tables + recording.movieBytes + recording.soundBytes + tables + kReserveBytes;
 }
 

@@ -10,7 +10,7 @@ namespace lumavex {
 
 enum class SoundInRecording { Absent, Present };
 
-/// What a running recording takes up, in bytes.
+/// Size of a running recording in bytes.
 struct RecordingSize {
     std::int64_t movieBytes = 0;
     std::int64_t soundBytes = 0;
@@ -18,18 +18,18 @@ struct RecordingSize {
     SoundInRecording sound = SoundInRecording::Absent;
 };
 
-/// Kept free beside what finishing needs: some seconds of frames at any size, and room for the desktop to go on.
+/// Kept free in addition to the space for finishing: some seconds of frames of any size, and room for the desktop.
 inline constexpr std::int64_t kReserveBytes = std::int64_t{128} << 20;
 
-/// Bytes the user may still write on the file system that holds the path. Nothing when the path does not exist or the
-/// file system does not tell. Any thread.
+/// Bytes that the user may still write on the file system of the path. std::nullopt when the path does not exist or the
+/// file system does not report it. Any thread.
 std::optional<std::int64_t> freeBytes(const QString& path);
 
-/// Free bytes below which a recording must be ended, so that finishing it still finds the space it needs: the movie's
-/// frame table, with sound the joined copy of all that is recorded so far, and the reserve.
+/// Free bytes below which a recording must end, so that enough space remains to finish it: the movie's frame table,
+/// with sound the joined copy of everything recorded so far, and the reserve.
 std::int64_t bytesToFinish(const RecordingSize& recording);
 
-/// Whether the recording whose files lie in `folder` must be ended now. Never when the free space is not known.
+/// True when the recording whose files are in `folder` must end now. False when the free space is unknown.
 bool mustEndRecording(const QString& folder, const RecordingSize& recording);
 
 } // namespace lumavex

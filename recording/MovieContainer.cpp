@@ -39,14 +39,15 @@ QString copyIntoContainer(const ContainerJob& job, const ChildProcessFactory& cr
                           const EncoderWatch& watch)
 {
     const QStringList copying = words("-map 0 -c copy");
-    const QStringList digest = copying + words("-f streamhash -hash crc32 -"); // a line for each stream's bytes
+    const QStringList digest = copying + words("-f streamhash -hash crc32 -"); // writes one line per stream with a
+                                                                               // checksum of its bytes
     QFile::remove(job.copy);
     EncoderCall call;
     call.sffmpegPath = job.sffmpegPath;
     call.seconds = job.seconds;
     call.written = job.copy;
     call.arguments = QStringList{QStringLiteral("-i"), job.movie} + copying;
-    if (containerOf(job.copy) == MovieContainer::Avi) // has one rate, which the encoder would take for twice as large
+    if (containerOf(job.copy) == MovieContainer::Avi) // AVI has a single rate, which the encoder would otherwise double
         call.arguments += {QStringLiteral("-r"), QString::number(job.framesPerSecond)};
     call.arguments += job.copy;
     call.arguments += digest;
@@ -59,7 +60,7 @@ QString copyIntoContainer(const ContainerJob& job, const ChildProcessFactory& cr
     call.written.clear();
     EncoderWatch reading = watch;
     if (reading.patience)
-        *reading.patience *= 10; // nothing grows by which to see that it is at work
+        *reading.patience *= 10; // no file grows during reading, so progress cannot be observed
     QByteArray copied;
     EncoderState checking;
     if (QString problem = runEncoder(call, checking, createChildProcess, runLoop, reading, &copied); !problem.isEmpty())

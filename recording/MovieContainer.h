@@ -5,26 +5,27 @@
 
 namespace lumavex {
 
-/// The kinds of file that hold Motion JPEG and linear PCM as they are recorded.
+/// Containers that hold Motion JPEG and linear PCM as recorded.
 enum class MovieContainer { QuickTime, Matroska, Avi };
 
-/// By the ending of the file's name, in either case: .mov, .mkv, .avi. Nothing for any other name.
+/// The container for the file name's extension, in upper or lower case: .mov, .mkv, .avi. std::nullopt for any other
+/// name.
 std::optional<MovieContainer> containerOf(const QString& path);
 
-/// Whether the name promises another kind of file than the one that is recorded.
+/// True when the name has the extension of another container than the recorded one.
 bool promisesAnotherKind(const QString& path);
 
-/// A movie that is to be copied into a file of another kind.
+/// Copies a movie into another container.
 struct ContainerJob {
     QString sffmpegPath;
     QString movie;
-    QString copy;              ///< its name's ending decides its kind; what lies there is removed
-    int framesPerSecond = 1;   ///< of the movie
-    std::uint64_t seconds = 0; ///< what the progress is measured by
+    QString copy;              ///< its extension decides the container; an existing file is removed
+    int framesPerSecond = 1;   ///< rate of the movie
+    std::uint64_t seconds = 0; ///< reference length of the progress
 };
 
-/// Copies the streams as they are, and reads the copy to see that it holds the same bytes. Empty when it does, else
-/// what went wrong, in the user's words. Main thread; the run loop serves the default mode meanwhile.
+/// Copies the streams unchanged and verifies that the copy holds the same bytes. Returns an empty text when it does,
+/// otherwise the error as text for the user. Main thread; the run loop serves the default mode meanwhile.
 QString copyIntoContainer(const ContainerJob& job, const ChildProcessFactory& createChildProcess, RunLoop& runLoop,
                           const EncoderWatch& watch);
 

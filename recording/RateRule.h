@@ -7,10 +7,10 @@ namespace lumavex {
 
 /// The rate whose reciprocal is the step of the presentation clock for the coming second.
 ///
-/// `nominal` is i_fps_of_Recording, `appended` the number of frames appended in the last second. The clock goes by the
-/// frames that were really counted, so that the movie plays in real time; fewer than an eighth of the nominal rate
-/// (a machine that just woke up, a preview that just appeared) tells nothing, and the nominal rate applies.
-/// Always positive: where the rule would give 0, `previous` is kept, since its reciprocal is about to be taken.
+/// `nominal` is i_fps_of_Recording, `appended` the number of frames appended in the last second. The clock follows the
+/// number of frames counted, so that the movie plays in real time; fewer than an eighth of the nominal rate (a machine
+/// that has just resumed, a preview that has just appeared) are not significant, and the nominal rate applies.
+/// Always positive: when the rule would yield 0, `previous` is kept, since the caller uses the reciprocal.
 std::int32_t adaptedRate(std::int32_t nominal, std::int64_t appended, std::int32_t previous);
 
 } // namespace lumavex

@@ -21,18 +21,18 @@ struct Text {
 struct Box {
     QByteArray type;
     std::int64_t headerBytes = 8;
-    std::int64_t bytes = 0; ///< with the header
+    std::int64_t bytes = 0; ///< including the header
 };
 
-/// The box at the file's position; nothing when there is none that can be one.
+/// The box at the file's position; std::nullopt when no valid box is there.
 std::optional<Box> readBox(QFile& file, std::int64_t bytesLeft)
 {
     const QByteArray header = file.read(8);
     const auto isLetter = [](char c) { return c >= ' ' && c <= '~'; };
     if (header.size() < 8 || !std::all_of(header.begin() + 4, header.end(), isLetter))
-        return {}; // cut off, or the zeros that a power failure leaves
+        return {}; // truncated, or zeros left by a power failure
     Box box{header.mid(4), 8, qFromBigEndian<quint32>(header.constData())};
-    if (box.bytes == 0) { // up to the end of the file
+    if (box.bytes == 0) { // the box extends to the end of the file
         box.bytes = bytesLeft;
     } else if (box.bytes == 1) {
         const QByteArray large = file.read(8);
@@ -46,11 +46,11 @@ std::optional<Box> readBox(QFile& file, std::int64_t bytesLeft)
     return box;
 }
 
-/// Where the lengths of a WAV file stand and what they should be.
+/// Positions of the lengths in a WAV file and their correct values.
 struct SoundLayout {
-    std::int64_t dataAt = 0; ///< first sample
-    quint32 riffBytes = 0;   ///< as the header says
-    quint32 dataBytes = 0;   ///< as the header says
+    std::int64_t dataAt = 0; ///< position of the first sample
+    quint32 riffBytes = 0;   ///< value in the header
+    quint32 dataBytes = 0;   ///< value in the header
     qint64 blockAlign = 4;
     quint32 samplesPerSecond = 44100;
 };
@@ -85,7 +85,7 @@ std::optional<SoundLayout> readSoundLayout(QFile& file)
     }
 }
 
-/// A length as a WAV header holds it; the largest one stands for "up to the end" in files of more than 4 GiB.
+/// A length as stored in a WAV header; the largest value means "up to the end" in files of more than 4 GiB.
 quint32 asHeaderLength(std::int64_t bytes)
 {
     return static_cast<quint32>(std::min<std::int64_t>(bytes, 0xFFFFFFFF));
@@ -116,7 +116,7 @@ bool movieHoldsFrames(const QString& path)
             return true;
         if (box->type == "moof" || (box->type == "mdat" && std::min(box->bytes, size - position) > box->headerBytes))
             return true;
-        // A box that was cut off ends the walk; what it would have held was never complete.
+        // A truncated box ends the walk; its content was never complete.
         position = box->bytes > size - position ? size : position + box->bytes;
     }
     return false;
@@ -151,7 +151,7 @@ QString repairSoundHeader(const QString& path)
 
     const std::int64_t held = file.size() - layout->dataAt;
     const std::int64_t data = held - held % layout->blockAlign;
-    // When the outer length covers the file, what follows the samples are other chunks and all is well.
+    // When the outer length covers the file, other chunks follow the samples and the header is correct.
     const bool complete = layout->dataBytes <= held && layout->riffBytes + std::int64_t{8} >= layout->dataAt + held;
     if (complete)
         return {};

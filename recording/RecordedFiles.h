@@ -7,21 +7,21 @@
 
 namespace lumavex {
 
-/// What a killed run left in a file. All functions: any thread.
+/// Checks of the files that a killed run left. All functions: any thread.
 
-/// Whether a movie is worth keeping. Not when the file is empty, missing or not a regular file, nor when its boxes
-/// (ISO/IEC 14496-12) can be read to the end and hold neither a fragment nor media data: nothing was recorded, or
-/// nothing that could be shown. A file whose boxes cannot be read is kept, since a doubt must not cost a recording.
+/// True when a movie is worth keeping. False when the file is empty, missing or not a regular file, or when its boxes
+/// (ISO/IEC 14496-12) can be read to the end and contain neither a fragment nor media data: nothing presentable was
+/// recorded. A file whose boxes cannot be read is kept, since a doubt must not cost a recording.
 bool movieHoldsFrames(const QString& path);
 
-/// Whether a sound file has anything behind its header. A link is no sound file.
+/// True when a sound file contains data after its header. A link does not count as a sound file.
 bool soundHoldsSamples(const QString& path);
 
-/// How long a sound file plays by what it holds, whatever its header says; nothing when it cannot be told.
+/// Duration of a sound file by its content, whatever its header says; std::nullopt when it cannot be determined.
 std::optional<double> soundSeconds(const QString& path);
 
-/// Makes the lengths in a WAV header tell what the file holds, where a killed program left them short. A header that is
-/// right is not touched. Empty, or why not, in the user's words.
+/// Corrects the lengths in a WAV header that a killed program left too short. A correct header is not changed. Returns
+/// an empty text, or the reason for a failure as text for the user.
 QString repairSoundHeader(const QString& path);
 
 } // namespace lumavex

@@ -73,7 +73,7 @@ RecordingOutcome RecordingEnd::save(const QString& problem)
     problem_ = problem;
     movie_ = hasSound() ? recording_.files.s_AV_File_Source : recording_.files.s_Video_File_Source;
     RecordingOutcome outcome = joinProblem_.isEmpty() ? saveMovie() : keepApart();
-    // First: were the program ended while the alert is open, the next start would rescue the working files.
+    // Tidies first: if the program ended while the alert is open, the next start would rescue the working files.
     tidy(outcome);
     if (!outcome.savedPath().isEmpty())
         tellSaved(outcome.path);
@@ -90,7 +90,7 @@ RecordingOutcome RecordingEnd::endWithoutScreen(const RecordedLengths& lengths, 
         return {Ending::LeftForNextStart, picture, problem};
     withoutScreen_.emplace(std::move(services));
     if (!moveResult_.valid()) {
-        // An encoder that had been started before may still write the usual file.
+        // An encoder started earlier may still be writing the usual file.
         const QString usual = std::exchange(recording_.files.s_AV_File_Source, picture + QStringLiteral(".joined.mov"));
         join(lengths);
         QFile::remove(usual);
@@ -106,7 +106,7 @@ RecordingOutcome RecordingEnd::saveMovie()
     panel.filter = Text::tr("Movies (*.mov)");
     panel.ending = QStringLiteral("mov");
     std::optional<RecordingOutcome> outcome;
-    if (moveResult_.valid()) // begun before the screen was lost, by a thread that needs no screen
+    if (moveResult_.valid()) // started before the screen was lost, on a thread that needs no screen
         outcome = judge(moveResult_.get());
     while (!outcome) {
         const std::optional<QString> path = services().dialogs.runSavePanel(panel);
@@ -138,7 +138,7 @@ MoveResult RecordingEnd::moveTo(const QString& wanted)
 
 MoveResult RecordingEnd::moveWithProgress()
 {
-    QObject sheet; // gets the progress; what is still on its way at the end goes with it and opens nothing again
+    QObject sheet; // receives the progress; queued progress is dropped with it and cannot reopen the sheet
     std::atomic<int> percentage{-1};
     bool shown = false;
     const auto copied = [this, &sheet, &percentage, &shown](std::int64_t done, std::int64_t total) {
@@ -155,7 +155,7 @@ MoveResult RecordingEnd::moveWithProgress()
         return !cancelled_;
     };
     if (services().answers == EndServices::Answers::ByUser)
-        cancelled_ = false; // whatever was given up before, this place was chosen after it
+        cancelled_ = false; // the user chose this path after any earlier cancellation
     std::promise<MoveResult> outcome;
     moveResult_ = outcome.get_future().share();
     services().run([&] {
@@ -203,7 +203,7 @@ RecordingOutcome RecordingEnd::savedIncomplete(const QString& missing)
         Ending::SavedIncomplete, savedAs_,
         Text::tr("The movie saved as %1 is not what was recorded. %2").arg(savedAs_, joined(missing, problem_))};
     QString shown = savedAs_;
-    // Without sound the file that was moved is all there is.
+    // Without sound, the moved file is the whole recording.
     const EncoderJob& files = recording_.files;
     if (QFileInfo::exists(files.s_Video_File_Source)) {
         const RescuedRecording kept =
@@ -226,8 +226,8 @@ RecordingOutcome RecordingEnd::keepWhole(const QString& why)
 {
     RescuedRecording kept{movie_, {}, {}};
     if (isInWorkingFolder(movie_, recording_.folders)) {
-        // The joined movie takes the picture's place and with it the stamped name, by which the next start finds it
-        // should it have to stay.
+        // The joined movie replaces the picture file and gets its stamped name, by which the next start finds it if it
+        // has to stay.
         const QString& picture = recording_.files.s_Video_File_Source;
         const bool stamped =
             movie_ == picture || moveFile(movie_, picture, ExistingDestination::Replace).outcome == MoveOutcome::Moved;
@@ -246,13 +246,13 @@ RecordingOutcome RecordingEnd::keepApart()
         putAside(files.s_Video_File_Source, files.s_Sound_File_Source, recording_.folders.s_Recovered_Folder);
     problem_ = Text::tr("Sound and picture could not be joined. %1\n\n%2")
                    .arg(joined(joinProblem_, problem_), whereItIs(kept));
-    // A picture that left the video folder would leave the sound behind, which the next start does not find alone.
+    // A picture moved out of the video folder would leave the sound behind, which the next start does not find alone.
     const bool inPlace = !kept.error.isEmpty();
     QStringList buttons{Text::tr("Save Video Without Sound"), Text::tr("Close")};
     if (inPlace)
         buttons.removeFirst();
     const int answer = services().dialogs.runAlert({Text::tr("Error"), problem_, buttons, Alert::Reader::User});
-    QFile::remove(files.s_AV_File_Source); // what a failed encoder left
+    QFile::remove(files.s_AV_File_Source); // left by a failed encoder
     const RecordingOutcome apart{inPlace ? Ending::KeptInPlace : Ending::KeptApart, kept.movie, problem_};
     if (inPlace || answer != 0)
         return apart;
@@ -286,7 +286,7 @@ void RecordingEnd::tidy(RecordingOutcome& outcome) const
 QString RecordingEnd::whatIsMissingFrom(const QString& movie)
 {
     MovieFacts facts;
-    // The other thread uses nothing that endWithoutScreen changes.
+    // The other thread uses no data that endWithoutScreen changes.
     services().run([&facts, &read = services().readMovie, movie] { facts = read(movie); });
     return whatIsMissing(facts, lengths_);
 }

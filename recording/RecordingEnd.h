@@ -16,18 +16,18 @@
 
 namespace lumavex {
 
-/// What has become of a recording, for whoever ordered it.
+/// Result of a recording for the caller.
 enum class Kept {
-    Nothing,   ///< there is none, or it was discarded
-    AsAsked,   ///< all of it, where it was wanted
-    Otherwise, ///< it ended early, is in two files, or lies elsewhere
+    Nothing,   ///< no recording, or it was discarded
+    AsAsked,   ///< complete and at the requested path
+    Otherwise, ///< ended early, in two files, or at another path
 };
 
-/// How a recording ended: where its files are then, and what is told. The working files, which lie in the video folder,
-/// are picture, sound and, once these are joined, the joined file. R is the folder of recovered recordings. The status
-/// is that of a run without a user.
+/// The end of a recording: the final place of its files and the report to the user. The working files, which are in the
+/// video folder, are picture, sound and, once these are joined, the joined file. R is the folder of recovered
+/// recordings. The status is that of an unattended run.
 ///
-/// | outcome          | the recording is                   | working files    | Kept, status  | what is told    |
+/// | outcome          | the recording is                   | working files    | Kept, status  | report          |
 /// |------------------|------------------------------------|------------------|---------------|-----------------|
 /// | Saved            | at `path`                          | removed          | AsAsked 0 (1) | "Success"       |
 /// | SavedUntidied    | at `path`                          | some remain (2)  | AsAsked 0 (1) | "Success"       |
@@ -40,9 +40,9 @@ enum class Kept {
 /// | LeftForNextStart | in the video folder, complete      | remain (2)       | Otherwise 1   | nothing         |
 /// | Nothing          | nowhere: refused, or no frame      | remain (3)       | Nothing 1     | why, if refused |
 ///
-/// (1) Otherwise and 3 when there is a problem: frames are missing, say, or the recording ended early.
-/// (2) The next start moves them to R, completes and joins them, and tells the user.
-/// (3) The joined file, or what was begun, remains until the next Record or the next start removes it.
+/// (1) Otherwise and 3 when there is a problem, such as missing frames or an early end of the recording.
+/// (2) The next start moves them to R, completes and joins them, and reports to the user.
+/// (3) The joined file, complete or not, remains until the next Record or the next start removes it.
 enum class Ending {
     Nothing,
     Saved,
@@ -58,39 +58,40 @@ enum class Ending {
 
 struct RecordingOutcome {
     Ending ending = Ending::Nothing;
-    QString path;    ///< of the movie, or of the picture where they are two; empty when there is none
-    QString problem; ///< what went wrong and what was kept, in the user's words; empty when all is well
+    QString path;    ///< path of the movie, or of the picture when there are two files; empty when there is none
+    QString problem; ///< problems and kept files, as text for the user; empty when there was no problem
 
     Kept kept() const;
-    QString savedPath() const; ///< `path` where it is what was recorded and where it was wanted; else empty
+    QString savedPath() const; ///< `path` when it holds the recording and is the requested one; otherwise empty
 };
 
-/// What is known of a recording when it is stopped.
+/// Facts about a recording when it is stopped.
 struct StoppedRecording {
-    EncoderJob files; ///< the working files; picture and sound are complete when they are joined
+    EncoderJob files; ///< the working files; picture and sound are complete before they are joined
     SoundInRecording sound = SoundInRecording::Absent;
     int framesPerSecond = 1;
     WorkingFolders folders;
 };
 
-/// Decides what becomes of one recording's files: joins sound and picture, asks where the movie is to go, moves it,
-/// compares it with what was recorded, and removes the working files when nothing in them is only there. One object
-/// for each recording, from Stop until Stop returns. Main thread, but for cancel.
+/// Handles the files at the end of one recording: joins sound and picture, asks for the movie's path, moves it,
+/// compares it with the recorded lengths, and removes the working files when no content exists only in them. One object
+/// per recording, from Stop until Stop returns. Main thread, except cancel.
 class RecordingEnd {
 public:
     RecordingEnd(StoppedRecording recording, EndServices services);
     RecordingEnd(const RecordingEnd&) = delete;
     RecordingEnd& operator=(const RecordingEnd&) = delete;
 
-    /// Gives up joining or copying; the run loop must be woken afterwards. What was recorded is kept. Any thread.
+    /// Cancels joining or copying; the run loop must be woken afterwards. The recording is kept. Any thread.
     void cancel() { cancelled_ = true; }
 
-    /// Joins sound and picture where there is sound. A failure is told by save.
+    /// Joins sound and picture if there is sound. save reports a failure.
     void join(const RecordedLengths& lengths);
-    /// After join. `problem` is what went wrong before, in the user's words. Returns when the user has been told.
+    /// Called after join. `problem` describes earlier problems as text for the user. Returns when the user has been
+    /// told.
     RecordingOutcome save(const QString& problem);
-    /// In place of join and save, or from within one of them, which is then never returned to. `services` have no
-    /// event loop. With a user the recording is left for the next start, since there is nobody to ask and to tell.
+    /// Called in place of join and save, or from within one of them, which then never resumes. `services` have no event
+    /// loop. In an attended run the recording is left for the next start, since no dialog can be shown.
     RecordingOutcome endWithoutScreen(const RecordedLengths& lengths, const QString& problem, EndServices services);
 
 private:
@@ -102,7 +103,7 @@ private:
     RecordingOutcome saveMovie();
     MoveResult moveTo(const QString& wanted);
     MoveResult moveWithProgress();
-    std::optional<RecordingOutcome> judge(MoveResult moved); ///< nothing: the user wants to choose another place
+    std::optional<RecordingOutcome> judge(MoveResult moved); ///< std::nullopt: the user wants to choose another path
     RecordingOutcome saved();
     RecordingOutcome savedIncomplete(const QString& missing);
     RecordingOutcome discarded() const;
@@ -114,19 +115,20 @@ private:
 
     StoppedRecording recording_;
     const EndServices services_;
-    std::optional<EndServices> withoutScreen_; ///< once the screen is gone
+    std::optional<EndServices> withoutScreen_; ///< set after the screen is lost
     std::atomic<bool> cancelled_ = false;
-    RecordedLengths lengths_; ///< what the movie is compared with
+    RecordedLengths lengths_; ///< reference for the comparison with the movie
     QString joinProblem_;
-    QString problem_; ///< what the outcome's problem begins with
-    QString movie_;   ///< what is to be saved
-    QString moving_;  ///< the file that is moved: movie_, or what was made of it for another kind
+    QString problem_; ///< beginning of the outcome's problem
+    QString movie_;   ///< the movie to save
+    QString moving_;  ///< file being moved: movie_, or its copy in another container
     QString wanted_;
-    QString savedAs_;                           ///< where the movie is being moved, or was
-    std::shared_future<MoveResult> moveResult_; ///< valid from the begin of a move on, unless it failed
+    QString savedAs_;                           ///< current or latest destination of the movie
+    std::shared_future<MoveResult> moveResult_; ///< valid from the beginning of a move, unless it failed
 };
 
-/// Tells something about the file at `path`, with a button that shows its folder. Empty, or why that cannot be shown.
+/// Shows a message about the file at `path` with a button that shows its folder. Returns an empty text, or the reason
+/// why the folder cannot be shown.
 QString tellWithFolder(Dialogs& dialogs, Alert alert, const QString& path);
 
 } // namespace lumavex

@@ -17,7 +17,7 @@ QString tr(const char* text)
     return QCoreApplication::translate("RecordingIncidents", text);
 }
 
-/// As "1 h 2 min", "1 min 13 s" or "9 s".
+/// Formats as "1 h 2 min", "1 min 13 s" or "9 s".
 QString durationText(double seconds)
 {
     const auto whole = static_cast<std::int64_t>(std::max(1.0, std::round(seconds)));
@@ -31,10 +31,10 @@ QString durationText(double seconds)
     return parts.join(u' ');
 }
 
-/// As "1:02:03" or "0:42".
+/// Formats as "1:02:03" or "0:42".
 QString timeText(double seconds)
 {
-    const auto whole = static_cast<int>(std::floor(seconds + 1e-6)); // sums of frames fall a little short
+    const auto whole = static_cast<int>(std::floor(seconds + 1e-6)); // sums of frame durations fall slightly short
     return whole < 3600 ? QString::asprintf("%d:%02d", whole / 60, whole % 60)
                         : QString::asprintf("%d:%02d:%02d", whole / 3600, whole / 60 % 60, whole % 60);
 }

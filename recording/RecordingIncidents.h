@@ -8,29 +8,29 @@
 
 namespace lumavex {
 
-/// The gaps in what a recording shows and sounds, and the text that sums them up when it has ended. Times are seconds
-/// of the movie, in which pauses take no time.
+/// The gaps in the picture and sound of a recording, and the text that summarises them at its end. Times are seconds of
+/// the movie, which excludes pauses.
 class RecordingIncidents {
 public:
     enum class Kind { SoundLost, Silence, CameraGone, RegionOutside };
 
     void clear();
-    /// A gap that is open already goes on.
+    /// An open gap of this kind continues.
     void begin(Kind kind, double at);
-    /// Nothing happens when there is no gap.
+    /// Does nothing when no gap is open.
     void end(Kind kind, double at);
     bool isOpen(Kind kind) const;
 
-    /// One kind's part of the summary.
+    /// Part of the summary for one kind.
     QString summaryOf(Kind kind, double length) const;
-    /// Of a movie of this length, at whose end every gap ends. A gap that is no part of it, as one within a pause, is
-    /// left out. Empty when there is none.
+    /// Summary for a movie of this length; its end closes every gap. Gaps outside the movie, such as one within a
+    /// pause, are left out. Empty when there is none.
     QString summary(double length) const;
 
 private:
     struct Gap {
         double begin = 0;
-        double end = -1; ///< before its begin: open
+        double end = -1; ///< less than the beginning: open
     };
     static constexpr std::size_t kinds = 4;
 

@@ -25,7 +25,7 @@ double secondsOf(const timeval& time)
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
 }
 
-/// To the millionth, so that lines stay short.
+/// Rounds to millionths, which keeps lines short.
 double rounded(double figure)
 {
     return std::round(figure * 1e6) / 1e6;
@@ -72,7 +72,7 @@ QString StatisticsFile::open(const QString& path)
         if (::access(name.constData(), W_OK) != 0)
             return problem(errno);
         writer_ = std::make_unique<LineWriter>(
-            [name] { return FileDescriptor(::open(name.constData(), O_WRONLY | O_CLOEXEC)); }); // waits for a reader
+            [name] { return FileDescriptor(::open(name.constData(), O_WRONLY | O_CLOEXEC)); }); // awaits a reader
         return {};
     }
     FileDescriptor file(::open(name.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_NOCTTY | O_CLOEXEC, 0666));

@@ -23,32 +23,32 @@ ProcessorTime processorTimeOfProcess();
 
 /// The state of a recording at one moment; counts are since Record.
 struct RecordingStatistics {
-    double time = 0; ///< the movie's length so far, in seconds
+    double time = 0; ///< length of the movie so far, in seconds
     FrameCounts frames;
     MovieWriterStatistics movie;
     ProcessorTime processor;
     std::optional<double>
-        skew; ///< seconds by which the next frame's time is ahead of the sound's; nothing when there is none
+        skew; ///< seconds by which the next frame's time is ahead of the sound's; std::nullopt without sound
 };
 
-/// One line of JSON, without the line's end: what was counted between the two moments, and how it stands at `now`.
+/// One line of JSON without line end: the counts between the two moments, and the state at `now`.
 QByteArray statisticsLine(const RecordingStatistics& before, const RecordingStatistics& now);
 
-/// The file that is told once a second what a recording does. One that nobody reads, be it a FIFO or a terminal, never
-/// holds up the recording: a line for which there is no room is left out, and the next one tells of its time too. Main
-/// thread.
+/// The file that receives the statistics once a second. A FIFO or terminal that nobody reads never blocks the
+/// recording: a line that does not fit is dropped, and the next line covers its time too. Main thread.
 class StatisticsFile {
 public:
-    /// Creates the file or empties it. Empty, or why it cannot be written, in the user's words.
+    /// Creates or empties the file. Returns an empty text, or the reason for a failure as text for the user.
     QString open(const QString& path);
     bool isOpen() const { return writer_ != nullptr; }
-    /// What the next line is to count from.
+    /// Sets the start of the next line's counts.
     void begin(const RecordingStatistics& now);
     enum class Line {
         Ordinary,
-        Last, ///< of a recording: there is room for it, and it is waited for, a second at most
+        Last, ///< last line of a recording: always fits; waits for it for at most a second
     };
-    /// Appends a line. After a failure, which a later call may be the first to tell, the file is closed; empty, or why.
+    /// Appends a line. After a failure, which may be reported only by a later call, the file is closed. Returns an
+    /// empty text, or the reason.
     QString append(const RecordingStatistics& now, Line line);
 
 private:
@@ -57,7 +57,7 @@ private:
     QString path_;
     std::unique_ptr<LineWriter> writer_; ///< null when no file is open
     RecordingStatistics before_;
-    Nanoseconds untoldLateness_{0}; ///< of the lines left out
+    Nanoseconds untoldLateness_{0}; ///< of the dropped lines
 };
 
 } // namespace lumavex

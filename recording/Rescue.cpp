@@ -30,15 +30,15 @@ QString joiningPath(const QString& movie)
     return pathIn(about.absolutePath(), u'.' + about.completeBaseName() + QStringLiteral(".joining.mov"));
 }
 
-/// Where a movie's sound lies when it bears the movie's name.
+/// Path of a movie's sound under the movie's name.
 QString ownSoundPath(const QString& movie)
 {
     const QFileInfo about(movie);
     return pathIn(about.absolutePath(), about.completeBaseName() + QStringLiteral(".wav"));
 }
 
-/// A hidden file beside a movie that the user has not been told of. It grows by a byte with each attempt to complete
-/// the movie, so that one on which the program itself comes to grief is not tried for ever.
+/// A hidden file beside a movie of which the user has not been told. It grows by one byte per attempt to complete the
+/// movie, which limits the attempts when the program crashes on it.
 QString markPath(const QString& movie)
 {
     const QFileInfo about(movie);
@@ -52,7 +52,7 @@ void mark(const QString& movie)
         file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
 }
 
-/// False when the earlier attempts were enough.
+/// False when the number of attempts is exhausted.
 bool beginsAttempt(const QString& movie)
 {
     QFile file(markPath(movie));
@@ -63,7 +63,7 @@ bool beginsAttempt(const QString& movie)
     return true;
 }
 
-/// A rescue that was killed between a sound and its movie: the sound goes back to where the movie still is.
+/// After a rescue that was killed between a sound and its movie: moves the sound back to the movie.
 void takeBackSounds(const QString& recoveredFolder, const QStringList& movies)
 {
     for (const QString& movie : movies) {
@@ -77,7 +77,7 @@ void takeBackSounds(const QString& recoveredFolder, const QStringList& movies)
     }
 }
 
-/// What earlier runs put aside, but did not live to tell.
+/// Recordings that earlier runs put aside but did not report.
 std::vector<RescuedRecording> markedRecordings(const QString& recoveredFolder)
 {
     std::vector<RescuedRecording> recordings;
@@ -95,7 +95,7 @@ std::vector<RescuedRecording> markedRecordings(const QString& recoveredFolder)
     return recordings;
 }
 
-/// Whether an earlier run completed the recording; only the sound file may be left over.
+/// True when an earlier run completed the recording; only the sound file may remain.
 bool isComplete(const RescuedRecording& recording, const RescueTools& tools)
 {
     const MovieFacts facts = tools.readMovie(recording.movie);
@@ -104,7 +104,7 @@ bool isComplete(const RescuedRecording& recording, const RescueTools& tools)
     return whatIsMissing(facts, {frames, {}, sound}).isEmpty();
 }
 
-/// A name, without suffix, that neither a movie nor a sound file in the folder bears.
+/// A name without extension that no movie or sound file in the folder has.
 QString freeBaseName(const QString& folder, const QString& wanted)
 {
     const auto taken = [&folder](const QString& name) {
@@ -117,7 +117,8 @@ QString freeBaseName(const QString& folder, const QString& wanted)
     return name;
 }
 
-/// Joins into a hidden file, which then takes the movie's place. Empty, or why the two files are still two.
+/// Joins into a hidden file that then replaces the movie. Returns an empty text, or the reason why the two files
+/// remain.
 QString joinInPlace(const RescuedRecording& recording, const RescueTools& tools, RunLoop& runLoop)
 {
     const double length = soundSeconds(recording.sound).value_or(0);
@@ -198,7 +199,7 @@ void completeOne(const RescuedRecording& recording, const RescueTools& tools, Ru
     noteSound(recording, notes);
 }
 
-/// Done before a recording's files are moved.
+/// Called before a recording's files are moved.
 using BeforeMove = void (*)(const QString& movie);
 
 RescuedRecording move(const QString& movie, const QString& sound, const QString& recoveredFolder, BeforeMove beforeMove)
@@ -212,7 +213,7 @@ RescuedRecording move(const QString& movie, const QString& sound, const QString&
             recording.error = moved.error;
         return recording.error.isEmpty();
     };
-    // The sound first: a movie that is left without it is found again at the next start, a sound without movie is not.
+    // The sound first: the next start finds a movie without its sound, but not a sound without its movie.
     if (createFolder(recoveredFolder, recording.error) != FolderCreation::Failed) {
         const QString name =
             pathIn(recoveredFolder, freeBaseName(recoveredFolder, QFileInfo(movie).completeBaseName()));

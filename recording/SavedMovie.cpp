@@ -13,12 +13,13 @@ struct Text {
     Q_DECLARE_TR_FUNCTIONS(SavedMovie)
 };
 
-/// More than what rounding to another timescale and the encoder's blocks of sound can make, less than anybody notices.
+/// More than the error from rounding to another timescale and from the encoder's sound blocks, less than a user
+/// notices.
 constexpr double kToleratedSeconds = 0.1;
 
 bool differ(double found, double recorded)
 {
-    return !(std::abs(found - recorded) <= kToleratedSeconds); // not a number differs
+    return !(std::abs(found - recorded) <= kToleratedSeconds); // NaN differs
 }
 
 } // namespace

@@ -10,15 +10,15 @@
 
 namespace lumavex {
 
-/// What a recording put into its files, by its own count and clock.
+/// Lengths written to the files, by the recording's own count and clock.
 struct RecordedLengths {
     std::int64_t frames = 0;
-    std::optional<double> pictureSeconds; ///< nothing when a failed writer ended the movie where it could
-    std::optional<double> soundSeconds;   ///< nothing when the movie is to have no sound
+    std::optional<double> pictureSeconds; ///< std::nullopt when a failed writer ended the movie early
+    std::optional<double> soundSeconds;   ///< std::nullopt when the movie must not have sound
 };
 
-/// Holds a movie that was read against what was recorded. Empty when nothing is missing, else what is, in the user's
-/// words. Any thread.
+/// Compares a movie with the recorded lengths. Returns an empty text when nothing is missing, otherwise the missing
+/// parts as text for the user. Any thread.
 QString whatIsMissing(const MovieFacts& found, const RecordedLengths& recorded);
 
 } // namespace lumavex

@@ -24,7 +24,7 @@ void StreamCompletion::begin(WriterReadiness& readiness, Nanoseconds heardUntil,
 {
     readiness.waitUntilReady();
     progress(20);
-    // The handler runs on a thread of the writer's; what it shares outlives this object, should the program end early.
+    // The handler runs on a writer thread; the shared state outlives this object in case the program ends early.
     const auto outcome = std::make_shared<std::promise<MovieWriter::Result>>();
     result_ = outcome->get_future().share();
     streams_.writer.finishWritingWithCompletionHandler(
@@ -65,8 +65,8 @@ QString StreamCompletion::difference(const RecordedLengths& lengths) const
 {
     if (lengths.frames != streams_.frames)
         return Text::tr("Of %1 frames %2 are in the movie.").arg(streams_.frames).arg(lengths.frames);
-    // In seconds. What was not heard is silence, so that the lengths agree but for the last frame: it lasts its whole
-    // time whenever Stop came, a second at one frame a second.
+    // In seconds. Missing sound is replaced by silence, so the lengths differ only by the last frame, which lasts its
+    // full time whenever Stop is pressed: a second at one frame per second.
     const double tolerance = 1 + 1.0 / streams_.framesPerSecond;
     const double picture = lengths.pictureSeconds.value_or(0);
     const double apart = std::abs(lengths.soundSeconds.value_or(picture) - picture);

@@ -17,8 +17,8 @@ Window_Progress::Window_Progress(QWidget* mainWindow)
       ui_(std::make_unique<Ui::Window_Progress>())
 {
     ui_->setupUi(this);
-    layout()->setSizeConstraint(QLayout::SetFixedSize); // nothing to gain by resizing or maximising it
-    // As wide as its widest text from the start, so that the bar does not change its length on the way.
+    layout()->setSizeConstraint(QLayout::SetFixedSize); // resizing or maximising is useless
+    // As wide as its widest text from the start, so that the bar keeps its length.
     ui_->labelPercentage->setMinimumWidth(
         ui_->labelPercentage->fontMetrics().horizontalAdvance(QStringLiteral("100 %")));
     showPercentage();

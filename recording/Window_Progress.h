@@ -11,9 +11,9 @@ class Window_Progress;
 
 namespace lumavex {
 
-/// The sheet over the main window that shows how far finishing a recording is. It blocks the main window alone, and
-/// only the program takes it away, by hiding or destroying it: neither Escape nor the window manager closes it. Work
-/// that can be given up has a Cancel button, which only asks the program to.
+/// The sheet over the main window that shows the progress of finishing a recording. It blocks only the main window, and
+/// only the program removes it, by hiding or destroying it: neither Escape nor the window manager closes it. Work that
+/// can be cancelled has a Cancel button, which only sends a request to the program.
 class Window_Progress : public QDialog {
     Q_OBJECT
 public:
@@ -21,17 +21,16 @@ public:
     ~Window_Progress() override;
 
     void setDescription(const QString& text);
-    /// Percent; values outside 0 to 100 show as the nearest of these. Drawn at once, since the main thread is often
-    /// about to be blocked.
+    /// In percent; values are clamped to 0 to 100. Drawn at once, since the main thread is often about to block.
     void setProgress(float percentage);
 
     enum class Cancelling { Impossible, Offered };
-    void setCancelling(Cancelling cancelling); ///< at first impossible
+    void setCancelling(Cancelling cancelling); ///< impossible at first
 
     void reject() override;
 
 Q_SIGNALS:
-    void cancelled(); ///< the button was pressed; once, until cancelling is offered again
+    void cancelled(); ///< the button was pressed; sent once, until cancelling is offered again
 
 protected:
     void closeEvent(QCloseEvent* event) override;

@@ -7,8 +7,8 @@
 
 namespace lumavex {
 
-/// Does slow work (copying, flushing to disk) on a thread of its own and returns when it is done; meanwhile the run
-/// loop serves events and the default mode, so that windows stay alive and a recording goes on. Main thread.
+/// Runs slow work (copying, flushing to disk) on its own thread and returns when it is done; meanwhile the run loop
+/// serves events and the default mode, so that windows respond and a recording continues. Main thread.
 void runOnWorker(RunLoop& runLoop, const std::function<void()>& work);
 
 } // namespace lumavex

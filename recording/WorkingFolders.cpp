@@ -42,7 +42,7 @@ void removeEntry(int folder, const char* name, const QByteArray& path)
 {
     if (::unlinkat(folder, name, 0) == 0)
         return;
-    // POSIX says EPERM for a folder, Linux says EISDIR.
+    // POSIX specifies EPERM for a folder, Linux returns EISDIR.
     if (errno == EISDIR || errno == EPERM) {
         const int unlinkError = errno;
         FileDescriptor inner(::openat(folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
@@ -68,8 +68,8 @@ void removeContent(FileDescriptor folder, const QByteArray& path)
     }
 }
 
-/// Sees to it that nobody else can write into the folder at the path, or look into it. False when it is somebody
-/// else's. What is not a folder is not looked at.
+/// Ensures that no other user can write into the folder at the path, or read it. False when it belongs to another user.
+/// Does nothing when the path is not a folder.
 bool makePrivate(const QString& path)
 {
     const QByteArray name = QFile::encodeName(path);
@@ -87,7 +87,7 @@ bool makePrivate(const QString& path)
     return true;
 }
 
-/// 0, or the errno of the component that could not be made.
+/// Returns 0, or the errno of the component that could not be created.
 int makeFolders(const QString& path)
 {
     const QByteArray name = QFile::encodeName(path);

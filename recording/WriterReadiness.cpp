@@ -28,7 +28,7 @@ Readiness WriterReadiness::waitUntilReady()
         if (ready || !assetWriter_.error().isEmpty()) {
             const std::lock_guard guard(lock_);
             isWaitingForInputReady = 0;
-            // A signal given between the announcement and this look must not end the next wait.
+            // A signal sent between the announcement and this check must not end the next wait.
             (void)writeSemaphore.tryAcquire(writeSemaphore.available());
             return ready ? Readiness::Ready : Readiness::Failed;
         }

@@ -11,23 +11,23 @@
 
 namespace lumavex {
 
-/// What ended a wait for the writer.
+/// Result of a wait for the writer.
 enum class Readiness {
-    Ready,  ///< the input takes a frame
+    Ready,  ///< the input accepts a frame
     Failed, ///< the writer has an error; its input may never be ready again
 };
 
-/// The hand-shake through which the main thread waits until a writer's input takes more. One object per recording; it
-/// observes the input from its making to its end, and the writer must outlive it.
+/// The handshake by which the main thread waits until a writer's input accepts a frame. One object per recording; it
+/// observes the input from construction to destruction, and the writer must outlive it.
 ///
-/// No change of readiness is missed: the waiter first announces itself under the lock and only then looks at the input,
-/// so an input that becomes ready after that look finds the announcement. No lock is held while the input is asked.
+/// No change of readiness is missed: the waiter first announces itself under the lock and only then checks the input,
+/// so an input that becomes ready after that check finds the announcement. No lock is held during the check.
 class WriterReadiness {
 public:
-    /// A writer that fails while its queue is full tells nobody, so a waiter looks up every `lookUp`; readiness itself
+    /// A writer that fails while its queue is full notifies nobody, so a waiter checks every `lookUp`; readiness itself
     /// does not depend on that.
     explicit WriterReadiness(MovieWriter& writer, std::chrono::milliseconds lookUp = std::chrono::milliseconds(50));
-    ~WriterReadiness(); ///< no call of the observer is in flight when it returns
+    ~WriterReadiness(); ///< no call of the observer is in progress when it returns
     WriterReadiness(const WriterReadiness&) = delete;
     WriterReadiness& operator=(const WriterReadiness&) = delete;
 
@@ -35,7 +35,7 @@ public:
     Readiness waitUntilReady();
 
 private:
-    void readyForMoreMediaData(); ///< the observer, on a thread of the writer's
+    void readyForMoreMediaData(); ///< the observer, on a writer thread
 
     MovieWriter& assetWriter_;
     const std::chrono::milliseconds lookUp_;

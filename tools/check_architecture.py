@@ -14,7 +14,8 @@ from pathlib import Path
 MIDDLE = ("settings_dialog", "recording", "compose", "camera", "capture")
 BACKENDS = ("movie", "platform/qt", "platform/x11", "media/camera", "media/sound", "media/loader")
 
-# Each room may include itself and these. "platform" is the interfaces at the top of that folder, "platform/x11" a backend.
+# Each room may include itself and these rooms. "platform" means the interfaces at the top of that folder,
+# "platform/x11" a backend.
 MAY_INCLUDE = {
     "base": (),
     "platform": ("base",),
@@ -26,12 +27,12 @@ MAY_INCLUDE = {
 }
 MAY_INCLUDE["media/camera"] += ("media/gstreamer",)
 MAY_INCLUDE["media/sound"] += ("media/gstreamer",)
-# Chooses the backends, and nothing else does.
+# The only file that chooses backends.
 CHOOSER = "app/createPlatform.cpp"
-# Tests and benchmarks may look everywhere, and nobody looks at them.
+# Tests and benchmarks may include every room, and no room may include them.
 OBSERVERS = ("tests", "bench")
 
-# Headers of other systems and the only rooms they may appear in.
+# Headers of other systems and the only rooms that may include them.
 FOREIGN = (
     (re.compile(r"^(xcb/|X11/)"), ("platform/x11",)),
     (re.compile(r"^gst/"), ("media/gstreamer", "media/camera", "media/sound")),
@@ -123,7 +124,7 @@ def broken_rules(root):
     root = Path(root)
     headers = {}
     for path in files_below(root):
-        # A class is named as its header. Of two with one name, the linker would take either for both.
+        # A class has the name of its header. The linker would silently merge two classes of one name.
         if path.suffix == ".h" and headers.setdefault(path.name, path) != path:
             yield path, 1, f"{headers[path.name]} has the same name"
         try:

@@ -37,7 +37,7 @@ class Page(HTMLParser):
         if tag in self.texts or tag == "td":
             self.open.append(tag)
             if tag in self.texts:
-                # An entry stands in a table's cell; elsewhere an option or a key is only mentioned.
+                # An entry is in a table cell; elsewhere an option or key is only mentioned.
                 self.texts[tag].append([self.open[:-1] == ["td"], ""])
 
     def handle_endtag(self, tag):

@@ -11,7 +11,7 @@ import subprocess
 import sys
 from pathlib import Path
 
-# Another version of clang-format formats differently. It is Debian 12's; Debian 13 does not have it.
+# Other versions of clang-format format differently. Debian 12 provides this one; Debian 13 does not.
 CLANG_FORMAT_VERSION = "14"
 FORMATTED_FOLDERS = ("app", "bench", "camera", "capture", "compose", "packaging", "platform", "recording",
                      "settings_dialog", "tests")
@@ -56,7 +56,7 @@ def shell_scripts(root):
         scripts += sorted(file for file in (root / folder).rglob("*") if file.is_file())
     scripts = [str(script) for script in scripts if script.read_bytes().startswith((b"#!/usr/bin/env bash", b"#!/bin/bash",
                                                                                     b"#!/bin/sh"))]
-    # SC2174: mkdir -p -m gives its mode to the last folder alone, which is what is meant.
+    # SC2174: mkdir -p -m applies its mode only to the last folder, which is intended.
     return output_of(["shellcheck", "--severity=warning", "--exclude=SC2174"] + scripts)
 
 

@@ -22,7 +22,7 @@ QString translated(const char* text)
     return QCoreApplication::translate("CommandLine", text);
 }
 
-/// Takes the option's value into the options; what is wrong with it, or empty.
+/// Reads the option's value into the options; returns the error, or an empty text.
 using Apply = QString (*)(const QString& value, LaunchOptions& options);
 
 /// "WxH" as a size of at least one pixel.
@@ -75,7 +75,7 @@ QString applySwitch(const QString& value, std::optional<bool>& target)
     return {};
 }
 
-/// Finds the value among the names; what is wrong, or empty.
+/// Finds the value among the names; returns the error, or an empty text.
 template <class Value>
 QString applyChoice(const QString& value, std::initializer_list<std::pair<const char*, Value>> choices,
                     std::optional<Value>& target)
@@ -91,7 +91,7 @@ QString applyChoice(const QString& value, std::initializer_list<std::pair<const 
     return translated("must be one of %1").arg(names.join(QStringLiteral(", ")));
 }
 
-/// Finds the value among the words of a choice beside the settings.
+/// Finds the value among the words of a choice outside the settings.
 template <class Value>
 QString applyWord(const QString& value, const Choice<Value>& choice, std::optional<Value>& target)
 {
@@ -159,12 +159,12 @@ QString applyList(const QString&, LaunchOptions& options)
 
 struct Option {
     const char* name;
-    const char* value; ///< what the value is called in the help; null for an option without one
+    const char* value; ///< name of the value in the help; null for an option without one
     const char* help;
     Apply apply;
 };
 
-// The one table of options: help, parsing and the manual page follow it.
+// The only table of options: help, parsing and the manual page derive from it.
 const Option optionTable[] = {
     {"record", "SECONDS", QT_TRANSLATE_NOOP("CommandLine", "Record this long without a user, save and end."),
      applyRecord},
@@ -282,7 +282,7 @@ CommandLine mistake(const QString& what)
     return {{}, QStringLiteral("lumavex: ") + what + translated("\nTry \"lumavex --help\".\n"), 2};
 }
 
-/// A name without an ending gets the usual one; what to tell of it.
+/// Adds the usual extension to a name without one; returns a text to report.
 QString completeOutput(QString& output)
 {
     const QFileInfo file(output);
@@ -293,7 +293,7 @@ QString completeOutput(QString& output)
     return translated("%1 has no ending; the movie is saved as %2.").arg(given, output);
 }
 
-/// Applies the values given, the table's first option first; the first problem, or empty.
+/// Applies the given values in the table's order; returns the first error, or an empty text.
 QString applyValues(const QCommandLineParser& parser, LaunchOptions& options)
 {
     for (const Option& option : optionTable) {

@@ -14,7 +14,7 @@ QString translated(const char* text)
     return QCoreApplication::translate("CommandLine", text);
 }
 
-/// An option of one capture type chooses that type; options of two do not go together.
+/// An option of one capture type selects that type; options of two types contradict each other.
 QString completeType(LaunchOptions& options)
 {
     const struct {
@@ -36,7 +36,7 @@ QString completeType(LaunchOptions& options)
         return translated("--type region needs --region X,Y,W,H with %1.").arg(goal);
     if (options.isUnattended() && options.captureType == WindowExclusive && options.window.isEmpty())
         return translated("--type window needs --window TEXT with %1.").arg(goal);
-    // In the window one may be chosen later.
+    // In an attended run the user may choose a window later.
     const std::int64_t laterType = options.isUnattended() ? EntireScreen : WindowExclusive;
     if (options.whenWindowGoes && options.captureType.value_or(laterType) != WindowExclusive)
         return translated("--when-window-goes is of use with --window TEXT.");
@@ -54,7 +54,7 @@ QString checkFiles(const LaunchOptions& options)
     return {};
 }
 
-/// What changes something that is not in the picture is a mistake, as far as the options tell.
+/// An option for a source that is not in the picture is an error, as far as the options tell.
 QString checkPictures(const LaunchOptions& options)
 {
     using Source = LaunchOptions::Source;

@@ -5,8 +5,8 @@
 
 namespace lumavex {
 
-/// Completes the options by what those given imply. What of them does not go together, in the user's words; empty when
-/// they do.
+/// Adds the options that the given ones imply. Returns the contradictions between options as text for the user; empty
+/// when there are none.
 QString completeOptions(LaunchOptions& options);
 
 } // namespace lumavex

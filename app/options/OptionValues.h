@@ -6,16 +6,17 @@
 #include <cstdint>
 #include <optional>
 
-// Readers of option values. Each takes the value into the target and returns nothing, or leaves the target alone and
-// returns what is wrong in words that follow the option's name. The ranges are those of the settings dialog's controls.
+// Readers of option values. Each stores the value in the target and returns an empty text, or leaves the target
+// unchanged and returns an error text that follows the option's name. The ranges are those of the settings dialog's
+// controls.
 
 namespace lumavex {
 
-/// Of nine places, 0 to 8.
+/// One of nine positions, 0 to 8.
 QString readPosition(const QString& value, std::optional<std::int64_t>& target);
 /// Size code of a secondary picture, 0 to 4.
 QString readSecondarySize(const QString& value, std::optional<std::int64_t>& target);
-/// Width of the overlay in tens of the movie's pixels: at most that of the largest movie.
+/// Width of the overlay in units of ten pixels of the movie: at most that of the largest movie.
 QString readOverlaySize(const QString& value, std::optional<std::int64_t>& target);
 
 // Colour controls, each ten times its value.
@@ -23,9 +24,9 @@ QString readSaturation(const QString& value, std::optional<float>& target);
 QString readBrightness(const QString& value, std::optional<float>& target);
 QString readContrast(const QString& value, std::optional<float>& target);
 
-/// A movie's file: with the ending of a kind that can be made, or without one.
+/// Path of a movie: with the extension of a supported container, or without one.
 QString readMoviePath(const QString& value, QString& target);
-/// A picture's file: without an ending, or with that of PNG.
+/// Path of a picture: without an extension, or with that of PNG.
 QString readPicturePath(const QString& value, QString& target);
 
 } // namespace lumavex

@@ -16,7 +16,7 @@ void layCameraName(LayeredUserDefaults& layer, UserDefaults& stored, const Launc
         layer.lay(options.camera, nameKey);
     } else if (options.needsCamera()
                && stored.stringForKey(nameKey).value_or(doNotConnectToCamera) == doNotConnectToCamera) {
-        // Whoever asks for the camera without a name means the one there is.
+        // A request for the camera without a name selects the first one.
         if (const QStringList names = cameraNames(); !names.isEmpty())
             layer.lay(names.first(), nameKey);
     }
@@ -72,7 +72,7 @@ std::unique_ptr<LayeredUserDefaults> layeredChoices(UserDefaults& stored, const 
             layer->lay(QLatin1String(choice.words[static_cast<std::size_t>(*value)]), QLatin1String(choice.key));
     };
     lay(choices::whenWindowGoes, options.whenWindowGoes);
-    layer->startingIsOver(); // no first run writes choices
+    layer->startingIsOver(); // a first run writes no choices
     return layer;
 }
 

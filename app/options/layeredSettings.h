@@ -11,12 +11,12 @@
 
 namespace lumavex {
 
-/// The stored settings with those of the command line laid over them, for this run. `stored` must outlive the result;
-/// `cameraNames` is called when a camera is needed that nobody named.
+/// The stored settings, overridden for this run by those of the command line. `stored` must outlive the result;
+/// `cameraNames` is called when a camera is needed and none is named.
 std::unique_ptr<LayeredUserDefaults> layeredSettings(UserDefaults& stored, const LaunchOptions& options,
                                                      const std::function<QStringList()>& cameraNames);
 
-/// The stored choices beside the settings, with those of the command line laid over them in the same way.
+/// The stored choices outside the settings, overridden by those of the command line in the same way.
 std::unique_ptr<LayeredUserDefaults> layeredChoices(UserDefaults& stored, const LaunchOptions& options);
 
 } // namespace lumavex

@@ -20,7 +20,7 @@ namespace {
 constexpr auto frameInterval = std::chrono::milliseconds(33);
 constexpr double fullCircle = 2 * std::numbers::pi;
 
-/// Where a point that started at start and moves at speed is, when it is reflected at 0 and at limit.
+/// Position of a point that starts at start and moves at speed, reflected at 0 and at limit.
 double reflected(double start, double speed, double seconds, double limit)
 {
     const double path = std::fmod(std::abs(start + speed * seconds), 2 * limit);

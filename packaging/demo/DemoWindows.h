@@ -13,7 +13,7 @@
 namespace lumavex::demo {
 
 /// A window that redraws itself about thirty times a second and drifts around its place on the screen. Times are
-/// seconds since the window was made.
+/// seconds since its construction.
 class MovingWindow : public QWidget {
 public:
     MovingWindow(const QString& title, const QRect& place, QPoint drift);
@@ -55,7 +55,7 @@ private:
     std::vector<Disc> discs_;
 };
 
-/// A text that is being typed.
+/// A text that appears as if typed.
 class TypingWindow : public MovingWindow {
 public:
     using MovingWindow::MovingWindow;
@@ -64,7 +64,7 @@ protected:
     void draw(QPainter& painter, double seconds) override;
 };
 
-/// The ground behind the windows, marked as the desktop for the window manager.
+/// The background behind the windows, marked as the desktop for the window manager.
 class Backdrop : public QWidget {
 public:
     Backdrop();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A desktop with a few lively windows and a wandering pointer: something worth recording on a screen that has nothing.
+// A desktop with a few animated windows and a moving pointer: content to record on an otherwise empty screen.
 #include "packaging/demo/DemoWindows.h"
 
 #include <QApplication>

@@ -8,17 +8,17 @@
 
 namespace lumavex {
 
-/// Knows where the root window, its children included, was drawn to. Main thread.
+/// Tracks drawing on the root window, including its children. Main thread.
 class DamageTracker {
 public:
     explicit DamageTracker(const XcbConnection& connection);
 
-    /// Where inside the rectangle something was drawn since the last call, relative to its corner; all of it when the
-    /// server does not tell. What lies in the region `except`, if there is one, is left out. Asks in one round trip;
-    /// what was drawn before it is forgotten, so pixels must be read after, never before, the call.
+    /// The area inside the rectangle that was drawn to since the last call, relative to its corner; the whole rectangle
+    /// when the server does not report damage. Excludes the region `except`, if given. Takes one round trip; earlier
+    /// damage is forgotten, so pixels must be read after the call, never before it.
     ChangedArea takeChanges(const QRect& rect, xcb_xfixes_region_t except = XCB_NONE);
 
-    /// What the last takeChanges() found, anywhere on the root; 0 when the server does not tell.
+    /// The result of the last takeChanges() for the whole root window; 0 when the server does not report damage.
     xcb_xfixes_region_t parts() const { return parts_.id(); }
 
 private:

@@ -30,7 +30,7 @@ DesktopBackground::Change DesktopBackground::takeChange(const QRect& area, const
     if (sizeChanged)
         preparePartsSeen(rootSize);
     const bool drawn = !damage_.takeChanges(area).isEmpty();
-    if (drawn || sizeChanged || wallpaperWasStale) // now, before windows cover it
+    if (drawn || sizeChanged || wallpaperWasStale) // copied now, before windows cover it
         xcb_copy_area(connection_.get(), connection_.root(), partsSeen_.id(), visibleParts_.id(), 0, 0, 0, 0,
                       static_cast<std::uint16_t>(rootSize.width()), static_cast<std::uint16_t>(rootSize.height()));
     if (sizeChanged || wallpaperWasStale || (drawn && !changedParts()))
@@ -58,7 +58,7 @@ void DesktopBackground::findWallpaper()
         if (!property || property->format != 32 || xcb_get_property_value_length(property.get()) != 4)
             continue;
         const xcb_pixmap_t pixmap = *static_cast<const xcb_pixmap_t*>(xcb_get_property_value(property.get()));
-        // The property may outlive the pixmap, and the number may by now be another program's drawable.
+        // The property may outlive the pixmap, and the id may meanwhile name another program's drawable.
         const XcbOwned<xcb_get_geometry_reply_t> geometry(
             xcb_get_geometry_reply(c, xcb_get_geometry(c, pixmap), nullptr));
         if (geometry && geometry->depth == connection_.screen()->root_depth) {
@@ -89,7 +89,7 @@ void DesktopBackground::preparePartsSeen(const QSize& rootSize)
 
 PictureHandle DesktopBackground::pictureOf(xcb_pixmap_t pixmap) const
 {
-    // A wallpaper smaller than the screen is a tile.
+    // A wallpaper smaller than the screen is tiled.
     const std::uint32_t repeat = XCB_RENDER_REPEAT_NORMAL;
     PictureHandle picture(connection_.get(), connection_.newId());
     xcb_render_create_picture(connection_.get(), picture.id(), pixmap, format_.id, XCB_RENDER_CP_REPEAT, &repeat);

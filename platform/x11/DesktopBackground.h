@@ -10,18 +10,19 @@
 
 namespace lumavex {
 
-/// The desktop as it lies behind all windows. The root window keeps no such picture where windows cover it, so it is
-/// the picture that the wallpaper's setter left for others (_XROOTPMAP_ID, ESETROOT_PMAP_ID); without one it is what
-/// has been visible of the root window since this exists, and black elsewhere. Main thread.
+/// The desktop behind all windows. The root window does not keep the pixels that windows cover, so this uses the pixmap
+/// that the wallpaper program published (_XROOTPMAP_ID, ESETROOT_PMAP_ID); without one, the parts of the root window
+/// that were visible during this object's life, and black elsewhere. Main thread.
 class DesktopBackground {
 public:
     DesktopBackground(const XcbConnection& connection, const RenderFormats& formats);
 
     enum class Change { None, Part, All };
-    /// How much of what paint() paints may differ from last time; Part is changedParts(). `area` in root coordinates.
+    /// Extent to which the output of paint() may differ from the last time; Part refers to changedParts(). `area` is in
+    /// root coordinates.
     Change takeChange(const QRect& area, const QSize& rootSize);
     xcb_xfixes_region_t changedParts() const { return damage_.parts(); } ///< in root coordinates
-    /// Paints `area` of the desktop into the picture's upper-left corner.
+    /// Paints `area` of the desktop at the picture's upper-left corner.
     void paint(xcb_render_picture_t canvas, const QRect& area);
     void note(const xcb_generic_event_t& event);
 
@@ -34,9 +35,9 @@ private:
     const RenderFormats::Format format_;
     DamageTracker damage_;
     bool wallpaperStale_ = true;
-    PictureHandle wallpaper_; ///< none: no setter left one
+    PictureHandle wallpaper_; ///< none: no wallpaper program published one
     PixmapHandle partsSeen_;
-    GcHandle visibleParts_; ///< copies what no window covers
+    GcHandle visibleParts_; ///< copies the uncovered parts
     PictureHandle partsSeenPicture_;
     QSize partsSeenSize_;
 };

@@ -9,10 +9,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// At least so often everything is read, which a still screen costs 0.1 to 0.3 % of a processor.
+/// Longest interval between full reads, which cost 0.1 to 0.3 % of a processor while the screen is still.
 constexpr auto kWholeReadInterval = 1s;
-/// So long after an untold change every picture is read whole. Longer than the interval, so that a program that goes on
-/// drawing is always caught again.
+/// Period of full reads after an unreported change. Longer than the interval, so that a program that continues to draw
+/// is always detected again.
 constexpr auto kUntoldChangesLast = 2s;
 
 } // namespace
@@ -51,14 +51,14 @@ Grab DisplaySeries::finish()
     return series_.finish();
 }
 
-/// What was drawn between the taking of the damage and the reading is told of by now. It is returned, since it may also
-/// have been drawn after the reading.
+/// Damage between the damage request and the reading has been reported by now. It is returned, since it may also have
+/// occurred after the reading.
 ChangedArea DisplaySeries::lookForUntoldChanges()
 {
     const ChangedArea later = damage_.takeChanges(series_.rect(), except_);
     ChangedArea told = told_;
     told.add(later);
-    told.add(otherRows_); // whose later damage has not been taken
+    told.add(otherRows_); // their later damage has not been requested
     if (series_.differsOutside(told))
         untoldUntil_ = Clock::now() + kUntoldChangesLast;
     return later;

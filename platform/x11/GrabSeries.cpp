@@ -11,7 +11,7 @@ namespace lumavex {
 
 namespace {
 
-/// Two pictures of the same width, rows without gaps.
+/// Two pictures of the same width, with rows stored contiguously.
 struct Pair {
     const std::uint32_t* before;
     const std::uint32_t* now;
@@ -26,8 +26,8 @@ struct Pair {
     bool sameAt(int x, int y) const { return sameIn(y, x, x); }
 };
 
-/// The smallest rectangle around the pixels inside `rect` that differ; empty when none does. Quick where much differs:
-/// the inside of what has been found is not looked at again.
+/// The bounding rectangle of the pixels inside `rect` that differ; empty when none does. Fast when many differ: skips
+/// the inside of the rectangle found so far.
 QRect differing(const Pair& pair, const QRect& rect)
 {
     int top = rect.top();
@@ -95,7 +95,7 @@ bool GrabSeries::read(xcb_drawable_t drawable, const QRect& rect, const ChangedA
     rows_ = stale.asRows(0, rect.width());
     const bool complete = memory_ && readRows(drawable, too);
     if (!complete)
-        forget(); // what was drawn to is known no more
+        forget(); // the damage is no longer known
     return complete;
 }
 
@@ -103,7 +103,7 @@ bool GrabSeries::readRows(xcb_drawable_t drawable, const ReadToo& too)
 {
     using Reading = SharedImagePool::Reading;
     const QRect others = too.otherRows ? too.otherRows->rows : QRect();
-    // Apart, since rows above and below must not be joined across those between them.
+    // Kept separate: rows above and below must not be joined across the rows between them.
     ChangedArea above;
     ChangedArea between;
     ChangedArea below;
@@ -145,7 +145,7 @@ void GrabSeries::patch(const ChangedArea& places, const uchar* pixels)
 
 const ChangedArea& GrabSeries::compare()
 {
-    // Whatever was read may be newer than the knowledge of what changed, so all of it is compared.
+    // All pixels read may be newer than the reported damage, so all of them are compared.
     if (memory_ && last_.serial != 0)
         difference_ = differing({words(raw_.constBits()), words(memory_.pixels()), rect_.width()}, rows_);
     else if (memory_)
@@ -189,7 +189,7 @@ Grab GrabSeries::finish()
 void GrabSeries::abandon()
 {
     if (memory_)
-        memory_.setNumber(0); // of what it holds nobody knows the age
+        memory_.setNumber(0); // the age of its content is unknown
     memory_ = {};
 }
 

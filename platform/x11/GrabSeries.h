@@ -9,45 +9,45 @@
 
 namespace lumavex {
 
-/// Rows of a picture that are read from another drawable than the others.
+/// Rows of a picture that are read from another drawable than the rest.
 struct OtherRows {
-    QRect rows; ///< of the picture, whole
+    QRect rows; ///< whole rows of the picture
     xcb_drawable_t drawable;
-    QPoint corner; ///< of the picture in the drawable
+    QPoint corner; ///< corner of the picture in the drawable
 };
 
-/// What is read in the same round trip. Null: none.
+/// Further data that is read in the same round trip. Null: none.
 struct ReadToo {
     const SharedImagePool::Reading* beside = nullptr;
     const OtherRows* otherRows = nullptr;
 };
 
-/// The pictures of something that changes, one after the other. Each is memory that still holds an earlier one, brought
-/// up to date by reading the rows that changed since; with two or three in turn that is what changed in the latest two
-/// or three. A picture is made by read(), patch() where needed, compare() and finish(), or dropped by abandon(). Main
+/// A series of pictures of changing content. Each picture reuses memory that holds an earlier one and is updated by
+/// reading the rows changed since; with two or three buffers in turn these are the changes of the latest two or three
+/// pictures. A picture is made by read(), optionally patch(), compare() and finish(), or dropped by abandon(). Main
 /// thread.
 class GrabSeries {
 public:
-    /// `pool` outlives this. `layout` is that of the drawables.
+    /// `pool` must outlive this object. `layout` is that of the drawables.
     GrabSeries(SharedImagePool& pool, const PixelLayout& layout);
 
-    /// Reads what is out of date in the next picture, that of a rectangle of the drawable, drawn to within `changed`,
-    /// relative to the rectangle's corner, since the last call. Nothing when nothing changed. False when it cannot be
-    /// read: the series begins anew then.
+    /// Reads the outdated rows of the next picture, which shows the rectangle `rect` of the drawable. `changed` is the
+    /// area drawn to since the last call, relative to the rectangle's corner. Reads nothing when nothing changed. False
+    /// when the drawable cannot be read: the series then starts anew.
     bool read(xcb_drawable_t drawable, const QRect& rect, const ChangedArea& changed, const ReadToo& too = {});
-    /// Puts other pixels, read into their turn, over what was read there.
+    /// Overwrites these places with other pixels, which were read in Turn order.
     void patch(const ChangedArea& places, const uchar* pixels);
-    /// Where the picture differs from the one before: everywhere for the first one.
+    /// Area in which the picture differs from the previous one: everything for the first picture.
     const ChangedArea& compare();
-    /// Whether it differs from the one before anywhere else.
+    /// True when it differs from the previous picture outside `area`.
     bool differsOutside(const ChangedArea& area) const;
     /// The picture; the last grab again when no pixel differs. Retry when there is none.
     Grab finish();
-    /// Drops the picture, which is wrong. The next one reads what this one was to.
+    /// Drops the picture because it is wrong. The next one reads the same rows again.
     void abandon();
 
-    const QRect& rect() const { return rect_; } ///< of the last call
-    /// The next picture has nothing to do with those before: it is read whole.
+    const QRect& rect() const { return rect_; } ///< rectangle of the last call
+    /// The next picture is unrelated to the earlier ones and is read in full.
     void forget();
 
 private:
@@ -56,11 +56,11 @@ private:
     SharedImagePool& pool_;
     const PixelLayout layout_;
     QRect rect_;
-    QImage raw_;                     ///< the last picture as it was read
+    QImage raw_;                     ///< last picture as read
     Grab last_;                      ///< serial 0 when there is none
-    SharedImagePool::Memory memory_; ///< the next picture; none: it is the last one
-    ChangedArea changed_;            ///< drawn to since the last picture
-    ChangedArea rows_;               ///< read into the memory
+    SharedImagePool::Memory memory_; ///< next picture; none: same as the last picture
+    ChangedArea changed_;            ///< damage since the last picture
+    ChangedArea rows_;               ///< rows read into the memory
     ChangedArea difference_;
 };
 

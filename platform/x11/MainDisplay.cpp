@@ -18,7 +18,7 @@ QRect rectOf(const xcb_randr_get_crtc_info_reply_t& crtc)
 
 MainDisplay::MainDisplay(const XcbConnection& connection) : connection_(connection)
 {
-    // The root's own ConfigureNotify is asked for by WindowTree, with everything else about the root window.
+    // WindowTree selects the root's own ConfigureNotify together with all other root events.
     if (connection_.extensions().randr) {
         xcb_randr_select_input(connection_.get(), connection_.root(),
                                XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE

@@ -7,18 +7,18 @@
 
 namespace lumavex {
 
-/// Where the main display lies on the root window: the primary monitor, else the first one, which is the primary screen
-/// of the program's windows too; with an older RandR the primary output, else the one at the root's origin, else the
-/// first that is on; else the whole root. Main thread.
+/// Place of the main display on the root window: the primary monitor, or the first one, which is also the primary
+/// screen of the program's windows; with an older RandR the primary output, or the one at the root's origin, or the
+/// first active one; otherwise the whole root. Main thread.
 class MainDisplay {
 public:
     explicit MainDisplay(const XcbConnection& connection);
 
     /// In root coordinates, y downward; inside root(). Empty when the connection is dead.
     const QRect& rect();
-    /// The whole root window as it is now.
+    /// The current rectangle of the whole root window.
     const QRect& root();
-    /// Takes notice of changes of outputs and of the root's size; true when this is one.
+    /// Handles changes of outputs and of the root's size; true when the event is such a change.
     bool note(const xcb_generic_event_t& event);
 
 private:

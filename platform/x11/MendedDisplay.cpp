@@ -10,7 +10,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// So long after a window has moved or gone a compositing manager may still show it where it was.
+/// Time during which a compositing manager may still show a moved or closed window at its old place.
 constexpr auto kTraceLasts = 1s;
 
 } // namespace
@@ -40,14 +40,14 @@ MendedDisplay::Result MendedDisplay::grab(const MendingRequest& request, const Q
     if (!plan)
         return {Obstacle::TooMuch, {}};
     ChangedArea changed = usePlaces(plan->places, request.canvas, plan->direct);
-    // Nothing of the desktop is to be noted while it is hidden everywhere.
+    // Nothing of the desktop must be recorded while it is hidden everywhere.
     const bool hidden = plan->direct && plan->layers.front().outer.contains(QRect(QPoint(0, 0), rootSize));
     const bool desktop = request.desktop && !hidden;
     const bool prepared = painter_.prepare({std::move(plan->layers), std::move(plan->alsoKept), desktop, plan->backdrop,
                                             request.compositing, request.canvas, rootSize,
                                             std::vector<QRect>(places_.begin(), places_.end())});
-    // The server copies redirected windows to the screen by the way, or when it is read: so they and the damage of the
-    // screen are of the same moment.
+    // The server copies redirected windows to the screen at some later time, or when the screen is read: this read
+    // makes them and the screen's damage consistent.
     xcb_connection_t* const c = connection_.get();
     xcb_discard_reply(c, xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, connection_.root(), 0, 0, 1, 1, ~0U).sequence);
     series_.takeDamage(region_.id());
@@ -82,14 +82,14 @@ MendedDisplay::Reading MendedDisplay::readPainted(const QRect& canvas, ChangedAr
 MendedDisplay::Reading MendedDisplay::readDirectly(const QRect& canvas, ChangedArea changed, bool prepared)
 {
     const auto window = prepared ? painter_.onlyWindow() : std::nullopt;
-    if (!window) // read nevertheless, so that what changed is not forgotten
+    if (!window) // read nevertheless, so that the changes are not forgotten
         return series_.read(canvas, changed) ? Reading::Incomplete : Reading::Failed;
     changed.add(painter_.skipPainting());
     const OtherRows otherRows{*places_.begin(), window->first, canvas.topLeft() - window->second};
     return series_.read(canvas, changed, {nullptr, &otherRows}) ? Reading::Complete : Reading::Failed;
 }
 
-/// Where windows that are left out may still be shown, other than where they are.
+/// Places other than their own where excluded windows may still be shown.
 QRegion MendedDisplay::traces(const MendingRequest& request)
 {
     QRegion region;
@@ -115,7 +115,7 @@ QRegion MendedDisplay::traces(const MendingRequest& request)
     return region;
 }
 
-/// Where the picture changes because others are the places to be mended.
+/// The area that changes because the places to mend have changed.
 ChangedArea MendedDisplay::usePlaces(const ChangedArea& places, const QRect& canvas, bool direct)
 {
     if (std::equal(places.begin(), places.end(), places_.begin(), places_.end()) && canvas == canvas_

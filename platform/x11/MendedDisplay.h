@@ -12,32 +12,33 @@
 
 namespace lumavex {
 
-/// Pictures of the screen without some of its windows: the screen's pixels, and in the places of those windows what
-/// lies behind them, which alone is painted. Main thread.
+/// Pictures of the screen without some of its windows: the screen's pixels, except that the places of those windows
+/// show the content behind them. Only this content is painted. Main thread.
 class MendedDisplay {
 public:
-    /// The arguments outlive this.
+    /// The arguments must outlive this object.
     MendedDisplay(const XcbConnection& connection, SharedImagePool& pool, WindowPainter& painter,
                   const PixelLayout& layout);
 
-    /// The screen as it is. `listen` takes notice of events, when all earlier ones are here, and says where to read.
+    /// Grabs the screen unchanged. `listen` processes events after all earlier ones have arrived, and returns the
+    /// rectangle to read.
     Grab grabAsItIs(const std::function<QRect()>& listen);
 
     enum class Obstacle {
         None,
-        TooMuch, ///< to be mended: it is better to paint everything
-        Moved,   ///< the request was out of date before all was read
+        TooMuch, ///< too large to mend: painting everything is cheaper
+        Moved,   ///< the request was outdated before all was read
     };
     struct Result {
         Obstacle obstacle = Obstacle::None;
-        Grab grab; ///< Retry when something cannot be read
+        Grab grab; ///< Retry when a part cannot be read
     };
-    /// `stillTrue` tells after the reading whether the request still was true during it.
+    /// `stillTrue`, called after the reading, returns true when the request was valid during it.
     Result grab(const MendingRequest& request, const QSize& rootSize, const std::function<bool()>& stillTrue);
 
 private:
     using Clock = std::chrono::steady_clock;
-    /// Where a window that is left out was seen.
+    /// Last known place of an excluded window.
     struct Trace {
         QRect rect;
         Clock::time_point seen;
@@ -59,10 +60,10 @@ private:
     WindowPainter& painter_;
     DisplaySeries series_;
     std::vector<Trace> traces_;
-    ChangedArea places_; ///< in the canvas, mended in the last picture
+    ChangedArea places_; ///< places mended in the last picture, in the canvas
     QRect canvas_;
     bool direct_ = false;            ///< the place is read from the picture of the window that fills it
-    SharedImagePool::Memory pixels_; ///< of the places, one behind the other
+    SharedImagePool::Memory pixels_; ///< of the places, in Turn order
     RegionHandle region_;            ///< the places in root coordinates
 };
 

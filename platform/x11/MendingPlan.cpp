@@ -8,12 +8,12 @@ namespace lumavex {
 
 namespace {
 
-/// How far from the window compositing managers draw shadows.
+/// Largest distance from the window of a compositing manager's shadow.
 constexpr int kShadowReach = 48;
-/// A window this near to one that is left out has its picture kept, so that it is whole when the other is dragged
+/// A window within this distance of an excluded one keeps its picture, so that it is complete when the other is dragged
 /// there.
 constexpr int kNear = 100;
-/// Painting, reading and putting into place costs three copies of a pixel; painting and reading everything two of each.
+/// Painting, reading and copying into place costs three copies per pixel; painting and reading everything costs two.
 constexpr int kLargestShare = 3;
 
 QRect grown(const QRect& rect, int margin)
@@ -48,13 +48,13 @@ bool isOpaque(const TopLevel& top, const MendingRequest& request)
     return !top.shaped && top.visual == request.screenVisual;
 }
 
-/// Windows that others hide in all places are not painted, but may be needed when those move away.
+/// Windows that are covered in all places are not painted, but may be needed when those above them move.
 void chooseLayers(const MendingRequest& request, MendingPlan& plan)
 {
     QRegion unhidden;
     for (const QRect& place : plan.places)
         unhidden += place.translated(request.canvas.topLeft());
-    std::vector<QRect> above; // what is left out
+    std::vector<QRect> above; // excluded windows
     for (const StackedWindow& window : request.topToBottom) {
         const QRect& outer = window.top.outer;
         const auto touches = [&](const QRect& rect) { return rect.intersects(outer); };
@@ -71,8 +71,8 @@ void chooseLayers(const MendingRequest& request, MendingPlan& plan)
     plan.backdrop = !unhidden.isEmpty();
 }
 
-/// Where one window fills the rows of all places, these are read from its own picture: whole rows go where they belong
-/// without a copy. A compositing manager shows more in them than windows, and later.
+/// When one window fills the rows of all places, reads these from its own picture: whole rows need no further copy. Not
+/// with a compositing manager, which shows more than the windows, and later.
 void replaceByRows(const MendingRequest& request, MendingPlan& plan)
 {
     QRect rows;

@@ -11,35 +11,37 @@
 
 namespace lumavex {
 
-/// A window of the screen's stack, and whether it is to be seen.
+/// A window of the screen's stack, and its visibility in the picture.
 struct StackedWindow {
     TopLevel top;
     bool shown = true;
 };
 
-/// A part of the screen as it would look without some of its windows.
+/// A part of the screen without some of its windows.
 struct MendingRequest {
     std::vector<StackedWindow> topToBottom; ///< viewable windows
-    bool desktop = false;                   ///< is to be seen too
-    bool compositing = false;               ///< a compositing manager shows the windows, in its own way and time
-    xcb_visualid_t screenVisual = 0;        ///< windows of it have the screen's pixels, which are opaque
+    bool desktop = false;                   ///< the desktop is visible, too
+    bool compositing = false;               ///< a compositing manager shows the windows, with its own effects and
+                                            ///< timing
+    xcb_visualid_t screenVisual = 0;        ///< its windows have the screen's pixels, which are opaque
     QRect canvas;                           ///< in root coordinates
 };
 
-/// Where the screen shows something else, and what is needed to paint what lies behind it.
+/// Places where the screen differs from the requested picture, and the windows to paint there.
 struct MendingPlan {
     ChangedArea places;           ///< in the canvas
-    std::vector<TopLevel> layers; ///< front to back, those that are seen in the places
-    bool backdrop = true;         ///< what lies behind the layers is seen too
-    bool direct = false;          ///< the one place, whole rows, shows the one layer as it is: nothing is to be painted
-    std::vector<TopLevel> alsoKept; ///< windows that will be needed when others move a little
+    std::vector<TopLevel> layers; ///< windows visible in the places, front to back
+    bool backdrop = true;         ///< the content behind the layers is visible, too
+    bool direct = false;          ///< the single place, of whole rows, shows the single layer unchanged: no painting is
+                                  ///< needed
+    std::vector<TopLevel> alsoKept; ///< windows that are needed when others move slightly
 };
 
-/// `alsoMended`, in root coordinates, shows something else too. Nothing when so much would have to be painted that it
-/// is cheaper to paint everything.
+/// `alsoMended`, in root coordinates, also needs mending. std::nullopt when so much needs painting that painting
+/// everything is cheaper.
 std::optional<MendingPlan> planMending(const MendingRequest& request, const QRegion& alsoMended);
 
-/// The rectangle in which a window that is left out may be seen, its shadow included.
+/// The rectangle in which an excluded window may be visible, including its shadow.
 QRect reachOf(const TopLevel& top, bool compositing);
 
 } // namespace lumavex

@@ -29,7 +29,7 @@ int bitsPerPixel(const xcb_setup_t& setup, int depth)
     return 0;
 }
 
-/// Shift of the upper 8 bits of a colour's field; negative when it has fewer.
+/// Shift of the upper 8 bits of a colour's field; negative when the field has fewer.
 int upperBits(std::uint32_t mask)
 {
     return static_cast<int>(std::bit_width(mask)) - 8 - (std::popcount(mask) < 8 ? 32 : 0);

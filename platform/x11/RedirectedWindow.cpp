@@ -9,8 +9,8 @@ RedirectedWindow::RedirectedWindow(const XcbConnection& connection, const Render
     : connection_(connection), window_(top.window), format_(formats.ofVisual(top.visual))
 {
     xcb_connection_t* const c = connection_.get();
-    // Automatic: the server goes on showing the window on the screen by itself. A compositing manager's own redirection
-    // stands beside ours.
+    // Automatic: the server continues to show the window on the screen. A compositing manager's own redirection is
+    // independent of ours.
     xcb_composite_redirect_window(c, window_, XCB_COMPOSITE_REDIRECT_AUTOMATIC);
     if (connection_.extensions().damage) {
         damage_ = {c, connection_.newId()};
@@ -44,7 +44,7 @@ bool RedirectedWindow::finishNaming()
         pixmap_ = {};
         return false;
     }
-    // The picture's own size counts: the window may have changed again meanwhile.
+    // The picture's own size applies: the window may have changed again meanwhile.
     size_ = {geometry->width, geometry->height};
     picture_ = {c, connection_.newId()};
     xcb_render_create_picture(c, picture_.id(), pixmap_.id(), format_.id, 0, nullptr);

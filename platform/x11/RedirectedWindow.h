@@ -11,17 +11,17 @@
 
 namespace lumavex {
 
-/// A window that the server draws off the screen too while this exists, so that its whole picture can be read, whatever
-/// covers it. Keeps the name of that picture until the window changes its size or is mapped again. Main thread.
+/// A window that the server also draws off-screen while this object exists, so that its whole picture can be read even
+/// when it is covered. Keeps the name of that picture until the window is resized or mapped again. Main thread.
 class RedirectedWindow {
 public:
-    /// `formats` outlives this.
+    /// `formats` must outlive this object.
     RedirectedWindow(const XcbConnection& connection, const RenderFormats& formats, const TopLevel& top);
     ~RedirectedWindow();
     RedirectedWindow(const RedirectedWindow&) = delete;
     RedirectedWindow& operator=(const RedirectedWindow&) = delete;
 
-    /// Names the picture when that is due. Only sends; finishNaming, called next, waits.
+    /// Names the picture if necessary. Only sends; finishNaming must be called next and waits.
     void startNaming();
     /// False when the window has no picture: it is unmapped or gone.
     bool finishNaming();
@@ -29,20 +29,20 @@ public:
     xcb_render_picture_t picture() const { return picture_.id(); }
     xcb_pixmap_t pixmap() const { return pixmap_.id(); }
     bool hasAlpha() const { return format_.alpha; }
-    QSize size() const { return size_; } ///< with the border
+    QSize size() const { return size_; } ///< including the border
     /// Changes with every new naming.
     std::uint64_t generation() const { return generation_; }
 
     enum class Damage { None, Part, All };
-    /// What was drawn to since the last call, which is forgotten. For a part, `region` becomes that part, relative to
-    /// the window's inside; All also when the server does not tell.
+    /// Fetches and clears the damage since the last call. For Part, `region` becomes that part, relative to the
+    /// window's inside; All also when the server does not report damage.
     Damage takeDamage(xcb_xfixes_region_t region);
     void noteDamage()
     {
         if (damaged_ == Damage::None)
             damaged_ = Damage::Part;
     }
-    /// The picture's name is out of date.
+    /// Marks the picture's name as outdated.
     void noteReshaped() { named_ = false; }
     xcb_damage_damage_t damage() const { return damage_.id(); }
 

@@ -7,7 +7,7 @@
 
 namespace lumavex {
 
-/// How the server's Render extension calls the pixel formats of its visuals.
+/// Formats of the server's Render extension for the visuals.
 class RenderFormats {
 public:
     struct Format {

@@ -5,7 +5,7 @@ namespace lumavex {
 
 namespace {
 
-/// With more rectangles than this finding out which ones to join takes longer than reading what lies between them.
+/// With more rectangles than this, choosing the ones to join takes longer than reading the pixels between them.
 constexpr int kMostRectangles = 256;
 
 QRect rectOf(const xcb_rectangle_t& rect)

@@ -10,7 +10,7 @@
 
 namespace lumavex {
 
-/// What of a region inside the server lies in the rectangle, relative to the rectangle's corner. Nothing when the
+/// The part of a server-side region inside the rectangle, relative to the rectangle's corner. std::nullopt when the
 /// server does not answer. One round trip.
 std::optional<ChangedArea> fetchArea(const XcbConnection& connection, xcb_xfixes_region_t region, const QRect& within);
 

@@ -18,7 +18,8 @@ namespace lumavex {
 
 namespace {
 
-/// Free segments kept for the next grabs: the latest picture, the one being encoded and one in between are usually out.
+/// Free segments kept for the next grabs: the latest picture, the one being encoded and one in between are usually in
+/// use.
 constexpr std::size_t kFreeSegmentsKept = 2;
 constexpr int kBytesPerPixel = 4;
 
@@ -28,13 +29,13 @@ std::size_t bytesOf(const QRect& part)
            * static_cast<std::size_t>(part.height());
 }
 
-/// Where whole rows stand in their picture.
+/// Offset of whole rows in their picture.
 std::size_t placeOf(const QRect& rows)
 {
     return std::size_t{kBytesPerPixel} * static_cast<std::size_t>(rows.width()) * static_cast<std::size_t>(rows.top());
 }
 
-/// Calls the function with each part and the place in memory that it is read into.
+/// Calls the function with each part and its offset in memory.
 template <typename Function>
 void forEachPart(const SharedImagePool::Reading& reading, const Function& function)
 {
@@ -65,23 +66,23 @@ struct SharedImagePool::Segment {
 
     uchar* pixels() const { return static_cast<uchar*>(memory); }
 
-    const xcb_shm_seg_t id; ///< 0: memory of our own, which the server does not see
+    const xcb_shm_seg_t id; ///< 0: private memory, not shared with the server
     void* const memory;
     const std::size_t bytes;
-    std::uint64_t number = 0; ///< of the picture in it
+    std::uint64_t number = 0; ///< number of the picture in it
 
 private:
     std::atomic<int>& counter_;
     const Unmap unmap_;
 };
 
-/// Requests on their way, in the order of the parts; of the one kind or the other.
+/// Pending requests in the order of the parts; all of one kind or the other.
 struct SharedImagePool::Pending {
     std::array<xcb_shm_get_image_cookie_t, ChangedArea::capacity> shared;
     std::array<xcb_get_image_cookie_t, ChangedArea::capacity> copied;
 };
 
-/// Where segments wait for their next use. Shared by the pool and all its pictures. Any thread.
+/// Storage of free segments, shared by the pool and all its pictures. Any thread.
 struct SharedImagePool::Shelf {
     std::atomic<int> segments = 0; ///< must outlive `free`
     std::mutex mutex;
@@ -101,7 +102,7 @@ struct SharedImagePool::Shelf {
     }
 };
 
-/// A segment lent to somebody.
+/// A segment in use.
 struct SharedImagePool::Loan {
     std::shared_ptr<Shelf> shelf;
     std::unique_ptr<Segment> segment;
@@ -161,7 +162,7 @@ SharedImagePool::SharedImagePool(const XcbConnection& connection)
 
 SharedImagePool::~SharedImagePool()
 {
-    // What is still lent is detached by the server when the connection closes.
+    // The server detaches segments still in use when the connection closes.
     std::vector<std::unique_ptr<Segment>> rest;
     {
         const std::lock_guard lock(shelf_->mutex);
@@ -191,7 +192,7 @@ SharedImagePool::Memory SharedImagePool::take(const QSize& size, const ChangeHis
             best = &segment;
     }
     std::unique_ptr<Segment> found = best ? std::move(*best) : nullptr;
-    // Main display and window composites take turns, so segments of another size are kept too, but not many.
+    // Main display and window composites alternate, so a few segments of other sizes are kept, too.
     std::size_t kept = 0;
     for (auto& segment : waiting) {
         if (segment && kept++ < kFreeSegmentsKept)
@@ -259,7 +260,7 @@ std::unique_ptr<SharedImagePool::Segment> SharedImagePool::createFromDescriptor(
     }
     const xcb_shm_seg_t id = connection_.newId();
     auto segment = std::make_unique<Segment>(shelf_->segments, id, memory, bytes, munmap);
-    // The descriptor is libxcb's from here: it closes it once it is sent.
+    // libxcb owns the descriptor from here and closes it after sending it.
     if (!attached(xcb_shm_attach_fd_checked(connection_.get(), id, descriptor, 0)))
         return nullptr;
     return segment;
@@ -279,7 +280,8 @@ std::unique_ptr<SharedImagePool::Segment> SharedImagePool::createSystemV(std::si
         if (!attached(xcb_shm_attach_checked(connection_.get(), id, static_cast<std::uint32_t>(key), 0)))
             segment.reset();
     }
-    // Both sides are attached by now or never will be: the system frees it with the last of them, even after a crash.
+    // By now both sides are attached or never will be: the system frees the segment with the last of them, even after a
+    // crash.
     shmctl(key, IPC_RMID, nullptr);
     return segment;
 }

@@ -13,10 +13,10 @@
 
 namespace lumavex {
 
-/// Memory shared with the server, so that reading pixels is one copy made by the server and none by us. It comes back
-/// to the pool when its last user goes, on whatever thread that is, and also after the pool's end, and remembers which
-/// picture it holds, so that the next reading can be of what changed since. Without MIT-SHM, or where server and
-/// program share no memory, it is memory of our own and pixels come through the connection.
+/// Memory shared with the server, so that reading pixels takes one copy by the server and none by this program. It
+/// returns to the pool when its last user releases it, on any thread and also after the pool's end, and remembers the
+/// picture it holds, so that the next reading can be limited to the changes since. Without MIT-SHM, or when server and
+/// program share no memory, it is private memory and pixels arrive through the connection.
 class SharedImagePool {
     struct Segment;
     struct Shelf;
@@ -24,28 +24,28 @@ class SharedImagePool {
 
 public:
     explicit SharedImagePool(const XcbConnection& connection);
-    ~SharedImagePool(); ///< before its connection
+    ~SharedImagePool(); ///< before its connection is closed
     SharedImagePool(const SharedImagePool&) = delete;
     SharedImagePool& operator=(const SharedImagePool&) = delete;
 
-    /// A number for the next picture of a series; those of the series that share the pool differ.
+    /// A number for the next picture of a series; unique among the series that share the pool.
     std::uint64_t newNumber() { return ++lastNumber_; }
 
-    /// Memory for one picture with 32 bits per pixel, rows without gaps, that nobody else uses.
+    /// Memory for one picture with 32 bits per pixel, contiguous rows and no other user.
     class Memory {
     public:
         Memory() = default;
-        Memory(std::unique_ptr<Loan> loan, const QSize& size); ///< the pool's
+        Memory(std::unique_ptr<Loan> loan, const QSize& size); ///< for the pool only
         explicit operator bool() const { return loan_ != nullptr; }
         const QSize& size() const { return size_; }
         const uchar* pixels() const;
         uchar* pixels();
-        /// Which picture it holds; 0: none, or nobody knows.
+        /// Number of the picture that it holds; 0: none or unknown.
         std::uint64_t number() const;
         void setNumber(std::uint64_t number);
-        /// Hands it over to a Format_RGB32 picture.
+        /// Moves the memory into a Format_RGB32 picture.
         QImage toImage() &&;
-        const Segment& segment() const; ///< for the pool
+        const Segment& segment() const; ///< for the pool only
 
     private:
         struct LoanDeleter {
@@ -55,14 +55,14 @@ public:
         QSize size_;
     };
 
-    /// If possible with the youngest picture in it that `history` knows. None when there is no memory.
+    /// Prefers memory that holds the latest picture known to `history`. None when no memory is available.
     Memory take(const QSize& size, const ChangeHistory& history);
 
-    /// Parts of a drawable, relative to `corner` in it, and the memory that they go into.
+    /// Parts of a drawable, relative to `corner` in it, and their target memory.
     struct Reading {
         enum class Into {
-            Place, ///< each where it lies in the picture; they are whole rows
-            Turn,  ///< one behind the other, each without gaps between its rows
+            Place, ///< each part at its place in the picture; parts are whole rows
+            Turn,  ///< parts one after the other, each with contiguous rows
         };
         Memory& memory;
         xcb_drawable_t drawable;
@@ -70,11 +70,11 @@ public:
         const ChangedArea& parts;
         Into into;
     };
-    /// Reads the parts, which must fit into their memories, in one round trip. False when the server refuses: a
-    /// drawable is gone, or does not reach so far; the memories then hold no picture.
+    /// Reads the parts, which must fit into their memories, in one round trip. False when the server refuses because a
+    /// drawable is gone or too small; the memories then hold no picture.
     bool read(const std::vector<Reading>& readings);
 
-    /// Segments that exist now, in use or not.
+    /// Number of existing segments, in use or free.
     int segmentCount() const;
 
 private:

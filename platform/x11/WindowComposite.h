@@ -6,13 +6,13 @@
 
 namespace lumavex {
 
-/// Pictures of chosen windows, every pixel of which is painted. Main thread.
+/// Pictures of chosen windows in which every pixel is painted. Main thread.
 class WindowComposite {
 public:
-    /// The arguments outlive this.
+    /// The arguments must outlive this object.
     WindowComposite(WindowPainter& painter, SharedImagePool& pool) : painter_(painter), series_(pool, PixelLayout()) {}
 
-    /// The request is for the whole canvas. Retry when no window of it can be read at the moment.
+    /// The request must cover the whole canvas. Retry when none of its windows can be read at the moment.
     Grab compose(const PaintRequest& request);
     void forget() { series_.forget(); }
 

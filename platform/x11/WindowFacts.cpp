@@ -10,7 +10,7 @@ namespace lumavex {
 
 namespace {
 
-constexpr std::uint32_t kMostWords = 256; ///< of 4 bytes, more than any of these properties needs
+constexpr std::uint32_t kMostWords = 256; ///< words of 4 bytes, more than any of these properties needs
 
 xcb_get_property_cookie_t ask(const XcbConnection& connection, xcb_window_t window, xcb_atom_t property,
                               xcb_atom_t type)
@@ -33,7 +33,7 @@ std::span<const std::uint32_t> words(const PropertyReply& property)
             static_cast<std::size_t>(xcb_get_property_value_length(property.get())) / 4};
 }
 
-/// WM_CLASS holds two strings, each ended by a zero byte: the instance and the class.
+/// WM_CLASS contains two zero-terminated strings: the instance and the class.
 std::optional<QString> classPart(const PropertyReply& property)
 {
     if (!property || property->format != 8)

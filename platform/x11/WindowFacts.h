@@ -17,21 +17,22 @@ inline constexpr std::int32_t kLayerDesktop = -10;    ///< icons of a file manag
 inline constexpr std::int32_t kLayerBelow = -1;
 inline constexpr std::int32_t kLayerAbove = 3;
 inline constexpr std::int32_t kLayerDock = 20;
-inline constexpr std::int32_t kLayerUnmanaged = 25; ///< menus, tooltips, whatever the window manager leaves alone
+inline constexpr std::int32_t kLayerUnmanaged = 25; ///< menus, tooltips and other windows that the window manager does
+                                                    ///< not manage
 
-/// What a window says about itself in its properties (ICCCM, EWMH).
+/// Properties by which a window describes itself (ICCCM, EWMH).
 struct WindowFacts {
     std::optional<QString> ownerName;
     std::int64_t ownerPid = 0; ///< 0 when unknown
     std::int32_t layer = 0;
-    QMargins shadow; ///< the transparent margin that the application draws its shadow into
+    QMargins shadow; ///< transparent margin in which the application draws its shadow
 };
 
-/// One question for a window's facts. Sends on construction, so that many windows are asked in one round trip.
+/// One request for a window's facts. The constructor sends it, so that many windows are queried in one round trip.
 class WindowFactsRequest {
 public:
     WindowFactsRequest(const XcbConnection& connection, xcb_window_t window);
-    /// Waits. Called once. Empty facts when the window has vanished.
+    /// Waits for the answer. To be called once. Empty facts when the window is gone.
     WindowFacts answer() const;
 
 private:
@@ -43,7 +44,7 @@ private:
     xcb_get_property_cookie_t shadow_;
 };
 
-/// The name of the running process; nothing when there is none.
+/// The name of the running process; std::nullopt when there is none.
 std::optional<QString> nameOfProcess(std::int64_t pid);
 
 } // namespace lumavex

@@ -7,9 +7,9 @@ namespace lumavex {
 
 namespace {
 
-constexpr std::uint32_t mostTitleWords = 256;      ///< of 4 bytes
+constexpr std::uint32_t mostTitleWords = 256;      ///< words of 4 bytes
 constexpr std::uint32_t mostIconWords = 1U << 19U; ///< two icons of 512 by 512 pixels
-constexpr std::uint32_t largestIcon = 1024;        ///< pixels along a side
+constexpr std::uint32_t largestIcon = 1024;        ///< pixels per side
 
 using PropertyReply = XcbOwned<xcb_get_property_reply_t>;
 

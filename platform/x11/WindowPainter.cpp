@@ -13,9 +13,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::uint8_t kCanvasDepth = 32; ///< every server with Render has it, whatever the screen's depth
-/// So long a window that is not needed any more is kept redirected. Windows that come and go (menus) or are dragged
-/// would have the server make and drop pictures of what they cover all the time.
+constexpr std::uint8_t kCanvasDepth = 32; ///< every server with Render supports it, whatever the screen's depth
+/// Time for which an unneeded window stays redirected. Otherwise windows that come and go (menus) or are dragged would
+/// make the server create and drop pictures of the windows they cover all the time.
 constexpr auto kRedirectionKept = 2s;
 
 } // namespace
@@ -150,7 +150,7 @@ WindowPainter::Arrangement WindowPainter::arrange(const PaintRequest& request)
             arrangement.backToFront.push_back(
                 {top->window, window.generation(), QRect(top->outer.topLeft(), window.size()), top->border});
         else
-            arrangement.backdrop = true; // seen through the gap
+            arrangement.backdrop = true; // visible through the gap
     }
     return arrangement;
 }
@@ -161,14 +161,15 @@ WindowPainter::Extent WindowPainter::takeChanges(const PaintRequest& request)
     xcb_connection_t* const c = connection_.get();
     xcb_xfixes_set_region(c, changedParts_.id(), 0, nullptr);
     Extent extent = request.desktop ? takeChangesOfDesktop(request) : Extent::Nothing;
-    if (extent != Extent::Nothing && !wanted_.desktop) { // what was seen of it is kept, but windows hide it here
+    if (extent != Extent::Nothing && !wanted_.desktop) { // the visible parts of the desktop are kept, but windows hide
+                                                         // them here
         extent = Extent::Nothing;
         xcb_xfixes_set_region(c, changedParts_.id(), 0, nullptr);
     }
     for (const Layer& layer : wanted_.backToFront) {
         RedirectedWindow& window = *redirected_.at(layer.window).window;
         if (request.places)
-            window.noteDamage(); // what the screen shows by now must not be missed for an event that has not come yet
+            window.noteDamage(); // content already on the screen must not be missed because its event has not arrived
         const Damage damage = window.takeDamage(windowParts_.id());
         if (damage == Damage::All)
             extent = Extent::All;
@@ -254,8 +255,8 @@ void WindowPainter::paintWindow(const Layer& layer)
     xcb_connection_t* const c = connection_.get();
     const RedirectedWindow& window = *redirected_.at(layer.window).window;
     const QPoint corner = layer.outer.topLeft() - wanted_.canvas.topLeft();
-    // Outside its shape the window's picture is undefined. The region is relative to the inside of the border. Should
-    // the window vanish here, no region is made, and the clip must not be that of the window before.
+    // Outside its shape the window's picture is undefined. The region is relative to the inside of the border. If the
+    // window disappears now, no region is created, so the clip of the previous window is cleared first.
     xcb_xfixes_set_picture_clip_region(c, canvasPicture_.id(), XCB_NONE, 0, 0);
     const RegionHandle shape(c, connection_.newId());
     xcb_xfixes_create_region_from_window(c, shape.id(), layer.window, XCB_SHAPE_SK_BOUNDING);

@@ -19,46 +19,46 @@
 
 namespace lumavex {
 
-/// What is to be painted.
+/// A picture to paint.
 struct PaintRequest {
     std::vector<TopLevel> frontToBack;
     std::vector<TopLevel> alsoKept; ///< not painted, but their pictures are kept for a later request
-    bool desktop = false;           ///< the desktop's background behind them all
-    bool backdrop = true;           ///< they leave something free, where the desktop or black is seen
+    bool desktop = false;           ///< not painted, but their pictures are kept for a later request
+    bool backdrop = true;           ///< the windows leave an area free, in which the desktop or black is visible
     bool alpha = false;             ///< windows with transparency are blended, as a compositing manager shows them
-    QRect canvas;                   ///< the area of the picture, in root coordinates
+    QRect canvas;                   ///< area of the picture, in root coordinates
     QSize rootSize;
-    /// Only these places of the canvas, relative to its corner, in pixels like the screen's; nothing: everywhere, in
-    /// pixels of Format_RGB32.
+    /// Only these places of the canvas, relative to its corner, in the screen's pixel format; std::nullopt: the whole
+    /// canvas in Format_RGB32.
     std::optional<std::vector<QRect>> places;
 };
 
-/// Paints chosen windows, and nothing that covers them, into a canvas inside the server. Main thread.
+/// Paints chosen windows, without the windows that cover them, into a canvas inside the server. Main thread.
 class WindowPainter {
 public:
     explicit WindowPainter(const XcbConnection& connection);
 
-    /// Finds out what is to be painted anew: sends most of its requests without waiting, so that damage of the screen
-    /// asked for next is of the same moment. False when no window of the request can be read at the moment.
+    /// Determines the area to repaint. Sends most of its requests without waiting, so that screen damage requested next
+    /// is of the same moment. False when no window of the request can be read at the moment.
     bool prepare(const PaintRequest& request);
-    /// Paints that, and tells where it is, relative to the canvas' corner.
+    /// Paints that area and returns it, relative to the canvas' corner.
     ChangedArea paint();
     xcb_drawable_t canvas() const { return canvas_.id(); }
-    /// Instead of paint(), for a caller who reads the picture of the only window: tells where that is.
+    /// Replaces paint() for a caller that reads the picture of the only window: returns the area without painting.
     ChangedArea skipPainting();
-    /// The picture of the only window, and its corner in root coordinates. Nothing when it cannot be read.
+    /// The picture of the only window, and its corner in root coordinates. std::nullopt when it cannot be read.
     std::optional<std::pair<xcb_drawable_t, QPoint>> onlyWindow() const;
-    /// The canvas was not read: the next painting is of everything.
+    /// The canvas was not read: the next call paints everything.
     void repaint() { shown_.reset(); }
-    /// Lets the server show all windows in its usual way again.
+    /// Ends the redirection of all windows.
     void release();
     void note(const xcb_generic_event_t& event);
 
 private:
-    /// How much of the picture is to be painted anew: Part is what changedParts_ holds.
+    /// Extent of the picture to repaint: Part refers to changedParts_.
     enum class Extent { Nothing, Part, All };
 
-    /// One window's place in the picture. Equal layers without damage look the same.
+    /// The place of one window in the picture. Equal layers without damage look the same.
     struct Layer {
         xcb_window_t window;
         std::uint64_t generation;
@@ -66,7 +66,7 @@ private:
         int border;
         friend bool operator==(const Layer&, const Layer&) = default;
     };
-    /// Everything a picture depends on but for the windows' contents.
+    /// All inputs of a picture except the windows' contents.
     struct Arrangement {
         std::vector<Layer> backToFront;
         bool desktop = false;
@@ -95,18 +95,18 @@ private:
 
     const XcbConnection& connection_;
     const RenderFormats formats_;
-    std::unique_ptr<DesktopBackground> desktop_; ///< made when first asked for
+    std::unique_ptr<DesktopBackground> desktop_; ///< created on first use
     std::unordered_map<xcb_window_t, Redirection> redirected_;
     PixmapHandle canvas_;
     PictureHandle canvasPicture_;
     QSize canvasSize_;
     bool canvasLikeScreen_ = false;
     RegionHandle changedParts_;        ///< in the canvas
-    RegionHandle windowParts_;         ///< of one window, while they are gathered
+    RegionHandle windowParts_;         ///< of one window, while they are collected
     RegionHandle placesRegion_;        ///< of the wanted arrangement
-    Arrangement wanted_;               ///< by prepare()
-    Extent extent_ = Extent::Nothing;  ///< of what paint() is to paint
-    std::optional<Arrangement> shown_; ///< in the canvas; nothing: it is to be painted anew
+    Arrangement wanted_;               ///< set by prepare()
+    Extent extent_ = Extent::Nothing;  ///< extent that paint() paints
+    std::optional<Arrangement> shown_; ///< in the canvas; std::nullopt: to be repainted
 };
 
 } // namespace lumavex

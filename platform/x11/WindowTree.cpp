@@ -9,10 +9,10 @@ namespace lumavex {
 
 namespace {
 
-/// Frames hold their client one to three levels down.
+/// A frame contains its client one to three levels down.
 constexpr int kDeepestClient = 4;
-/// From the top, where frames keep their client; the frame's own pieces, a few dozen with some window managers, lie
-/// below.
+/// Counted from the top, where frames keep their client; the frame's own parts, a few dozen with some window managers,
+/// are below.
 constexpr int kMostChildrenSearched = 64;
 
 void watch(const XcbConnection& connection, xcb_window_t window, std::uint32_t events)
@@ -78,7 +78,7 @@ void WindowTree::forget(xcb_window_t window)
 
 bool WindowTree::noteProperty(const xcb_property_notify_event_t& event)
 {
-    // Titles change all the time; only the properties that facts are made of matter.
+    // Titles change often; only the properties from which facts are read matter.
     const auto is = [&](Atom atom) { return event.atom == connection_.atom(atom); };
     const bool matters = event.window == connection_.root()
                              ? is(Atom::NET_CLIENT_LIST)
@@ -114,8 +114,8 @@ std::vector<xcb_window_t> WindowTree::childrenOfRoot()
         return windows;
     const xcb_window_t* const first = xcb_query_tree_children(tree.get());
     for (int i = xcb_query_tree_children_length(tree.get()) - 1; i >= 0; --i) {
-        // Windows made by the server itself are no windows of the user's: the overlay that a compositing manager
-        // paints the whole screen on is one.
+        // Windows created by the server itself do not belong to the user: the overlay on which a compositing manager
+        // paints the whole screen is one.
         if (first[i] & ~connection_.setup()->resource_id_mask)
             windows.push_back(first[i]);
     }
@@ -184,14 +184,14 @@ void WindowTree::learnFacts()
             continue;
         top.client = known->second.client;
         top.facts = known->second.facts;
-        // A frame is override-redirect too, but its client is not left alone by the window manager.
+        // A frame is override-redirect, too, but the window manager manages its client.
         if (top.overrideRedirect && top.client == top.window && top.facts.layer == 0)
             top.facts.layer = kLayerUnmanaged;
     }
 }
 
-/// The client of each window: the first window with a WM_STATE property, which window managers put on every client and
-/// on nothing else (ICCCM 4.1.3.1), in it or below it; the window itself when there is none.
+/// The client of each window: the first window with a WM_STATE property, which window managers set on every client and
+/// on no other window (ICCCM 4.1.3.1), in it or below it; the window itself when there is none.
 std::unordered_map<xcb_window_t, xcb_window_t> WindowTree::findClients(const std::vector<xcb_window_t>& tops) const
 {
     struct Candidate {
@@ -233,7 +233,7 @@ std::unordered_map<xcb_window_t, xcb_window_t> WindowTree::findClients(const std
     return clients;
 }
 
-/// Menus and tooltips often do not say whose they are, but the window numbers of one program begin alike.
+/// Menus and tooltips often do not name their owner, but all window ids of a program share their leading bits.
 void WindowTree::inheritOwners()
 {
     const auto programOf = [&](const TopLevel& top) { return top.client & ~connection_.setup()->resource_id_mask; };

@@ -15,29 +15,30 @@ namespace lumavex {
 struct TopLevel {
     xcb_window_t window = XCB_NONE; ///< the child of the root
     xcb_window_t client = XCB_NONE; ///< the application's window inside it; `window` itself when there is no frame
-    QRect outer;                    ///< with frame and border, in root coordinates, y downward
+    QRect outer;                    ///< including frame and border, in root coordinates, y downward
     int border = 0;
     xcb_visualid_t visual = 0;
     bool viewable = false; ///< mapped, and not an input-only window
     bool overrideRedirect = false;
-    bool shaped = false; ///< may not fill its rectangle; known of viewable windows only
-    WindowFacts facts;   ///< of viewable windows only
+    bool shaped = false; ///< may not fill its rectangle; set for viewable windows only
+    WindowFacts facts;   ///< for viewable windows only
 
-    /// What the user sees as the window: without the shadow's margin.
+    /// The visible window: without the shadow's margin.
     QRect bounds() const { return outer.marginsRemoved(facts.shadow); }
 };
 
 /// The windows of the screen. Reads the server's tree again only after events that change it: in two round trips when
-/// windows moved, in about five when they came, went or changed their properties, whatever their number. Main thread.
+/// windows moved, in about five when they were created, destroyed or changed their properties, whatever their number.
+/// Main thread.
 class WindowTree {
 public:
     explicit WindowTree(const XcbConnection& connection);
 
-    /// Top to bottom, of the time of the latest drained events. The reference is valid until the next call.
+    /// Top to bottom, as of the latest drained events. The reference is valid until the next call.
     const std::vector<TopLevel>& topToBottom();
-    /// Whether a compositing manager shows the windows' transparency, at the time of topToBottom().
+    /// True when a compositing manager shows the windows' transparency, as of topToBottom().
     bool compositingManagerRuns() const { return compositingManager_; }
-    /// True when the windows may differ from now on.
+    /// True when the event may change the windows.
     bool note(const xcb_generic_event_t& event);
 
 private:
@@ -58,7 +59,7 @@ private:
     const XcbConnection& connection_;
     bool stale_ = true;
     bool compositingManager_ = false;
-    std::unordered_map<xcb_window_t, Known> known_; ///< by child of the root
+    std::unordered_map<xcb_window_t, Known> known_; ///< key: child of the root
     std::vector<TopLevel> topToBottom_;
 };
 

@@ -19,8 +19,8 @@ namespace lumavex {
 
 namespace {
 
-/// The connection of the program's own windows, so that shaping keeps its place among the requests that create and
-/// paint them. Null on no X server.
+/// The connection of the program's own windows, so that shape requests stay in order with the requests that create and
+/// paint them. Null without an X server.
 xcb_connection_t* connectionOfWindows()
 {
     const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
@@ -45,7 +45,7 @@ xcb_window_t rootWindow(xcb_connection_t* connection, int screen)
     return it.data->root;
 }
 
-/// The glyph in the X server's own cursor font.
+/// Index of the glyph in the X server's cursor font.
 std::uint16_t glyphOf(Qt::CursorShape shape)
 {
     switch (shape) {
@@ -60,7 +60,7 @@ std::uint16_t glyphOf(Qt::CursorShape shape)
     }
 }
 
-/// An input-only window in front of all others. The window manager is left out of it; it lives and dies with the
+/// An input-only window in front of all others. The window manager does not manage it; it exists as long as the
 /// program's connection.
 class X11PointerCatcher final : public PointerCatcher, private QAbstractNativeEventFilter {
 public:
@@ -102,7 +102,7 @@ public:
         xcb_create_glyph_cursor(connection_, cursor, font, font, glyph, static_cast<std::uint16_t>(glyph + 1), 0, 0, 0,
                                 0xffff, 0xffff, 0xffff);
         xcb_change_window_attributes(connection_, window_, XCB_CW_CURSOR, &cursor);
-        xcb_free_cursor(connection_, cursor); // the window keeps it
+        xcb_free_cursor(connection_, cursor); // the window keeps a reference
         xcb_close_font(connection_, font);
         xcb_flush(connection_);
     }
@@ -188,7 +188,7 @@ public:
     }
 
 private:
-    /// Learns at the first call what the server offers; nothing needs that before the first overlay.
+    /// Queries the server's capabilities on the first call, since they are not needed before the first overlay.
     void askServer()
     {
         if (std::exchange(asked_, true))

@@ -7,8 +7,8 @@
 
 namespace lumavex {
 
-/// The overlay services of the X server that the program's own windows are on. Made after QGuiApplication. Where the
-/// windows are on no X server, translucent windows count as blended, and the other services do nothing.
+/// The overlay services of the X server that shows the program's own windows. To be created after QGuiApplication. When
+/// the windows are not on an X server, translucent windows count as blended, and the other services do nothing.
 std::unique_ptr<ScreenOverlay> createX11Overlay();
 
 } // namespace lumavex

@@ -10,7 +10,7 @@ namespace lumavex {
 
 namespace {
 
-constexpr std::string_view kName = "XWAYLAND"; ///< of the extension, and the beginning of the outputs' names
+constexpr std::string_view kName = "XWAYLAND"; ///< name of the extension, and prefix of the outputs' names
 
 bool isNamedByXWayland(const xcb_randr_get_output_info_reply_t& output)
 {
@@ -19,7 +19,7 @@ bool isNamedByXWayland(const xcb_randr_get_output_info_reply_t& output)
     return std::string_view(name, length).starts_with(kName);
 }
 
-/// Servers before 23.1 lack the extension; later ones name their outputs as the compositor does.
+/// Servers before 23.1 lack the extension; later ones use the compositor's names for their outputs.
 bool hasOutputOfXWayland(const XcbConnection& connection)
 {
     xcb_connection_t* const c = connection.get();
@@ -35,7 +35,7 @@ bool hasOutputOfXWayland(const XcbConnection& connection)
     for (int i = 0; i < resources->num_outputs; ++i)
         cookies.push_back(xcb_randr_get_output_info(c, outputs[i], resources->config_timestamp));
     bool found = false;
-    for (const auto& cookie : cookies) { // every answer is fetched, so that none is left over
+    for (const auto& cookie : cookies) { // fetches every reply, so that none is left in the queue
         const XcbOwned<xcb_randr_get_output_info_reply_t> output(xcb_randr_get_output_info_reply(c, cookie, nullptr));
         found = found || (output && isNamedByXWayland(*output));
     }

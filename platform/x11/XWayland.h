@@ -5,8 +5,8 @@
 
 namespace lumavex {
 
-/// Whether the server is the one that a Wayland session runs for X11 programs. It holds the pixels of their windows
-/// alone, and its root window, which stands for the screen, stays black. False without a connection. Main thread.
+/// True when the server is the one that a Wayland session runs for X11 programs. It holds only the pixels of their
+/// windows, and its root window, which represents the screen, stays black. False without a connection. Main thread.
 bool isXWayland(const XcbConnection& connection);
 
 } // namespace lumavex

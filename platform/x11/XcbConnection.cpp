@@ -40,8 +40,8 @@ QString text(const char* source)
     return QCoreApplication::translate("ScreenGrabber", source);
 }
 
-/// Asks for the version of an extension, of which the caller knows the given one, without waiting for the answer: the
-/// window waits for all of them together. Nothing without the extension.
+/// Requests the version of an extension (the arguments are the version that the caller supports) without waiting, so
+/// that the window waits for all replies together. std::nullopt without the extension.
 template <typename Cookie, typename... Version>
 std::optional<Cookie> askVersion(xcb_connection_t* connection, xcb_extension_t* extension,
                                  Cookie (*query)(xcb_connection_t*, Version...), std::type_identity_t<Version>... known)
@@ -64,7 +64,7 @@ bool atLeast(std::uint32_t major, std::uint32_t minor, std::uint32_t wantedMajor
     return major > wantedMajor || (major == wantedMajor && minor >= wantedMinor);
 }
 
-/// A server reached over the network may offer shared memory too, but that of its own machine.
+/// A server reached over the network may offer shared memory, too, but that of its own machine.
 bool sharesMachine(xcb_connection_t* connection)
 {
     sockaddr_storage address{};
@@ -168,7 +168,7 @@ void XcbConnection::askExtensions()
 
 void XcbConnection::sync() const
 {
-    // The cheapest request with a reply.
+    // The cheapest request that has a reply.
     const XcbOwned<xcb_get_input_focus_reply_t> reply(
         xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
 }

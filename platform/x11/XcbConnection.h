@@ -11,7 +11,7 @@
 
 namespace lumavex {
 
-/// The atoms this backend uses; their texts stand in XcbConnection.cpp in the same order.
+/// The atoms that this backend uses; XcbConnection.cpp lists their names in the same order.
 enum class Atom {
     WM_STATE,
     NET_WM_ICON,
@@ -31,14 +31,14 @@ enum class Atom {
     Count
 };
 
-/// What the server offers, asked once.
+/// Capabilities of the server, queried once.
 struct XcbExtensions {
     bool shm = false;
-    bool shmDescriptors = false; ///< segments can be handed over as file descriptors
+    bool shmDescriptors = false; ///< segments can be passed as file descriptors
     bool composite = false;      ///< with named window pixmaps
     bool damage = false;
     bool fixes = false;
-    bool randr = false;         ///< 1.3 or newer: tells the primary output
+    bool randr = false;         ///< 1.3 or newer: reports the primary output
     bool randrMonitors = false; ///< 1.5 or newer
     bool render = false;
     bool shape = false;
@@ -47,8 +47,8 @@ struct XcbExtensions {
     std::uint8_t shapeEvent = 0;
 };
 
-/// A connection of our own to the X server of $DISPLAY. Not the toolkit's: answers to grabs would stand in line with
-/// its events. Main thread only. Lives as long as everything made through it.
+/// A connection of our own to the X server of $DISPLAY. It is separate from the toolkit's, whose events would delay the
+/// replies to grabs. Main thread only. Must outlive every object created through it.
 class XcbConnection {
 public:
     XcbConnection();
@@ -56,9 +56,9 @@ public:
     XcbConnection(const XcbConnection&) = delete;
     XcbConnection& operator=(const XcbConnection&) = delete;
 
-    /// False when the server could not be reached, or is gone: every reply is null then.
+    /// False when the server could not be reached or is gone: every reply is null then.
     bool alive() const;
-    /// Why alive() is false, in the user's words.
+    /// The reason why alive() is false, as text for the user.
     QString trouble() const;
 
     xcb_connection_t* get() const { return connection_; }
@@ -69,10 +69,10 @@ public:
     xcb_atom_t atom(Atom which) const { return atoms_[static_cast<std::size_t>(which)]; }
 
     std::uint32_t newId() const { return xcb_generate_id(connection_); }
-    /// Waits until the server has carried out everything sent so far; the events up to then can be drained afterwards.
+    /// Waits until the server has executed all requests sent so far; the events up to then can be drained afterwards.
     void sync() const;
-    /// Hands over every event that has come. Errors of requests without reply come this way too and are dropped: they
-    /// are those of windows that vanished meanwhile.
+    /// Passes on every event received. Drops errors of requests without reply, which arrive here too: they concern
+    /// windows that disappeared meanwhile.
     void drain(const std::function<void(const xcb_generic_event_t&)>& handler) const;
 
 private:

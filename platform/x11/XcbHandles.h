@@ -18,17 +18,18 @@ struct FreeDeleter {
     void operator()(void* memory) const { std::free(memory); }
 };
 
-/// What libxcb hands over with malloc: replies, errors, events. Null when the request failed or the connection is dead.
+/// Owns memory that libxcb allocated with malloc: replies, errors, events. Null when the request failed or the
+/// connection is dead.
 template <typename T>
 using XcbOwned = std::unique_ptr<T, FreeDeleter>;
 
-/// An object of ours inside the X server, released with the handle. It must go before its connection does. Releasing
-/// one that the server has released by itself (the damage of a destroyed window) is harmless.
+/// A server-side object, released by the destructor. It must be destroyed before its connection. Releasing an object
+/// that the server has already released (the damage of a destroyed window) is harmless.
 template <auto Release>
 class XcbHandle {
 public:
     XcbHandle() = default;
-    /// Takes over the object; `id` 0 is no object.
+    /// Takes ownership of the object; `id` 0 is no object.
     XcbHandle(xcb_connection_t* connection, std::uint32_t id) : connection_(connection), id_(id) {}
     XcbHandle(XcbHandle&& other) noexcept : connection_(other.connection_), id_(std::exchange(other.id_, 0)) {}
     XcbHandle& operator=(XcbHandle&& other) noexcept
@@ -55,7 +56,7 @@ private:
     std::uint32_t id_ = 0;
 };
 
-/// While it exists, the server serves this connection alone. None for a null connection.
+/// While this object exists, the server serves only this connection. Does nothing for a null connection.
 class ServerGrab {
 public:
     explicit ServerGrab(xcb_connection_t* connection) : connection_(connection)

@@ -20,10 +20,10 @@ namespace lumavex {
 
 namespace {
 
-/// The name that the desktop's background goes by in the list of windows.
+/// Name of the desktop's background in the list of windows.
 constexpr auto kDesktopName = "Desktop";
 
-/// The part of an area in root coordinates that lies in the bounds, upward on the display.
+/// The intersection of an area in root coordinates and the bounds, upward on the display.
 QRect commonPart(const QRect& area, const CGRect& bounds, const QRect& display)
 {
     const QRectF down = flippedDown(bounds, display.height()).translated(display.topLeft());
@@ -48,7 +48,7 @@ public:
     bool showsContents(std::uint32_t window) override;
 
 private:
-    /// What works on a screen that can be recorded.
+    /// Parts that need a screen that can be recorded.
     struct Parts {
         Parts(const XcbConnection& connection, const PixelLayout& screenLayout)
             : display(connection), tree(connection), pool(connection), painter(connection),
@@ -159,8 +159,8 @@ Grab XcbScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBack
     return grab.outcome == GrabOutcome::Success ? grab : Grab{failure(), {}, 0};
 }
 
-/// Windows may move at any time. What is read while they do shows those that are left out where they were not expected:
-/// it is read again, while the server serves nobody else.
+/// Windows may move at any time. A picture read during a move shows excluded windows at unexpected places: it is read
+/// again while the server serves no other client.
 Grab XcbScreenGrabber::grabListed(const std::vector<std::uint32_t>& frontToBack, const CGRect& imageBounds,
                                   std::uint32_t imageOptions)
 {
@@ -187,8 +187,8 @@ Grab XcbScreenGrabber::grabListed(const std::vector<std::uint32_t>& frontToBack,
     return {};
 }
 
-/// The request as what the screen shows but for some windows. Nothing when it is not that: the windows lie in another
-/// order or reach beyond the screen.
+/// Expresses the request as the screen without some windows. std::nullopt when this is impossible: the windows are in
+/// another order or extend beyond the screen.
 std::optional<MendingRequest> XcbScreenGrabber::asPartOfScreen(const PaintRequest& request, bool orderMayBeOld)
 {
     if (request.canvas.isEmpty() || !parts_->display.root().contains(request.canvas)

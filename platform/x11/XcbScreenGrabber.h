@@ -7,8 +7,8 @@
 
 namespace lumavex {
 
-/// Grabs from the X server of $DISPLAY, over a connection of its own. Never null: without a server, or with a screen
-/// that cannot be recorded, `trouble` says so and nothing is ever grabbed.
+/// Grabs from the X server of $DISPLAY through its own connection. Never null: without a server, or with a screen that
+/// cannot be recorded, `trouble` returns the reason and every grab fails.
 std::unique_ptr<ScreenGrabber> createXcbScreenGrabber();
 
 } // namespace lumavex

@@ -9,12 +9,12 @@
 
 namespace lumavex {
 
-/// A picture packed as a camera would pack it: YUV in the colours of BT.601, limited range; JPEG at 4:2:2.
+/// A picture in a camera's pixel format: YUV with BT.601, limited range; JPEG at 4:2:2.
 class FakeCameraFrame {
 public:
     FakeCameraFrame(const QImage& picture, CameraPixels pixels);
 
-    /// Valid as long as this lives; `picture` and `source` are left for the caller.
+    /// Valid as long as this object lives; the caller sets `picture` and `source`.
     CameraFrame frame() const;
 
 private:

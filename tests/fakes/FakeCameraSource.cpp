@@ -13,7 +13,7 @@
 
 namespace lumavex {
 
-/// Hands frames over on its thread until it is destroyed.
+/// Delivers frames on its own thread until it is destroyed.
 class FakeCameraSource::CaptureQueue {
 public:
     struct Job {
@@ -126,7 +126,7 @@ QString FakeCameraSource::beginOpening(const CameraRequest& request, OutcomeHand
     const bool isRefusal = camera != cameras_.end() && !camera->refusal.isEmpty();
     if (!trouble.isEmpty() && !isRefusal)
         return trouble;
-    opened_ = request; // until `stop` says otherwise
+    opened_ = request; // until `stop` clears it
     QMetaObject::invokeMethod(
         &outcomes_,
         [this, trouble, opening = source_, outcome = std::move(outcome)] {

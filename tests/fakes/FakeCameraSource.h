@@ -14,19 +14,19 @@
 
 namespace lumavex {
 
-/// What a camera of the fake is like.
+/// Properties of a fake camera.
 struct FakeCamera {
     QString name;
     std::vector<QSize> sizes = {{320, 240}, {640, 480}, {1280, 720}};
     CameraPixels pixels = CameraPixels::Bgrx;
-    QString refusal = {};               ///< why it cannot be opened; empty: it can
-    std::optional<QSize> trueSize = {}; ///< what it sends, whatever it promised
-    QImage picture = {};                ///< scaled to its size; null: a grey one
-    /// From frame to frame; none: it sends what `send` is given, and nothing else.
+    QString refusal = {};               ///< reason why it cannot be opened; empty: it can
+    std::optional<QSize> trueSize = {}; ///< size of its frames, whatever it announced
+    QImage picture = {};                ///< scaled to its size; null: a grey picture
+    /// Time between frames; std::nullopt: it sends only the pictures passed to `send`.
     std::optional<std::chrono::milliseconds> interval = std::chrono::milliseconds(10);
 };
 
-/// Cameras as the test wants them, whose frames come on a thread of their own. Main thread.
+/// Cameras set by the test; a separate thread delivers their frames. Main thread.
 class FakeCameraSource final : public CameraSource {
 public:
     FakeCameraSource();
@@ -36,22 +36,22 @@ public:
     QString trouble() override { return noCameras; }
     QStringList names() override;
     QString open(const CameraRequest& request) override;
-    /// A camera's refusal is the outcome; what else is wrong is told at once.
+    /// The outcome reports a camera's refusal; other errors are returned at once.
     QString beginOpening(const CameraRequest& request, OutcomeHandler outcome) override;
     void stop() override;
     std::uint64_t currentSource() const override { return source_; }
     void setFrameHandler(FrameHandler handler) override { frameHandler_ = std::move(handler); }
     void setPresenceHandler(PresenceHandler handler) override { presenceHandler_ = std::move(handler); }
 
-    /// A camera is plugged in; one that runs no more under this name is taken up again.
+    /// Plugs in a camera; one that has stopped running under this name is resumed.
     void add(const FakeCamera& camera);
-    /// The first camera of that name is unplugged.
+    /// Unplugs the first camera of that name.
     void remove(const QString& name);
-    /// Sends one picture as it is, scaled by nobody; returns when it has been handed over. A camera must be running.
+    /// Sends one unscaled picture; returns when it has been delivered. A camera must be running.
     void send(const QImage& picture);
     bool isRunning() const { return queue_ != nullptr; }
 
-    QString noCameras; ///< why there can be none
+    QString noCameras; ///< reason why no camera is possible
 
 private:
     class CaptureQueue;
@@ -64,7 +64,7 @@ private:
     std::uint64_t source_ = 0;
     std::optional<CameraRequest> opened_;
     std::unique_ptr<CaptureQueue> queue_; ///< null: no camera runs
-    QObject outcomes_;                    ///< what is still to be told ends with it
+    QObject outcomes_;                    ///< destroying it drops pending outcomes
 };
 
 } // namespace lumavex

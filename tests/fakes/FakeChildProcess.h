@@ -9,7 +9,7 @@
 
 namespace lumavex {
 
-/// A program that does what a script says, one step per turn of the event loop. A handler may destroy the object.
+/// A program that follows a script, one step per turn of the event loop. A handler may destroy the object.
 class FakeChildProcess : public ChildProcess {
 public:
     struct Chunk {
@@ -20,13 +20,13 @@ public:
 
     struct Script {
         std::vector<Chunk> chunks;
-        QString failure; ///< what `terminated` is given
+        QString failure; ///< passed to `terminated`
         End end = End::ByItself;
-        /// What the program leaves behind; called with its arguments right before it ends by itself. May be empty.
+        /// The program's effect on files; called with its arguments right before it ends by itself. May be empty.
         std::function<void(const QStringList& arguments)> work;
     };
 
-    /// What was launched; kept by whoever made the fake, since the fake itself goes early.
+    /// A launched program; the test keeps the record, since the fake itself is destroyed early.
     struct Launch {
         QString launchPath;
         QStringList arguments;
@@ -50,7 +50,7 @@ private:
     QStringList arguments_;
     std::size_t next_ = 0;
     bool isRunning_ = false;
-    QObject turns_; ///< queued steps end with the fake
+    QObject turns_; ///< destroying it drops queued steps
 };
 
 } // namespace lumavex

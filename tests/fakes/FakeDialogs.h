@@ -8,7 +8,7 @@
 
 namespace lumavex {
 
-/// Answers as the test says and remembers what was asked. Without an answer an alert is closed and a panel cancelled.
+/// Gives the test's answers and records the questions. Without an answer, an alert is closed and a panel cancelled.
 class FakeDialogs final : public Dialogs {
 public:
     int runAlert(const Alert& alert) override

@@ -20,7 +20,7 @@ QImage pictureOf(const CVPixelBuffer& pixels)
     return picture;
 }
 
-/// The picture before with the given rows of the one now.
+/// The previous picture with the given rows replaced by those of the current one.
 QImage updated(QImage before, const QImage& now, const std::vector<RowRange>& rows)
 {
     for (const RowRange& range : rows)
@@ -169,7 +169,7 @@ bool FakeMovie::accept(CMTime time, const CVPixelBuffer* pixels, const std::vect
             || pixels->pixelFormat != kCVPixelFormatType_32ARGB))
         return false;
     if (changed && changed->empty())
-        pixels = nullptr; // the same again
+        pixels = nullptr; // a repetition
     Append append{time, !pixels, {}, pixels && !changed ? pixels->height : 0};
     for (const RowRange& range : changed ? *changed : std::vector<RowRange>())
         append.rows += range.count;

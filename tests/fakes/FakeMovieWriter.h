@@ -13,43 +13,43 @@
 
 namespace lumavex {
 
-/// What a fake movie writer was given, and the strings a test pulls on it. Shared by the test and the writers that
-/// the factory makes; any thread.
+/// Records the input of a fake movie writer, and lets a test control it. Shared by the test and the writers of the
+/// factory; any thread.
 class FakeMovie {
 public:
     struct Append {
         CMTime time;
         bool repeated = false;
         QImage picture; ///< null for a repetition, and when pictures are not kept
-        int rows = 0;   ///< that were said to have changed; all of them when that was not said
+        int rows = 0;   ///< number of rows reported as changed; all rows without a report
     };
 
-    // Before the writer starts.
+    // To be called before the writer starts.
     void setStartError(const QString& error);
     void setKeepsPictures(bool keeps);
-    /// The input is not ready after this many appends, until makeReady. 0: it is always ready.
+    /// The input stops being ready after this many appends, until makeReady. 0: it is always ready.
     void setAppendsUntilFull(int appends);
     /// Finishing is not complete until letFinish.
     void holdFinish();
 
-    // While it writes.
-    void makeReady(); ///< the observer is called on the calling thread, which stands for one of the writer's
+    // To be called while it writes.
+    void makeReady(); ///< calls the observer on the calling thread, which represents a writer thread
     void letFinish();
-    void fail(const QString& error); ///< from now on frames are refused
+    void fail(const QString& error); ///< all later frames are refused
 
-    QString path() const; ///< of the newest writer
+    QString path() const; ///< path of the newest writer
     MovieWriterSettings settings() const;
-    std::vector<Append> appends() const; ///< accepted ones
+    std::vector<Append> appends() const; ///< accepted frames
     bool finishRequested() const;
-    CMTime end() const;     ///< as given to finishWriting
-    double seconds() const; ///< from the first frame to that end
+    CMTime end() const;     ///< argument of finishWriting
+    double seconds() const; ///< from the first frame to end()
 
-    // The writer's side.
+    // Called by the writer.
     QString start(const QString& path, const MovieWriterSettings& settings);
     bool isReady() const;
     void observe(std::function<void()> observer);
-    /// Null pixels for a repetition. Rows outside of `changed`, when it is given, are those accepted before, whatever
-    /// the pixels say.
+    /// Null pixels for a repetition. Rows outside `changed`, if given, keep their last accepted pixels, whatever the
+    /// new ones are.
     bool accept(CMTime time, const CVPixelBuffer* pixels, const std::vector<RowRange>* changed = nullptr);
     QString error() const;
     std::int64_t bytes() const; ///< one per accepted append
@@ -74,13 +74,13 @@ private:
     bool started_ = false;
     CMTime end_;
     std::vector<Append> appends_;
-    QImage picture_; ///< accepted last
+    QImage picture_; ///< last accepted picture
 
-    std::mutex observerMutex_; ///< held while the observer runs
+    std::mutex observerMutex_; ///< locked while the observer runs
     std::function<void()> observer_;
 };
 
-/// A factory of writers that write nothing but tell `movie`.
+/// A factory of writers that write no file but report to `movie`.
 MovieWriterFactory fakeMovieWriters(std::shared_ptr<FakeMovie> movie);
 
 } // namespace lumavex

@@ -10,14 +10,14 @@
 
 namespace lumavex {
 
-/// A clock whose hands the test turns.
+/// A clock whose time the test sets.
 class FakeClock final : public Clock {
 public:
     Nanoseconds now() const override { return time; }
     Nanoseconds time{1'000'000'000};
 };
 
-/// A run loop that runs when the test says so.
+/// A run loop that runs only when the test advances it.
 class FakeRunLoop final : public RunLoop {
 public:
     explicit FakeRunLoop(FakeClock& clock) : clock_(clock) {}
@@ -39,21 +39,21 @@ public:
         while (queue_.runNext(timers, until, clock_.time)) {
         }
     }
-    /// For a while this clock goes no faster than the real one, so that real threads, which are waited for here, do not
-    /// seem to take long; then as fast as it can, for tests in which something hangs.
+    /// At first this clock runs no faster than the real one, so that waiting for real threads does not seem to take
+    /// long; later it runs as fast as possible, for tests in which a thread hangs.
     void runUntil(const std::function<bool()>& done) override
     {
         for (int turn = 0; !done(); ++turn) {
-            QCoreApplication::processEvents(); // what other threads report
+            QCoreApplication::processEvents(); // reports of other threads
             if (turn < kRealTurns && !done())
                 std::this_thread::sleep_for(kTurn);
             advance(kTurn);
         }
     }
-    void wake() override {} // runUntil asks all the time
+    void wake() override {} // runUntil polls anyway
     Nanoseconds now() const override { return clock_.time; }
 
-    /// Lets time pass, each timer firing at its deadline.
+    /// Lets time pass; each timer fires at its deadline.
     void advance(Nanoseconds span)
     {
         const Nanoseconds end = clock_.time + span;
@@ -63,7 +63,7 @@ public:
         }
         clock_.time = std::max(clock_.time, end);
     }
-    /// Lets time pass while the main thread is busy, then runs what was missed.
+    /// Lets time pass while the main thread is busy, then runs the overdue timers.
     void stall(Nanoseconds span)
     {
         clock_.time += span;

@@ -15,7 +15,7 @@ QRect boundsOf(const WindowDescription& description)
     return QRectF(description.x, description.y, description.width, description.height).toRect();
 }
 
-/// The smallest rectangle around the pixels that differ; all of `now` when the sizes do.
+/// The bounding rectangle of the pixels that differ; all of `now` when the sizes differ.
 QRect difference(const QImage& before, const QImage& now)
 {
     if (before.size() != now.size())
@@ -34,7 +34,7 @@ void FakeScreenGrabber::setScreen(const QImage& picture)
 {
     const QImage before = std::exchange(screen_, picture.convertToFormat(QImage::Format_RGB32));
     if (before.size() != screen_.size())
-        ++windowsSerial_; // the desktop is one of them
+        ++windowsSerial_; // the list includes the desktop
     noteChange(screenChanges_, before, screen_);
 }
 

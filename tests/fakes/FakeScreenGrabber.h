@@ -10,7 +10,7 @@
 
 namespace lumavex {
 
-/// A screen made of pictures that tests set, to the pixel. Main thread.
+/// A screen of pictures that tests set, exact to the pixel. Main thread.
 class FakeScreenGrabber final : public ScreenGrabber {
 public:
     struct Window {
@@ -20,20 +20,20 @@ public:
         bool showsContents = true;
     };
 
-    /// What the main display shows, its size included. `windows` are not drawn into it. Grabs tell the
-    /// smallest rectangle around the pixels that differ from what it showed before.
+    /// Sets the content and size of the main display. `windows` are not drawn into it. Grabs report the bounding
+    /// rectangle of the pixels that differ from the previous content.
     void setScreen(const QImage& picture);
-    /// Front to back, the desktop's background not among them.
+    /// Front to back, without the desktop's background.
     void setWindows(std::vector<Window> windows);
     /// The background behind all windows and its entry, the last one of windowDescriptions.
     void setDesktop(const QImage& picture);
     void setMouseLocation(const CGPoint& location) { mouseLocation_ = location; }
-    /// From now on every grab gives up for this reason; an empty one ends that.
+    /// All later grabs fail with this reason; an empty one ends that.
     void setTrouble(const QString& trouble) { trouble_ = trouble; }
     void setLimitation(const QString& limitation) { limitation_ = limitation; }
-    /// The outcome of the next grab without one, of either kind; further calls queue up.
+    /// The outcome of the next grab of either kind that has none yet; further calls queue up.
     void addOutcome(GrabOutcome outcome) { outcomes_.push_back(outcome); }
-    /// Called when a grab of either kind begins: it may let time pass, or change what the screen shows.
+    /// Called when a grab of either kind begins: may let time pass, or change the screen's content.
     void setWork(std::function<void()> work) { work_ = std::move(work); }
 
     int grabsOfMainDisplay() const { return grabsOfMainDisplay_; }
@@ -76,9 +76,9 @@ private:
     std::vector<std::vector<std::uint32_t>> grabsOfWindows_;
     std::uint64_t lastSerial_ = 0;
     std::uint64_t windowsSerial_ = 1;
-    ChangeHistory screenChanges_; ///< its latest is the screen's serial
+    ChangeHistory screenChanges_; ///< its latest number is the screen's serial
     QImage lastComposite_;
-    ChangeHistory compositeChanges_; ///< its latest is the composite's serial
+    ChangeHistory compositeChanges_; ///< its latest number is the composite's serial
 };
 
 } // namespace lumavex

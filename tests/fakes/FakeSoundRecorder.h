@@ -10,7 +10,7 @@
 
 namespace lumavex {
 
-/// What became of the recorders a test's factory made, in order. Main thread.
+/// State of the recorders that a test's factory made, in order. Main thread.
 struct FakeSound {
     struct Call {
         enum class Kind { Record, Pause, Stop };
@@ -21,18 +21,18 @@ struct FakeSound {
     struct Recording {
         QString path;
         std::vector<Call> calls;
-        Nanoseconds recorded{0}; ///< the sum of the recorded times: the length the file would have
+        Nanoseconds recorded{0}; ///< sum of the recorded times: the length that the file would have
         bool isRecording = false;
         bool isStopped = false;
-        SoundPeaks peaks;                    ///< what takePeaks takes
-        SoundRecorder::EventHandler onEvent; ///< call it to tell something; emptied with its recorder
+        SoundPeaks peaks;                    ///< result of takePeaks
+        SoundRecorder::EventHandler onEvent; ///< call it to report an event; cleared with its recorder
     };
 
     std::vector<std::shared_ptr<Recording>> recordings;
-    QString stopError; ///< what the next stops return
+    QString stopError; ///< result of the next stops
 };
 
-/// Makes recorders that write no file and hear nothing, and note what they are told in `sound`, which they share.
+/// Makes recorders that write no file and record no sound; they log their calls in `sound`, which they share.
 SoundRecorderFactory fakeSoundRecorderFactory(std::shared_ptr<FakeSound> sound);
 
 } // namespace lumavex

@@ -5,7 +5,7 @@
 
 namespace lumavex {
 
-/// A system with the input and the settings a test gives it.
+/// A system whose sound input and settings the test sets.
 class FakeSoundSettings final : public SoundSettings {
 public:
     std::optional<QString> nameOfInput() override { return name; }

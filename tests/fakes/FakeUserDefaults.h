@@ -8,7 +8,7 @@
 
 namespace lumavex {
 
-/// Preferences in memory that remember the order of writes.
+/// Preferences in memory that record the order of writes.
 class FakeUserDefaults final : public UserDefaults {
 public:
     std::optional<QString> stringForKey(const QString& key) const override
@@ -26,8 +26,8 @@ public:
 
     QMap<QString, QString> texts;
     QStringList written;
-    QString unread;   ///< what trouble returns
-    QString unstored; ///< what writeTrouble returns
+    QString unread;   ///< result of trouble
+    QString unstored; ///< result of writeTrouble
 };
 
 } // namespace lumavex

@@ -18,7 +18,7 @@ std::atomic<std::size_t> largestReallocation = std::numeric_limits<std::size_t>:
 
 extern "C" {
 
-// The names under which the GNU C library keeps its own allocator for who replaces it.
+// The names under which the GNU C library exports its own allocator for replacements.
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* block, std::size_t size);

@@ -6,16 +6,16 @@
 
 namespace lumavex {
 
-/// What all threads of this program have asked of the allocator, libraries included. Any thread.
+/// Allocator use of all threads of this program, including libraries. Any thread.
 struct MemoryUse {
-    std::int64_t requests = 0; ///< new blocks and changed sizes so far
+    std::int64_t requests = 0; ///< number of new blocks and size changes so far
     std::int64_t bytes = 0;    ///< in use
 };
 
-/// False in builds whose sanitizer has an allocator of its own: then nothing is counted, and nothing fails.
+/// False in builds whose sanitizer has its own allocator: then nothing is counted, and no call fails.
 bool allocatorIsCounting();
 MemoryUse memoryUse();
-/// From now on no block can be grown beyond `bytes`.
+/// After this call no block can be resized beyond `bytes`.
 void failReallocationsBeyond(std::size_t bytes);
 
 } // namespace lumavex

@@ -9,7 +9,7 @@
 
 namespace lumavex {
 
-/// Serves the events of the application until something is done; for code that needs no timers of the run loop.
+/// Serves the application's events until a condition is true; for code that needs no run loop timers.
 class EventRunLoop : public RunLoop {
 public:
     TimerId scheduleRepeating(TimerInterval, RunLoopMode, Callback) override { return unexpected(); }

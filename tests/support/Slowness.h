@@ -7,7 +7,7 @@
 
 namespace lumavex {
 
-/// By how much longer than usual a test waits for something, since a sanitizer slows the program down; 1 without one.
+/// Factor for the time-outs of tests under a sanitizer, which slows the program down; 1 without one.
 inline int slowness()
 {
     return std::max(1, qEnvironmentVariableIntValue("LUMAVEX_TEST_SLOWNESS"));

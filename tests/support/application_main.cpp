@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Of tests that need Qt's events; and its widgets, where these are linked.
+// main() of tests that need Qt's events, and of those that link its widgets.
 #ifdef QT_WIDGETS_LIB
 #include <QApplication>
 #else

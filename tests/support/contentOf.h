@@ -5,7 +5,7 @@
 
 namespace lumavex {
 
-/// A whole file; nothing when it cannot be read.
+/// The content of a whole file; empty when it cannot be read.
 inline QByteArray contentOf(const QString& path)
 {
     QFile file(path);
