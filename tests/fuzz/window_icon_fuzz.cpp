@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Icons that other programs' windows offer, after the size that is wanted.
+// Reads the icons of other programs' windows; the first byte is the wanted size.
 #include "platform/x11/WindowLooks.h"
 #include "tests/fuzz/Fuzzing.h"
 
@@ -13,7 +13,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Input input(data, size);
     const int wanted = input.byte();
     std::vector<std::uint32_t> words(input.rest().size() / 4);
-    std::memcpy(words.data(), input.rest().data(), words.size() * 4);
+    if (!words.empty())
+        std::memcpy(words.data(), input.rest().data(), words.size() * 4);
     const QImage icon = iconOfWords(words, wanted);
     require(icon.isNull() || std::size_t(icon.width()) * std::size_t(icon.height()) + 2 <= words.size(),
             "an icon is made of pixels that are there");
