@@ -108,7 +108,7 @@ class KillingTest(EndToEndTest):
         (take,) = takes_of(movie)
         self.assertLess(abs(take.asynchrony()).max(), 0.053)
 
-        # What was completed once is not touched again.
+        # A completed recording is not touched again.
         before = (home.recovered_folder / stamp).stat()
         again.kill()
         third = self.start(Gui(home))

@@ -250,7 +250,7 @@ class Gui(Lumavex):
         """Middles of the toolbar's icons from left to right, relative to the window. The menu bar is the first band of
         writing in the window and the toolbar the second; icons are farther apart than the strokes of one."""
         pixels = screenshot(self.main).astype(int)[:, 2:-2]
-        # What differs from its row's usual colour is writing, disabled or not; a line or a shade across is none.
+        # Pixels that differ from their row's usual colour are writing, disabled or not; a line or a shade across is none.
         ink = abs(pixels - numpy.median(pixels, axis=1, keepdims=True)).max(axis=2) > 10
         bands = [band for band in runs(ink.any(axis=1), 3) if band[1] - band[0] > 8]
         if len(bands) < 2:
@@ -435,7 +435,7 @@ class Take:
 
     def __init__(self, frame_times, scene_times):
         self.frame_times, self.scene_times = frame_times, scene_times
-        # What a frame shows is up to a tick older than the frame.
+        # The contents of a frame are up to a tick older than the frame.
         self.offsets = frame_times - scene_times - SCENE_TICK / 2
         self.picture_offset = float(numpy.median(self.offsets))
         self.sound_offsets = []

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the end-to-end tests record: a small window that shows the time as a code of black and white squares, and
-// flashes white as a tone sounds.
+// The scene that the end-to-end tests record: a small window that shows the time as a code of black and white squares,
+// and flashes white as a tone sounds.
 //
 //     e2e_scene X Y silent|sounding [SECONDS]
 //

@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <span>
 
-/// What a fuzz target defines: takes any bytes in, answers 0, and ends the program where a promise is broken. The name
+/// Defined by each fuzz target: takes any bytes in, answers 0, and ends the program where a promise is broken. The name
 /// is libFuzzer's; its main function or that of replay.cpp calls it.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 

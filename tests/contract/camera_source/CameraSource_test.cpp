@@ -15,7 +15,7 @@ const QString kCamera = QStringLiteral("Desk camera");
 const QString kOther = QStringLiteral("Other camera");
 constexpr std::int64_t k640x480 = 5;
 
-/// What arrives of a camera.
+/// Records the frames and events of a camera.
 class Seen {
 public:
     CameraSource::FrameHandler handler()

@@ -37,7 +37,7 @@ inline void serveEventsFor(int milliseconds)
         QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
 }
 
-/// Where the suite plugs cameras in and out.
+/// An environment in which the suite plugs cameras in and out.
 class FakeCameraWorld {
 public:
     std::unique_ptr<CameraSource> makeSource()

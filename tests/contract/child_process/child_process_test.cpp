@@ -138,7 +138,7 @@ INSTANTIATE_TEST_SUITE_P(Implementations, ChildProcessContract,
                                          Kind{"Fake", makeFake}),
                          [](const auto& about) { return about.param.name; });
 
-/// What one run of a real program gave.
+/// Result of one run of a real program.
 struct RealRun {
     QByteArray out;
     qsizetype errBytes = 0;

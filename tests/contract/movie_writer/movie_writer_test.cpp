@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What every movie writer does, held against the fake and the real one.
+// Rules for every movie writer, checked on the fake and the real one.
 #include "movie/JpegMovieWriter.h"
 #include "tests/fakes/FakeMovieWriter.h"
 

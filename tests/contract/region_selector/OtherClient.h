@@ -39,7 +39,7 @@ public:
         return presses_;
     }
 
-    /// What the screen shows.
+    /// Picture of the screen.
     QImage screen() const
     {
         const QSize size = screenSize();

@@ -25,7 +25,7 @@ QRgb at(const Grab& grab, int x, int y)
     return grab.picture.pixel(x, y) | 0xff000000U;
 }
 
-/// Where pictures of the same size differ, whatever their fourth bytes hold.
+/// Area in which pictures of the same size differ, whatever their fourth bytes hold.
 QRect difference(const QImage& a, const QImage& b)
 {
     QRect found;

@@ -177,7 +177,7 @@ TEST_P(X11LeftOutWindows, OnlyWhatTheyMayCoverIsRedirected)
     EXPECT_TRUE(isRedirected(beneath));
     EXPECT_FALSE(isRedirected(far));
     EXPECT_FALSE(isRedirected(hiding)) << "it covers ours, so nothing is to be mended there";
-    // What was drawn while it was covered is there once it is not.
+    // Drawings made while it was covered appear once it is not.
     client.fill(beneath, {60, 60, 20, 20}, kGreen);
     EXPECT_EQ(colorAt(70, 70), kGreen);
     client.place(own, {150, 50, 100, 100});

@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <optional>
 
-// What windows do on a real X server while they are grabbed.
+// Behaviour of windows on a real X server while they are grabbed.
 
 namespace lumavex::test {
 namespace {

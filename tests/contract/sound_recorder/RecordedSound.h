@@ -9,7 +9,7 @@
 
 namespace lumavex {
 
-/// What a WAV file says and holds.
+/// Header and samples of a WAV file.
 struct RecordedSound {
     std::int64_t headerFrames = 0;     ///< by the header
     std::vector<std::int16_t> samples; ///< in the file, interleaved

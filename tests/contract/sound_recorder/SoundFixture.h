@@ -162,7 +162,7 @@ protected:
         FAIL() << "no server: " << server_.readAll().toStdString();
     }
 
-    /// What pactl prints; nothing when it fails.
+    /// Output of pactl; nothing when it fails.
     static QByteArray ask(const QStringList& command)
     {
         QProcess pactl;

@@ -21,11 +21,11 @@ protected:
         startServer(Devices::Sink);
     }
 
-    /// What a few milliseconds are on a busy machine. PipeWire tells a player a clock that runs away from the sound by
-    /// percents, so there the player does not know better than this when its sound is heard.
+    /// Tolerance for a few milliseconds on a busy machine. PipeWire tells a player a clock that runs away from the
+    /// sound by percents, so there the player does not know better than this when its sound is heard.
     double fewMs() const { return isPipeWire_ ? 200 : 20; }
 
-    /// Of the time from begin to end, with a little to spare at both.
+    /// Covers the time from begin to end, with a little to spare at both.
     bool isSilentBetween(const RecordedSound& sound, Nanoseconds from, Nanoseconds begin, Nanoseconds end) const
     {
         const Nanoseconds spare = isPipeWire_ ? 200ms : slowness() * 50ms; // what takes a device away is a process

@@ -7,7 +7,7 @@
 namespace lumavex {
 namespace {
 
-/// What a server says about its input; ALSA is left out, since the machine may have a card.
+/// A server's answers about its input; ALSA is left out, since the machine may have a card.
 using SoundSettingsTest = SoundServerTroubleTest;
 
 TEST_F(SoundSettingsTest, InputIsNamedInTheServersWordsWithItsMuteState)

@@ -9,7 +9,7 @@
 #include <chrono>
 #include <random>
 
-// What is told about changes on the way from the screen to the movie.
+// Changes that are reported on the way from the screen to the movie.
 
 namespace {
 

@@ -19,7 +19,7 @@ namespace {
 
 using Ticks = std::vector<std::int32_t>;
 
-/// What so many processors, the first of them busy, count in a while.
+/// Counters of these processors, the first of them busy, after a while.
 Ticks ticksOf(int processors, int busyOnes)
 {
     Ticks ticks;

@@ -226,7 +226,7 @@ TEST_F(SnapshotTest, EqualsTheFrameRecordedAtTheSameInstantPixelForPixel)
         last = recorded;
         loop->advance(1s); // the panel, cancelled
     }
-    // What repeats the frame before is in the picture all the same.
+    // A repeated frame is in the picture, too.
     take();
     EXPECT_TRUE(movie->appends().back().repeated);
     EXPECT_EQ(QImage(app->compose.s_Saved_Take_Picture).convertToFormat(last.format()), last);

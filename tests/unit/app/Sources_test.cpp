@@ -22,7 +22,7 @@ constexpr Control cameraControls[] = {&Window_Main::menuCameraAlone, &Window_Mai
 constexpr Control sourceControls[] = {&Window_Main::toolbarScreenOnly, &Window_Main::toolbarCameraOnly,
                                       &Window_Main::toolbarBothScreenAndCamera, &Window_Main::menuScreenAlone};
 
-/// What a command leads to: another source, or another capture type.
+/// Result of a command: another source, or another capture type.
 struct Command {
     Control control;
     const char* captureStates;

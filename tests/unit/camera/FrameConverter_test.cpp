@@ -201,7 +201,7 @@ TEST(FrameConverter, AJpegThatAsksForTooMuchIsGivenUp)
     EXPECT_TRUE(converter.convert(jpegFrame(scans), kNoControls).isNull()) << "minutes";
 
     QByteArray large = buffer.data();
-    // Of the SOF2 segment, height before width: 12288 each.
+    // The SOF2 segment, height before width: 12288 each.
     large.replace(large.indexOf("\xff\xc2") + 5, 4, "\x30\x00\x30\x00", 4);
     CameraFrame frame = jpegFrame(large);
     EXPECT_TRUE(converter.convert(frame, kNoControls).isNull()) << "gigabytes";

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What composing a frame takes of memory.
+// Memory that composing a frame takes.
 #include "compose/Compositor.h"
 #include "tests/support/CountingAllocator.h"
 

@@ -18,7 +18,7 @@ namespace {
 const QString kCamera = QStringLiteral("Camera");
 const QString kTrouble = QStringLiteral("It is not there.");
 
-/// Of the library that is loaded; the library's functions are plain ones.
+/// State of the loaded library; the library's functions are plain ones.
 FakeCameraSource* cameras = nullptr;
 std::shared_ptr<FakeSound> sound;
 

@@ -12,7 +12,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// What a stream that begins at 1000 s on the monotonic clock shows, in chunks of 10 ms.
+/// Times of a stream that begins at 1000 s on the monotonic clock, in chunks of 10 ms.
 struct Stream {
     Nanoseconds latency = 40ms;
     double ppm = 0;                 ///< by which the device is slow

@@ -37,7 +37,7 @@ protected:
         program.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
     }
 
-    /// What was started since the last call.
+    /// Programs started since the last call.
     std::string takeStarted()
     {
         QFile note(started());

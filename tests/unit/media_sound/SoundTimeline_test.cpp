@@ -169,7 +169,7 @@ TEST_F(SoundTimelineTest, DriftIsCorrectedFrameByFrame)
         EXPECT_EQ(frames(), 60 * kSoundRate) << ppm;
         EXPECT_EQ(silentFrames(0, frames()), 0) << ppm;
         EXPECT_LT(worstError(0, frames(), kStart), 10ms) << ppm;
-        // What it would be without corrections, give or take the error that is tolerated.
+        // The value without corrections, within the tolerated error.
         EXPECT_NEAR(static_cast<double>(timeline_.corrections()), std::abs(61 * kSoundRate * ppm * 1e-6), 10 * 44.1)
             << ppm;
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a movie takes of memory while it grows, and what happens when there is none.
+// Memory that a growing movie takes, and what happens when there is none.
 #include "tests/support/CountingAllocator.h"
 
 #include "movie/JpegMovieWriter.h"

@@ -110,7 +110,7 @@ protected:
         return completeRescued(recordings, tools, runLoop_);
     }
 
-    /// What cannot be completed stays and is named.
+    /// A recording that cannot be completed stays and is named.
     void expectKeptInTwo(const std::vector<RescueNote>& notes, const char* why) const
     {
         ASSERT_EQ(notes.size(), 2U);

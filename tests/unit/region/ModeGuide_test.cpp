@@ -18,7 +18,7 @@ using namespace lumavex;
 
 namespace {
 
-/// What the user does with the guide that is open.
+/// Action of the user in the open guide.
 using Deed = void (*)(QDialog& guide);
 
 void tick(QDialog& guide)

@@ -29,7 +29,7 @@ public:
     bool isEmpty() const override { return false; }
 };
 
-/// Whether everything the page says can be read: no label, button or tab is smaller than its text.
+/// True when all text of the page is legible: no label, button or tab is smaller than its text.
 void expectReadable(const QWidget& page, const std::string& when)
 {
     for (const QLabel* label : page.findChildren<QLabel*>()) {
