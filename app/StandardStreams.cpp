@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/StandardStreams.h"
 
-#include <QCoreApplication>
+#include "app/options/AppText.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -42,8 +42,8 @@ void StandardStreams::tell(const QString& line)
     const int missed = missed_.exchange(0);
     QString text = line + u'\n';
     if (missed > 0)
-        text.prepend(QCoreApplication::translate("StandardStreams", "lumavex: %1 lines are missing here, since nobody "
-                                                                    "read them.\n")
+        text.prepend(AppText::tr("lumavex: %1 lines are missing here, since nobody "
+                                 "read them.\n")
                          .arg(missed));
     if (!error_.add(text.toLocal8Bit().toStdString()))
         missed_ += missed + 1;

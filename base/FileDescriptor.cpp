@@ -7,14 +7,10 @@
 
 namespace lumavex {
 
-namespace {
-
 std::error_code lastError()
 {
     return {errno, std::generic_category()};
 }
-
-} // namespace
 
 FileDescriptor::~FileDescriptor()
 {

@@ -8,6 +8,9 @@
 
 namespace lumavex {
 
+/// The error that the last system call of this thread left in errno.
+std::error_code lastError();
+
 /// An open file descriptor, closed by the destructor. Errors are the system's own; interrupted calls are repeated. One
 /// thread at a time.
 class FileDescriptor {

@@ -16,12 +16,7 @@ namespace lumavex {
 
 namespace {
 
-constexpr std::size_t kMostBytes = 64 * 1024;
-
-std::error_code lastError()
-{
-    return {errno, std::generic_category()};
-}
+constexpr std::size_t kMostQueuedBytes = 64 * 1024;
 
 std::error_code writeAll(int file, std::string_view text)
 {
@@ -72,7 +67,7 @@ LineWriter::~LineWriter()
 bool LineWriter::add(std::string text, Room room)
 {
     const std::lock_guard lock(shared_->mutex);
-    if (room == Room::Bounded && shared_->bytes > kMostBytes)
+    if (room == Room::Bounded && shared_->bytes > kMostQueuedBytes)
         return false;
     shared_->bytes += text.size();
     shared_->waiting.push_back(std::move(text));

@@ -13,7 +13,7 @@ namespace lumavex {
 namespace {
 
 /// The largest file of that many pixels: uncompressed, with some room for headers and metadata.
-constexpr qint64 kMostBytes = kMostPicturePixels * 4 + (16 << 20);
+constexpr qint64 kMostFileBytes = kMostPicturePixels * 4 + (16 << 20);
 
 /// Leaves out other formats that Qt reads: a drawing may refer to other files, and each further decoder is one more
 /// that may be faulty.
@@ -29,7 +29,7 @@ QImage readPictureFile(const QString& path)
 {
     // Reading a pipe or a device might never end.
     const QFileInfo about(path);
-    if (!about.isFile() || about.size() > kMostBytes)
+    if (!about.isFile() || about.size() > kMostFileBytes)
         return {};
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))

@@ -24,10 +24,10 @@ std::error_code HybridMp4File::create(const std::string& path, const MovieTrack&
 {
     // Removes an old file instead of emptying it: the file would keep its mode, and a link would lead elsewhere.
     if (::unlink(path.c_str()) != 0 && errno != ENOENT)
-        return {errno, std::generic_category()};
+        return lastError();
     file_ = FileDescriptor(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!file_.isOpen())
-        return {errno, std::generic_category()};
+        return lastError();
 
     track_ = track;
     const GrowingHead head = growingHead(track);

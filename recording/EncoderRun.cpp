@@ -2,8 +2,8 @@
 #include "recording/EncoderRun.h"
 
 #include "recording/EncoderProgress.h"
+#include "recording/RecordingText.h"
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -15,10 +15,6 @@
 namespace lumavex {
 
 namespace {
-
-struct Text {
-    Q_DECLARE_TR_FUNCTIONS(EncoderRun)
-};
 
 /// The encoder reports its error last, so only the end of a long output is kept.
 constexpr qsizetype kKeptBytes = 4096;
@@ -99,7 +95,7 @@ QString runEncoder(const EncoderCall& call, EncoderState& state, const ChildProc
                    RunLoop& runLoop, const EncoderWatch& watch, QByteArray* standardOutput)
 {
     if (call.sffmpegPath.isEmpty())
-        return Text::tr("The encoder ffmpeg, which joins picture and sound, is not installed.");
+        return RecordingText::tr("The encoder ffmpeg, which joins picture and sound, is not installed.");
 
     QString failure;
     QByteArray standardError;
@@ -126,11 +122,11 @@ QString runEncoder(const EncoderCall& call, EncoderState& state, const ChildProc
 
     // A running encoder is killed when its handle is destroyed: it may no longer respond.
     if (!state.terminated)
-        return isCancelled() ? Text::tr("Joining was cancelled.")
-                             : Text::tr("The encoder did not get any further for %1 seconds and was ended.")
+        return isCancelled() ? RecordingText::tr("Joining was cancelled.")
+                             : RecordingText::tr("The encoder did not get any further for %1 seconds and was ended.")
                                    .arg(watch.patience.value_or(std::chrono::seconds(0)).count());
     if (failure.isEmpty() && !call.written.isEmpty() && QFileInfo(call.written).size() == 0)
-        failure = Text::tr("The encoder wrote no file.");
+        failure = RecordingText::tr("The encoder wrote no file.");
     if (failure.isEmpty())
         return {};
     const QString said = lastLines(standardError);
@@ -149,7 +145,7 @@ QString joinWithoutEvents(const EncoderJob& job)
     encoder.start(job.sffmpegPath, encoderArguments(job));
     if (encoder.waitForFinished(patience) && encoder.exitStatus() == QProcess::NormalExit && encoder.exitCode() == 0)
         return {};
-    return Text::tr("The encoder failed.");
+    return RecordingText::tr("The encoder failed.");
 }
 
 } // namespace lumavex

@@ -3,9 +3,9 @@
 
 #include "base/FileDescriptor.h"
 #include "recording/FileError.h"
+#include "recording/RecordingText.h"
 
 #include <QByteArray>
-#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 
@@ -21,10 +21,6 @@
 namespace lumavex {
 
 namespace {
-
-struct Text {
-    Q_DECLARE_TR_FUNCTIONS(FileMove)
-};
 
 constexpr std::size_t kChunk = std::size_t{1} << 20;
 
@@ -52,15 +48,15 @@ Paths pathsOf(const QString& source, const QString& destination)
 MoveResult failed(const Paths& paths, const QString& reason)
 {
     return {MoveOutcome::Failed,
-            Text::tr("“%1” could not be moved to “%2”: %3.").arg(paths.source, paths.destination, reason)};
+            RecordingText::tr("“%1” could not be moved to “%2”: %3.").arg(paths.source, paths.destination, reason)};
 }
 
 MoveResult failed(const Paths& paths, int error)
 {
     if (error == EEXIST)
-        return failed(paths, Text::tr("something of this name is there already"));
+        return failed(paths, RecordingText::tr("something of this name is there already"));
     if (error == EISDIR)
-        return failed(paths, Text::tr("a folder of this name is there already"));
+        return failed(paths, RecordingText::tr("a folder of this name is there already"));
     return failed(paths, reasonForFileError(error, paths.folder));
 }
 
@@ -144,7 +140,7 @@ MoveResult copyContent(const Paths& paths, int from, int to, std::int64_t total,
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)
-            return failed(paths, Text::tr("it cannot be read (%1)").arg(qt_error_string(errno)));
+            return failed(paths, RecordingText::tr("it cannot be read (%1)").arg(qt_error_string(errno)));
         if (count == 0)
             break;
         if (const int error = writeAll(to, chunk.data(), count))
@@ -154,7 +150,7 @@ MoveResult copyContent(const Paths& paths, int from, int to, std::int64_t total,
             return {MoveOutcome::Cancelled, {}};
     }
     if (done != total)
-        return failed(paths, Text::tr("it changed meanwhile"));
+        return failed(paths, RecordingText::tr("it changed meanwhile"));
     return {};
 }
 
@@ -163,7 +159,7 @@ MoveResult moveByCopy(const Paths& paths, ExistingDestination existing, const Mo
     const FileDescriptor source(::open(paths.sourceName.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
     struct stat about = {};
     if (!source.isOpen() || ::fstat(source.get(), &about) != 0)
-        return failed(paths, Text::tr("it cannot be read (%1)").arg(qt_error_string(errno)));
+        return failed(paths, RecordingText::tr("it cannot be read (%1)").arg(qt_error_string(errno)));
 
     TemporaryFile copy(paths.folderName);
     if (!copy.file.isOpen())
@@ -215,7 +211,8 @@ MoveResult moveOntoItself(const Paths& paths, ExistingDestination existing)
     if (existing == ExistingDestination::Keep)
         return failed(paths, EEXIST);
     if (::unlink(paths.sourceName.constData()) != 0)
-        return failed(paths, Text::tr("it cannot be removed from where it is (%1)").arg(qt_error_string(errno)));
+        return failed(paths,
+                      RecordingText::tr("it cannot be removed from where it is (%1)").arg(qt_error_string(errno)));
     return {};
 }
 
@@ -234,9 +231,9 @@ MoveResult moveFile(const QString& source, const QString& destination, ExistingD
     const Paths paths = pathsOf(source, destination);
     struct stat from = {};
     if (::lstat(paths.sourceName.constData(), &from) != 0)
-        return failed(paths, errno == ENOENT ? Text::tr("it is not there any more") : qt_error_string(errno));
+        return failed(paths, errno == ENOENT ? RecordingText::tr("it is not there any more") : qt_error_string(errno));
     if (!S_ISREG(from.st_mode))
-        return failed(paths, Text::tr("it is not a file"));
+        return failed(paths, RecordingText::tr("it is not a file"));
 
     struct stat folder = {};
     if (::stat(paths.folderName.constData(), &folder) != 0)

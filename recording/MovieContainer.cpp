@@ -1,17 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "recording/MovieContainer.h"
 
-#include <QCoreApplication>
+#include "recording/RecordingText.h"
+
 #include <QFile>
 #include <QFileInfo>
 
 namespace lumavex {
 
 namespace {
-
-struct Text {
-    Q_DECLARE_TR_FUNCTIONS(MovieContainer)
-};
 
 QStringList words(const char* text)
 {
@@ -65,8 +62,9 @@ QString copyIntoContainer(const ContainerJob& job, const ChildProcessFactory& cr
     EncoderState checking;
     if (QString problem = runEncoder(call, checking, createChildProcess, runLoop, reading, &copied); !problem.isEmpty())
         return problem;
-    return !recorded.isEmpty() && recorded == copied ? QString()
-                                                     : Text::tr("The file made of it does not hold what was recorded.");
+    return !recorded.isEmpty() && recorded == copied
+               ? QString()
+               : RecordingText::tr("The file made of it does not hold what was recorded.");
 }
 
 } // namespace lumavex

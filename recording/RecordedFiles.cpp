@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "recording/RecordedFiles.h"
 
-#include <QCoreApplication>
+#include "recording/RecordingText.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QtEndian>
@@ -13,10 +14,6 @@
 namespace lumavex {
 
 namespace {
-
-struct Text {
-    Q_DECLARE_TR_FUNCTIONS(RecordedFiles)
-};
 
 struct Box {
     QByteArray type;
@@ -144,10 +141,10 @@ QString repairSoundHeader(const QString& path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadWrite | QIODevice::Unbuffered | QIODevice::ExistingOnly))
-        return Text::tr("The sound file “%1” cannot be opened: %2.").arg(path, file.errorString());
+        return RecordingText::tr("The sound file “%1” cannot be opened: %2.").arg(path, file.errorString());
     const std::optional<SoundLayout> layout = readSoundLayout(file);
     if (!layout)
-        return Text::tr("The sound file “%1” has no readable header.").arg(path);
+        return RecordingText::tr("The sound file “%1” has no readable header.").arg(path);
 
     const std::int64_t held = file.size() - layout->dataAt;
     const std::int64_t data = held - held % layout->blockAlign;
@@ -157,7 +154,8 @@ QString repairSoundHeader(const QString& path)
         return {};
     if (!writeLength(file, layout->dataAt - 4, asHeaderLength(data))
         || !writeLength(file, 4, asHeaderLength(layout->dataAt - 8 + data)) || ::fsync(file.handle()) != 0)
-        return Text::tr("The header of the sound file “%1” cannot be repaired: %2.").arg(path, file.errorString());
+        return RecordingText::tr("The header of the sound file “%1” cannot be repaired: %2.")
+            .arg(path, file.errorString());
     return {};
 }
 

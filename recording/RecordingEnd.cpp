@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "recording/RecordingEnd.h"
 
-#include <QCoreApplication>
+#include "recording/RecordingText.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QObject>
@@ -13,10 +14,6 @@
 namespace lumavex {
 
 namespace {
-
-struct Text {
-    Q_DECLARE_TR_FUNCTIONS(RecordingEnd)
-};
 
 QString joined(const QString& first, const QString& second)
 {
@@ -103,7 +100,7 @@ RecordingOutcome RecordingEnd::saveMovie()
     SavePanel panel;
     panel.title = QStringLiteral("Select a folder to save the video file recorded");
     panel.nameField = QFileInfo(recording_.files.s_Video_File_Source).fileName();
-    panel.filter = Text::tr("Movies (*.mov)");
+    panel.filter = RecordingText::tr("Movies (*.mov)");
     panel.ending = QStringLiteral("mov");
     std::optional<RecordingOutcome> outcome;
     if (moveResult_.valid()) // started before the screen was lost, on a thread that needs no screen
@@ -120,7 +117,7 @@ MoveResult RecordingEnd::moveTo(const QString& wanted)
     moving_ = movie_;
     wanted_ = savedAs_ = wanted;
     if (isInWorkingFolder(wanted, recording_.folders))
-        return {MoveOutcome::Failed, Text::tr("Lumavex empties this folder at every start.")};
+        return {MoveOutcome::Failed, RecordingText::tr("Lumavex empties this folder at every start.")};
     const bool otherKind = services().answers == EndServices::Answers::ByProgram && promisesAnotherKind(wanted);
     if (otherKind && services().convert) {
         moving_ = pathIn(recording_.folders.s_Video_Folder, QStringLiteral("finalvideo.") + QFileInfo(wanted).suffix());
@@ -179,13 +176,15 @@ std::optional<RecordingOutcome> RecordingEnd::judge(MoveResult moved)
         return missing.isEmpty() ? saved() : savedIncomplete(missing);
     }
     moveResult_ = {};
-    const QString why = moved.outcome == MoveOutcome::Cancelled ? Text::tr("Saving was cancelled.") : moved.error;
+    const QString why =
+        moved.outcome == MoveOutcome::Cancelled ? RecordingText::tr("Saving was cancelled.") : moved.error;
     const int answer = services().dialogs.runAlert(
-        {Text::tr("Error"),
-         Text::tr("The movie could not be saved there. %1 It is not lost: save it elsewhere or under another name, or "
-                  "close this and it is kept in %2.")
+        {RecordingText::tr("Error"),
+         RecordingText::tr(
+             "The movie could not be saved there. %1 It is not lost: save it elsewhere or under another name, or "
+             "close this and it is kept in %2.")
              .arg(why, recording_.folders.s_Recovered_Folder),
-         {Text::tr("Save Elsewhere…"), Text::tr("Close")},
+         {RecordingText::tr("Save Elsewhere…"), RecordingText::tr("Close")},
          Alert::Reader::User});
     return answer == 0 ? std::nullopt : std::optional(keepWhole(why));
 }
@@ -193,15 +192,16 @@ std::optional<RecordingOutcome> RecordingEnd::judge(MoveResult moved)
 RecordingOutcome RecordingEnd::saved()
 {
     if (savedAs_ != wanted_)
-        problem_ = joined(problem_, Text::tr("Without the screen it could only be saved as %1.").arg(savedAs_));
+        problem_ =
+            joined(problem_, RecordingText::tr("Without the screen it could only be saved as %1.").arg(savedAs_));
     return {Ending::Saved, savedAs_, problem_};
 }
 
 RecordingOutcome RecordingEnd::savedIncomplete(const QString& missing)
 {
-    RecordingOutcome outcome{
-        Ending::SavedIncomplete, savedAs_,
-        Text::tr("The movie saved as %1 is not what was recorded. %2").arg(savedAs_, joined(missing, problem_))};
+    RecordingOutcome outcome{Ending::SavedIncomplete, savedAs_,
+                             RecordingText::tr("The movie saved as %1 is not what was recorded. %2")
+                                 .arg(savedAs_, joined(missing, problem_))};
     QString shown = savedAs_;
     // Without sound, the moved file is the whole recording.
     const EncoderJob& files = recording_.files;
@@ -244,14 +244,15 @@ RecordingOutcome RecordingEnd::keepApart()
     const EncoderJob& files = recording_.files;
     const RescuedRecording kept =
         putAside(files.s_Video_File_Source, files.s_Sound_File_Source, recording_.folders.s_Recovered_Folder);
-    problem_ = Text::tr("Sound and picture could not be joined. %1\n\n%2")
+    problem_ = RecordingText::tr("Sound and picture could not be joined. %1\n\n%2")
                    .arg(joined(joinProblem_, problem_), whereItIs(kept));
     // A picture moved out of the video folder would leave the sound behind, which the next start does not find alone.
     const bool inPlace = !kept.error.isEmpty();
-    QStringList buttons{Text::tr("Save Video Without Sound"), Text::tr("Close")};
+    QStringList buttons{RecordingText::tr("Save Video Without Sound"), RecordingText::tr("Close")};
     if (inPlace)
         buttons.removeFirst();
-    const int answer = services().dialogs.runAlert({Text::tr("Error"), problem_, buttons, Alert::Reader::User});
+    const int answer =
+        services().dialogs.runAlert({RecordingText::tr("Error"), problem_, buttons, Alert::Reader::User});
     QFile::remove(files.s_AV_File_Source); // left by a failed encoder
     const RecordingOutcome apart{inPlace ? Ending::KeptInPlace : Ending::KeptApart, kept.movie, problem_};
     if (inPlace || answer != 0)
@@ -277,7 +278,7 @@ void RecordingEnd::tidy(RecordingOutcome& outcome) const
         QFile::remove(file);
         if (!QFileInfo::exists(file))
             continue;
-        qWarning("%s", qUtf8Printable(Text::tr("%1 could not be removed.").arg(file)));
+        qWarning("%s", qUtf8Printable(RecordingText::tr("%1 could not be removed.").arg(file)));
         if (outcome.ending == Ending::Saved)
             outcome.ending = Ending::SavedUntidied;
     }
@@ -298,13 +299,13 @@ void RecordingEnd::tellSaved(const QString& path)
                                                     {QStringLiteral("Play Video File"), QStringLiteral("Close")},
                                                     Alert::Reader::User});
     if (answer == 0 && !services().dialogs.open(QUrl::fromLocalFile(path)))
-        services().showMessage(Text::tr("No application is installed that opens %1.").arg(path));
+        services().showMessage(RecordingText::tr("No application is installed that opens %1.").arg(path));
 }
 
 void RecordingEnd::tellKept(const QString& text, const QString& path)
 {
     const QString trouble =
-        tellWithFolder(services().dialogs, {Text::tr("Error"), text, {}, Alert::Reader::User}, path);
+        tellWithFolder(services().dialogs, {RecordingText::tr("Error"), text, {}, Alert::Reader::User}, path);
     if (!trouble.isEmpty())
         services().showMessage(trouble);
 }
@@ -312,10 +313,10 @@ void RecordingEnd::tellKept(const QString& text, const QString& path)
 QString tellWithFolder(Dialogs& dialogs, Alert alert, const QString& path)
 {
     const QString folder = QFileInfo(path).absolutePath();
-    alert.buttons = QStringList{Text::tr("Show in Folder"), Text::tr("Close")};
+    alert.buttons = QStringList{RecordingText::tr("Show in Folder"), RecordingText::tr("Close")};
     if (dialogs.runAlert(alert) != 0 || dialogs.open(QUrl::fromLocalFile(folder)))
         return {};
-    return Text::tr("No application is installed that shows folders. The folder is %1.").arg(folder);
+    return RecordingText::tr("No application is installed that shows folders. The folder is %1.").arg(folder);
 }
 
 } // namespace lumavex

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "recording/RecordingIncidents.h"
 
-#include <QCoreApplication>
+#include "recording/RecordingText.h"
+
 #include <QStringList>
 
 #include <algorithm>
@@ -12,22 +13,17 @@ namespace lumavex {
 
 namespace {
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("RecordingIncidents", text);
-}
-
 /// Formats as "1 h 2 min", "1 min 13 s" or "9 s".
 QString durationText(double seconds)
 {
     const auto whole = static_cast<std::int64_t>(std::max(1.0, std::round(seconds)));
     QStringList parts;
     if (whole >= 3600)
-        parts += tr("%1 h").arg(whole / 3600);
+        parts += RecordingText::tr("%1 h").arg(whole / 3600);
     if (whole / 60 % 60 > 0)
-        parts += tr("%1 min").arg(whole / 60 % 60);
+        parts += RecordingText::tr("%1 min").arg(whole / 60 % 60);
     if (whole < 3600 && whole % 60 > 0)
-        parts += tr("%1 s").arg(whole % 60);
+        parts += RecordingText::tr("%1 s").arg(whole % 60);
     return parts.join(u' ');
 }
 
@@ -77,15 +73,16 @@ QString RecordingIncidents::summaryOf(Kind kind, double length) const
     double total = 0;
     for (const Gap& gap : gaps)
         total += gap.end - gap.begin;
-    const QString what = kind == Kind::SoundLost    ? tr("%1 without sound")
-                         : kind == Kind::Silence    ? tr("Nothing heard for %1")
-                         : kind == Kind::CameraGone ? tr("Camera gone for %1")
-                                                    : tr("Region outside the screen, and black, for %1");
+    const QString what = kind == Kind::SoundLost    ? RecordingText::tr("%1 without sound")
+                         : kind == Kind::Silence    ? RecordingText::tr("Nothing heard for %1")
+                         : kind == Kind::CameraGone ? RecordingText::tr("Camera gone for %1")
+                                                    : RecordingText::tr("Region outside the screen, and black, for %1");
     const QString from = timeText(gaps.front().begin);
-    const QString where = gaps.size() > 1       ? tr("in %1 gaps, the first from %2 on").arg(gaps.size()).arg(from)
-                          : !toTheEnd           ? tr("from %1 on").arg(from)
-                          : from == timeText(0) ? tr("from the beginning to the end")
-                                                : tr("from %1 to the end").arg(from);
+    const QString where = gaps.size() > 1
+                              ? RecordingText::tr("in %1 gaps, the first from %2 on").arg(gaps.size()).arg(from)
+                          : !toTheEnd           ? RecordingText::tr("from %1 on").arg(from)
+                          : from == timeText(0) ? RecordingText::tr("from the beginning to the end")
+                                                : RecordingText::tr("from %1 to the end").arg(from);
     return what.arg(durationText(total)) + u' ' + where + u'.';
 }
 

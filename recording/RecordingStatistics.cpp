@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "recording/RecordingStatistics.h"
 
-#include <QCoreApplication>
+#include "recording/RecordingText.h"
+
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -109,8 +110,7 @@ QString StatisticsFile::append(const RecordingStatistics& now, Line line)
 
 QString StatisticsFile::problem(int error) const
 {
-    return QCoreApplication::translate("RecordingStatistics", "The statistics cannot be written to %1: %2.")
-        .arg(path_, qt_error_string(error));
+    return RecordingText::tr("The statistics cannot be written to %1: %2.").arg(path_, qt_error_string(error));
 }
 
 } // namespace lumavex

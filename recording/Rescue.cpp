@@ -3,11 +3,11 @@
 
 #include "recording/FileMove.h"
 #include "recording/RecordedFiles.h"
+#include "recording/RecordingText.h"
 #include "recording/SavedMovie.h"
 #include "recording/WorkerRun.h"
 #include "recording/WorkingFolders.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -16,10 +16,6 @@
 namespace lumavex {
 
 namespace {
-
-struct Text {
-    Q_DECLARE_TR_FUNCTIONS(Rescue)
-};
 
 constexpr QLatin1StringView kMarkSuffix{".pending"};
 constexpr qint64 kMostAttempts = 2;
@@ -152,7 +148,7 @@ QString joinInPlace(const RescuedRecording& recording, const RescueTools& tools,
 void noteSound(const RescuedRecording& recording, std::vector<RescueNote>& notes)
 {
     if (!recording.sound.isEmpty())
-        notes.push_back({recording.sound, Text::tr("This is its sound.")});
+        notes.push_back({recording.sound, RecordingText::tr("This is its sound.")});
 }
 
 void completeOne(const RescuedRecording& recording, const RescueTools& tools, RunLoop& runLoop,
@@ -160,7 +156,7 @@ void completeOne(const RescuedRecording& recording, const RescueTools& tools, Ru
 {
     const auto note = [&](const QString& whatHappened) { notes.push_back({recording.movie, whatHappened}); };
     if (!beginsAttempt(recording.movie)) {
-        note(Text::tr("It could not be completed and is as it was left."));
+        note(RecordingText::tr("It could not be completed and is as it was left."));
         noteSound(recording, notes);
         return;
     }
@@ -178,24 +174,24 @@ void completeOne(const RescuedRecording& recording, const RescueTools& tools, Ru
     if (complete) {
         if (!recording.sound.isEmpty())
             QFile::remove(recording.sound);
-        note(Text::tr("The recording was completed."));
+        note(RecordingText::tr("The recording was completed."));
         return;
     }
     if (!repairError.isEmpty()) {
-        note(Text::tr("The recording could not be completed: %1").arg(repairError));
+        note(RecordingText::tr("The recording could not be completed: %1").arg(repairError));
         noteSound(recording, notes);
         return;
     }
     if (recording.sound.isEmpty()) {
-        note(Text::tr("The recording was completed."));
+        note(RecordingText::tr("The recording was completed."));
         return;
     }
     const QString joinError = soundError.isEmpty() ? joinInPlace(recording, tools, runLoop) : soundError;
     if (joinError.isEmpty()) {
-        note(Text::tr("The recording was completed, with its sound."));
+        note(RecordingText::tr("The recording was completed, with its sound."));
         return;
     }
-    note(Text::tr("The picture was completed, but the sound could not be joined to it: %1").arg(joinError));
+    note(RecordingText::tr("The picture was completed, but the sound could not be joined to it: %1").arg(joinError));
     noteSound(recording, notes);
 }
 
@@ -291,9 +287,10 @@ void forgetRescued(const std::vector<RescuedRecording>& recordings)
 
 QString whereItIs(const RescuedRecording& kept)
 {
-    const QString files = kept.sound.isEmpty()
-                              ? Text::tr("The recording was kept as %1.").arg(kept.movie)
-                              : Text::tr("Picture and sound were kept as %1 and %2.").arg(kept.movie, kept.sound);
+    const QString files =
+        kept.sound.isEmpty()
+            ? RecordingText::tr("The recording was kept as %1.").arg(kept.movie)
+            : RecordingText::tr("Picture and sound were kept as %1 and %2.").arg(kept.movie, kept.sound);
     return (kept.error + u' ' + files).trimmed();
 }
 
@@ -301,7 +298,7 @@ QString rescueMessage(const std::vector<RescueNote>& notes)
 {
     if (notes.empty())
         return {};
-    QStringList parts{Text::tr("Lumavex was closed while it was recording. This is what could be saved:")};
+    QStringList parts{RecordingText::tr("Lumavex was closed while it was recording. This is what could be saved:")};
     for (const RescueNote& note : notes)
         parts.append(note.path + u'\n' + note.whatHappened);
     return parts.join(QStringLiteral("\n\n"));

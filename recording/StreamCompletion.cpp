@@ -2,22 +2,13 @@
 #include "recording/StreamCompletion.h"
 
 #include "recording/RecordedFiles.h"
-
-#include <QCoreApplication>
+#include "recording/RecordingText.h"
 
 #include <chrono>
 #include <cmath>
 #include <memory>
 
 namespace lumavex {
-
-namespace {
-
-struct Text {
-    Q_DECLARE_TR_FUNCTIONS(StreamCompletion)
-};
-
-} // namespace
 
 void StreamCompletion::begin(WriterReadiness& readiness, Nanoseconds heardUntil,
                              const std::function<void(float percentage)>& progress)
@@ -64,14 +55,14 @@ QString StreamCompletion::problem() const
 QString StreamCompletion::difference(const RecordedLengths& lengths) const
 {
     if (lengths.frames != streams_.frames)
-        return Text::tr("Of %1 frames %2 are in the movie.").arg(streams_.frames).arg(lengths.frames);
+        return RecordingText::tr("Of %1 frames %2 are in the movie.").arg(streams_.frames).arg(lengths.frames);
     // In seconds. Missing sound is replaced by silence, so the lengths differ only by the last frame, which lasts its
     // full time whenever Stop is pressed: a second at one frame per second.
     const double tolerance = 1 + 1.0 / streams_.framesPerSecond;
     const double picture = lengths.pictureSeconds.value_or(0);
     const double apart = std::abs(lengths.soundSeconds.value_or(picture) - picture);
     return apart < tolerance ? QString()
-                             : Text::tr("Sound and picture differ in length by %1 s.").arg(apart, 0, 'f', 1);
+                             : RecordingText::tr("Sound and picture differ in length by %1 s.").arg(apart, 0, 'f', 1);
 }
 
 } // namespace lumavex

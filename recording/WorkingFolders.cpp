@@ -3,8 +3,8 @@
 
 #include "base/FileDescriptor.h"
 #include "recording/FileError.h"
+#include "recording/RecordingText.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -22,10 +22,6 @@
 namespace lumavex {
 
 namespace {
-
-struct Text {
-    Q_DECLARE_TR_FUNCTIONS(WorkingFolders)
-};
 
 struct CloseFolder {
     void operator()(DIR* folder) const { ::closedir(folder); }
@@ -139,14 +135,14 @@ FolderCreation createFolder(const QString& path, QString& error)
     if (QFileInfo::exists(path)) {
         if (makePrivate(path))
             return FolderCreation::Existed;
-        error = Text::tr("The folder “%1” belongs to another user.").arg(path);
+        error = RecordingText::tr("The folder “%1” belongs to another user.").arg(path);
         return FolderCreation::Failed;
     }
     const QString absolute = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
     const int failure = makeFolders(absolute);
     if (failure == 0)
         return FolderCreation::Created;
-    error = Text::tr("The folder “%1” could not be made: %2.")
+    error = RecordingText::tr("The folder “%1” could not be made: %2.")
                 .arg(path, reasonForFileError(failure, QFileInfo(absolute).absolutePath()));
     return FolderCreation::Failed;
 }

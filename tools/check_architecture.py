@@ -23,7 +23,7 @@ MAY_INCLUDE = {
     "app": ("platform", "base") + MIDDLE,
     "packaging": (),
     "media": BACKENDS[-3:],
-    "media/gstreamer": ("base",),
+    "media/gstreamer": ("platform", "base"),
 }
 MAY_INCLUDE["media/camera"] += ("media/gstreamer",)
 MAY_INCLUDE["media/sound"] += ("media/gstreamer",)

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/options/CommandLine.h"
 
+#include "app/options/AppText.h"
 #include "app/options/LaunchOptionRules.h"
 #include "app/options/OptionValues.h"
 #include "base/CameraModes.h"
 #include "capture/CaptureState.h"
 
 #include <QCommandLineParser>
-#include <QCoreApplication>
 #include <QFileInfo>
 #include <QRegularExpression>
 
@@ -16,11 +16,6 @@
 namespace lumavex {
 
 namespace {
-
-QString translated(const char* text)
-{
-    return QCoreApplication::translate("CommandLine", text);
-}
 
 /// Reads the option's value into the options; returns the error, or an empty text.
 using Apply = QString (*)(const QString& value, LaunchOptions& options);
@@ -39,7 +34,7 @@ QString applyRecord(const QString& value, LaunchOptions& options)
     bool isNumber = false;
     const double seconds = value.toDouble(&isNumber);
     if (!isNumber || !std::isfinite(seconds) || seconds <= 0 || seconds > 1e6)
-        return translated("must be a number of seconds above 0, like 10 or 2.5");
+        return AppText::tr("must be a number of seconds above 0, like 10 or 2.5");
     options.recordSeconds = seconds;
     return {};
 }
@@ -49,7 +44,7 @@ QString applyRate(const QString& value, LaunchOptions& options)
     bool isNumber = false;
     const int rate = value.toInt(&isNumber);
     if (!isNumber || rate < 1 || rate > 240)
-        return translated("must be a whole number of frames a second from 1 to 240");
+        return AppText::tr("must be a whole number of frames a second from 1 to 240");
     options.framesPerSecond = rate;
     return {};
 }
@@ -62,7 +57,7 @@ QString applySize(const QString& value, LaunchOptions& options)
     }
     const CGSize size = sizeOf(value).value_or(CGSize{});
     if (size.width < 16 || size.height < 16 || size.width > 16384 || size.height > 16384)
-        return translated("must be \"screen\" or a size from 16x16 to 16384x16384, like 1280x720");
+        return AppText::tr("must be \"screen\" or a size from 16x16 to 16384x16384, like 1280x720");
     options.size = size;
     return {};
 }
@@ -70,7 +65,7 @@ QString applySize(const QString& value, LaunchOptions& options)
 QString applySwitch(const QString& value, std::optional<bool>& target)
 {
     if (value != QLatin1String("yes") && value != QLatin1String("no"))
-        return translated("must be \"yes\" or \"no\"");
+        return AppText::tr("must be \"yes\" or \"no\"");
     target = value == QLatin1String("yes");
     return {};
 }
@@ -88,7 +83,7 @@ QString applyChoice(const QString& value, std::initializer_list<std::pair<const 
         }
         names.append(QLatin1String(name));
     }
-    return translated("must be one of %1").arg(names.join(QStringLiteral(", ")));
+    return AppText::tr("must be one of %1").arg(names.join(QStringLiteral(", ")));
 }
 
 /// Finds the value among the words of a choice outside the settings.
@@ -99,7 +94,7 @@ QString applyWord(const QString& value, const Choice<Value>& choice, std::option
     for (const char* word : choice.words)
         words.append(QLatin1String(word));
     if (!words.contains(value))
-        return translated("must be one of %1").arg(words.join(QStringLiteral(", ")));
+        return AppText::tr("must be one of %1").arg(words.join(QStringLiteral(", ")));
     target = static_cast<Value>(words.indexOf(value));
     return {};
 }
@@ -129,7 +124,7 @@ QString applyRegion(const QString& value, LaunchOptions& options)
     const LaunchOptions::Rectangle region{match.captured(1).toInt(), match.captured(2).toInt(),
                                           match.captured(3).toInt(), match.captured(4).toInt()};
     if (!match.hasMatch() || region.width < 1 || region.height < 1)
-        return translated("must be X,Y,W,H in pixels from the upper-left corner, like 100,50,640,480");
+        return AppText::tr("must be X,Y,W,H in pixels from the upper-left corner, like 100,50,640,480");
     options.region = region;
     return {};
 }
@@ -137,7 +132,7 @@ QString applyRegion(const QString& value, LaunchOptions& options)
 QString applyFollow(const QString& value, LaunchOptions& options)
 {
     options.follow = sizeOf(value);
-    return options.follow ? QString() : translated("must be a size like 640x480");
+    return options.follow ? QString() : AppText::tr("must be a size like 640x480");
 }
 
 QString applyCameraSize(const QString& value, LaunchOptions& options)
@@ -145,7 +140,7 @@ QString applyCameraSize(const QString& value, LaunchOptions& options)
     bool isNumber = false;
     const int code = value.toInt(&isNumber);
     if (!isNumber || !cameraPreset(code))
-        return translated("must be a code from 0 to 7 (see --list-sizes)");
+        return AppText::tr("must be a code from 0 to 7 (see --list-sizes)");
     options.cameraSize = code;
     return {};
 }
@@ -166,112 +161,111 @@ struct Option {
 
 // The only table of options: help, parsing and the manual page derive from it.
 const Option optionTable[] = {
-    {"record", "SECONDS", QT_TRANSLATE_NOOP("CommandLine", "Record this long without a user, save and end."),
-     applyRecord},
-    {"output", "FILE", QT_TRANSLATE_NOOP("CommandLine", "The movie (with --record): a .mov, .mkv or .avi file."),
+    {"record", "SECONDS", QT_TRANSLATE_NOOP("Lumavex", "Record this long without a user, save and end."), applyRecord},
+    {"output", "FILE", QT_TRANSLATE_NOOP("Lumavex", "The movie (with --record): a .mov, .mkv or .avi file."),
      [](const QString& value, LaunchOptions& options) { return readMoviePath(value, options.output); }},
-    {"snapshot", "FILE", QT_TRANSLATE_NOOP("CommandLine", "Save one picture (PNG) without a user and end."),
+    {"snapshot", "FILE", QT_TRANSLATE_NOOP("Lumavex", "Save one picture (PNG) without a user and end."),
      [](const QString& value, LaunchOptions& options) { return readPicturePath(value, options.snapshot); }},
-    {"fps", "N", QT_TRANSLATE_NOOP("CommandLine", "Frames a second."), applyRate},
-    {"size", "WxH|screen", QT_TRANSLATE_NOOP("CommandLine", "Size of the movie's frames."), applySize},
-    {"sound", "yes|no", QT_TRANSLATE_NOOP("CommandLine", "Record the system's current sound input."),
+    {"fps", "N", QT_TRANSLATE_NOOP("Lumavex", "Frames a second."), applyRate},
+    {"size", "WxH|screen", QT_TRANSLATE_NOOP("Lumavex", "Size of the movie's frames."), applySize},
+    {"sound", "yes|no", QT_TRANSLATE_NOOP("Lumavex", "Record the system's current sound input."),
      [](const QString& value, LaunchOptions& options) { return applySwitch(value, options.sound); }},
-    {"cursor", "yes|no", QT_TRANSLATE_NOOP("CommandLine", "Draw the mouse cursor."),
+    {"cursor", "yes|no", QT_TRANSLATE_NOOP("Lumavex", "Draw the mouse cursor."),
      [](const QString& value, LaunchOptions& options) { return applySwitch(value, options.cursor); }},
-    {"source", "SOURCE", QT_TRANSLATE_NOOP("CommandLine", "screen, camera, both or both-camera (camera large)."),
+    {"source", "SOURCE", QT_TRANSLATE_NOOP("Lumavex", "screen, camera, both or both-camera (camera large)."),
      applySource},
-    {"type", "TYPE", QT_TRANSLATE_NOOP("CommandLine", "Of the screen: entire, follow (the cursor), region or window."),
+    {"type", "TYPE", QT_TRANSLATE_NOOP("Lumavex", "Of the screen: entire, follow (the cursor), region or window."),
      applyType},
-    {"region", "X,Y,W,H", QT_TRANSLATE_NOOP("CommandLine", "The region, in pixels from the upper-left corner."),
+    {"region", "X,Y,W,H", QT_TRANSLATE_NOOP("Lumavex", "The region, in pixels from the upper-left corner."),
      applyRegion},
-    {"follow", "WxH", QT_TRANSLATE_NOOP("CommandLine", "Size of the rectangle that follows the cursor."), applyFollow},
-    {"window", "TEXT", QT_TRANSLATE_NOOP("CommandLine", "The window whose name in --list-windows contains TEXT."),
+    {"follow", "WxH", QT_TRANSLATE_NOOP("Lumavex", "Size of the rectangle that follows the cursor."), applyFollow},
+    {"window", "TEXT", QT_TRANSLATE_NOOP("Lumavex", "The window whose name in --list-windows contains TEXT."),
      [](const QString& value, LaunchOptions& options) {
          options.window = value;
-         return value.isEmpty() ? translated("must be part of a window's name") : QString();
+         return value.isEmpty() ? AppText::tr("must be part of a window's name") : QString();
      }},
     {"when-window-goes", "hold|others",
-     QT_TRANSLATE_NOOP("CommandLine", "Hold its last picture then, or show all other windows."),
+     QT_TRANSLATE_NOOP("Lumavex", "Hold its last picture then, or show all other windows."),
      [](const QString& value, LaunchOptions& options) {
          return applyWord(value, choices::whenWindowGoes, options.whenWindowGoes);
      }},
-    {"camera", "NAME", QT_TRANSLATE_NOOP("CommandLine", "The camera of this name."),
+    {"camera", "NAME", QT_TRANSLATE_NOOP("Lumavex", "The camera of this name."),
      [](const QString& value, LaunchOptions& options) {
          options.camera = value;
-         return value.isEmpty() ? translated("must be a camera's name") : QString();
+         return value.isEmpty() ? AppText::tr("must be a camera's name") : QString();
      }},
-    {"camera-size", "CODE", QT_TRANSLATE_NOOP("CommandLine", "The camera's resolution, a code of --list-sizes."),
+    {"camera-size", "CODE", QT_TRANSLATE_NOOP("Lumavex", "The camera's resolution, a code of --list-sizes."),
      applyCameraSize},
-    {"saturation", "N", QT_TRANSLATE_NOOP("CommandLine", "Of the camera's colours, 0 to 20; 10 changes nothing."),
+    {"saturation", "N", QT_TRANSLATE_NOOP("Lumavex", "Of the camera's colours, 0 to 20; 10 changes nothing."),
      [](const QString& value, LaunchOptions& options) { return readSaturation(value, options.saturation); }},
-    {"brightness", "N", QT_TRANSLATE_NOOP("CommandLine", "Of the camera's colours, -10 to 10; 0 changes nothing."),
+    {"brightness", "N", QT_TRANSLATE_NOOP("Lumavex", "Of the camera's colours, -10 to 10; 0 changes nothing."),
      [](const QString& value, LaunchOptions& options) { return readBrightness(value, options.brightness); }},
-    {"contrast", "N", QT_TRANSLATE_NOOP("CommandLine", "Of the camera's colours, 0 to 20; 10 changes nothing."),
+    {"contrast", "N", QT_TRANSLATE_NOOP("Lumavex", "Of the camera's colours, 0 to 20; 10 changes nothing."),
      [](const QString& value, LaunchOptions& options) { return readContrast(value, options.contrast); }},
-    {"secondary-position", "N", QT_TRANSLATE_NOOP("CommandLine", "Place of the small picture, 0 to 8 (see below)."),
+    {"secondary-position", "N", QT_TRANSLATE_NOOP("Lumavex", "Place of the small picture, 0 to 8 (see below)."),
      [](const QString& value, LaunchOptions& options) { return readPosition(value, options.secondaryPosition); }},
-    {"secondary-size", "N", QT_TRANSLATE_NOOP("CommandLine", "Size of the small picture, 0 to 4 (see below)."),
+    {"secondary-size", "N", QT_TRANSLATE_NOOP("Lumavex", "Size of the small picture, 0 to 4 (see below)."),
      [](const QString& value, LaunchOptions& options) { return readSecondarySize(value, options.secondarySize); }},
-    {"overlay", "FILE", QT_TRANSLATE_NOOP("CommandLine", "Draw this picture over everything."),
+    {"overlay", "FILE", QT_TRANSLATE_NOOP("Lumavex", "Draw this picture over everything."),
      [](const QString& value, LaunchOptions& options) {
          options.overlay = value;
-         return value.isEmpty() ? translated("must name a picture file") : QString();
+         return value.isEmpty() ? AppText::tr("must name a picture file") : QString();
      }},
-    {"overlay-position", "N", QT_TRANSLATE_NOOP("CommandLine", "Place of that picture, 0 to 8 (see below)."),
+    {"overlay-position", "N", QT_TRANSLATE_NOOP("Lumavex", "Place of that picture, 0 to 8 (see below)."),
      [](const QString& value, LaunchOptions& options) { return readPosition(value, options.overlayPosition); }},
-    {"overlay-size", "N", QT_TRANSLATE_NOOP("CommandLine", "Width of that picture in tens of pixels, 1 to 1638."),
+    {"overlay-size", "N", QT_TRANSLATE_NOOP("Lumavex", "Width of that picture in tens of pixels, 1 to 1638."),
      [](const QString& value, LaunchOptions& options) { return readOverlaySize(value, options.overlaySize); }},
-    {"hide-own-windows", nullptr, QT_TRANSLATE_NOOP("CommandLine", "Leave Lumavex's own windows out of the picture."),
+    {"hide-own-windows", nullptr, QT_TRANSLATE_NOOP("Lumavex", "Leave Lumavex's own windows out of the picture."),
      [](const QString&, LaunchOptions& options) {
          options.hideOwnWindows = true;
          return QString();
      }},
-    {"overwrite", nullptr, QT_TRANSLATE_NOOP("CommandLine", "Replace FILE if it exists."),
+    {"overwrite", nullptr, QT_TRANSLATE_NOOP("Lumavex", "Replace FILE if it exists."),
      [](const QString&, LaunchOptions& options) {
          options.existing = LaunchOptions::Existing::Overwrite;
          return QString();
      }},
-    {"ignore-load", nullptr, QT_TRANSLATE_NOOP("CommandLine", "Record on a busy machine too."),
+    {"ignore-load", nullptr, QT_TRANSLATE_NOOP("Lumavex", "Record on a busy machine too."),
      [](const QString&, LaunchOptions& options) {
          options.load = LaunchOptions::Load::Ignore;
          return QString();
      }},
-    {"stats", "FILE", QT_TRANSLATE_NOOP("CommandLine", "While recording, write a line of JSON figures a second."),
+    {"stats", "FILE", QT_TRANSLATE_NOOP("Lumavex", "While recording, write a line of JSON figures a second."),
      [](const QString& value, LaunchOptions& options) {
          options.stats = value;
-         return value.isEmpty() ? translated("must name a file") : QString();
+         return value.isEmpty() ? AppText::tr("must name a file") : QString();
      }},
-    {"list-cameras", nullptr, QT_TRANSLATE_NOOP("CommandLine", "Print the cameras' names and end."),
+    {"list-cameras", nullptr, QT_TRANSLATE_NOOP("Lumavex", "Print the cameras' names and end."),
      applyList<LaunchOptions::List::Cameras>},
-    {"list-windows", nullptr, QT_TRANSLATE_NOOP("CommandLine", "Print the windows' names, front to back, and end."),
+    {"list-windows", nullptr, QT_TRANSLATE_NOOP("Lumavex", "Print the windows' names, front to back, and end."),
      applyList<LaunchOptions::List::Windows>},
     {"list-sizes", nullptr,
-     QT_TRANSLATE_NOOP("CommandLine", "Print the frame sizes offered on this screen and the camera's, and end."),
+     QT_TRANSLATE_NOOP("Lumavex", "Print the frame sizes offered on this screen and the camera's, and end."),
      applyList<LaunchOptions::List::Sizes>},
 };
 
 QString helpText()
 {
-    QString text = translated("Usage: lumavex [OPTION]...\n"
-                              "Records the screen and a camera into a movie. Without options it opens its window.\n\n"
-                              "These hold for this run and are not stored:\n");
+    QString text = AppText::tr("Usage: lumavex [OPTION]...\n"
+                               "Records the screen and a camera into a movie. Without options it opens its window.\n\n"
+                               "These hold for this run and are not stored:\n");
     const auto line = [&text](const QString& left, const QString& help) {
         text += QStringLiteral("  %1 %2\n").arg(left, -22).arg(help);
     };
     for (const Option& option : optionTable) {
         const QString name = QStringLiteral("--") + QLatin1String(option.name);
-        line(option.value ? name + u' ' + QLatin1String(option.value) : name, translated(option.help));
+        line(option.value ? name + u' ' + QLatin1String(option.value) : name, AppText::tr(option.help));
     }
-    line(QStringLiteral("--help"), translated("Show this text and end."));
-    line(QStringLiteral("--version"), translated("Show the version and end."));
+    line(QStringLiteral("--help"), AppText::tr("Show this text and end."));
+    line(QStringLiteral("--version"), AppText::tr("Show the version and end."));
     return text
-           + translated("\nPlaces in the picture:\n"
-                        "  0 top left      1 top centre      2 top right\n"
-                        "  3 middle left   4 centre          5 middle right\n"
-                        "  6 bottom left   7 bottom centre   8 bottom right\n"
-                        "Sizes of the small picture, of the movie's width:\n"
-                        "  0 an eighth   1 a quarter   2 a third   3 a half   4 all of it\n")
-           + translated(
+           + AppText::tr("\nPlaces in the picture:\n"
+                         "  0 top left      1 top centre      2 top right\n"
+                         "  3 middle left   4 centre          5 middle right\n"
+                         "  6 bottom left   7 bottom centre   8 bottom right\n"
+                         "Sizes of the small picture, of the movie's width:\n"
+                         "  0 an eighth   1 a quarter   2 a third   3 a half   4 all of it\n")
+           + AppText::tr(
                "\nThe exit status is 0 when the movie or picture was saved (its path is printed), 1 when there is\n"
                "none, 2 when the options are wrong, 3 when the recording was kept, but not as asked: it ended\n"
                "early or lies elsewhere. SIGINT and SIGTERM end a recording early and save it.\n");
@@ -279,7 +273,7 @@ QString helpText()
 
 CommandLine mistake(const QString& what)
 {
-    return {{}, QStringLiteral("lumavex: ") + what + translated("\nTry \"lumavex --help\".\n"), 2};
+    return {{}, QStringLiteral("lumavex: ") + what + AppText::tr("\nTry \"lumavex --help\".\n"), 2};
 }
 
 /// Adds the usual extension to a name without one; returns a text to report.
@@ -290,7 +284,7 @@ QString completeOutput(QString& output)
         return {};
     const QString given = output;
     output += output.endsWith(u'.') ? QStringLiteral("mov") : QStringLiteral(".mov");
-    return translated("%1 has no ending; the movie is saved as %2.").arg(given, output);
+    return AppText::tr("%1 has no ending; the movie is saved as %2.").arg(given, output);
 }
 
 /// Applies the given values in the table's order; returns the first error, or an empty text.
@@ -324,7 +318,7 @@ CommandLine parseCommandLine(const QStringList& arguments)
     if (!understood)
         return mistake(parser.errorText());
     if (const QStringList stray = parser.positionalArguments(); !stray.isEmpty())
-        return mistake(translated("%1 is not an option.").arg(stray.first()));
+        return mistake(AppText::tr("%1 is not an option.").arg(stray.first()));
 
     CommandLine result;
     if (const QString problem = applyValues(parser, result.options); !problem.isEmpty())
@@ -340,13 +334,13 @@ QString outputProblem(const LaunchOptions& options)
     const QFileInfo output(options.file());
     const QFileInfo folder(output.absolutePath());
     if (output.isDir())
-        return translated("%1 is a folder; name a file in it.").arg(options.file());
+        return AppText::tr("%1 is a folder; name a file in it.").arg(options.file());
     if (!folder.isDir())
-        return translated("There is no folder %1 to save the file in.").arg(folder.filePath());
+        return AppText::tr("There is no folder %1 to save the file in.").arg(folder.filePath());
     if (!folder.isWritable())
-        return translated("The folder %1 cannot be written to.").arg(folder.filePath());
+        return AppText::tr("The folder %1 cannot be written to.").arg(folder.filePath());
     if (output.exists() && options.existing == LaunchOptions::Existing::Refuse)
-        return translated("%1 exists already; add --overwrite to replace it.").arg(options.file());
+        return AppText::tr("%1 exists already; add --overwrite to replace it.").arg(options.file());
     return {};
 }
 

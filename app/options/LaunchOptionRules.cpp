@@ -1,18 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/options/LaunchOptionRules.h"
 
+#include "app/options/AppText.h"
 #include "capture/CaptureState.h"
-
-#include <QCoreApplication>
 
 namespace lumavex {
 
 namespace {
-
-QString translated(const char* text)
-{
-    return QCoreApplication::translate("CommandLine", text);
-}
 
 /// An option of one capture type selects that type; options of two types contradict each other.
 QString completeType(LaunchOptions& options)
@@ -28,29 +22,29 @@ QString completeType(LaunchOptions& options)
         if (!hint.given)
             continue;
         if (options.captureType.value_or(hint.type) != hint.type)
-            return translated("%1 does not go with the capture type chosen.").arg(QLatin1String(hint.name));
+            return AppText::tr("%1 does not go with the capture type chosen.").arg(QLatin1String(hint.name));
         options.captureType = hint.type;
     }
     const QString goal = options.recordSeconds ? QStringLiteral("--record") : QStringLiteral("--snapshot");
     if (options.isUnattended() && options.captureType == Region && !options.region)
-        return translated("--type region needs --region X,Y,W,H with %1.").arg(goal);
+        return AppText::tr("--type region needs --region X,Y,W,H with %1.").arg(goal);
     if (options.isUnattended() && options.captureType == WindowExclusive && options.window.isEmpty())
-        return translated("--type window needs --window TEXT with %1.").arg(goal);
+        return AppText::tr("--type window needs --window TEXT with %1.").arg(goal);
     // In an attended run the user may choose a window later.
     const std::int64_t laterType = options.isUnattended() ? EntireScreen : WindowExclusive;
     if (options.whenWindowGoes && options.captureType.value_or(laterType) != WindowExclusive)
-        return translated("--when-window-goes is of use with --window TEXT.");
+        return AppText::tr("--when-window-goes is of use with --window TEXT.");
     return {};
 }
 
 QString checkFiles(const LaunchOptions& options)
 {
     if (options.recordSeconds && !options.snapshot.isEmpty())
-        return translated("--record and --snapshot do not go together; take the picture in a run of its own.");
+        return AppText::tr("--record and --snapshot do not go together; take the picture in a run of its own.");
     if (options.recordSeconds && options.output.isEmpty())
-        return translated("--record needs --output FILE.");
+        return AppText::tr("--record needs --output FILE.");
     if (!options.recordSeconds && !options.output.isEmpty())
-        return translated("--output is of use with --record only.");
+        return AppText::tr("--output is of use with --record only.");
     return {};
 }
 
@@ -60,9 +54,9 @@ QString checkPictures(const LaunchOptions& options)
     using Source = LaunchOptions::Source;
     const auto isSource = [&options](Source source) { return options.source == source; };
     const bool alone = isSource(Source::Screen) || isSource(Source::Camera);
-    const QString withOverlay = translated("%1 needs --overlay FILE.");
-    const QString withBoth = translated("%1 is of use with --source both or both-camera.");
-    const QString withCamera = translated("%1 is of use with a camera, not with --source screen.");
+    const QString withOverlay = AppText::tr("%1 needs --overlay FILE.");
+    const QString withBoth = AppText::tr("%1 is of use with --source both or both-camera.");
+    const QString withCamera = AppText::tr("%1 is of use with a camera, not with --source screen.");
     const struct {
         bool useless;
         const char* name;

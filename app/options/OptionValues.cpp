@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/options/OptionValues.h"
 
+#include "app/options/AppText.h"
 #include "recording/MovieContainer.h"
 
-#include <QCoreApplication>
 #include <QFileInfo>
 
 #include <cmath>
@@ -11,11 +11,6 @@
 namespace lumavex {
 
 namespace {
-
-QString translated(const char* text)
-{
-    return QCoreApplication::translate("CommandLine", text);
-}
 
 QString readWholeNumber(const QString& value, std::int64_t lowest, std::int64_t highest, const QString& problem,
                         std::optional<std::int64_t>& target)
@@ -33,7 +28,7 @@ QString readColour(const QString& value, float lowest, float highest, float neut
     bool isNumber = false;
     const float number = value.toFloat(&isNumber);
     if (!isNumber || !std::isfinite(number) || number < lowest || number > highest)
-        return translated("must be a number from %1 to %2; %3 changes nothing").arg(lowest).arg(highest).arg(neutral);
+        return AppText::tr("must be a number from %1 to %2; %3 changes nothing").arg(lowest).arg(highest).arg(neutral);
     target = number;
     return {};
 }
@@ -43,22 +38,23 @@ QString readColour(const QString& value, float lowest, float highest, float neut
 QString readPosition(const QString& value, std::optional<std::int64_t>& target)
 {
     return readWholeNumber(value, 0, 8,
-                           translated("must be a place from 0 to 8, row by row from the top left to the bottom right"),
+                           AppText::tr("must be a place from 0 to 8, row by row from the top left to the bottom right"),
                            target);
 }
 
 QString readSecondarySize(const QString& value, std::optional<std::int64_t>& target)
 {
-    return readWholeNumber(value, 0, 4,
-                           translated("must be a size from 0 to 4: an eighth, a quarter, a third, a half or all of the "
-                                      "movie's width"),
-                           target);
+    return readWholeNumber(
+        value, 0, 4,
+        AppText::tr("must be a size from 0 to 4: an eighth, a quarter, a third, a half or all of the "
+                    "movie's width"),
+        target);
 }
 
 QString readOverlaySize(const QString& value, std::optional<std::int64_t>& target)
 {
     return readWholeNumber(
-        value, 1, 1638, translated("must be a width from 1 to 1638, in tens of pixels: 30 makes 300 pixels"), target);
+        value, 1, 1638, AppText::tr("must be a width from 1 to 1638, in tens of pixels: 30 makes 300 pixels"), target);
 }
 
 QString readSaturation(const QString& value, std::optional<float>& target)
@@ -80,9 +76,9 @@ QString readMoviePath(const QString& value, QString& target)
 {
     const QFileInfo file(value);
     if (file.fileName().isEmpty())
-        return translated("must name a file");
+        return AppText::tr("must name a file");
     if (!file.suffix().isEmpty() && !containerOf(value) && !file.isDir())
-        return translated("must name a .mov, .mkv or .avi file; no other kind holds what is recorded as it is");
+        return AppText::tr("must name a .mov, .mkv or .avi file; no other kind holds what is recorded as it is");
     target = value;
     return {};
 }
@@ -91,9 +87,9 @@ QString readPicturePath(const QString& value, QString& target)
 {
     const QFileInfo file(value);
     if (file.fileName().isEmpty())
-        return translated("must name a file");
+        return AppText::tr("must name a file");
     if (!file.suffix().isEmpty() && file.suffix().compare(QLatin1String("png"), Qt::CaseInsensitive) != 0)
-        return translated("must name a .png file, the one kind of picture that is written");
+        return AppText::tr("must name a .png file, the one kind of picture that is written");
     target = value;
     return {};
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "media/camera/GstCameraPipeline.h"
 
-#include <QCoreApplication>
+#include "platform/PlatformText.h"
 
 #include <gst/app/gstappsink.h>
 #include <gst/video/video.h>
@@ -143,7 +143,7 @@ QString GstCameraPipeline::waitUntilRunning(Time deadline)
     std::unique_lock lock(mutex_);
     changed_.wait_until(lock, deadline, [this] { return phase_ == Phase::Delivering || phase_ == Phase::Failed; });
     if (phase_ == Phase::Opening)
-        return cannotStart(QCoreApplication::translate("GstCamera", "it does not answer"));
+        return cannotStart(PlatformText::tr("it does not answer"));
     return trouble_;
 }
 
@@ -206,7 +206,7 @@ bool GstCameraPipeline::build()
     }
     sink_ = elements.back();
     if (!linked)
-        fail(cannotStart(QCoreApplication::translate("GstCamera", "a part of GStreamer is not installed")));
+        fail(cannotStart(PlatformText::tr("a part of GStreamer is not installed")));
     return linked;
 }
 
@@ -214,7 +214,7 @@ bool GstCameraPipeline::play()
 {
     if (gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING) == GST_STATE_CHANGE_FAILURE) {
         if (!hasFailed())
-            fail(cannotStart(QCoreApplication::translate("GstCamera", "it cannot be opened")));
+            fail(cannotStart(PlatformText::tr("it cannot be opened")));
         return false;
     }
     const std::lock_guard lock(mutex_);
@@ -231,8 +231,7 @@ void GstCameraPipeline::pullFrames()
         const auto now = steady_clock::now();
         if (!sample) {
             if (now - latest > (delivering ? kSilence : kFirstFrame))
-                return fail(
-                    QCoreApplication::translate("GstCamera", "The camera %1 sends no pictures.").arg(job_.name));
+                return fail(PlatformText::tr("The camera %1 sends no pictures.").arg(job_.name));
             continue;
         }
         latest = now;
@@ -294,21 +293,21 @@ void GstCameraPipeline::fail(const QString& reason)
 QString GstCameraPipeline::reasonOf(GstMessage* message) const
 {
     if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS)
-        return QCoreApplication::translate("GstCamera", "The camera %1 has stopped.").arg(job_.name);
+        return PlatformText::tr("The camera %1 has stopped.").arg(job_.name);
     GError* error = nullptr;
     gst_message_parse_error(message, &error, nullptr);
     const std::unique_ptr<GError, decltype(&g_error_free)> owned(error, g_error_free);
     if (g_error_matches(error, GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_BUSY))
-        return QCoreApplication::translate("GstCamera", "The camera %1 is in use by another program.").arg(job_.name);
+        return PlatformText::tr("The camera %1 is in use by another program.").arg(job_.name);
     if (g_error_matches(error, GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_NOT_AUTHORIZED)
         || g_error_matches(error, GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_OPEN_READ_WRITE))
-        return QCoreApplication::translate("GstCamera", "You are not allowed to use the camera %1.").arg(job_.name);
+        return PlatformText::tr("You are not allowed to use the camera %1.").arg(job_.name);
     return cannotStart(QString::fromUtf8(error->message));
 }
 
 QString GstCameraPipeline::cannotStart(const QString& why) const
 {
-    return QCoreApplication::translate("GstCamera", "The camera %1 could not be started: %2.").arg(job_.name, why);
+    return PlatformText::tr("The camera %1 could not be started: %2.").arg(job_.name, why);
 }
 
 } // namespace lumavex

@@ -4,8 +4,8 @@
 #include "media/camera/GstCameraList.h"
 #include "media/camera/GstCameraPipeline.h"
 #include "media/gstreamer/GstInit.h"
+#include "platform/PlatformText.h"
 
-#include <QCoreApplication>
 #include <QTimer>
 
 #include <algorithm>
@@ -26,12 +26,12 @@ constexpr std::chrono::seconds kAttempt{4};
 
 QString missing(const QString& name)
 {
-    return QCoreApplication::translate("GstCamera", "There is no camera named %1.").arg(name);
+    return PlatformText::tr("There is no camera named %1.").arg(name);
 }
 
 QString noSuchResolution(const QString& name)
 {
-    return QCoreApplication::translate("GstCamera", "The camera %1 does not offer this resolution.").arg(name);
+    return PlatformText::tr("The camera %1 does not offer this resolution.").arg(name);
 }
 
 class GstCameraSource final : public CameraSource {
@@ -135,9 +135,7 @@ QString GstCameraSource::find(const CameraRequest& request, Camera& found)
     if (QString trouble = initGStreamer(); !trouble.isEmpty())
         return trouble;
     if (!cameraPreset(request.preset))
-        return QCoreApplication::translate("GstCamera", "The camera %1 has no resolution number %2.")
-            .arg(request.name)
-            .arg(request.preset);
+        return PlatformText::tr("The camera %1 has no resolution number %2.").arg(request.name).arg(request.preset);
     const std::vector<Camera> present = cameras();
     const auto camera = std::find_if(present.begin(), present.end(),
                                      [&request](const Camera& each) { return each.name == request.name; });

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "media/gstreamer/GstInit.h"
 
-#include <QCoreApplication>
+#include "platform/PlatformText.h"
 
 #include <gst/gst.h>
 
@@ -15,7 +15,7 @@ QString initGStreamer()
             return QString();
         const QString reason = error ? QString::fromUtf8(error->message) : QString();
         g_clear_error(&error);
-        return QCoreApplication::translate("GStreamer", "GStreamer could not be started: %1").arg(reason);
+        return PlatformText::tr("GStreamer could not be started: %1").arg(reason);
     }();
     return trouble;
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "media/loader/MediaLibrary.h"
 
+#include "platform/PlatformText.h"
+
 #include <QCoreApplication>
 #include <QFile>
 
@@ -26,10 +28,9 @@ QString path()
 
 MediaLibrary refused(const QString& reason)
 {
-    return {nullptr,
-            QCoreApplication::translate("MediaLibrary", "Lumavex is not installed completely, so there is neither "
-                                                        "camera nor sound. Install it again. (%1)")
-                .arg(reason)};
+    return {nullptr, PlatformText::tr("Lumavex is not installed completely, so there is neither "
+                                      "camera nor sound. Install it again. (%1)")
+                         .arg(reason)};
 }
 
 } // namespace
@@ -42,7 +43,7 @@ MediaLibrary loadMediaLibrary(const QString& path)
         return refused(QString::fromLocal8Bit(dlerror()));
     const auto* const backends = static_cast<const MediaBackends*>(symbol);
     if (std::string_view(backends->stamp) != LUMAVEX_INTERFACE_STAMP)
-        return refused(QCoreApplication::translate("MediaLibrary", "%1 is of another version").arg(path));
+        return refused(PlatformText::tr("%1 is of another version").arg(path));
     return {backends, {}};
 }
 

@@ -13,7 +13,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr Nanoseconds kPatience = 300ms;
+constexpr Nanoseconds kServerPatience = 300ms;
 
 struct DesktopProgram {
     const char* desktop;
@@ -57,7 +57,7 @@ QList<QStringList> soundSettingsPrograms(const QString& desktops)
 
 std::optional<QString> DesktopSoundSettings::nameOfInput()
 {
-    if (auto input = askSoundServer(kPatience))
+    if (auto input = askSoundServer(kServerPatience))
         return std::move(input->name);
     return firstAlsaInput();
 }

@@ -4,8 +4,8 @@
 #include "media/sound/SoundFileWriter.h"
 #include "media/sound/SoundInput.h"
 #include "media/sound/SoundLevel.h"
+#include "platform/PlatformText.h"
 
-#include <QCoreApplication>
 #include <QObject>
 #include <QTimer>
 
@@ -33,9 +33,8 @@ public:
           writer_(path, [this](const QString& reason) { post([this, reason] { loseFile(reason); }); })
     {
         opening_.setSingleShot(true);
-        QObject::connect(&opening_, &QTimer::timeout, &opening_, [this] {
-            loseSound(QCoreApplication::translate("SoundRecorder", "The sound server does not answer."));
-        });
+        QObject::connect(&opening_, &QTimer::timeout, &opening_,
+                         [this] { loseSound(PlatformText::tr("The sound server does not answer.")); });
     }
 
     void record(Nanoseconds from) override

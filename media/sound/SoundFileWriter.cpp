@@ -14,11 +14,6 @@ constexpr Nanoseconds kWaitForLastSound = 500ms;
 constexpr Nanoseconds kBetweenTries = 50ms;
 constexpr int kTriesOnAFullDisk = 20;
 
-Nanoseconds monotonicNow()
-{
-    return std::chrono::steady_clock::now().time_since_epoch(); // CLOCK_MONOTONIC
-}
-
 } // namespace
 
 SoundFileWriter::SoundFileWriter(const QString& path, std::function<void(const QString&)> onError)

@@ -4,8 +4,7 @@
 #include "media/gstreamer/GstInit.h"
 #include "media/sound/SoundPipeline.h"
 #include "media/sound/SoundServer.h"
-
-#include <QCoreApplication>
+#include "platform/PlatformText.h"
 
 #include <algorithm>
 #include <condition_variable>
@@ -18,21 +17,11 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr Nanoseconds kRetryInterval = 1s;
-constexpr Nanoseconds kSilenceTolerated = 3s;
+constexpr Nanoseconds kStreamSilenceTolerated = 3s;
 constexpr Nanoseconds kStandstill = 1s;
 constexpr Nanoseconds kReleaseTimeout = 1s;
 constexpr Nanoseconds kBusPoll = 50ms;
 constexpr Nanoseconds kDescriptionTimeout = 1s;
-
-Nanoseconds monotonicNow()
-{
-    return std::chrono::steady_clock::now().time_since_epoch(); // CLOCK_MONOTONIC
-}
-
-QString translated(const char* text)
-{
-    return QCoreApplication::translate("SoundRecorder", text);
-}
 
 } // namespace
 
@@ -109,14 +98,12 @@ void SoundInput::Shared::describeIfWanted()
 /// Listens until the sound ends or comes from another input.
 SoundInput::Shared::Reason SoundInput::Shared::listen(SoundPipeline& pipeline)
 {
-    const QString none = translated(QT_TRANSLATE_NOOP("SoundRecorder", "There is no sound input: no microphone is "
-                                                                       "connected or switched on."));
-    const QString lost =
-        translated(QT_TRANSLATE_NOOP("SoundRecorder", "The sound input was lost: the sound server ended "
-                                                      "or the microphone was unplugged."));
-    const QString asleep =
-        translated(QT_TRANSLATE_NOOP("SoundRecorder", "The sound input sends nothing: it is asleep, or "
-                                                      "the sound server does not answer."));
+    const QString none = PlatformText::tr("There is no sound input: no microphone is "
+                                          "connected or switched on.");
+    const QString lost = PlatformText::tr("The sound input was lost: the sound server ended "
+                                          "or the microphone was unplugged.");
+    const QString asleep = PlatformText::tr("The sound input sends nothing: it is asleep, or "
+                                            "the sound server does not answer.");
     const Nanoseconds begin = monotonicNow();
     if (!pipeline.play())
         return none;
@@ -135,7 +122,7 @@ SoundInput::Shared::Reason SoundInput::Shared::listen(SoundPipeline& pipeline)
             if (!formerDevice.isEmpty() && !device.isEmpty() && formerDevice != device)
                 return std::nullopt;
         }
-        if (turn - std::max(awakeSince, heard) > kSilenceTolerated) {
+        if (turn - std::max(awakeSince, heard) > kStreamSilenceTolerated) {
             lose(asleep);        // reported now, since a server that does not answer delays the stream's end
             return std::nullopt; // a stream that continues after a break has lost count of its time
         }
@@ -150,16 +137,14 @@ SoundInput::Shared::Reason SoundInput::Shared::attempt()
     QString reason = initGStreamer();
     if (!reason.isEmpty())
         return reason;
-    reason =
-        translated(QT_TRANSLATE_NOOP("SoundRecorder", "There is no sound server: neither PipeWire nor PulseAudio is "
-                                                      "running."));
+    reason = PlatformText::tr("There is no sound server: neither PipeWire nor PulseAudio is "
+                              "running.");
     for (const SoundSource source : {SoundSource::SoundServer, SoundSource::Alsa}) {
         if (source == SoundSource::Alsa && !firstAlsaInput())
             continue; // alsasrc would open something that is not an input
         SoundPipeline pipeline(source, [this](const SoundChunk& chunk) { sound(chunk); });
         if (!pipeline.isComplete())
-            reason =
-                translated(QT_TRANSLATE_NOOP("SoundRecorder", "The sound plug-ins of GStreamer are not installed."));
+            reason = PlatformText::tr("The sound plug-ins of GStreamer are not installed.");
         else if (pipeline.connect())
             return listen(pipeline);
     }

@@ -143,7 +143,7 @@ std::optional<Nanoseconds> SoundPipeline::capturedAt(GstBuffer* buffer)
 {
     GstClock* deviceClock = GST_AUDIO_BASE_SRC(source_)->clock;
     const GstClockTime deviceNow = gst_audio_clock_get_time(GST_AUDIO_CLOCK_CAST(deviceClock));
-    const Nanoseconds now = std::chrono::steady_clock::now().time_since_epoch(); // CLOCK_MONOTONIC
+    const Nanoseconds now = monotonicNow();
     if (!GST_CLOCK_TIME_IS_VALID(deviceNow) || deviceNow == 0 || !GST_BUFFER_PTS_IS_VALID(buffer)
         || !GST_BUFFER_DURATION_IS_VALID(buffer))
         return std::nullopt;

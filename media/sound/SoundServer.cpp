@@ -28,11 +28,6 @@ struct PulseDeleter {
 template <typename T>
 using PulsePtr = std::unique_ptr<T, PulseDeleter>;
 
-Nanoseconds monotonicNow()
-{
-    return std::chrono::steady_clock::now().time_since_epoch(); // CLOCK_MONOTONIC
-}
-
 /// An exchange with the server that ends at a deadline. The caller's thread runs the loop.
 class Conversation {
 public:

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "media/sound/WavFile.h"
 
-#include <QCoreApplication>
+#include "platform/PlatformText.h"
+
 #include <QFile>
 
 #include <algorithm>
@@ -145,7 +146,7 @@ void WavFile::writeHeader()
 void WavFile::fail(int errorNumber)
 {
     if (error_.isEmpty())
-        error_ = QCoreApplication::translate("SoundRecorder", "The sound file %1 could not be written: %2.")
+        error_ = PlatformText::tr("The sound file %1 could not be written: %2.")
                      .arg(path_, QString::fromLocal8Bit(std::strerror(errorNumber)));
 }
 

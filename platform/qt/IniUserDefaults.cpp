@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/qt/IniUserDefaults.h"
 
-#include <QCoreApplication>
+#include "platform/PlatformText.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -37,10 +38,9 @@ IniUserDefaults::IniUserDefaults(const QString& path, Holds what) : path_(path),
         isUnread_ = true;
         trouble_ = what_ == Holds::Choices
                        ? unreadChoices()
-                       : QCoreApplication::translate("UserDefaults",
-                                                     "The settings file %1 cannot be read, so most settings are 0 or "
-                                                     "off now: no sound is recorded, for example. Please check the "
-                                                     "settings.")
+                       : PlatformText::tr("The settings file %1 cannot be read, so most settings are 0 or "
+                                          "off now: no sound is recorded, for example. Please check the "
+                                          "settings.")
                              .arg(path_);
         return;
     }
@@ -58,10 +58,9 @@ IniUserDefaults::IniUserDefaults(const QString& path, Holds what) : path_(path),
 
 QString IniUserDefaults::unreadChoices() const
 {
-    return QCoreApplication::translate("UserDefaults",
-                                       "The file %1, which holds choices made in messages, cannot be read in full. "
-                                       "What is missing counts as not chosen; the file stays as it is until you "
-                                       "choose again.")
+    return PlatformText::tr("The file %1, which holds choices made in messages, cannot be read in full. "
+                            "What is missing counts as not chosen; the file stays as it is until you "
+                            "choose again.")
         .arg(path_);
 }
 
@@ -79,14 +78,11 @@ bool IniUserDefaults::putAside() const
 void IniUserDefaults::keepDamaged()
 {
     if (!putAside()) {
-        trouble_ =
-            QCoreApplication::translate("UserDefaults", "The settings file %1 is damaged and cannot be replaced.")
-                .arg(path_);
+        trouble_ = PlatformText::tr("The settings file %1 is damaged and cannot be replaced.").arg(path_);
         return;
     }
-    trouble_ = QCoreApplication::translate(
-                   "UserDefaults", "The settings file was damaged. What could be read of it is used; please check "
-                                   "the settings. The damaged file was kept as %1.")
+    trouble_ = PlatformText::tr("The settings file was damaged. What could be read of it is used; please check "
+                                "the settings. The damaged file was kept as %1.")
                    .arg(pathAside());
     save();
 }
@@ -110,9 +106,8 @@ void IniUserDefaults::setObject_forKey(const QString& text, const QString& key)
     values_.insert(key, text);
     if (isUnread_) {
         if (!putAside()) {
-            writeTrouble_ = QCoreApplication::translate("UserDefaults",
-                                                        "The settings file %1 cannot be replaced. Settings hold until "
-                                                        "Lumavex is closed.")
+            writeTrouble_ = PlatformText::tr("The settings file %1 cannot be replaced. Settings hold until "
+                                             "Lumavex is closed.")
                                 .arg(path_);
             return;
         }
@@ -120,14 +115,13 @@ void IniUserDefaults::setObject_forKey(const QString& text, const QString& key)
         if (what_ == Holds::Choices)
             trouble_.clear();
         else
-            trouble_ += u' ' + QCoreApplication::translate("UserDefaults", "The file was kept as %1.").arg(pathAside());
+            trouble_ += u' ' + PlatformText::tr("The file was kept as %1.").arg(pathAside());
     }
     const QString why = save();
-    writeTrouble_ = why.isEmpty()
-                        ? QString()
-                        : QCoreApplication::translate("UserDefaults", "The settings cannot be saved in %1 (%2). They "
-                                                                      "hold until Lumavex is closed.")
-                              .arg(path_, why);
+    writeTrouble_ = why.isEmpty() ? QString()
+                                  : PlatformText::tr("The settings cannot be saved in %1 (%2). They "
+                                                     "hold until Lumavex is closed.")
+                                        .arg(path_, why);
 }
 
 } // namespace lumavex

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/qt/QtChildProcess.h"
 
-#include <QCoreApplication>
+#include "platform/PlatformText.h"
+
 #include <QFileInfo>
 #include <QTimer>
 
@@ -15,20 +16,16 @@ namespace lumavex {
 
 namespace {
 
-struct Text {
-    Q_DECLARE_TR_FUNCTIONS(QtChildProcess)
-};
-
 constexpr std::chrono::seconds kPatience{3};
 
 QString whyNotStarted(const QString& launchPath, const QProcess& process)
 {
     const QFileInfo program(launchPath);
     if (launchPath.contains(u'/') && !program.exists())
-        return Text::tr("The program “%1” is not installed.").arg(launchPath);
+        return PlatformText::tr("The program “%1” is not installed.").arg(launchPath);
     if (launchPath.contains(u'/') && (!program.isFile() || !program.isExecutable()))
-        return Text::tr("“%1” is not a program that can be run.").arg(launchPath);
-    return Text::tr("The program “%1” could not be started: %2.").arg(launchPath, process.errorString());
+        return PlatformText::tr("“%1” is not a program that can be run.").arg(launchPath);
+    return PlatformText::tr("The program “%1” could not be started: %2.").arg(launchPath, process.errorString());
 }
 
 } // namespace
@@ -111,9 +108,9 @@ void QtChildProcess::hasEnded(const QString& failure)
 QString QtChildProcess::failureOf(int exitCode, QProcess::ExitStatus status) const
 {
     if (status == QProcess::CrashExit)
-        return Text::tr("The program “%1” ended unexpectedly.").arg(programName_);
+        return PlatformText::tr("The program “%1” ended unexpectedly.").arg(programName_);
     if (exitCode != 0)
-        return Text::tr("The program “%1” failed (status %2).").arg(programName_).arg(exitCode);
+        return PlatformText::tr("The program “%1” failed (status %2).").arg(programName_).arg(exitCode);
     return {};
 }
 

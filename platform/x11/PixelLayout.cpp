@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/x11/PixelLayout.h"
 
-#include <QCoreApplication>
+#include "platform/PlatformText.h"
 
 #include <bit>
 
@@ -68,10 +68,9 @@ std::optional<PixelLayout> pixelLayoutOf(const XcbConnection& connection, QStrin
         if (layout.redShift >= 0 && layout.greenShift >= 0 && layout.blueShift >= 0)
             return layout;
     }
-    trouble =
-        QCoreApplication::translate("ScreenGrabber", "The screen shows colours in %1 bits, which cannot be recorded. "
-                                                     "Please set the screen to 24 bit colour.")
-            .arg(depth);
+    trouble = PlatformText::tr("The screen shows colours in %1 bits, which cannot be recorded. "
+                               "Please set the screen to 24 bit colour.")
+                  .arg(depth);
     return std::nullopt;
 }
 

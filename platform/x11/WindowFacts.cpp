@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/x11/WindowFacts.h"
 
+#include "platform/x11/WindowProperty.h"
+
 #include <QFile>
 
 #include <algorithm>
@@ -18,19 +20,9 @@ xcb_get_property_cookie_t ask(const XcbConnection& connection, xcb_window_t wind
     return xcb_get_property(connection.get(), 0, window, property, type, 0, kMostWords);
 }
 
-using PropertyReply = XcbOwned<xcb_get_property_reply_t>;
-
 PropertyReply reply(const XcbConnection& connection, xcb_get_property_cookie_t cookie)
 {
     return PropertyReply(xcb_get_property_reply(connection.get(), cookie, nullptr));
-}
-
-std::span<const std::uint32_t> words(const PropertyReply& property)
-{
-    if (!property || property->format != 32)
-        return {};
-    return {static_cast<const std::uint32_t*>(xcb_get_property_value(property.get())),
-            static_cast<std::size_t>(xcb_get_property_value_length(property.get())) / 4};
 }
 
 /// WM_CLASS contains two zero-terminated strings: the instance and the class.
@@ -80,20 +72,20 @@ WindowFacts WindowFactsRequest::answer() const
     const auto shadow = reply(connection_, shadow_);
 
     WindowFacts facts;
-    if (const auto value = words(pid); !value.empty())
+    if (const auto value = valuesOf<std::uint32_t>(pid); !value.empty())
         facts.ownerPid = value[0];
     facts.ownerName = classPart(className);
     if (!facts.ownerName)
         facts.ownerName = nameOfProcess(facts.ownerPid);
-    if (contains(words(type), connection_.atom(Atom::NET_WM_WINDOW_TYPE_DESKTOP)))
+    if (contains(valuesOf<std::uint32_t>(type), connection_.atom(Atom::NET_WM_WINDOW_TYPE_DESKTOP)))
         facts.layer = kLayerDesktop;
-    else if (contains(words(state), connection_.atom(Atom::NET_WM_STATE_BELOW)))
+    else if (contains(valuesOf<std::uint32_t>(state), connection_.atom(Atom::NET_WM_STATE_BELOW)))
         facts.layer = kLayerBelow;
-    else if (contains(words(type), connection_.atom(Atom::NET_WM_WINDOW_TYPE_DOCK)))
+    else if (contains(valuesOf<std::uint32_t>(type), connection_.atom(Atom::NET_WM_WINDOW_TYPE_DOCK)))
         facts.layer = kLayerDock;
-    else if (contains(words(state), connection_.atom(Atom::NET_WM_STATE_ABOVE)))
+    else if (contains(valuesOf<std::uint32_t>(state), connection_.atom(Atom::NET_WM_STATE_ABOVE)))
         facts.layer = kLayerAbove;
-    if (const auto value = words(shadow); value.size() == 4) // left, right, top, bottom
+    if (const auto value = valuesOf<std::uint32_t>(shadow); value.size() == 4) // left, right, top, bottom
         facts.shadow = {static_cast<int>(value[0]), static_cast<int>(value[2]), static_cast<int>(value[1]),
                         static_cast<int>(value[3])};
     return facts;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/x11/WindowLooks.h"
 
+#include "platform/x11/WindowProperty.h"
+
 #include <cstring>
 
 namespace lumavex {
@@ -11,35 +13,17 @@ constexpr std::uint32_t mostTitleWords = 256;      ///< words of 4 bytes
 constexpr std::uint32_t mostIconWords = 1U << 19U; ///< two icons of 512 by 512 pixels
 constexpr std::uint32_t largestIcon = 1024;        ///< pixels per side
 
-using PropertyReply = XcbOwned<xcb_get_property_reply_t>;
-
 struct LookRequest {
     xcb_get_property_cookie_t name;
     xcb_get_property_cookie_t oldName;
     xcb_get_property_cookie_t icon;
 };
 
-std::span<const char> bytes(const PropertyReply& property)
-{
-    if (!property || property->format != 8)
-        return {};
-    return {static_cast<const char*>(xcb_get_property_value(property.get())),
-            static_cast<std::size_t>(xcb_get_property_value_length(property.get()))};
-}
-
-std::span<const std::uint32_t> words(const PropertyReply& property)
-{
-    if (!property || property->format != 32)
-        return {};
-    return {static_cast<const std::uint32_t*>(xcb_get_property_value(property.get())),
-            static_cast<std::size_t>(xcb_get_property_value_length(property.get())) / 4};
-}
-
 QString titleOf(const PropertyReply& name, const PropertyReply& oldName)
 {
-    if (const auto text = bytes(name); !text.empty())
+    if (const auto text = valuesOf<char>(name); !text.empty())
         return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).simplified();
-    const auto text = bytes(oldName);
+    const auto text = valuesOf<char>(oldName);
     const auto size = static_cast<qsizetype>(text.size());
     const bool latin1 = oldName && oldName->type == XCB_ATOM_STRING;
     return (latin1 ? QString::fromLatin1(text.data(), size) : QString::fromUtf8(text.data(), size)).simplified();
@@ -94,7 +78,7 @@ std::vector<WindowLook> looksOfWindows(const XcbConnection& connection, const st
         const PropertyReply name(xcb_get_property_reply(c, request.name, nullptr));
         const PropertyReply oldName(xcb_get_property_reply(c, request.oldName, nullptr));
         const PropertyReply icon(xcb_get_property_reply(c, request.icon, nullptr));
-        looks.push_back({titleOf(name, oldName), iconOfWords(words(icon), iconSize)});
+        looks.push_back({titleOf(name, oldName), iconOfWords(valuesOf<std::uint32_t>(icon), iconSize)});
     }
     return looks;
 }

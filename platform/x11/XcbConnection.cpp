@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/x11/XcbConnection.h"
 
+#include "platform/PlatformText.h"
+
 #include <xcb/randr.h>
 #include <xcb/shape.h>
 #include <xcb/shm.h>
-
-#include <QCoreApplication>
 
 #include <sys/socket.h>
 
@@ -34,11 +34,6 @@ constexpr std::array<const char*, static_cast<std::size_t>(Atom::Count)> kAtomNa
     "ESETROOT_PMAP_ID",
     "_NET_WM_CM_S", // the screen's number is appended
 };
-
-QString text(const char* source)
-{
-    return QCoreApplication::translate("ScreenGrabber", source);
-}
 
 /// Requests the version of an extension (the arguments are the version that the caller supports) without waiting, so
 /// that the window waits for all replies together. std::nullopt without the extension.
@@ -108,11 +103,11 @@ QString XcbConnection::trouble() const
     if (alive())
         return {};
     if (setup_)
-        return text("The connection to the screen was lost. Please start the program again.");
+        return PlatformText::tr("The connection to the screen was lost. Please start the program again.");
     if (displayName_.isEmpty())
-        return text(
+        return PlatformText::tr(
             "There is no screen to record: the program was started outside a graphical session (DISPLAY is not set).");
-    return text("The screen \"%1\" cannot be reached. Is the X server running, and may this user use it?")
+    return PlatformText::tr("The screen \"%1\" cannot be reached. Is the X server running, and may this user use it?")
         .arg(displayName_);
 }
 

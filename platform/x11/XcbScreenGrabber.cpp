@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/x11/XcbScreenGrabber.h"
 
+#include "platform/PlatformText.h"
 #include "platform/x11/MainDisplay.h"
 #include "platform/x11/MendedDisplay.h"
 #include "platform/x11/PixelLayout.h"
@@ -10,8 +11,6 @@
 #include "platform/x11/WindowTree.h"
 #include "platform/x11/XWayland.h"
 #include "platform/x11/XcbConnection.h"
-
-#include <QCoreApplication>
 
 #include <algorithm>
 #include <optional>
@@ -103,9 +102,8 @@ QString XcbScreenGrabber::trouble() const
 QString XcbScreenGrabber::limitation()
 {
     return isXWayland(connection_)
-               ? QCoreApplication::translate("ScreenGrabber",
-                                             "This is a Wayland session: its windows cannot be recorded yet. Log in to "
-                                             "an X11 session to record the screen.")
+               ? PlatformText::tr("This is a Wayland session: its windows cannot be recorded yet. Log in to "
+                                  "an X11 session to record the screen.")
                : QString();
 }
 
@@ -149,8 +147,7 @@ Grab XcbScreenGrabber::grabWindows(const std::vector<std::uint32_t>& frontToBack
     if (!usable())
         return {GrabOutcome::GiveUp, {}, 0};
     if (!composites()) {
-        screenTrouble_ = QCoreApplication::translate(
-            "ScreenGrabber",
+        screenTrouble_ = PlatformText::tr(
             "This X server cannot show windows one by one (it lacks the extensions Composite, Render or "
             "XFixes): only the whole screen can be recorded.");
         return {GrabOutcome::GiveUp, {}, 0};

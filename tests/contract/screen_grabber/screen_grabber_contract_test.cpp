@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/contract/screen_grabber/Pictures.h"
 #include "tests/contract/screen_grabber/Stage.h"
 #include "tests/contract/screen_grabber/TestServer.h"
 
@@ -15,25 +16,11 @@
 namespace lumavex::test {
 namespace {
 
-constexpr QRgb kRed = 0xffff0000;
-constexpr QRgb kGreen = 0xff00c800;
-constexpr QRgb kBlue = 0xff0a14fa;
 constexpr QRgb kBlack = 0xff000000;
 
 QRgb at(const Grab& grab, int x, int y)
 {
     return grab.picture.pixel(x, y) | 0xff000000U;
-}
-
-/// Area in which pictures of the same size differ, whatever their fourth bytes hold.
-QRect difference(const QImage& a, const QImage& b)
-{
-    QRect found;
-    for (int y = 0; y < a.height(); ++y)
-        for (int x = 0; x < a.width(); ++x)
-            if ((a.pixel(x, y) ^ b.pixel(x, y)) & 0xffffffU)
-                found |= QRect(x, y, 1, 1);
-    return found;
 }
 
 class ScreenGrabberContract : public testing::TestWithParam<StageKind> {

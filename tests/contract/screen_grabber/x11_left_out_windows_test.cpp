@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/x11/XcbScreenGrabber.h"
+#include "tests/contract/screen_grabber/Pictures.h"
 #include "tests/contract/screen_grabber/TestClient.h"
 #include "tests/contract/screen_grabber/TestServer.h"
 
@@ -20,20 +21,8 @@ namespace lumavex::test {
 namespace {
 
 constexpr QRgb kOurs = 0xffff00ff;
-constexpr QRgb kRed = 0xffff0000;
-constexpr QRgb kGreen = 0xff00c800;
-constexpr QRect kScreen(0, 0, 640, 480);
+constexpr QRect kScreenRect(0, 0, 640, 480);
 constexpr QRect kBottom(-40, -30, 720, 540); ///< larger than the screen
-
-QRect difference(const QImage& a, const QImage& b)
-{
-    QRect found;
-    for (int y = 0; y < a.height(); ++y)
-        for (int x = 0; x < a.width(); ++x)
-            if ((a.pixel(x, y) ^ b.pixel(x, y)) & 0xffffffU)
-                found |= QRect(x, y, 1, 1);
-    return found;
-}
 
 bool showsOurs(const QImage& picture)
 {
@@ -121,14 +110,14 @@ TEST_P(X11LeftOutWindows, LookAsIfTheyWereNotThere)
                 return false;
             EXPECT_FALSE(showsOurs(grab.picture)) << round;
             const auto changed = grab.changes.since(std::exchange(serial, grab.serial));
-            for (const QRect& rect : changed.value_or(ChangedArea(kScreen))) {
+            for (const QRect& rect : changed.value_or(ChangedArea(kScreenRect))) {
                 if (followed.isNull())
                     followed = grab.picture.copy();
                 QPainter(&followed).drawImage(rect, grab.picture, rect);
             }
             EXPECT_EQ(difference(followed, grab.picture), QRect()) << round;
             const Grab all = everything->grabWindows(listed(ours, false));
-            reference = all.picture.copy(kScreen.translated(-kBottom.topLeft()));
+            reference = all.picture.copy(kScreenRect.translated(-kBottom.topLeft()));
             return all.outcome == GrabOutcome::Success && difference(grab.picture, reference).isNull();
         };
         // A compositing manager paints a little later; without one the next grab must be right.
@@ -161,7 +150,7 @@ TEST_P(X11LeftOutWindows, OnlyWhatTheyMayCoverIsRedirected)
 {
     if (GetParam())
         return; // a compositing manager redirects all windows
-    client.fillRoot(kScreen, 0xff204060);
+    client.fillRoot(kScreenRect, 0xff204060);
     const auto beneath = client.show({0, 0, 200, 200}, kRed);
     const auto far = client.show({400, 200, 200, 200}, kRed);
     const auto hiding = client.show({0, 300, 200, 180}, kRed);

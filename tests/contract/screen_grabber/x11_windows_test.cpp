@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/x11/XcbScreenGrabber.h"
+#include "tests/contract/screen_grabber/Pictures.h"
 #include "tests/contract/screen_grabber/TestClient.h"
 #include "tests/contract/screen_grabber/TestServer.h"
 
@@ -14,10 +15,6 @@
 
 namespace lumavex::test {
 namespace {
-
-constexpr QRgb kRed = 0xffff0000;
-constexpr QRgb kGreen = 0xff00c800;
-constexpr QRgb kBlue = 0xff0000ff;
 
 class X11Windows : public testing::Test {
 protected:
