@@ -46,10 +46,7 @@ MendedDisplay::Result MendedDisplay::grab(const MendingRequest& request, const Q
     const bool prepared = painter_.prepare({std::move(plan->layers), std::move(plan->alsoKept), desktop, plan->backdrop,
                                             request.compositing, request.canvas, rootSize,
                                             std::vector<QRect>(places_.begin(), places_.end())});
-    // The server copies redirected windows to the screen at some later time, or when the screen is read: this read
-    // makes them and the screen's damage consistent.
-    xcb_connection_t* const c = connection_.get();
-    xcb_discard_reply(c, xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, connection_.root(), 0, 0, 1, 1, ~0U).sequence);
+    connection_.copyRedirectedWindows(); // makes them and the screen's damage consistent
     series_.takeDamage(region_.id());
     const Reading reading = plan->direct ? readDirectly(request.canvas, std::move(changed), prepared)
                                          : readPainted(request.canvas, std::move(changed), prepared);

@@ -296,6 +296,9 @@ void SharedImagePool::send(const Reading& reading, Pending& pending) const
 {
     xcb_connection_t* const c = connection_.get();
     const xcb_shm_seg_t segment = reading.memory.segment().id;
+    const ServerGrab alone(segment ? nullptr : c); // nobody draws between the copying and the reading
+    if (!segment)
+        connection_.copyRedirectedWindows();
     std::size_t sent = 0;
     forEachPart(reading, [&](const QRect& part, std::size_t place) {
         const auto x = static_cast<std::int16_t>(reading.corner.x() + part.x());

@@ -86,6 +86,7 @@ XcbConnection::XcbConnection() : displayName_(qEnvironmentVariable("DISPLAY"))
         xcb_prefetch_extension_data(connection_, extension);
     internAtoms(screenNumber);
     askExtensions();
+    prepareCopying();
 }
 
 XcbConnection::~XcbConnection()
@@ -166,6 +167,20 @@ void XcbConnection::sync() const
     // The cheapest request that has a reply.
     const XcbOwned<xcb_get_input_focus_reply_t> reply(
         xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+}
+
+void XcbConnection::prepareCopying()
+{
+    pixel_ = newId();
+    xcb_create_pixmap(connection_, screen_->root_depth, pixel_, root(), 1, 1);
+    withWindows_ = newId();
+    const std::uint32_t values[] = {XCB_SUBWINDOW_MODE_INCLUDE_INFERIORS, 0};
+    xcb_create_gc(connection_, withWindows_, root(), XCB_GC_SUBWINDOW_MODE | XCB_GC_GRAPHICS_EXPOSURES, values);
+}
+
+void XcbConnection::copyRedirectedWindows() const
+{
+    xcb_copy_area(connection_, root(), pixel_, withWindows_, 0, 0, 0, 0, 1, 1);
 }
 
 void XcbConnection::drain(const std::function<void(const xcb_generic_event_t&)>& handler) const

@@ -71,6 +71,11 @@ public:
     std::uint32_t newId() const { return xcb_generate_id(connection_); }
     /// Waits until the server has executed all requests sent so far; the events up to then can be drained afterwards.
     void sync() const;
+    /// Makes the server copy the contents of redirected windows to the screen now; otherwise it does so some time later
+    /// or when the screen is read. It must precede every core GetImage of the screen: the server sends the head of that
+    /// reply before it copies, the damage events of the copying next and the pixels last, so that the connection loses
+    /// its place in the stream and every later reply (X.Org 21.1, DoGetImage in dix/dispatch.c). Does not wait.
+    void copyRedirectedWindows() const;
     /// Passes on every event received. Drops errors of requests without reply, which arrive here too: they concern
     /// windows that disappeared meanwhile.
     void drain(const std::function<void(const xcb_generic_event_t&)>& handler) const;
@@ -78,12 +83,15 @@ public:
 private:
     void internAtoms(int screenNumber);
     void askExtensions();
+    void prepareCopying();
 
     QString displayName_;
     xcb_connection_t* connection_;
     const xcb_setup_t* setup_ = nullptr;
     const xcb_screen_t* screen_ = nullptr;
     XcbExtensions extensions_;
+    xcb_pixmap_t pixel_ = XCB_NONE;         ///< of the screen's depth; freed with the connection
+    xcb_gcontext_t withWindows_ = XCB_NONE; ///< copies from the screen with its windows; freed with the connection
     std::array<xcb_atom_t, static_cast<std::size_t>(Atom::Count)> atoms_{};
 };
 

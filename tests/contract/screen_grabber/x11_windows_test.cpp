@@ -153,7 +153,7 @@ TEST_F(X11Windows, OrderFollowsRaising)
 
 TEST_F(X11Windows, PartialChangesKeepTheRestAndTheStacking)
 {
-    client.leaveWallpaper(kBlue);
+    client.leaveWallpaper(0xff0000ff);
     client.fillRoot({0, 0, 640, 480}, kBlue);
     const auto low = client.show({100, 100, 200, 200}, kRed);
     const auto high = client.show({150, 150, 50, 50}, kGreen);
@@ -189,7 +189,7 @@ TEST_F(X11Windows, AlphaIsIgnoredWhereTheScreenIgnoresIt)
 
 TEST_F(X11CompositedWindows, AlphaIsBlended)
 {
-    client.leaveWallpaper(kBlue);
+    client.leaveWallpaper(0xff0000ff);
     const auto window = client.showTranslucent({0, 0, 40, 40}, 0x80800000);
     EXPECT_TRUE(shows({window, client.root()}, 5, 5, 0xff80007f));
     EXPECT_TRUE(shows({window}, 5, 5, 0xff800000));
