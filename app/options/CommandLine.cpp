@@ -294,7 +294,9 @@ QString applyValues(const QCommandLineParser& parser, LaunchOptions& options)
         const QString name = QLatin1String(option.name);
         if (!parser.isSet(name))
             continue;
-        if (const QString problem = option.apply(parser.value(name), options); !problem.isEmpty())
+        // Qt 6.8 warns on standard error when an option without a value is asked for it.
+        const QString value = option.value ? parser.value(name) : QString();
+        if (const QString problem = option.apply(value, options); !problem.isEmpty())
             return QStringLiteral("--%1 %2.").arg(name, problem);
     }
     return {};
